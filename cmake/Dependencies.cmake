@@ -1,0 +1,21 @@
+find_package(PkgConfig REQUIRED)
+find_package(Threads REQUIRED)
+find_package(EXPAT REQUIRED)
+find_package(SQLite3 3.35 REQUIRED)
+find_package(fmt REQUIRED)
+find_package(pugixml REQUIRED)
+find_package(Boost REQUIRED)
+
+# What every target of the project is compiled with.
+add_library(dlp_options INTERFACE)
+target_include_directories(dlp_options INTERFACE ${PROJECT_SOURCE_DIR})
+target_compile_options(dlp_options INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wshadow)
+target_compile_definitions(dlp_options INTERFACE $<$<NOT:$<CONFIG:Debug>>:_FORTIFY_SOURCE=2>)
+if(DLP_WARNINGS_AS_ERRORS)
+    target_compile_options(dlp_options INTERFACE -Werror)
+endif()
+if(DLP_SANITIZE)
+    target_compile_options(dlp_options INTERFACE -fsanitize=${DLP_SANITIZE} -fno-omit-frame-pointer
+                                                 -fno-sanitize-recover=all -U_FORTIFY_SOURCE)
+    target_link_options(dlp_options INTERFACE -fsanitize=${DLP_SANITIZE})
+endif()

@@ -1,0 +1,31 @@
+include(CMakePackageConfigHelpers)
+
+set(DLP_CMAKE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/dlpparser)
+
+foreach(target dlpplatform dlpparser)
+    set_target_properties(${target} PROPERTIES INSTALL_RPATH "$ORIGIN")
+endforeach()
+install(TARGETS dlpplatform dlpparser EXPORT dlpparserTargets
+        LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
+install(TARGETS dlpctl RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+
+set(DLP_INCLUDE_DIR ${CMAKE_INSTALL_INCLUDEDIR}/dlpparser)
+foreach(room api settings platform/common platform/xml platform/logging platform/system platform/localization
+        platform/store)
+    install(DIRECTORY ${PROJECT_SOURCE_DIR}/${room}/ DESTINATION ${DLP_INCLUDE_DIR}/${room}
+            FILES_MATCHING PATTERN "*.h")
+endforeach()
+
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/config ${PROJECT_SOURCE_DIR}/examples
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/dlpparser)
+install(FILES ${PROJECT_SOURCE_DIR}/LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR})
+
+install(EXPORT dlpparserTargets NAMESPACE dlpparser:: DESTINATION ${DLP_CMAKE_DIR})
+configure_package_config_file(${PROJECT_SOURCE_DIR}/cmake/dlpparserConfig.cmake.in
+                              ${PROJECT_BINARY_DIR}/dlpparserConfig.cmake INSTALL_DESTINATION ${DLP_CMAKE_DIR})
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/dlpparserConfigVersion.cmake COMPATIBILITY SameMinorVersion)
+install(FILES ${PROJECT_BINARY_DIR}/dlpparserConfig.cmake ${PROJECT_BINARY_DIR}/dlpparserConfigVersion.cmake
+        DESTINATION ${DLP_CMAKE_DIR})
+
+configure_file(${PROJECT_SOURCE_DIR}/cmake/dlpparser.pc.in ${PROJECT_BINARY_DIR}/dlpparser.pc @ONLY)
+install(FILES ${PROJECT_BINARY_DIR}/dlpparser.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

@@ -1,0 +1,49 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "platform/common/x_wstring.h"
+
+class CExportObserver;
+class CImportObserver;
+class CPolicyDocument;
+class CXMLWriter;
+
+/**
+ * The asset operations as the template room and the tool call them: on a document that is read already, into text that
+ * is UTF-8. The exported class is a door to these; results and log lines are the same through each.
+ */
+namespace DigitalAssets {
+
+/** What of a document's assets an import takes. */
+enum class EImport { ALL, EXPRESSIONS, KEYWORDS };
+
+/**
+ * Checks the language, then reads expressions and keyword lists into the store, in one unit of work.
+ * @param pObserver may be null
+ * @return 0, 2 or 3, as CDLPDigitalAssetsParser::ImportDigitalAssets
+ */
+int Import(EImport eImport, const OS::x_wstring& strScope, CPolicyDocument& document,
+           std::vector<OS::x_wstring>& vecSkipped, CImportObserver* pObserver);
+
+/**
+ * Writes the declaration and the start tag of the root with version and language; the caller ends the element.
+ * @return false, logged, when they cannot be written
+ */
+bool StartRoot(CXMLWriter& writer);
+
+/**
+ * Appends the digitalAssets element with the chosen assets to strOut, which stays as it was on failure.
+ * @param vecExpressions, vecKeywords subject identifiers
+ * @param pObserver told of the record over which it fails; may be null
+ * @return false, logged, when any one record cannot be read or written
+ */
+bool Generate(const std::vector<OS::x_wstring>& vecExpressions, const std::vector<OS::x_wstring>& vecKeywords,
+              std::string& strOut, CExportObserver* pObserver);
+
+/** Appends a whole document with the chosen assets to strOut; as Generate. */
+bool Export(const std::vector<OS::x_wstring>& vecExpressions, const std::vector<OS::x_wstring>& vecKeywords,
+            std::string& strOut, CExportObserver* pObserver);
+
+}  // namespace DigitalAssets

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <string>
+
+/** Why a requested template is not in an export. */
+enum class ELeftOut {
+    NOT_STORED,       ///< no stored template has this name, or the store could not be read
+    INVALID_ASSETS,   ///< a rule refers to an asset that is not stored, or is of no known type; the detail names it
+    NO_TEMPLATE,      ///< the stored element is no template
+};
+
+/** Hears what an export leaves out and over which record it fails. Texts are UTF-8. */
+class CExportObserver {
+  public:
+    virtual ~CExportObserver() = default;
+    /** @param strName the name that was asked for */
+    virtual void OnLeftOut(const std::string& strName, ELeftOut eReason, const std::string& strDetail) = 0;
+    /** @param strSubject subject identifier of the record that cannot be written @param strMessage why */
+    virtual void OnRecordFailed(const std::string& strSubject, const std::string& strMessage) = 0;
+};

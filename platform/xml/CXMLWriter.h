@@ -1,0 +1,46 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/common/PlatformExport.h"
+#include "platform/xml/CXMLView.h"
+
+/**
+ * Writes markup in UTF-8, front to back, escaped so that what is set is what is read back: & < > " and, in attributes,
+ * TAB LF CR as character references; in text CR. Empty elements are <a/>; nothing is indented.
+ * A character that XML cannot carry throws CXMLCOMException<OS::CException>, which names its number; text that is not
+ * strict UTF-8 likewise.
+ */
+class DLP_PLATFORM_API CXMLWriter {
+  public:
+    /** Appends to strOut, which must outlive the writer. */
+    explicit CXMLWriter(std::string& strOut) : m_strOut(strOut) {}
+
+    /** The declaration of version 1.0 and UTF-8; only at the very start. */
+    void Declaration();
+    /** @param pName must outlive the element */
+    void StartElement(const char* pName);
+    /** Only between StartElement and the first content. */
+    void Attribute(const char* pName, std::string_view strValue);
+    void Attribute(const char* pName, int iValue);
+    void Text(std::string_view strText);
+    /** An element with text and no attributes. */
+    void TextElement(const char* pName, std::string_view strText);
+    /** Content that such a writer has written: elements, whole. */
+    void Raw(std::string_view strMarkup);
+    /** The markup of a node of a loaded document, whole. */
+    void Node(const CXMLView& node);
+    void EndElement();
+
+  private:
+    void CloseStartTag();
+
+    std::string& m_strOut;
+    std::vector<const char*> m_vecOpen;
+    bool m_bInStartTag = false;
+};
+
+/** Appends text escaped for an attribute value or for element content. @throws as CXMLWriter */
+DLP_PLATFORM_API void AppendEscaped(std::string& strOut, std::string_view strText, bool bAttribute);

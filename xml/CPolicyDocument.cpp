@@ -1,0 +1,55 @@
+#include "xml/CPolicyDocument.h"
+
+#include <utility>
+
+#include "platform/common/TextConversion.h"
+
+CPolicyDocument::CPolicyDocument(const OS::x_wstring& strText) : m_pWide(&strText) {}
+
+CPolicyDocument::CPolicyDocument(std::string_view strUtf8) : m_strUtf8(strUtf8) {}
+
+CPolicyDocument::CPolicyDocument(CXMLParser&& document, std::vector<std::size_t> vecOrigins)
+    : m_vecOrigins(std::move(vecOrigins)), m_document(std::move(document)), m_bLoaded(true), m_bDerived(true) {}
+
+const CXMLParser& CPolicyDocument::Load() {
+    if (!m_bLoaded) {
+        m_bLoaded = true;
+        if (m_pWide != nullptr) {
+            m_document.LoadXML(*m_pWide);
+        } else {
+            m_document.LoadUtf8(m_strUtf8);
+        }
+    }
+    return m_document;
+}
+
+std::size_t CPolicyDocument::GetLength() const {
+    if (m_pWide != nullptr) {
+        return m_pWide->size();
+    }
+    if (m_bDerived) {
+        std::string strText;
+        m_document.SaveUtf8(strText);
+        return OS::CountCodePoints(strText);
+    }
+    return OS::CountCodePoints(m_strUtf8);
+}
+
+OS::x_wstring CPolicyDocument::GetText() const {
+    if (m_pWide != nullptr) {
+        return *m_pWide;
+    }
+    if (m_bDerived) {
+        OS::x_wstring strText;
+        m_document.SaveXML(strText);
+        return strText;
+    }
+    return OS::WideLenient(m_strUtf8);
+}
+
+std::size_t CPolicyDocument::GetTemplateOffset(std::size_t iTemplate, const CXMLView& node) const {
+    if (m_bDerived) {
+        return iTemplate < m_vecOrigins.size() ? m_vecOrigins[iTemplate] : std::string::npos;
+    }
+    return node.Offset();
+}

@@ -1,0 +1,51 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/common/PlatformExport.h"
+#include "platform/common/x_wstring.h"
+#include "platform/xml/CXMLParser.h"
+
+/**
+ * One document on its way into the store: a text, read once into one tree that every step of an import works on and
+ * leaves as it was read. Wide text is made from it only where somebody asks for it.
+ */
+class DLP_PLATFORM_API CPolicyDocument {
+  public:
+    /** @param strText must outlive the document */
+    explicit CPolicyDocument(const OS::x_wstring& strText);
+    /** @param strUtf8 must outlive the document */
+    explicit CPolicyDocument(std::string_view strUtf8);
+    /**
+     * A document made from another one.
+     * @param vecOrigins for each element below complianceTemplates, the offset it had there
+     */
+    CPolicyDocument(CXMLParser&& document, std::vector<std::size_t> vecOrigins);
+    CPolicyDocument(const CPolicyDocument&) = delete;
+    CPolicyDocument& operator=(const CPolicyDocument&) = delete;
+
+    /**
+     * Parses the text at the first call; afterwards the same document is given again.
+     * @return the document, empty when the text does not parse
+     * @throws CXMLCOMException<OS::CException> when the XML layer fails for another reason than the text
+     */
+    const CXMLParser& Load();
+
+    /** @return the length of the text in code points */
+    std::size_t GetLength() const;
+    /** @return the text as it was handed in, or for a document made from another one, as it would be written */
+    OS::x_wstring GetText() const;
+    /** @return the offset in the text that was handed in at first of the i-th template; npos when it has none */
+    std::size_t GetTemplateOffset(std::size_t iTemplate, const CXMLView& node) const;
+
+  private:
+    const OS::x_wstring* m_pWide = nullptr;
+    std::string_view m_strUtf8;
+    std::vector<std::size_t> m_vecOrigins;
+    CXMLParser m_document;
+    bool m_bLoaded = false;
+    bool m_bDerived = false;
+};
