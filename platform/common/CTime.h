@@ -7,8 +7,8 @@ namespace OS {
 /** A calendar date and time of day, without time zone; holds dates long before 1970. */
 struct SSystemTime {
     int iYear = 0;
-    int iMonth = 0;  ///< 1 to 12
-    int iDay = 0;    ///< 1 to 31
+    int iMonth = 0;      ///< 1 to 12
+    int iDay = 0;        ///< 1 to 31
     int iDayOfWeek = 0;  ///< 0 = Sunday
     int iHour = 0;
     int iMinute = 0;
@@ -36,8 +36,8 @@ class DLP_PLATFORM_API CTime {
 
 /**
  * Converts an OLE automation date (days since 1899-12-30 00:00, the fraction is the time of day, also for negative
- * values) into calendar fields of the proleptic Gregorian calendar.
- * @param dVariantTime days; from -657434.0 (year 100) to below 2958466.0 (year 10000)
+ * values) into calendar fields of the proleptic Gregorian calendar, to the nearest millisecond.
+ * @param dVariantTime days; above -657435.0 (the last day before year 100) and below 2958466.0 (year 10000)
  * @param time receives the fields; unchanged on failure
  * @return 1 on success, 0 when the value is outside the range
  */
