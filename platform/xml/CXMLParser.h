@@ -46,7 +46,10 @@ class DLP_PLATFORM_API CXMLParser {
 
     /** Parses text in place of what was loaded. @return false for text that does not parse; the document is then empty */
     virtual bool LoadXML(const wchar_t* pText);
-    /** Writes the whole document: the declaration as loaded, if there was one, then the root and what stands beside it. */
+    /**
+     * Writes the whole document: the declaration as loaded, if there was one, then the root and what stands beside it.
+     * @return false for an empty document, which gives an empty text
+     */
     virtual bool SaveXML(OS::x_wstring& strOut) const;
     /** @return the root element, null for an empty document */
     virtual OS::CAutoObjPtr<CXMLElement> GetRootElement() const;
@@ -80,6 +83,8 @@ class DLP_PLATFORM_API CXMLParser {
     CXMLView RootView() const;
 
   private:
+    bool Load(std::string strText);
+
     std::shared_ptr<CXMLTree> m_pTree;
     SXMLLoadError m_error;
 };

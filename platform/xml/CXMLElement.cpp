@@ -1,0 +1,54 @@
+#include "platform/xml/CXMLElement.h"
+
+#include <cwchar>
+
+#include "platform/common/TextConversion.h"
+#include "platform/xml/CXMLTree.hpp"
+#include "platform/xml/FaultPoint.h"
+#include "platform/xml/XMLPath.hpp"
+#include "platform/xml/XMLText.hpp"
+
+CXMLElement::~CXMLElement() = default;
+
+void CXMLElement::SetAttribute(const wchar_t* pName, const wchar_t* pValue) {
+    SetAttribute(pName, pValue, pValue == nullptr ? 0 : std::wcslen(pValue));
+}
+
+void CXMLElement::SetAttribute(const wchar_t* pName, const wchar_t* pValue, std::size_t iLength) {
+    XML_STEP("SetAttribute");
+    const std::string strName = OS::Utf8Lenient(pName == nullptr ? L"" : pName);
+    pugi::xml_node element = XmlTree::Node(m_pNode);
+    const std::string strSubject = XmlText::AttributeOf(element.name(), strName);
+    const std::string strValue = XmlText::ToUtf8(std::wstring_view(pValue, iLength), strSubject);
+    pugi::xml_attribute attribute = element.attribute(strName.c_str());
+    if (!attribute) {
+        if (!XmlText::IsName(strName)) {
+            XmlText::Throw(strSubject, "this is no name");
+        }
+        attribute = element.append_attribute(strName.c_str());
+    }
+    XmlTree::Require(attribute.set_value(strValue.c_str()));
+}
+
+void CXMLElement::RemoveAttribute(const wchar_t* pName) {
+    XML_STEP("RemoveAttribute");
+    XmlTree::Node(m_pNode).remove_attribute(OS::Utf8Lenient(pName == nullptr ? L"" : pName).c_str());
+}
+
+OS::CAutoObjPtr<CXMLNode> CXMLElement::XPathSelectSingleNode(const wchar_t* pXPath) const {
+    XML_STEP("XPathSelectSingleNode");
+    const XmlPath::CHandles vecMatches = XmlPath::Select(*m_pTree, XmlTree::Node(m_pNode), pXPath, true);
+    return vecMatches.empty() ? nullptr : OS::CAutoObjPtr<CXMLNode>(new CXMLNode(m_pTree, vecMatches[0]));
+}
+
+OS::CAutoObjPtr<CXMLNodeList> CXMLElement::XPathSelectNodes(const wchar_t* pXPath) const {
+    XML_STEP("XPathSelectNodes");
+    return OS::CAutoObjPtr<CXMLNodeList>(
+        new CXMLNodeList(m_pTree, XmlPath::Select(*m_pTree, XmlTree::Node(m_pNode), pXPath, false)));
+}
+
+OS::x_wstring CXMLElement::GetXML() const {
+    std::string strMarkup;
+    View().AppendMarkup(strMarkup);
+    return OS::WideText(strMarkup);
+}

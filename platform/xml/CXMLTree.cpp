@@ -1,0 +1,215 @@
+#include "platform/xml/CXMLTree.hpp"
+
+#include <cstring>
+#include <new>
+#include <utility>
+
+namespace {
+
+constexpr char BLANKS[] = " \t\r\n";
+constexpr unsigned PARSE_OPTIONS =
+    (pugi::parse_full & ~(pugi::parse_doctype | pugi::parse_declaration)) | pugi::parse_ws_pcdata;
+
+bool IsBlank(const char* pText) {
+    return pText[std::strspn(pText, BLANKS)] == '\0';
+}
+
+bool IsBlankText(pugi::xml_node node) {
+    return node.type() == pugi::node_pcdata && IsBlank(node.value());
+}
+
+/** Blank text stands between elements when there are elements and no other text beside it. */
+bool HasBlanksBetweenElements(pugi::xml_node element) {
+    bool bBlank = false;
+    bool bElement = false;
+    for (pugi::xml_node child = element.first_child(); child; child = child.next_sibling()) {
+        const pugi::xml_node_type eType = child.type();
+        if (eType == pugi::node_element) {
+            bElement = true;
+        } else if (eType == pugi::node_pcdata || eType == pugi::node_cdata) {
+            if (!IsBlank(child.value())) {
+                return false;
+            }
+            bBlank = bBlank || eType == pugi::node_pcdata;
+        }
+    }
+    return bBlank && bElement;
+}
+
+void DropBlanksBetweenElements(pugi::xml_node top) {
+    for (pugi::xml_node node = top; node; node = XmlTree::Next(node, top)) {
+        if (!HasBlanksBetweenElements(node)) {
+            continue;
+        }
+        for (pugi::xml_node child = node.first_child(); child;) {
+            const pugi::xml_node next = child.next_sibling();
+            if (IsBlankText(child)) {
+                node.remove_child(child);
+            }
+            child = next;
+        }
+    }
+}
+
+std::string FindDeclaration(std::string_view strText) {
+    constexpr std::string_view BYTE_ORDER_MARK = "\xEF\xBB\xBF";
+    constexpr std::string_view START = "<?xml";
+    constexpr std::string_view END = "?>";
+    if (strText.substr(0, BYTE_ORDER_MARK.size()) == BYTE_ORDER_MARK) {
+        strText.remove_prefix(BYTE_ORDER_MARK.size());
+    }
+    const bool bStarts = strText.substr(0, START.size()) == START;
+    // A processing instruction may be named "xml-" and so on.
+    if (!bStarts || std::strchr(BLANKS, strText[START.size()]) == nullptr) {
+        return std::string();
+    }
+    return std::string(strText.substr(0, strText.find(END) + END.size()));
+}
+
+bool Matches(pugi::xml_node node, const char* pName) {
+    return XmlTree::IsElement(node) && (pName == nullptr || std::strcmp(node.name(), pName) == 0);
+}
+
+void CopyContents(pugi::xml_node target, pugi::xml_node source) {
+    XmlTree::Require(*source.name() == '\0' || target.set_name(source.name()));
+    XmlTree::Require(*source.value() == '\0' || target.set_value(source.value()));
+    for (const pugi::xml_attribute& attribute : source.attributes()) {
+        pugi::xml_attribute copy = target.append_attribute(attribute.name());
+        XmlTree::Require(copy.set_value(attribute.value()));
+    }
+}
+
+}  // namespace
+
+std::shared_ptr<CXMLTree> CXMLTree::Parse(std::string strText) {
+    const auto pTree = std::make_shared<CXMLTree>();
+    pTree->m_strDeclaration = FindDeclaration(strText);
+    pTree->m_strText = std::move(strText);
+    // With the zero that ends the string, so that the engine need not write past what it was given.
+    const pugi::xml_parse_result result = pTree->m_document.load_buffer_inplace(
+        pTree->m_strText.data(), pTree->m_strText.size() + 1, PARSE_OPTIONS, pugi::encoding_utf8);
+    XmlTree::Require(static_cast<bool>(result));
+    DropBlanksBetweenElements(pTree->Root());
+    return pTree;
+}
+
+std::shared_ptr<CXMLTree> CXMLTree::Clone(pugi::xml_node top) const {
+    const auto pTree = std::make_shared<CXMLTree>();
+    if (top != m_document) {
+        XmlTree::AppendCopy(pTree->m_document, top);
+        return pTree;
+    }
+    pTree->m_strDeclaration = m_strDeclaration;
+    for (const pugi::xml_node child : m_document) {
+        if (!IsHolder(child)) {
+            XmlTree::AppendCopy(pTree->m_document, child);
+        }
+    }
+    return pTree;
+}
+
+pugi::xml_node CXMLTree::Root() const {
+    return XmlTree::FirstElement(m_document);
+}
+
+pugi::xml_node CXMLTree::Create(const char* pName) {
+    const pugi::xml_node element = XmlTree::Append(Holder(), pugi::node_element);
+    XmlTree::Require(pugi::xml_node(element).set_name(pName));
+    return element;
+}
+
+pugi::xml_node CXMLTree::CopyIn(pugi::xml_node source) {
+    return XmlTree::AppendCopy(Holder(), source);
+}
+
+void CXMLTree::Detach(pugi::xml_node node) {
+    Holder().append_move(node);
+}
+
+pugi::xml_node CXMLTree::Holder() {
+    if (!m_holder) {
+        m_holder = XmlTree::Append(m_document, pugi::node_element);
+    }
+    return m_holder;
+}
+
+namespace XmlTree {
+
+bool IsElement(pugi::xml_node node) {
+    return node.type() == pugi::node_element && *node.name() != '\0';
+}
+
+pugi::xml_node ParentElement(pugi::xml_node node) {
+    const pugi::xml_node parent = node.parent();
+    return IsElement(parent) ? parent : pugi::xml_node();
+}
+
+pugi::xml_node Top(pugi::xml_node node) {
+    while (const pugi::xml_node parent = ParentElement(node)) {
+        node = parent;
+    }
+    const pugi::xml_node parent = node.parent();
+    return parent.type() == pugi::node_document ? parent : node;
+}
+
+pugi::xml_node FirstElement(pugi::xml_node node, const char* pName) {
+    const pugi::xml_node child = node.first_child();
+    return !child || Matches(child, pName) ? child : NextElement(child, pName);
+}
+
+pugi::xml_node NextElement(pugi::xml_node node, const char* pName) {
+    do {
+        node = node.next_sibling();
+    } while (node && !Matches(node, pName));
+    return node;
+}
+
+pugi::xml_node Next(pugi::xml_node node, pugi::xml_node top) {
+    if (const pugi::xml_node child = node.first_child()) {
+        return child;
+    }
+    while (node != top) {
+        if (const pugi::xml_node sibling = node.next_sibling()) {
+            return sibling;
+        }
+        node = node.parent();
+    }
+    return pugi::xml_node();
+}
+
+pugi::xml_node AppendCopy(pugi::xml_node parent, pugi::xml_node source) {
+    const pugi::xml_node copy = Append(parent, source.type());
+    CopyContents(copy, source);
+    pugi::xml_node target = copy;
+    for (pugi::xml_node node = source; true;) {
+        if (const pugi::xml_node child = node.first_child()) {
+            node = child;
+            target = Append(target, node.type());
+        } else {
+            while (node != source && !node.next_sibling()) {
+                node = node.parent();
+                target = target.parent();
+            }
+            if (node == source) {
+                return copy;
+            }
+            node = node.next_sibling();
+            target = Append(target.parent(), node.type());
+        }
+        CopyContents(target, node);
+    }
+}
+
+pugi::xml_node Append(pugi::xml_node parent, pugi::xml_node_type eType) {
+    const pugi::xml_node child = parent.append_child(eType);
+    Require(!child.empty());
+    return child;
+}
+
+void Require(bool bDone) {
+    if (!bDone) {
+        throw std::bad_alloc();
+    }
+}
+
+}  // namespace XmlTree

@@ -1,0 +1,71 @@
+#include "platform/xml/CXMLView.h"
+
+#include "platform/xml/CXMLTree.hpp"
+#include "platform/xml/FaultPoint.h"
+#include "platform/xml/XMLMarkup.hpp"
+
+namespace {
+bool IsText(pugi::xml_node node) {
+    return node.type() == pugi::node_pcdata || node.type() == pugi::node_cdata;
+}
+}  // namespace
+
+std::string_view CXMLView::Name() const {
+    return XmlTree::Node(m_pNode).name();
+}
+
+std::string_view CXMLView::Attribute(const char* pName) const {
+    return XmlTree::Node(m_pNode).attribute(pName).value();
+}
+
+bool CXMLView::HasAttribute(const char* pName) const {
+    return !XmlTree::Node(m_pNode).attribute(pName).empty();
+}
+
+bool CXMLView::AttributeAt(std::size_t iIndex, std::string_view& strName, std::string_view& strValue) const {
+    pugi::xml_attribute attribute = XmlTree::Node(m_pNode).first_attribute();
+    for (; attribute && iIndex > 0; --iIndex) {
+        attribute = attribute.next_attribute();
+    }
+    strName = attribute.name();
+    strValue = attribute.value();
+    return !attribute.empty();
+}
+
+CXMLView CXMLView::Parent() const {
+    return CXMLView(XmlTree::Handle(XmlTree::ParentElement(XmlTree::Node(m_pNode))));
+}
+
+CXMLView CXMLView::FirstChild(const char* pName) const {
+    return CXMLView(XmlTree::Handle(XmlTree::FirstElement(XmlTree::Node(m_pNode), pName)));
+}
+
+CXMLView CXMLView::NextSibling(const char* pName) const {
+    const pugi::xml_node node = XmlTree::Node(m_pNode);
+    // What stands beside a node that is not attached is no sibling.
+    return XmlTree::ParentElement(node) ? CXMLView(XmlTree::Handle(XmlTree::NextElement(node, pName))) : CXMLView();
+}
+
+std::string CXMLView::Text() const {
+    std::string strText;
+    const pugi::xml_node top = XmlTree::Node(m_pNode);
+    for (pugi::xml_node node = top; node; node = XmlTree::Next(node, top)) {
+        if (IsText(node)) {
+            strText += node.value();
+        }
+    }
+    return strText;
+}
+
+void CXMLView::AppendMarkup(std::string& strOut, const char* const* apSkip, std::size_t iSkip) const {
+    XML_STEP("AppendMarkup");
+    if (m_pNode != nullptr) {
+        XmlMarkup::Append(strOut, XmlTree::Node(m_pNode), {apSkip, iSkip});
+    }
+}
+
+std::size_t CXMLView::Offset() const {
+    // The engine knows where the name stands; the "<" is the byte before.
+    const std::ptrdiff_t iName = XmlTree::Node(m_pNode).offset_debug();
+    return iName > 0 ? static_cast<std::size_t>(iName) - 1 : std::string::npos;
+}

@@ -1,0 +1,93 @@
+#include "platform/xml/CXMLWriter.h"
+
+#include <charconv>
+
+#include "platform/xml/FaultPoint.h"
+#include "platform/xml/XMLText.hpp"
+
+void CXMLWriter::Declaration() {
+    XML_STEP("Declaration");
+    m_strOut += R"(<?xml version="1.0" encoding="UTF-8"?>)";
+}
+
+void CXMLWriter::StartElement(const char* pName) {
+    XML_STEP("StartElement");
+    CloseStartTag();
+    m_strOut.append("<").append(pName);
+    m_vecOpen.push_back(pName);
+    m_bInStartTag = true;
+}
+
+void CXMLWriter::Attribute(const char* pName, std::string_view strValue) {
+    XML_STEP("Attribute");
+    m_strOut.append(" ").append(pName).append("=\"");
+    const std::size_t iBad = XmlText::Append(m_strOut, strValue, true);
+    if (iBad != std::string::npos) {
+        XmlText::ThrowBadCharacter(XmlText::AttributeOf(m_vecOpen.back(), pName), strValue, iBad);
+    }
+    m_strOut += '"';
+}
+
+void CXMLWriter::Attribute(const char* pName, int iValue) {
+    char aDigits[12];
+    const std::to_chars_result result = std::to_chars(std::begin(aDigits), std::end(aDigits), iValue);
+    Attribute(pName, std::string_view(aDigits, static_cast<std::size_t>(result.ptr - aDigits)));
+}
+
+void CXMLWriter::Text(std::string_view strText) {
+    XML_STEP("Text");
+    if (strText.empty()) {
+        return;
+    }
+    CloseStartTag();
+    const std::size_t iBad = XmlText::Append(m_strOut, strText, false);
+    if (iBad != std::string::npos) {
+        XmlText::ThrowBadCharacter(XmlText::TextOf(m_vecOpen.back()), strText, iBad);
+    }
+}
+
+void CXMLWriter::TextElement(const char* pName, std::string_view strText) {
+    StartElement(pName);
+    Text(strText);
+    EndElement();
+}
+
+void CXMLWriter::Raw(std::string_view strMarkup) {
+    XML_STEP("Raw");
+    if (!strMarkup.empty()) {
+        CloseStartTag();
+        m_strOut += strMarkup;
+    }
+}
+
+void CXMLWriter::Node(const CXMLView& node) {
+    if (node) {
+        CloseStartTag();
+        node.AppendMarkup(m_strOut);
+    }
+}
+
+void CXMLWriter::EndElement() {
+    XML_STEP("EndElement");
+    if (m_bInStartTag) {
+        m_strOut += "/>";
+        m_bInStartTag = false;
+    } else {
+        m_strOut.append("</").append(m_vecOpen.back()).append(">");
+    }
+    m_vecOpen.pop_back();
+}
+
+void CXMLWriter::CloseStartTag() {
+    if (m_bInStartTag) {
+        m_strOut += '>';
+        m_bInStartTag = false;
+    }
+}
+
+void AppendEscaped(std::string& strOut, std::string_view strText, bool bAttribute) {
+    const std::size_t iBad = XmlText::Append(strOut, strText, bAttribute);
+    if (iBad != std::string::npos) {
+        XmlText::ThrowBadCharacter(std::string(), strText, iBad);
+    }
+}

@@ -1,0 +1,139 @@
+#include "platform/xml/XMLGate.hpp"
+
+#include <expat.h>
+
+#include <algorithm>
+#include <memory>
+#include <new>
+
+#include "platform/common/TextConversion.h"
+
+// The tree's parser is lenient, so nothing reaches it that has not passed here.
+
+namespace {
+
+constexpr char NOT_UTF8[] = "not UTF-8";
+constexpr char DOCTYPE_REFUSED[] = "a DOCTYPE is not allowed";
+constexpr char TOO_DEEP[] = "elements are nested more than 256 deep";
+constexpr char NOT_CLOSED[] = "an element is not closed";
+static_assert(CXMLParser::MAX_DEPTH == 256, "TOO_DEEP names the number");
+
+constexpr char BYTE_ORDER_MARK[] = "\xEF\xBB\xBF";
+constexpr char DOCTYPE_START[] = "<!DOCTYPE";
+
+/** Fed in pieces: the parser copies what it is fed, and a token that spans pieces is scanned again from its start. */
+constexpr std::size_t PIECE = 1U << 20U;
+
+struct SGate {
+    XML_Parser parser = nullptr;
+    int iDepth = 0;
+    bool bAnyElement = false;
+    const char* pRefusal = nullptr;
+};
+
+void Refuse(SGate& gate, const char* pReason) {
+    gate.pRefusal = pReason;
+    XML_StopParser(gate.parser, XML_FALSE);
+}
+
+void XMLCALL OnStart(void* pGate, const XML_Char*, const XML_Char**) {
+    SGate& gate = *static_cast<SGate*>(pGate);
+    gate.bAnyElement = true;
+    if (++gate.iDepth > CXMLParser::MAX_DEPTH) {
+        Refuse(gate, TOO_DEEP);
+    }
+}
+
+void XMLCALL OnEnd(void* pGate, const XML_Char*) {
+    --static_cast<SGate*>(pGate)->iDepth;
+}
+
+void XMLCALL OnDoctype(void* pGate, const XML_Char*, const XML_Char*, const XML_Char*, int) {
+    Refuse(*static_cast<SGate*>(pGate), DOCTYPE_REFUSED);
+}
+
+/** Left to itself the engine would read text that begins like UTF-16 as such, whatever encoding it was told. */
+bool LooksLikeUtf16(std::string_view strText) {
+    const std::string_view strStart = strText.substr(0, 2);
+    return strStart == "\xFE\xFF" || strStart == "\xFF\xFE" || strStart.find('\0') != std::string_view::npos;
+}
+
+bool Feed(XML_Parser parser, std::string_view strText) {
+    for (;;) {
+        const std::string_view strPiece = strText.substr(0, PIECE);
+        strText.remove_prefix(strPiece.size());
+        const bool bLast = strText.empty();
+        if (XML_Parse(parser, strPiece.data(), static_cast<int>(strPiece.size()), bLast) != XML_STATUS_OK) {
+            return false;
+        }
+        if (bLast) {
+            return true;
+        }
+    }
+}
+
+std::string Describe(const SGate& gate, XML_Error eError, std::string_view strRest) {
+    if (gate.pRefusal != nullptr) {
+        return gate.pRefusal;
+    }
+    if (eError == XML_ERROR_NO_ELEMENTS && gate.iDepth > 0) {
+        return NOT_CLOSED;
+    }
+    if (eError == XML_ERROR_INVALID_TOKEN && OS::FindInvalidUtf8(strRest.substr(0, 4)) == 0) {
+        return NOT_UTF8;
+    }
+    return XML_ErrorString(eError);
+}
+
+/** A DOCTYPE is reported where its name ends; its beginning is what the reader looks for. */
+std::size_t FindPlace(const SGate& gate, std::string_view strText) {
+    const XML_Index iIndex = XML_GetCurrentByteIndex(gate.parser);
+    const std::size_t iOffset = iIndex < 0 ? strText.size() : static_cast<std::size_t>(iIndex);
+    if (gate.pRefusal == DOCTYPE_REFUSED) {
+        return std::min(strText.rfind(DOCTYPE_START, iOffset), iOffset);
+    }
+    return std::min(iOffset, strText.size());
+}
+
+/** Lines end at LF, CR LF or CR; a byte order mark takes no column. */
+SXMLLoadError MakeError(std::string strMessage, std::string_view strText, std::size_t iOffset) {
+    SXMLLoadError error{std::move(strMessage), iOffset, 1, 0};
+    std::size_t iLineStart = strText.substr(0, 3) == BYTE_ORDER_MARK && iOffset >= 3 ? 3 : 0;
+    for (std::size_t i = iLineStart; i < iOffset; ++i) {
+        const bool bCarriageReturn = strText[i] == '\r' && (i + 1 == strText.size() || strText[i + 1] != '\n');
+        if (strText[i] == '\n' || bCarriageReturn) {
+            ++error.iLine;
+            iLineStart = i + 1;
+        }
+    }
+    error.iColumn = OS::CountCodePoints(strText.substr(iLineStart, iOffset - iLineStart)) + 1;
+    return error;
+}
+
+}  // namespace
+
+SXMLGateResult CheckXml(std::string_view strText) {
+    if (LooksLikeUtf16(strText)) {
+        return {false, false, MakeError(NOT_UTF8, strText, 0)};
+    }
+    SGate gate;
+    const std::unique_ptr<XML_ParserStruct, decltype(&XML_ParserFree)> parser(XML_ParserCreate("UTF-8"),
+                                                                              XML_ParserFree);
+    if (parser == nullptr) {
+        throw std::bad_alloc();
+    }
+    gate.parser = parser.get();
+    XML_SetUserData(gate.parser, &gate);
+    XML_SetElementHandler(gate.parser, OnStart, OnEnd);
+    XML_SetStartDoctypeDeclHandler(gate.parser, OnDoctype);
+    if (Feed(gate.parser, strText)) {
+        return {true, false, {}};
+    }
+    const XML_Error eError = XML_GetErrorCode(gate.parser);
+    if (eError == XML_ERROR_NO_MEMORY) {
+        throw std::bad_alloc();
+    }
+    const std::size_t iOffset = FindPlace(gate, strText);
+    return {false, eError == XML_ERROR_NO_ELEMENTS && !gate.bAnyElement,
+            MakeError(Describe(gate, eError, strText.substr(iOffset)), strText, iOffset)};
+}

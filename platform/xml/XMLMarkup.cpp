@@ -1,0 +1,144 @@
+#include "platform/xml/XMLMarkup.hpp"
+
+#include <algorithm>
+#include <string_view>
+
+#include "platform/xml/CXMLTree.hpp"
+#include "platform/xml/XMLText.hpp"
+
+namespace XmlMarkup {
+
+namespace {
+
+bool IsDeclaration(std::string_view strName) {
+    return strName == "xmlns" || strName.substr(0, 6) == "xmlns:";
+}
+
+bool IsDeclared(const std::vector<CDeclaration>& vecDeclarations, std::string_view strName) {
+    return std::any_of(vecDeclarations.begin(), vecDeclarations.end(),
+                       [strName](const CDeclaration& declaration) { return declaration.first == strName; });
+}
+
+void AppendAttribute(std::string& strOut, std::string_view strName, std::string_view strValue) {
+    strOut.append(" ").append(strName).append("=\"");
+    XmlText::AppendKnown(strOut, strValue, true);
+    strOut += '"';
+}
+
+bool IsSkipped(const SSkip& skip, std::string_view strName) {
+    return std::any_of(skip.apNames, skip.apNames + skip.iCount,
+                       [strName](const char* pName) { return strName == pName; });
+}
+
+/** The start tag up to where it ends. */
+void AppendStart(std::string& strOut, pugi::xml_node element, const SSkip& skip) {
+    strOut.append("<").append(element.name());
+    for (const pugi::xml_attribute& attribute : element.attributes()) {
+        if (!IsSkipped(skip, attribute.name())) {
+            AppendAttribute(strOut, attribute.name(), attribute.value());
+        }
+    }
+}
+
+/** A line break in a processing instruction reads as LF, however it was written. */
+void AppendInstruction(std::string& strOut, pugi::xml_node node) {
+    strOut.append("<?").append(node.name());
+    const std::string_view strValue = node.value();
+    if (!strValue.empty()) {
+        strOut += ' ';
+    }
+    for (std::size_t i = 0; i < strValue.size(); ++i) {
+        if (strValue[i] != '\r') {
+            strOut += strValue[i];
+        } else if (strValue.substr(i + 1, 1) != "\n") {
+            strOut += '\n';
+        }
+    }
+    strOut += "?>";
+}
+
+void AppendLeaf(std::string& strOut, pugi::xml_node node) {
+    switch (node.type()) {
+        case pugi::node_cdata:
+            strOut.append("<![CDATA[").append(node.value()).append("]]>");
+            break;
+        case pugi::node_comment:
+            strOut.append("<!--").append(node.value()).append("-->");
+            break;
+        case pugi::node_pi:
+            AppendInstruction(strOut, node);
+            break;
+        default:
+            XmlText::AppendKnown(strOut, node.value(), false);
+            break;
+    }
+}
+
+/** @return whether the node was opened, so that its children and its end are still to come */
+bool AppendOpening(std::string& strOut, pugi::xml_node node, const SSkip& skip,
+                   const std::vector<CDeclaration>& vecDeclarations) {
+    if (node.type() != pugi::node_element) {
+        AppendLeaf(strOut, node);
+        return false;
+    }
+    AppendStart(strOut, node, skip);
+    for (const CDeclaration& declaration : vecDeclarations) {
+        AppendAttribute(strOut, declaration.first, declaration.second);
+    }
+    const bool bOpened = !node.first_child().empty();
+    strOut += bOpened ? ">" : "/>";
+    return bOpened;
+}
+
+}  // namespace
+
+std::vector<CDeclaration> DeclarationsInScope(pugi::xml_node element) {
+    std::vector<CDeclaration> vecDeclarations;
+    for (pugi::xml_node node = XmlTree::ParentElement(element); node; node = XmlTree::ParentElement(node)) {
+        for (const pugi::xml_attribute& attribute : node.attributes()) {
+            if (IsDeclaration(attribute.name()) && !element.attribute(attribute.name()) &&
+                !IsDeclared(vecDeclarations, attribute.name())) {
+                vecDeclarations.emplace_back(attribute.name(), attribute.value());
+            }
+        }
+    }
+    // An empty value takes back what an outer element declares.
+    vecDeclarations.erase(std::remove_if(vecDeclarations.begin(), vecDeclarations.end(),
+                                         [](const CDeclaration& declaration) { return declaration.second.empty(); }),
+                          vecDeclarations.end());
+    return vecDeclarations;
+}
+
+void AddDeclarations(pugi::xml_node element, const std::vector<CDeclaration>& vecDeclarations) {
+    if (vecDeclarations.empty()) {
+        return;
+    }
+    const std::vector<CDeclaration> vecPresent = DeclarationsInScope(element);
+    for (const CDeclaration& declaration : vecDeclarations) {
+        if (std::find(vecPresent.begin(), vecPresent.end(), declaration) == vecPresent.end()) {
+            XmlTree::Require(element.append_attribute(declaration.first.c_str()).set_value(declaration.second.c_str()));
+        }
+    }
+}
+
+void Append(std::string& strOut, pugi::xml_node node, const SSkip& skip) {
+    const pugi::xml_node top = node;
+    bool bOpened = AppendOpening(strOut, top, skip, DeclarationsInScope(top));
+    for (;;) {
+        if (bOpened) {
+            node = node.first_child();
+        } else {
+            while (node != top && !node.next_sibling()) {
+                node = node.parent();
+                strOut.append("</").append(node.name()).append(">");
+            }
+            if (node == top) {
+                return;
+            }
+            node = node.next_sibling();
+        }
+        bOpened = AppendOpening(strOut, node, {}, {});
+    }
+}
+
+}  // namespace XmlMarkup

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+/** What XML can carry, and how it is written. Everything here is UTF-8. */
+namespace XmlText {
+
+/** @return whether XML 1.0 can carry the code point */
+constexpr bool IsChar(char32_t c) {
+    return c >= 0x20 ? c <= 0xD7FF || (c >= 0xE000 && c <= 0xFFFD) || (c >= 0x10000 && c <= 0x10FFFF)
+                     : c == U'\t' || c == U'\n' || c == U'\r';
+}
+
+/** @return whether it can name an element or attribute: what the loader takes as a name, prefixes included */
+bool IsName(std::string_view strName);
+
+/** What is being written or set, for messages. */
+std::string TextOf(std::string_view strElement);
+std::string AttributeOf(std::string_view strElement, std::string_view strAttribute);
+
+/** @throws CXMLCOMException<OS::CException> "strSubject: strReason", without a subject the reason alone */
+[[noreturn]] void Throw(const std::string& strSubject, const std::string& strReason);
+
+/** @throws CXMLCOMException<OS::CException> that names the character XML cannot carry, or the offset of bad UTF-8 */
+[[noreturn]] void ThrowBadCharacter(const std::string& strSubject, std::string_view strText, std::size_t iOffset);
+
+/** Converts text that is to be set. @throws CXMLCOMException<OS::CException> that names the first bad character */
+std::string ToUtf8(std::wstring_view strText, const std::string& strSubject);
+
+/**
+ * Appends text escaped for an attribute value or for element content.
+ * @return npos; else the offset of the first byte that starts nothing XML can carry, and strOut is as it was
+ */
+std::size_t Append(std::string& strOut, std::string_view strText, bool bAttribute);
+
+/** The same for text out of a tree, which is known to be good. */
+void AppendKnown(std::string& strOut, std::string_view strText, bool bAttribute);
+
+}  // namespace XmlText
