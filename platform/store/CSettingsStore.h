@@ -13,7 +13,7 @@
 /** What a store is, for people. */
 struct SStoreInfo {
     std::string strUrl;
-    std::string strEngine;   ///< such as "SQLite 3.40.1"
+    std::string strEngine;  ///< such as "SQLite 3.40.1"
     int iSchemaVersion = 0;
 };
 
@@ -42,7 +42,8 @@ class DLP_PLATFORM_API CSettingsStore {
     static std::string GetDefaultUrl();
     /** Opens a store beside the process's one. @throws as Open */
     static std::unique_ptr<CSettingsStore> Make(const std::string& strUrl);
-    /** Puts something in front of every store that Open opens from now on (to count, to record, to fail); empty: nothing. */
+    /** Puts something in front of every store that Open opens from now on (to count, to record, to fail); empty:
+     * nothing. */
     using Wrapper = std::function<std::unique_ptr<CSettingsStore>(std::unique_ptr<CSettingsStore>)>;
     static void SetWrapper(Wrapper fnWrapper);
 
@@ -74,8 +75,8 @@ class DLP_PLATFORM_API CSettingsStore {
     /** Begins a unit of work, inside the current one if there is one. A WRITE unit inside a READ unit is refused. */
     virtual void Begin(EUnitOfWork eUnit) = 0;
     /**
-     * Keeps what the innermost unit did. @throws when the engine has undone it meanwhile (a full disk) or cannot keep it;
-     * the unit is ended, and undone, then too
+     * Keeps what the innermost unit did. @throws when the engine has undone it meanwhile (a full disk) or cannot keep
+     * it; the unit is ended, and undone, then too
      */
     virtual void Commit() = 0;
     /** Undoes what the innermost unit did. */

@@ -76,4 +76,4 @@ enum : std::size_t {
     ELEMENT,
     COUNT
 };
-}
+}  // namespace TemplateColumn

@@ -1,0 +1,108 @@
+#include "platform/store/SqlText.h"
+
+namespace SqlText {
+
+namespace {
+
+const char* TypeText(EColumnType eType) {
+    switch (eType) {
+        case EColumnType::NUMBER:
+        case EColumnType::FLAG:
+            return " INTEGER NOT NULL";
+        case EColumnType::NULLABLE_TEXT:
+            return " TEXT";
+        case EColumnType::TEXT:
+        case EColumnType::TEXT_LIST:
+            break;
+    }
+    return " TEXT NOT NULL";
+}
+
+const char* Key(const STable& table) {
+    return table.pColumns[0].pName;
+}
+
+/** What fnItem gives for each column from iFirst on, separated by commas. */
+template <class Item>
+std::string List(const STable& table, std::size_t iFirst, Item&& fnItem) {
+    std::string strList;
+    for (std::size_t i = iFirst; i < table.iColumns; ++i) {
+        strList += i == iFirst ? "" : ", ";
+        strList += fnItem(table.pColumns[i]);
+    }
+    return strList;
+}
+
+std::string Names(const STable& table) {
+    return List(table, 0, [](const SColumn& column) { return std::string(column.pName); });
+}
+
+std::string From(const STable& table) {
+    return std::string(" FROM ") + table.pName;
+}
+
+std::string InOrder(const STable& table) {
+    return std::string(" ORDER BY ") + Key(table);
+}
+
+std::string Where(const STable& table, std::size_t iColumn) {
+    return std::string(" WHERE ") + table.pColumns[iColumn].pName + " = ?1";
+}
+
+}  // namespace
+
+std::string CreateTable(const STable& table) {
+    const std::string strName = table.pName;
+    std::string strSql = "CREATE TABLE " + strName + " (" + List(table, 0, [](const SColumn& column) {
+                             return std::string(column.pName) + TypeText(column.eType);
+                         });
+    strSql += std::string(", UNIQUE (") + Key(table) + "));";
+    for (std::size_t i = 0; i < table.iColumns; ++i) {
+        if (table.pColumns[i].bIndexed) {
+            // The key stands in the index too: the first of many rows of one value is found without looking at them
+            // all.
+            const std::string strColumn = table.pColumns[i].pName;
+            strSql += "CREATE INDEX " + strName + "_by_" + strColumn + " ON " + strName + " (" + strColumn + ", " +
+                      Key(table) + ");";
+        }
+    }
+    return strSql;
+}
+
+std::string Save(const STable& table) {
+    const std::string strParameters = List(table, 0, [](const SColumn&) { return std::string("?"); });
+    const std::string strUpdates =
+        List(table, 1, [](const SColumn& column) { return std::string(column.pName) + " = excluded." + column.pName; });
+    return std::string("INSERT INTO ") + table.pName + " (" + Names(table) + ") VALUES (" + strParameters +
+           ") ON CONFLICT (" + Key(table) + ") DO UPDATE SET " + strUpdates;
+}
+
+std::string SelectAll(const STable& table) {
+    return "SELECT " + Names(table) + From(table) + InOrder(table);
+}
+
+std::string SelectFirst(const STable& table, std::size_t iColumn) {
+    return "SELECT " + Names(table) + From(table) + Where(table, iColumn) + InOrder(table) + " LIMIT 1";
+}
+
+std::string SelectHeld(const STable& table, std::size_t iColumn) {
+    return "SELECT 1" + From(table) + Where(table, iColumn) + " LIMIT 1";
+}
+
+std::string SelectColumn(const STable& table, std::size_t iColumn) {
+    return std::string("SELECT ") + table.pColumns[iColumn].pName + From(table) + InOrder(table);
+}
+
+std::string Count(const STable& table) {
+    return "SELECT count(*)" + From(table);
+}
+
+std::string Remove(const STable& table) {
+    return "DELETE" + From(table) + Where(table, 0);
+}
+
+std::string RemoveAll(const STable& table) {
+    return "DELETE" + From(table);
+}
+
+}  // namespace SqlText
