@@ -27,10 +27,17 @@ class DLP_PLATFORM_API CForwardingStore : public CSettingsStore {
     void Rollback() override;
 
   protected:
-    /** Called before each operation with its name; throw from it to make that operation fail. Rollback's is ignored. */
+    /**
+     * Called before each operation with its name; throw from it to make that operation fail. A Commit that is made to
+     * fail undoes its unit; a Rollback cannot be made to fail.
+     */
     virtual void Before(const char* pOperation);
-    /** Called when an operation has failed. */
+    /** Called when an operation has failed; not for what the caller's own function threw in ReadAll. */
     virtual void Failed(const char* pOperation);
 
     std::unique_ptr<CSettingsStore> m_pInner;
+
+  private:
+    template <class Operation>
+    auto Forward(const char* pName, Operation&& fnOperation);
 };

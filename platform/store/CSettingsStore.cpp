@@ -1,0 +1,142 @@
+#include "platform/store/CSettingsStore.h"
+
+#include <cstdlib>
+#include <exception>
+#include <string_view>
+
+#include "platform/store/CMemoryStore.h"
+#include "platform/store/CSqliteStore.h"
+#include "platform/store/StoreError.h"
+
+namespace {
+
+struct SProcessStore {
+    CSettingsStore::Wrapper fnWrapper;
+    std::unique_ptr<CSettingsStore> pStore;
+};
+
+SProcessStore& GetProcessStore() {
+    static SProcessStore s_store;
+    return s_store;
+}
+
+std::unique_ptr<CSettingsStore> MakeMemory(const std::string& strRest) {
+    if (!strRest.empty()) {
+        ThrowStoreError(CMemoryStore::URL + strRest, StoreDoing::OPENING, "nothing may follow \"memory:\"");
+    }
+    return std::make_unique<CMemoryStore>();
+}
+
+std::unique_ptr<CSettingsStore> MakeSqlite(const std::string& strRest) {
+    return std::make_unique<CSqliteStore>(strRest);
+}
+
+/** The rest of such a URL may hold a password, so no message repeats it. */
+std::unique_ptr<CSettingsStore> MakePostgresql(const std::string&) {
+    ThrowStoreError("postgresql://", StoreDoing::OPENING, "PostgreSQL is not built into this version; use sqlite:PATH");
+}
+
+struct SMake {
+    std::string_view strScheme;
+    std::unique_ptr<CSettingsStore> (*fnMake)(const std::string& strRest);
+};
+
+constexpr SMake MAKES[] = {
+    {"memory:", MakeMemory},
+    {"sqlite:", MakeSqlite},
+    {"postgresql://", MakePostgresql},
+    {"postgres://", MakePostgresql},
+};
+
+/** @return the variable's value, "" when it is not set */
+std::string GetVariable(const char* pName) {
+    const char* pValue = std::getenv(pName);
+    return pValue != nullptr ? pValue : "";
+}
+
+}  // namespace
+
+CSettingsStore::~CSettingsStore() = default;
+
+std::unique_ptr<CSettingsStore> CSettingsStore::Make(const std::string& strUrl) {
+    for (const SMake& make : MAKES) {
+        if (strUrl.compare(0, make.strScheme.size(), make.strScheme) == 0) {
+            return make.fnMake(strUrl.substr(make.strScheme.size()));
+        }
+    }
+    // What follows a foreign scheme may hold a password.
+    ThrowStoreError('"' + strUrl.substr(0, strUrl.find("://")) + '"', StoreDoing::OPENING,
+                    "no such kind of store; write sqlite:PATH or memory:");
+}
+
+void CSettingsStore::Open(const std::string& strUrl) {
+    SProcessStore& process = GetProcessStore();
+    process.pStore.reset();
+    std::unique_ptr<CSettingsStore> pStore = Make(strUrl);
+    process.pStore = process.fnWrapper ? process.fnWrapper(std::move(pStore)) : std::move(pStore);
+}
+
+void CSettingsStore::Close() {
+    GetProcessStore().pStore.reset();
+}
+
+CSettingsStore& CSettingsStore::Current() {
+    SProcessStore& process = GetProcessStore();
+    if (process.pStore == nullptr) {
+        Open(GetDefaultUrl());
+    }
+    return *process.pStore;
+}
+
+void CSettingsStore::SetWrapper(Wrapper fnWrapper) {
+    GetProcessStore().fnWrapper = std::move(fnWrapper);
+}
+
+std::string CSettingsStore::GetDefaultUrl() {
+    static constexpr const char FILE_BELOW_DATA[] = "/dlpparser/settings.db";
+    const std::string strUrl = GetVariable("DLP_STORE");
+    if (!strUrl.empty()) {
+        return strUrl;
+    }
+    // A relative XDG_DATA_HOME counts as none, as the base directory rules want it.
+    const std::string strData = GetVariable("XDG_DATA_HOME");
+    if (!strData.empty() && strData[0] == '/') {
+        return CSqliteStore::SCHEME + strData + FILE_BELOW_DATA;
+    }
+    const std::string strHome = GetVariable("HOME");
+    if (strHome.empty()) {
+        ThrowStoreError("(default)", StoreDoing::OPENING, "set DLP_STORE to its URL, or HOME to your home directory");
+    }
+    return CSqliteStore::SCHEME + strHome + "/.local/share" + FILE_BELOW_DATA;
+}
+
+std::unique_ptr<CSettingsRow> CSettingsStore::FindOne(ESettingsKind eKind, std::size_t iColumn,
+                                                      const std::string& strValue) {
+    std::vector<std::unique_ptr<CSettingsRow>> vecRows;
+    Find(eKind, iColumn, {strValue}, vecRows);
+    return std::move(vecRows.front());
+}
+
+CSettingsTransaction::CSettingsTransaction(EUnitOfWork eUnit)
+    : CSettingsTransaction(CSettingsStore::Current(), eUnit) {}
+
+CSettingsTransaction::CSettingsTransaction(CSettingsStore& store, EUnitOfWork eUnit) : m_store(store) {
+    m_store.Begin(eUnit);
+    m_bOpen = true;
+}
+
+CSettingsTransaction::~CSettingsTransaction() {
+    if (!m_bOpen) {
+        return;
+    }
+    try {
+        m_store.Rollback();
+    } catch (const std::exception&) {
+        // A destructor has nobody to tell; what was not committed is undone when the store is closed, if not now.
+    }
+}
+
+void CSettingsTransaction::Commit() {
+    m_bOpen = false;
+    m_store.Commit();
+}

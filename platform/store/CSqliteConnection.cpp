@@ -1,0 +1,152 @@
+#include "platform/store/CSqliteConnection.h"
+
+#include <sqlite3.h>
+
+#include <array>
+#include <cstring>
+#include <new>
+#include <system_error>
+
+#include "platform/store/CSqliteStatement.h"
+#include "platform/store/CSqliteStore.h"
+#include "platform/store/SettingsSchema.h"
+#include "platform/store/SqlText.h"
+#include "platform/store/SqliteFile.h"
+#include "platform/store/StoreError.h"
+
+namespace {
+
+/** What says in the file's header that it is a settings store: "DLPS". */
+constexpr std::int64_t APPLICATION_ID = 0x444C5053;
+
+/** The page size counts for a new file only and must be set before the first write. */
+constexpr char CONNECTION_SETTINGS[] =
+    "PRAGMA page_size = 8192;"
+    "PRAGMA synchronous = FULL;"
+    "PRAGMA foreign_keys = ON;"
+    "PRAGMA trusted_schema = OFF;";
+constexpr char JOURNAL_SETTING[] = "PRAGMA journal_mode = WAL";
+constexpr char GET_APPLICATION[] = "PRAGMA application_id";
+constexpr char GET_VERSION[] = "PRAGMA user_version";
+
+/** The header of a database file, as far as it is looked at. */
+constexpr char HEADER_MAGIC[] = "SQLite format 3";
+constexpr std::size_t HEADER_SIZE = 100;
+constexpr std::size_t HEADER_VERSION = 60;
+constexpr std::size_t HEADER_APPLICATION = 68;
+
+std::int32_t ReadBigEndian(const unsigned char* pBytes) {
+    return static_cast<std::int32_t>(static_cast<std::uint32_t>(pBytes[0]) << 24 |
+                                     static_cast<std::uint32_t>(pBytes[1]) << 16 |
+                                     static_cast<std::uint32_t>(pBytes[2]) << 8 | pBytes[3]);
+}
+
+}  // namespace
+
+CSqliteConnection::CSqliteConnection(const std::string& strPath, int iBusyMilliseconds)
+    : m_strUrl(CSqliteStore::SCHEME + strPath) {
+    MakeSqliteFile(strPath, m_strUrl);
+    sqlite3* pDb = nullptr;
+    const int iCode = sqlite3_open_v2(strPath.c_str(), &pDb, SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX, nullptr);
+    m_pDb.reset(pDb);
+    if (iCode != SQLITE_OK) {
+        Throw(iCode, StoreDoing::OPENING);
+    }
+    if (sqlite3_db_readonly(Get(), nullptr) == 1) {
+        Refuse("it cannot be written");
+    }
+    CheckHeader();
+    sqlite3_extended_result_codes(Get(), 1);
+    sqlite3_busy_timeout(Get(), iBusyMilliseconds);
+    Execute(CONNECTION_SETTINGS);
+    CreateSchema();
+    Execute(JOURNAL_SETTING);
+}
+
+void CSqliteConnection::SClose::operator()(sqlite3* pDb) const noexcept {
+    sqlite3_close(pDb);
+}
+
+/**
+ * Looks at the file before the engine does: its first statement may already repair or convert a file that is none of
+ * ours. The file is read through the engine's own handle, because closing a second one would drop the engine's locks.
+ */
+void CSqliteConnection::CheckHeader() const {
+    sqlite3_file* pFile = nullptr;
+    sqlite3_file_control(Get(), nullptr, SQLITE_FCNTL_FILE_POINTER, &pFile);
+    sqlite3_int64 iSize = 0;
+    std::array<unsigned char, HEADER_SIZE> aHeader{};
+    int iCode = pFile->pMethods->xFileSize(pFile, &iSize);
+    if (iCode == SQLITE_OK && iSize > 0) {
+        iCode = pFile->pMethods->xRead(pFile, aHeader.data(), HEADER_SIZE, 0);
+    }
+    if (iCode != SQLITE_OK && iCode != SQLITE_IOERR_SHORT_READ) {
+        Refuse(sqlite3_errstr(iCode));
+    }
+    if (iSize == 0) {
+        return;
+    }
+    const bool bDatabase = std::memcmp(aHeader.data(), HEADER_MAGIC, sizeof(HEADER_MAGIC)) == 0;
+    CheckOwner(bDatabase ? ReadBigEndian(&aHeader[HEADER_APPLICATION]) : 0, ReadBigEndian(&aHeader[HEADER_VERSION]));
+}
+
+void CSqliteConnection::CheckOwner(std::int64_t iApplication, std::int64_t iVersion) const {
+    if (iApplication != APPLICATION_ID || iVersion < 1) {
+        Refuse("it is a file of another kind, which is left as it is; name another path");
+    }
+    if (iVersion > SETTINGS_SCHEMA_VERSION) {
+        Refuse("it was written by a newer version (schema " + std::to_string(iVersion) +
+               ", known here: " + std::to_string(SETTINGS_SCHEMA_VERSION) + ") and is left as it is; use that version");
+    }
+}
+
+/** Until the file is in WAL mode, what one process commits stands in the header that another one checks. */
+void CSqliteConnection::CreateSchema() {
+    if (Number(GET_APPLICATION) != APPLICATION_ID) {
+        Execute("BEGIN IMMEDIATE");
+        if (Number("SELECT count(*) FROM sqlite_schema") == 0) {  // else another process was faster
+            for (const ESettingsKind eKind : ALL_SETTINGS_KINDS) {
+                Execute(SqlText::CreateTable(GetSettingsTable(eKind)));
+            }
+            Execute(GET_APPLICATION + (" = " + std::to_string(APPLICATION_ID)));
+            Execute(GET_VERSION + (" = " + std::to_string(SETTINGS_SCHEMA_VERSION)));
+        }
+        Execute("COMMIT");
+    }
+    CheckOwner(Number(GET_APPLICATION), Number(GET_VERSION));
+}
+
+bool CSqliteConnection::IsInTransaction() const {
+    return sqlite3_get_autocommit(Get()) == 0;
+}
+
+void CSqliteConnection::Execute(const std::string& strSql) {
+    const int iCode = sqlite3_exec(Get(), strSql.c_str(), nullptr, nullptr, nullptr);
+    if (iCode != SQLITE_OK) {
+        Throw(iCode, StoreDoing::OPENING);
+    }
+}
+
+std::int64_t CSqliteConnection::Number(const std::string& strSql) {
+    CSqliteStatement statement(*this, strSql, StoreDoing::OPENING);
+    statement.Step();
+    return statement.Number(0);
+}
+
+void CSqliteConnection::Throw(int iCode, const char* pDoing) const {
+    const int iPrimaryCode = iCode & 0xFF;
+    if (iPrimaryCode == SQLITE_NOMEM) {
+        throw std::bad_alloc();
+    }
+    std::string strWhy = sqlite3_errmsg(Get());
+    if (iPrimaryCode == SQLITE_BUSY) {
+        strWhy = "another process is writing to it; try again";
+    } else if (iPrimaryCode == SQLITE_CANTOPEN || iPrimaryCode == SQLITE_IOERR) {
+        strWhy += " (" + std::generic_category().message(sqlite3_system_errno(Get())) + ')';
+    }
+    ThrowStoreError(m_strUrl, pDoing, strWhy, iCode);
+}
+
+void CSqliteConnection::Refuse(const std::string& strWhy) const {
+    ThrowStoreError(m_strUrl, StoreDoing::OPENING, strWhy);
+}

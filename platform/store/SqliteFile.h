@@ -1,0 +1,11 @@
+#pragma once
+
+#include <string>
+
+/**
+ * Makes sure that a regular file stands at the path. A missing one is made, empty, for its owner alone (mode 0600), and
+ * so are missing folders (0700), whatever the umask.
+ * @param strUrl names the store in messages
+ * @throws OS::CException when there is something else or it cannot be made
+ */
+void MakeSqliteFile(const std::string& strPath, const std::string& strUrl);

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <string>
+
+/** What a store was doing when it failed. */
+namespace StoreDoing {
+inline constexpr const char OPENING[] = "opening it";
+inline constexpr const char READING[] = "reading records";
+inline constexpr const char COUNTING[] = "counting records";
+inline constexpr const char SAVING[] = "saving a record";
+inline constexpr const char REMOVING[] = "removing a record";
+inline constexpr const char REPLACING[] = "replacing all records of a kind";
+inline constexpr const char BEGINNING[] = "beginning a unit of work";
+inline constexpr const char COMMITTING[] = "committing a unit of work";
+inline constexpr const char UNDOING[] = "undoing a unit of work";
+}  // namespace StoreDoing
+
+/**
+ * @param strUrl names the store
+ * @param pDoing one of StoreDoing
+ * @param iCode the engine's or the system's number
+ * @throws OS::CException "settings store URL, doing: why", always
+ */
+[[noreturn]] void ThrowStoreError(const std::string& strUrl, const char* pDoing, const std::string& strWhy,
+                                  int iCode = 0);
