@@ -15,7 +15,8 @@ class DLP_PLATFORM_API CFieldInfoCallback {
 
 /**
  * What expression and keyword-list records have in common. A record object is a copy of the stored values: getters and
- * setters touch the copy, GetThis reads and SaveThis writes. Setters take any text; SaveThis refuses what no store keeps.
+ * setters touch the copy, GetThis reads and SaveThis writes. Setters take any text; SaveThis refuses what no store
+ * keeps.
  */
 class DLP_PLATFORM_API CCfgSettingDLPDigitalAsset {
   public:

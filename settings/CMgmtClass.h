@@ -26,6 +26,7 @@ class DLP_PLATFORM_API CMgmtClass {
     CMgmtClass& operator=(const CMgmtClass&) = delete;
     virtual ~CMgmtClass();
 
+    const OS::x_wstring& GetCategory() const { return m_strCategory; }
     /** @return the registered instance, released with this object; registering a name twice is harmless */
     virtual CMgmtObjectBase* CreateInstance(const wchar_t* pInstanceName);
 
