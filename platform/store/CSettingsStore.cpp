@@ -92,6 +92,12 @@ void CSettingsStore::SetWrapper(Wrapper fnWrapper) {
     GetProcessStore().fnWrapper = std::move(fnWrapper);
 }
 
+void CSettingsStore::PutInFront(const Wrapper& fnWrapper) {
+    Current();
+    SProcessStore& process = GetProcessStore();
+    process.pStore = fnWrapper(std::move(process.pStore));
+}
+
 std::string CSettingsStore::GetDefaultUrl() {
     static constexpr const char FILE_BELOW_DATA[] = "/dlpparser/settings.db";
     const std::string strUrl = GetVariable("DLP_STORE");

@@ -46,6 +46,8 @@ class DLP_PLATFORM_API CSettingsStore {
      * nothing. */
     using Wrapper = std::function<std::unique_ptr<CSettingsStore>(std::unique_ptr<CSettingsStore>)>;
     static void SetWrapper(Wrapper fnWrapper);
+    /** Puts something in front of the process's store that is open now, before anything else that may stand there. */
+    static void PutInFront(const Wrapper& fnWrapper);
 
     virtual SStoreInfo GetInfo() = 0;
 
