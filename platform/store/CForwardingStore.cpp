@@ -1,6 +1,6 @@
 #include "platform/store/CForwardingStore.h"
 
-#include "platform/common/CException.h"
+#include <exception>
 
 CForwardingStore::~CForwardingStore() = default;
 
@@ -95,7 +95,7 @@ void CForwardingStore::Rollback() {
     static constexpr const char NAME[] = "Rollback";
     try {
         Before(NAME);
-    } catch (const OS::CException&) {
+    } catch (const std::exception&) {
         // The unit is undone all the same: whoever asks for it cannot do anything else.
     }
     try {

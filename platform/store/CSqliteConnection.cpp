@@ -5,7 +5,6 @@
 #include <array>
 #include <cstring>
 #include <new>
-#include <system_error>
 
 #include "platform/store/CSqliteStatement.h"
 #include "platform/store/CSqliteStore.h"
@@ -51,9 +50,6 @@ CSqliteConnection::CSqliteConnection(const std::string& strPath, int iBusyMillis
     m_pDb.reset(pDb);
     if (iCode != SQLITE_OK) {
         Throw(iCode, StoreDoing::OPENING);
-    }
-    if (sqlite3_db_readonly(Get(), nullptr) == 1) {
-        Refuse("it cannot be written");
     }
     CheckHeader();
     sqlite3_extended_result_codes(Get(), 1);
@@ -138,13 +134,9 @@ void CSqliteConnection::Throw(int iCode, const char* pDoing) const {
     if (iPrimaryCode == SQLITE_NOMEM) {
         throw std::bad_alloc();
     }
-    std::string strWhy = sqlite3_errmsg(Get());
-    if (iPrimaryCode == SQLITE_BUSY) {
-        strWhy = "another process is writing to it; try again";
-    } else if (iPrimaryCode == SQLITE_CANTOPEN || iPrimaryCode == SQLITE_IOERR) {
-        strWhy += " (" + std::generic_category().message(sqlite3_system_errno(Get())) + ')';
-    }
-    ThrowStoreError(m_strUrl, pDoing, strWhy, iCode);
+    const bool bBusy = iPrimaryCode == SQLITE_BUSY;
+    ThrowStoreError(m_strUrl, pDoing, bBusy ? "another process is writing to it; try again" : sqlite3_errmsg(Get()),
+                    iCode);
 }
 
 void CSqliteConnection::Refuse(const std::string& strWhy) const {

@@ -39,6 +39,9 @@ void MakeSqliteFile(const std::string& strPath, const std::string& strUrl) {
         if (!S_ISREG(status.st_mode)) {
             ThrowStoreError(strUrl, StoreDoing::OPENING, S_ISDIR(status.st_mode) ? "it is a folder" : "it is no file");
         }
+        if (::faccessat(AT_FDCWD, strPath.c_str(), R_OK | W_OK, AT_EACCESS) != 0) {
+            ThrowSystemError(strUrl, "cannot read and write the file", errno);
+        }
         return;
     }
     MakeFolders(std::filesystem::path(strPath).parent_path(), strUrl);
