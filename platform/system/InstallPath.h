@@ -1,5 +1,7 @@
 #pragma once
 
+#include <string>
+
 #include "platform/common/PlatformExport.h"
 #include "platform/common/x_wstring.h"
 
@@ -14,5 +16,10 @@ DLP_PLATFORM_API OS::x_wstring GetInstallPath();
 
 /** Sets the installation directory for this process; an empty text goes back to finding it. */
 DLP_PLATFORM_API void SetInstallPath(const OS::x_wstring& strPath);
+
+namespace Detail {
+/** @return the installation directory that belongs to a library or program file at this absolute path */
+DLP_PLATFORM_API std::string FindInstallPath(const std::string& strOwnFile);
+}  // namespace Detail
 
 }  // namespace SYS
