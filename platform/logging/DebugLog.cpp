@@ -128,7 +128,7 @@ namespace Detail {
 void Write(int iLevel, const char* pSource, int iLine, const wchar_t* pFormat, const CLogArgument* pArguments,
            int iCount) noexcept {
     try {
-        Deliver(iLevel, pSource, iLine, pFormat, {pArguments, pArguments + iCount});
+        Deliver(iLevel, pSource, iLine, pFormat, std::vector<CLogArgument>(pArguments, pArguments + iCount));
     } catch (...) {  // a log line changes nothing for the code that writes it
     }
 }
