@@ -219,7 +219,7 @@ struct SNearMiss {
 }  // namespace
 
 /** Texts that look alike and are none: each would be a false alarm in use. */
-TEST(StarterExpressions, PassOverWhatOnlyLooksAlike) {
+TEST(StarterContentExpressions, PassOverWhatOnlyLooksAlike) {
     const CXMLParser document = Load(STARTER);
     constexpr SNearMiss MISSES[] = {
         {"aba-routing-number", "999999999"},

@@ -28,7 +28,7 @@ constexpr SSection SECTIONS[] = {{"validators", "validator", 40},
 
 }  // namespace
 
-TEST(PredefinedPolicy, HoldsTheFiveSections) {
+TEST(PredefinedPolicyContent, HoldsTheFiveSections) {
     const CXMLParser document = Load(POLICY);
     EXPECT_EQ(document.RootView().Name(), "SAPolicy");
     std::vector<std::string> vecSections;
@@ -38,7 +38,7 @@ TEST(PredefinedPolicy, HoldsTheFiveSections) {
     EXPECT_THAT(vecSections, ElementsAre("validators", "entity_types", "dictionary_types", "industries", "regions"));
 }
 
-TEST(PredefinedPolicy, TypesAndConditionsAreThoseOfAssets) {
+TEST(PredefinedPolicyContent, TypesAndConditionsAreThoseOfAssets) {
     const CXMLParser document = Load(POLICY);
     const CXMLView root = document.RootView();
     EXPECT_THAT(Names(Children(root.FirstChild("entity_types"))), ElementsAre("Generic", "Type 1", "Type 2", "Type 3"));
@@ -46,7 +46,7 @@ TEST(PredefinedPolicy, TypesAndConditionsAreThoseOfAssets) {
                 ElementsAre("All", "Any", "Threshold", "Distance"));
 }
 
-TEST(PredefinedPolicy, ItemsHaveNameAndTextAndNothingThatXmlEscapes) {
+TEST(PredefinedPolicyContent, ItemsHaveNameAndTextAndNothingThatXmlEscapes) {
     const CXMLParser document = Load(POLICY);
     for (const SSection& section : SECTIONS) {
         const std::vector<CXMLView> vecItems = Children(document.RootView().FirstChild(section.pName));
@@ -65,7 +65,7 @@ TEST(PredefinedPolicy, ItemsHaveNameAndTextAndNothingThatXmlEscapes) {
     }
 }
 
-TEST(PredefinedPolicy, NamesAndTextsOfASectionAreDistinct) {
+TEST(PredefinedPolicyContent, NamesAndTextsOfASectionAreDistinct) {
     const CXMLParser document = Load(POLICY);
     for (const SSection& section : SECTIONS) {
         const std::vector<CXMLView> vecItems = Children(document.RootView().FirstChild(section.pName));
@@ -77,7 +77,7 @@ TEST(PredefinedPolicy, NamesAndTextsOfASectionAreDistinct) {
     }
 }
 
-TEST(PredefinedPolicy, ValidatorsIndustriesAndRegionsAscendByName) {
+TEST(PredefinedPolicyContent, ValidatorsIndustriesAndRegionsAscendByName) {
     const CXMLParser document = Load(POLICY);
     for (const char* pSection : {"validators", "industries", "regions"}) {
         const std::vector<std::string> vecNames = Names(Children(document.RootView().FirstChild(pSection)));
@@ -85,7 +85,7 @@ TEST(PredefinedPolicy, ValidatorsIndustriesAndRegionsAscendByName) {
     }
 }
 
-TEST(PredefinedPolicy, EveryValidatorStandsBelowAWordOnItsStandard) {
+TEST(PredefinedPolicyContent, EveryValidatorStandsBelowAWordOnItsStandard) {
     std::string strAbove;
     for (const std::string& strLine : ReadLines(POLICY)) {
         if (OS::Trim(std::string_view(strLine)).starts_with("<validator ")) {
@@ -96,7 +96,7 @@ TEST(PredefinedPolicy, EveryValidatorStandsBelowAWordOnItsStandard) {
     }
 }
 
-TEST(StringTable, NamesNoLanguage) {
+TEST(InstalledTexts, NamesNoLanguage) {
     for (const std::string& strLine : ReadLines(STRINGS)) {
         EXPECT_TRUE(strLine.starts_with("#")) << strLine;
     }
@@ -138,7 +138,7 @@ std::set<std::string> References(const CXMLParser& document) {
 
 }  // namespace
 
-TEST(NameMap, TellsAssetsOfTheStarterPolicy) {
+TEST(InstalledNameMap, TellsAssetsOfTheStarterPolicy) {
     const std::set<std::string> setAssets = AssetNames(STARTER);
     std::set<std::string> setOld;
     for (const auto& [strOld, strNew] : ReadNameMap()) {
@@ -149,7 +149,7 @@ TEST(NameMap, TellsAssetsOfTheStarterPolicy) {
     }
 }
 
-TEST(OlderLayout, HasNoVersionAndNoAssets) {
+TEST(OlderLayoutContent, HasNoVersionAndNoAssets) {
     const CXMLParser document = Load(OLDER);
     EXPECT_EQ(document.RootView().Name(), "SAPolicy");
     EXPECT_EQ(AttributeNames(document.RootView()), "");
@@ -158,7 +158,7 @@ TEST(OlderLayout, HasNoVersionAndNoAssets) {
     EXPECT_EQ(vecSections[0].Name(), "complianceTemplates");
 }
 
-TEST(OlderLayout, OneTemplateIsBuiltIn) {
+TEST(OlderLayoutContent, OneTemplateIsBuiltIn) {
     const CXMLParser document = Load(OLDER);
     const std::vector<CXMLView> vecTemplates = Children(document.RootView().FirstChild(TagUtf8::COMPLIANCE_TEMPLATES));
     EXPECT_THAT(Values(vecTemplates, "builtin"), ElementsAre("1", "0", "", "", ""));
@@ -170,7 +170,7 @@ TEST(OlderLayout, OneTemplateIsBuiltIn) {
     }
 }
 
-TEST(OlderLayout, EveryNameIsMappedOrCurrent) {
+TEST(OlderLayoutContent, EveryNameIsMappedOrCurrent) {
     const std::vector<std::pair<std::string, std::string>> vecMap = ReadNameMap();
     const std::map<std::string, std::string> mapNames(vecMap.begin(), vecMap.end());
     const std::set<std::string> setAssets = AssetNames(STARTER);

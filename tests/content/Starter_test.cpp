@@ -146,7 +146,7 @@ TEST_P(AssetsOf, NumbersOfListsCanBeReached) {
     }
 }
 
-TEST(DigitalAssets, AreNotThoseOfTheStarterPolicy) {
+TEST(DigitalAssetsContent, AreNotThoseOfTheStarterPolicy) {
     const CXMLParser starter = Load(STARTER);
     const CXMLParser assets = Load(ASSETS);
     std::vector<std::string> vecStarter = Names(Children(starter.RootView().FirstChild(TagUtf8::DIGITAL_ASSETS)));
@@ -157,7 +157,7 @@ TEST(DigitalAssets, AreNotThoseOfTheStarterPolicy) {
     }
 }
 
-class StarterPolicy : public testing::Test {
+class StarterContent : public testing::Test {
   protected:
     CXMLParser m_document = Load(STARTER);
     CXMLView m_root = m_document.RootView();
@@ -176,13 +176,13 @@ class StarterPolicy : public testing::Test {
     }
 };
 
-TEST_F(StarterPolicy, SectionsStandInTheOrderOfAnExport) {
+TEST_F(StarterContent, SectionsStandInTheOrderOfAnExport) {
     EXPECT_THAT(NodeNames(Children(m_root)),
                 ElementsAre("digitalAssets", "complianceTemplates", "industries", "regions"));
     EXPECT_EQ(m_root.FirstChild(TagUtf8::COMPLIANCE_TEMPLATES).Attribute(TagUtf8::COMMAND), "overwrite");
 }
 
-TEST_F(StarterPolicy, HoldsEnoughOfEveryTypeAndCondition) {
+TEST_F(StarterContent, HoldsEnoughOfEveryTypeAndCondition) {
     std::map<std::string, int, std::less<>> mapCounts;
     for (const CXMLView& asset : Children(m_assets)) {
         ++mapCounts[std::string(asset.Name())];
@@ -196,7 +196,7 @@ TEST_F(StarterPolicy, HoldsEnoughOfEveryTypeAndCondition) {
     }
 }
 
-TEST_F(StarterPolicy, TemplatesAreWellNamedAndAscend) {
+TEST_F(StarterContent, TemplatesAreWellNamedAndAscend) {
     ExpectGoodItems(m_vecTemplates);
     for (const CXMLView& item : m_vecTemplates) {
         EXPECT_EQ(item.Name(), "template");
@@ -204,7 +204,7 @@ TEST_F(StarterPolicy, TemplatesAreWellNamedAndAscend) {
     }
 }
 
-TEST_F(StarterPolicy, RulesAreMadeOfBuildingBlocksAlone) {
+TEST_F(StarterContent, RulesAreMadeOfBuildingBlocksAlone) {
     for (const CXMLView& item : m_vecTemplates) {
         EXPECT_FALSE(Children(item).empty()) << Label(item);
         for (const CXMLView& rule : Children(item)) {
@@ -237,7 +237,7 @@ void ExpectOneOperator(const std::vector<CXMLView>& vecNodes, const std::string&
 
 }  // namespace
 
-TEST_F(StarterPolicy, OperatorsAreNeverMixed) {
+TEST_F(StarterContent, OperatorsAreNeverMixed) {
     for (const CXMLView& item : m_vecTemplates) {
         ExpectOneOperator(Children(item), Label(item));
         for (const CXMLView& rule : Children(item)) {
@@ -246,7 +246,7 @@ TEST_F(StarterPolicy, OperatorsAreNeverMixed) {
     }
 }
 
-TEST_F(StarterPolicy, OperatorsOccurBetweenBlocksAndBetweenRules) {
+TEST_F(StarterContent, OperatorsOccurBetweenBlocksAndBetweenRules) {
     std::set<std::string> setSeen;
     for (const CXMLView& item : m_vecTemplates) {
         for (const CXMLView& rule : Children(item)) {
@@ -259,7 +259,7 @@ TEST_F(StarterPolicy, OperatorsOccurBetweenBlocksAndBetweenRules) {
     EXPECT_THAT(setSeen, ElementsAre("block ", "block AND", "block OR", "rule ", "rule AND", "rule OR"));
 }
 
-TEST_F(StarterPolicy, BlocksNameAssetsAndAllAssetsAreNamed) {
+TEST_F(StarterContent, BlocksNameAssetsAndAllAssetsAreNamed) {
     std::set<std::string> setUnused;
     for (const CXMLView& asset : Children(m_assets)) {
         setUnused.insert((asset.Name() == "entity" ? "ENTITY " : "KEYWORD ") + Label(asset));
@@ -282,7 +282,7 @@ TEST_F(StarterPolicy, BlocksNameAssetsAndAllAssetsAreNamed) {
     EXPECT_THAT(setUnused, IsEmpty());
 }
 
-TEST_F(StarterPolicy, ValidatorsAreThoseOfThePredefinedPolicy) {
+TEST_F(StarterContent, ValidatorsAreThoseOfThePredefinedPolicy) {
     const CXMLParser policy = Load(POLICY);
     const std::vector<std::string> vecValidators = Names(Children(policy.RootView().FirstChild("validators")));
     for (const std::string& strFile : {STARTER, ASSETS}) {
@@ -295,7 +295,7 @@ TEST_F(StarterPolicy, ValidatorsAreThoseOfThePredefinedPolicy) {
     }
 }
 
-TEST_F(StarterPolicy, CategoriesAreThoseOfThePredefinedPolicy) {
+TEST_F(StarterContent, CategoriesAreThoseOfThePredefinedPolicy) {
     const CXMLParser policy = Load(POLICY);
     for (const char* pSection : {TagUtf8::INDUSTRIES, TagUtf8::REGIONS}) {
         std::map<std::string, std::string> mapKnown;
@@ -312,7 +312,7 @@ TEST_F(StarterPolicy, CategoriesAreThoseOfThePredefinedPolicy) {
     }
 }
 
-TEST_F(StarterPolicy, CategoriesListTemplatesInTheirOrderAndLeaveNoneOut) {
+TEST_F(StarterContent, CategoriesListTemplatesInTheirOrderAndLeaveNoneOut) {
     const std::vector<std::string> vecTemplates = Names(m_vecTemplates);
     for (const char* pSection : {TagUtf8::INDUSTRIES, TagUtf8::REGIONS}) {
         std::set<std::string> setListed;
