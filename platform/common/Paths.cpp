@@ -29,7 +29,7 @@ namespace OS {
 
 namespace {
 
-constexpr std::size_t READ_SIZE = 64 * 1024;
+constexpr std::size_t READ_SIZE = 65536;
 
 class CFile {
   public:

@@ -50,8 +50,7 @@ unsigned char ByteAt(std::string_view strText, std::size_t i) {
     return static_cast<unsigned char>(strText[i]);
 }
 
-/** Well-formed sequences by their lead byte; what makes a form overlong, a surrogate or too large is the second byte.
- */
+/** Well-formed sequences by their lead byte; the second byte tells overlong forms, surrogates and what is too large. */
 struct SLead {
     unsigned char iFirst, iLast;      // lead bytes
     unsigned char iLowest, iHighest;  // second bytes

@@ -1,7 +1,6 @@
 #include "platform/common/Paths.h"
 
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <filesystem>
@@ -97,13 +96,7 @@ TEST(ReadWholeFile, DirectoryIsNoFile) {
 }
 
 TEST(ReadWholeFile, UnreadableFileIsNamedWithTheReason) {
-    if (::geteuid() == 0) {
-        GTEST_SKIP() << "the superuser reads every file";
-    }
-    const CTempDir folder;
-    const std::string strPath = folder.Write("secret", "x");
-    ASSERT_EQ(::chmod(strPath.c_str(), 0), 0);
-    EXPECT_EQ(ErrorOf(strPath), "cannot read " + strPath + ": Permission denied");
+    EXPECT_EQ(ErrorOf("/proc/self/mem"), "cannot read /proc/self/mem: Input/output error");
 }
 
 TEST(ReadWholeFile, FileThatEndsBeforeItsSizeIsRefused) {
