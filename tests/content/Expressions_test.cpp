@@ -203,10 +203,18 @@ TEST_P(ExpressionsOf, AreSearchedInFewStepsFromEveryPlace) {
             strText += strUnit;
         }
         for (const SExpression& expression : m_vecExpressions) {
-            expression.pattern.Search(strText);
-            EXPECT_FALSE(expression.pattern.RanAway()) << expression.strName << " over many of " << strUnit;
+            for (const char* pTail : {"", "!", "_"}) {
+                expression.pattern.Search(strText + pTail);
+                EXPECT_FALSE(expression.pattern.RanAway()) << expression.strName << " over many of " << strUnit;
+            }
         }
     }
+}
+
+TEST(ExpressionSteps, AreSeenToRunAway) {
+    const CPattern pattern(R"(\b(?:[A-Z]+)+\b)", true);
+    EXPECT_EQ(pattern.Search(std::string(4000, 'A') + "_"), "");
+    EXPECT_TRUE(pattern.RanAway());
 }
 
 namespace {
