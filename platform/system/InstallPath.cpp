@@ -48,21 +48,30 @@ bool LiesBelow(const fs::path& file, const fs::path& folder) {
            std::mismatch(folder.begin(), folder.end(), file.begin(), file.end()).first == folder.end();
 }
 
+/** A folder of that name may also hold nothing but a user's store. */
+bool HoldsConfig(const fs::path& folder) {
+    std::error_code error;
+    return folder.is_absolute() && fs::is_directory(folder / "config", error);
+}
+
 }  // namespace
 
 namespace Detail {
 
 std::string FindInstallPath(const std::string& strOwnFile) {
-    std::error_code error;
     const fs::path folder = fs::path(strOwnFile).parent_path();
-    // From bin/ or lib/, and from lib/ with a folder for the processor family.
-    for (const char* pShare : {"../share/dlpparser", "../../share/dlpparser"}) {
-        const fs::path share = (folder / pShare).lexically_normal();
-        if (folder.is_absolute() && fs::is_directory(share, error)) {
-            return share;
-        }
+    std::error_code error;
+    if (const fs::path share = (folder / "../share/dlpparser").lexically_normal(); HoldsConfig(share)) {
+        return share;
     }
-    return LiesBelow(strOwnFile, fs::weakly_canonical(DLP_BINARY_DIR, error)) ? DLP_SOURCE_DIR : DLP_INSTALL_DIR;
+    if (LiesBelow(strOwnFile, fs::weakly_canonical(DLP_BINARY_DIR, error))) {
+        return DLP_SOURCE_DIR;
+    }
+    // From a folder for the processor family in lib/.
+    if (const fs::path share = (folder / "../../share/dlpparser").lexically_normal(); HoldsConfig(share)) {
+        return share;
+    }
+    return DLP_INSTALL_DIR;
 }
 
 }  // namespace Detail

@@ -41,10 +41,17 @@ TEST(InstallPath, OwnPlaceIsFoundFromAnyCurrentDirectory) {
 
 TEST(FindInstallPath, InstallationIsFoundFromItsProgramsAndLibraries) {
     const CTempDir prefix;
-    const std::string strShare = prefix.MakeFolder("share/dlpparser");
+    const std::string strShare = prefix.Path("share/dlpparser");
+    prefix.MakeFolder("share/dlpparser/config");
     EXPECT_EQ(SYS::Detail::FindInstallPath(prefix.Path("bin/dlpctl")), strShare);
     EXPECT_EQ(SYS::Detail::FindInstallPath(prefix.Path("lib/libdlpplatform.so.0")), strShare);
     EXPECT_EQ(SYS::Detail::FindInstallPath(prefix.Path("lib/x86_64-linux-gnu/libdlpplatform.so.0")), strShare);
+}
+
+TEST(FindInstallPath, FolderWithoutConfigIsNoInstallation) {
+    const CTempDir prefix;
+    prefix.Write("share/dlpparser/settings.db", "");
+    EXPECT_EQ(SYS::Detail::FindInstallPath(prefix.Path("bin/dlpctl")), SYS::Detail::FindInstallPath(""));
 }
 
 TEST(FindInstallPath, BuildFindsTheSourceTree) {
