@@ -15,10 +15,10 @@ enum XMLPARSER_NODETYPE : int { XMLPARSER_NODE_ELEMENT = 1 };
 
 /** Why a text was not loaded, and where. */
 struct SXMLLoadError {
-    std::string strMessage;      ///< in words, UTF-8; empty when the text was loaded
-    std::size_t iOffset = 0;     ///< bytes from the start of the text
-    std::size_t iLine = 0;       ///< from 1; 0 when there is no place
-    std::size_t iColumn = 0;     ///< from 1, in code points
+    std::string strMessage;   ///< in words, UTF-8; empty when the text was loaded
+    std::size_t iOffset = 0;  ///< bytes from the start of the text
+    std::size_t iLine = 0;    ///< from 1; 0 when there is no place
+    std::size_t iColumn = 0;  ///< from 1, in code points
 };
 
 /**
@@ -44,7 +44,8 @@ class DLP_PLATFORM_API CXMLParser {
     CXMLParser& operator=(CXMLParser&& other) noexcept;
     virtual ~CXMLParser();
 
-    /** Parses text in place of what was loaded. @return false for text that does not parse; the document is then empty */
+    /** Parses text in place of what was loaded. @return false for text that does not parse; the document is then empty
+     */
     virtual bool LoadXML(const wchar_t* pText);
     /**
      * Writes the whole document: the declaration as loaded, if there was one, then the root and what stands beside it.

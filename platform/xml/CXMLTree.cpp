@@ -51,6 +51,18 @@ void DropBlanksBetweenElements(pugi::xml_node top) {
     }
 }
 
+/** A look that spares written documents the walk: text begins behind a ">", and blanks may be written as references. */
+bool MayHoldBlankText(std::string_view strText) {
+    constexpr std::string_view STARTS = " \t\r\n&";
+    strText = strText.substr(0, strText.rfind('<'));
+    for (std::size_t i = strText.find('>'); i != std::string_view::npos; i = strText.find('>', i + 1)) {
+        if (i + 1 < strText.size() && STARTS.find(strText[i + 1]) != std::string_view::npos) {
+            return true;
+        }
+    }
+    return false;
+}
+
 std::string FindDeclaration(std::string_view strText) {
     constexpr std::string_view BYTE_ORDER_MARK = "\xEF\xBB\xBF";
     constexpr std::string_view START = "<?xml";
@@ -84,12 +96,15 @@ void CopyContents(pugi::xml_node target, pugi::xml_node source) {
 std::shared_ptr<CXMLTree> CXMLTree::Parse(std::string strText) {
     const auto pTree = std::make_shared<CXMLTree>();
     pTree->m_strDeclaration = FindDeclaration(strText);
+    const bool bMayHoldBlankText = MayHoldBlankText(strText);
     pTree->m_strText = std::move(strText);
     // With the zero that ends the string, so that the engine need not write past what it was given.
     const pugi::xml_parse_result result = pTree->m_document.load_buffer_inplace(
         pTree->m_strText.data(), pTree->m_strText.size() + 1, PARSE_OPTIONS, pugi::encoding_utf8);
     XmlTree::Require(static_cast<bool>(result));
-    DropBlanksBetweenElements(pTree->Root());
+    if (bMayHoldBlankText) {
+        DropBlanksBetweenElements(pTree->Root());
+    }
     return pTree;
 }
 

@@ -21,18 +21,20 @@ static_assert(CXMLParser::MAX_DEPTH == 256, "TOO_DEEP names the number");
 constexpr char BYTE_ORDER_MARK[] = "\xEF\xBB\xBF";
 constexpr char DOCTYPE_START[] = "<!DOCTYPE";
 
-/** Fed in pieces: the parser copies what it is fed, and a token that spans pieces is scanned again from its start. */
-constexpr std::size_t PIECE = 1U << 20U;
+/** The engine counts in int, copies what it is fed and scans a token that spans pieces from its start again. */
+constexpr std::size_t PIECE = 1U << 24U;
 
 struct SGate {
     XML_Parser parser = nullptr;
     int iDepth = 0;
     bool bAnyElement = false;
     const char* pRefusal = nullptr;
+    XML_Index iRefusedAt = 0;
 };
 
 void Refuse(SGate& gate, const char* pReason) {
     gate.pRefusal = pReason;
+    gate.iRefusedAt = XML_GetCurrentByteIndex(gate.parser);
     XML_StopParser(gate.parser, XML_FALSE);
 }
 
@@ -85,14 +87,11 @@ std::string Describe(const SGate& gate, XML_Error eError, std::string_view strRe
     return XML_ErrorString(eError);
 }
 
-/** A DOCTYPE is reported where its name ends; its beginning is what the reader looks for. */
 std::size_t FindPlace(const SGate& gate, std::string_view strText) {
-    const XML_Index iIndex = XML_GetCurrentByteIndex(gate.parser);
+    const XML_Index iIndex = gate.pRefusal != nullptr ? gate.iRefusedAt : XML_GetCurrentByteIndex(gate.parser);
     const std::size_t iOffset = iIndex < 0 ? strText.size() : static_cast<std::size_t>(iIndex);
-    if (gate.pRefusal == DOCTYPE_REFUSED) {
-        return std::min(strText.rfind(DOCTYPE_START, iOffset), iOffset);
-    }
-    return std::min(iOffset, strText.size());
+    // A DOCTYPE is reported where its name ends; its beginning is what the reader looks for.
+    return gate.pRefusal == DOCTYPE_REFUSED ? std::min(strText.rfind(DOCTYPE_START, iOffset), iOffset) : iOffset;
 }
 
 /** Lines end at LF, CR LF or CR; a byte order mark takes no column. */

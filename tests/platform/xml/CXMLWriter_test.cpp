@@ -1,0 +1,142 @@
+#include "platform/xml/CXMLWriter.h"
+
+#include <gtest/gtest.h>
+
+#include <climits>
+
+#include "tests/support/ExpatTree.h"
+#include "tests/support/XmlText.h"
+
+using Xml::Thrown;
+
+namespace {
+
+std::string Escaped(std::string_view strText, bool bAttribute) {
+    std::string strOut;
+    AppendEscaped(strOut, strText, bAttribute);
+    return strOut;
+}
+
+}  // namespace
+
+TEST(XmlWriter, WritesElementsAttributesAndText) {
+    std::string strOut;
+    CXMLWriter writer(strOut);
+    writer.Declaration();
+    writer.StartElement("a");
+    writer.Attribute("s", "v<\"&>'\t\r\n");
+    writer.Attribute("i", 0);
+    writer.Attribute("min", INT_MIN);
+    writer.StartElement("b");
+    writer.EndElement();
+    writer.Text("t<\"&>'\t\r\n");
+    writer.TextElement("c", "");
+    writer.TextElement("d", "x");
+    writer.Raw("<raw/>");
+    writer.EndElement();
+    EXPECT_EQ(
+        "<?xml version=\"1.0\" encoding=\"UTF-8\"?>"
+        "<a s=\"v&lt;&quot;&amp;&gt;'&#9;&#13;&#10;\" i=\"0\" min=\"-2147483648\"><b/>"
+        "t&lt;&quot;&amp;&gt;'\t&#13;\n<c/><d>x</d><raw/></a>",
+        strOut);
+}
+
+TEST(XmlWriter, EmptyContentLeavesTheElementEmpty) {
+    std::string strOut = "before";
+    CXMLWriter writer(strOut);
+    writer.StartElement("a");
+    writer.Text("");
+    writer.Raw("");
+    writer.Node(CXMLView());
+    writer.EndElement();
+    EXPECT_EQ("before<a/>", strOut);
+}
+
+TEST(XmlWriter, NodeOfADocumentIsWrittenWhole) {
+    CXMLParser document;
+    ASSERT_TRUE(document.LoadUtf8("<x xmlns:p='u'><p:y a='1'>t</p:y></x>"));
+    std::string strOut;
+    CXMLWriter writer(strOut);
+    writer.StartElement("a");
+    writer.Node(document.RootView().FirstChild());
+    writer.EndElement();
+    EXPECT_EQ("<a><p:y a=\"1\" xmlns:p=\"u\">t</p:y></a>", strOut);
+}
+
+TEST(XmlWriter, CharacterThatXmlCannotCarryIsRefusedByItsNumberAndPlace) {
+    const auto fnAttribute = [](std::string_view strValue) {
+        return Thrown([strValue] {
+            std::string strOut;
+            CXMLWriter writer(strOut);
+            writer.StartElement("entity");
+            writer.Attribute("name", strValue);
+        });
+    };
+    const auto fnText = [](std::string_view strText) {
+        return Thrown([strText] {
+            std::string strOut;
+            CXMLWriter(strOut).TextElement("examples", strText);
+        });
+    };
+    EXPECT_EQ("attribute name of element entity: the character U+0001 cannot be written in XML", fnAttribute("a\x01"));
+    EXPECT_EQ("attribute name of element entity: byte 1 is not UTF-8", fnAttribute("a\xE4"));
+    EXPECT_EQ("text of element examples: the character U+001F cannot be written in XML", fnText("ab\x1F"));
+    EXPECT_EQ("text of element examples: the character U+0000 cannot be written in XML",
+              fnText(std::string_view("a\0b", 3)));
+    EXPECT_EQ("text of element examples: the character U+FFFE cannot be written in XML", fnText("\xEF\xBF\xBE"));
+    EXPECT_EQ("text of element examples: the character U+FFFF cannot be written in XML", fnText("\xEF\xBF\xBF"));
+    EXPECT_EQ("text of element examples: byte 3 is not UTF-8", fnText("abc\xED\xA0\x80"));
+    EXPECT_EQ("text of element examples: byte 0 is not UTF-8", fnText("\xC0\x80"));
+}
+
+TEST(XmlWriter, EscapedTextNamesNoPlaceOfItsOwn) {
+    EXPECT_EQ("a&amp;&#9;", Escaped("a&\t", true));
+    EXPECT_EQ("a&amp;\t", Escaped("a&\t", false));
+    EXPECT_EQ("the character U+0008 cannot be written in XML", Thrown([] { Escaped("\x08", false); }));
+    EXPECT_EQ("byte 0 is not UTF-8", Thrown([] { Escaped("\xFF", true); }));
+}
+
+TEST(XmlWriter, EveryCharacterIsRefusedOrReadBackAsItWas) {
+    // What XML 1.0 can carry, by its definition.
+    const auto isChar = [](wchar_t c) {
+        return c == 0x9 || c == 0xA || c == 0xD || (c >= 0x20 && c <= 0xD7FF) || (c >= 0xE000 && c <= 0xFFFD) ||
+               (c >= 0x10000 && c <= 0x10FFFF);
+    };
+    std::string strCarried;
+    std::string strOut;
+    CXMLWriter writer(strOut);
+    writer.StartElement("a");
+    for (wchar_t c = 0; c <= 0x10FFFF; ++c) {
+        const std::string strText = OS::Utf8Loose(std::wstring_view(&c, 1));
+        if (isChar(c)) {
+            strCarried += strText;
+        } else {
+            EXPECT_NE("nothing thrown", Thrown([&] { Escaped(strText, false); })) << static_cast<int>(c);
+            EXPECT_NE("nothing thrown", Thrown([&] { Escaped(strText, true); })) << static_cast<int>(c);
+        }
+    }
+    writer.Attribute("b", strCarried);
+    writer.Text(strCarried);
+    writer.EndElement();
+
+    SExpatNode root;
+    ASSERT_TRUE(ReadWithExpat(strOut, root));
+    EXPECT_TRUE(strCarried == root.vecAttributes.front().second);
+    EXPECT_TRUE(strCarried == root.vecChildren.front().strValue);
+    CXMLParser document;
+    ASSERT_TRUE(document.LoadUtf8(strOut));
+    EXPECT_TRUE(strCarried == document.RootView().Attribute("b"));
+    EXPECT_TRUE(strCarried == document.RootView().Text());
+    EXPECT_TRUE(strOut == Xml::Saved(document));
+}
+
+TEST(XmlWriter, LoaderRefusesWhatTheWriterRefuses) {
+    for (wchar_t c = 0; c <= 0x11000; ++c) {
+        const std::string strText = OS::Utf8Loose(std::wstring_view(&c, 1));
+        const bool bWritten = Thrown([&] { Escaped(strText, false); }) == "nothing thrown";
+        if (!bWritten) {
+            EXPECT_FALSE(CXMLParser().LoadUtf8("<a>" + strText + "</a>")) << static_cast<int>(c);
+            EXPECT_FALSE(CXMLParser().LoadUtf8("<a b='" + strText + "'/>")) << static_cast<int>(c);
+        }
+    }
+}
