@@ -1,0 +1,58 @@
+#include "templates/TemplateXml.h"
+
+#include "platform/common/TextTools.h"
+#include "platform/xml/CXMLWriter.h"
+#include "xml/Vocabulary.h"
+#include "xml/XmlHelpers.h"
+
+namespace TemplateXml {
+
+namespace {
+
+void WriteOperation(CXMLWriter& writer, EOperator eOperator) {
+    if (eOperator != EOperator::UNKNOWN) {
+        writer.Attribute(TagUtf8::OPERATION, OperatorText(eOperator));
+    }
+}
+
+}  // namespace
+
+EOperator ReadOperation(const CXMLView& node) {
+    return ToOperator(node.Attribute(TagUtf8::OPERATION));
+}
+
+SBuildingBlock ReadBuildingBlock(const CXMLView& node) {
+    SBuildingBlock block;
+    block.eType = ToElementType(node.Attribute(TagUtf8::SOURCE_TYPE));
+    block.iCount = OS::TextToInt(node.Attribute(TagUtf8::ENTITY_HITS));
+    block.strName = node.Attribute(TagUtf8::SOURCE_NAME);
+    block.eOperator = ReadOperation(node);
+    return block;
+}
+
+void StartTemplate(CXMLWriter& writer, std::string_view strName, std::string_view strDisplayName,
+                   std::string_view strDescription, bool bPreDefined) {
+    writer.StartElement(TagUtf8::TEMPLATE);
+    writer.Attribute(TagUtf8::NAME, strName);
+    writer.Attribute(TagUtf8::DISPLAY_NAME, strDisplayName);
+    writer.Attribute(TagUtf8::DESCRIPTION, strDescription);
+    writer.Attribute(TagUtf8::PRE_DEFINED, XmlHelpers::FlagText(bPreDefined));
+}
+
+void StartMatchRule(CXMLWriter& writer, EOperator eOperator) {
+    writer.StartElement(TagUtf8::MATCH_RULE);
+    WriteOperation(writer, eOperator);
+}
+
+void WriteBuildingBlock(CXMLWriter& writer, const SBuildingBlock& block) {
+    writer.StartElement(TagUtf8::BUILDING_BLOCK);
+    writer.Attribute(TagUtf8::SOURCE_TYPE, ElementTypeText(block.eType));
+    if (block.eType == EElementType::ENTITY) {
+        writer.Attribute(TagUtf8::ENTITY_HITS, block.iCount);
+    }
+    writer.Attribute(TagUtf8::SOURCE_NAME, block.strName);
+    WriteOperation(writer, block.eOperator);
+    writer.EndElement();
+}
+
+}  // namespace TemplateXml

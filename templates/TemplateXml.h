@@ -1,0 +1,33 @@
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+
+#include "platform/xml/CXMLView.h"
+#include "templates/MatchRule.h"
+
+class CXMLWriter;
+
+/** Template elements read and written in UTF-8, one piece at a time. Writing throws as CXMLWriter does. */
+namespace TemplateXml {
+
+/** One building block as its element says it. */
+struct SBuildingBlock {
+    EElementType eType = EElementType::UNKNOWN;
+    std::int32_t iCount = 0;
+    std::string_view strName;  ///< valid as long as what it was read from
+    EOperator eOperator = EOperator::UNKNOWN;
+};
+
+/** @return the operation of a match rule or a building block */
+EOperator ReadOperation(const CXMLView& node);
+SBuildingBlock ReadBuildingBlock(const CXMLView& node);
+
+/** Starts a template element; the caller writes its rules and ends it. */
+void StartTemplate(CXMLWriter& writer, std::string_view strName, std::string_view strDisplayName,
+                   std::string_view strDescription, bool bPreDefined);
+/** Starts a match rule; the caller writes its blocks and ends it. An UNKNOWN operator is not written. */
+void StartMatchRule(CXMLWriter& writer, EOperator eOperator);
+void WriteBuildingBlock(CXMLWriter& writer, const SBuildingBlock& block);
+
+}  // namespace TemplateXml
