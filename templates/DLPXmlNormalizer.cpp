@@ -1,0 +1,238 @@
+#include "templates/DLPXmlNormalizer.h"
+
+#include "digital_assets/DigitalAssets.h"
+#include "digital_assets/ImportObserver.h"
+#include "platform/common/CException.h"
+#include "platform/common/TextConversion.h"
+#include "platform/logging/DebugLog.h"
+#include "platform/xml/CXMLWriter.h"
+#include "templates/TemplateLog.h"
+#include "xml/CPolicyDocument.h"
+#include "xml/Vocabulary.h"
+#include "xml/XmlHelpers.h"
+
+namespace {
+
+constexpr auto& LOG_SOURCE = TemplateLog::MANAGER_SOURCE;
+
+constexpr wchar_t MAP_FILE[] = L"config\\cfg_dlp_da_map.txt";
+
+// Attributes that only the older layout has.
+constexpr char OLDER_BUILT_IN[] = "builtin";
+constexpr char BUILT_IN_VALUE[] = "1";
+constexpr char OLDER_DISPLAY_NAME[] = "displayName";
+
+/** Sections beside the templates, which the older layout does not carry over. */
+constexpr const char* DROPPED_SECTIONS[] = {TagUtf8::DIGITAL_ASSETS, TagUtf8::INDUSTRIES, TagUtf8::REGIONS};
+
+// Lines that stand at both ends of an operation, or in both forms of one.
+constexpr wchar_t INIT_LINE[] = L"CDLPXmlNormalizer::InitDigitalAssetsMappingTable()";
+constexpr wchar_t NORMALIZE_LINE[] = L"CDLPXmlNormalizer::NormailzeXml()";
+constexpr wchar_t NODES_LINE[] = L"CDLPXmlNormalizer::GetAllTemplateNodes()";
+constexpr wchar_t TEMPLATE_LINE[] = L"CDLPXmlNormalizer::NormalizeTemplate()";
+constexpr wchar_t BLOCKS_LINE[] = L"CDLPXmlNormalizer::NormalizeBuildingBlocks()";
+constexpr wchar_t MAP_LINE[] = L"CDLPXmlNormalizer::MapDigitalAssetsSourceName()";
+constexpr wchar_t WRAP_LINE[] = L"CDLPXmlNormalizer::WrapTemplateList()";
+
+CDLPXmlNormalizer::NameMap& Names() {
+    static CDLPXmlNormalizer::NameMap s_names;
+    return s_names;
+}
+
+bool IsBuiltIn(const CXMLView& element) {
+    return element.Attribute(OLDER_BUILT_IN) == BUILT_IN_VALUE;
+}
+
+/** Runs the steps of a normalisation; what they throw is logged and makes it fail. */
+template <class F>
+bool Guard(const F& fnSteps) {
+    DLP_LOG(DBG::LEVEL_ENTER, NORMALIZE_LINE);
+    try {
+        fnSteps();
+    } catch (const OS::CException& exception) {
+        DLP_LOG(DBG::LEVEL_FAILURE, L"CDLPXmlNormalizer::NormailzeXml(), Error: %s", exception.GetErrorMessage());
+        return false;
+    }
+    DLP_LOG(DBG::LEVEL_LEAVE, NORMALIZE_LINE);
+    return true;
+}
+
+/** @return the root of a document @throws OS::CException without a message, logged, when it is another element */
+OS::CAutoObjPtr<CXMLNode> RequireRoot(const CXMLParser& document, const std::wstring& strTag) {
+    OS::CAutoObjPtr<CXMLNode> pRoot = document.XPathSelectSingleNode(XmlHelpers::RootPath({strTag}));
+    if (!pRoot) {
+        DLP_LOG(DBG::LEVEL_FAILURE, TemplateLog::NODE_NOT_FOUND, strTag);
+        throw OS::CException(0, OS::x_wstring(), 0);
+    }
+    return pRoot;
+}
+
+void ReportDropped(CImportObserver* pObserver, EItemKind eKind, EReason eReason, const CXMLView& element) {
+    if (pObserver == nullptr) {
+        return;
+    }
+    SImportItem report;
+    report.eKind = eKind;
+    report.strName = eKind == EItemKind::SECTION ? element.Name() : element.Attribute(TagUtf8::NAME);
+    report.strDisplayName = element.Attribute(OLDER_DISPLAY_NAME);
+    report.eDisposition = EDisposition::SKIPPED;
+    report.eReason = eReason;
+    report.iOffset = element.Offset();
+    pObserver->OnItem(report);
+}
+
+void ReportDroppedSections(CImportObserver* pObserver, const CXMLView& root) {
+    for (const char* pSection : DROPPED_SECTIONS) {
+        for (CXMLView section = root.FirstChild(pSection); section; section = section.NextSibling(pSection)) {
+            if (section.FirstChild()) {
+                ReportDropped(pObserver, EItemKind::SECTION, EReason::OLDER_SECTION, section);
+            }
+        }
+    }
+}
+
+}  // namespace
+
+void CDLPXmlNormalizer::InitDigitalAssetsMappingTable() {
+    DLP_LOG(DBG::LEVEL_ENTER, INIT_LINE);
+    if (!Names().empty()) {
+        return;
+    }
+    CLineReaderCallback callback(Names());
+    CINIReader reader;
+    reader.Parse(MAP_FILE, L"r");
+    reader.Enumerate(callback);
+    DLP_LOG(DBG::LEVEL_LEAVE, INIT_LINE);
+}
+
+bool CDLPXmlNormalizer::NormailzeXml(const OS::x_wstring& strXml, OS::x_wstring& strResult) {
+    return Guard([&] {
+        CPolicyDocument document(strXml);
+        SNormalizedDocument normalized;
+        Convert(document, normalized, nullptr);
+        if (normalized.document.RootView()) {
+            normalized.document.SaveXML(strResult);
+        }
+    });
+}
+
+bool CDLPXmlNormalizer::Normalize(CPolicyDocument& document, SNormalizedDocument& result, CImportObserver* pObserver) {
+    return Guard([&] { Convert(document, result, pObserver); });
+}
+
+/** Works on copies of the templates, in a tree of their own. */
+void CDLPXmlNormalizer::Convert(CPolicyDocument& document, SNormalizedDocument& result, CImportObserver* pObserver) {
+    OS::CAutoObjPtr<CXMLNodeList> pNodes;
+    if (!GetAllTemplateNodes(document, pNodes)) {
+        return;
+    }
+    CXMLParser templates;
+    templates.LoadXML(XmlHelpers::EmptyElement(Tag::COMPLIANCE_TEMPLATES));
+    const OS::CAutoObjPtr<CXMLElement> pParent = templates.GetRootElement();
+    const int iNodes = pNodes->GetLength();
+    for (int i = 0; i < iNodes; ++i) {
+        DLP_LOG(DBG::LEVEL_ENTER, TEMPLATE_LINE);
+        OS::CAutoObjPtr<CXMLNode> pTemplate = pNodes->GetItem(i);
+        if (IsBuiltIn(pTemplate->View())) {
+            ReportDropped(pObserver, EItemKind::TEMPLATE, EReason::OLDER_BUILT_IN, pTemplate->View());
+            continue;
+        }
+        result.vecOrigins.push_back(pTemplate->View().Offset());
+        pParent->AppendChild(pTemplate);
+        Rewrite(pTemplate);
+        DLP_LOG(DBG::LEVEL_LEAVE, TEMPLATE_LINE);
+    }
+    WrapTemplateList(templates, result.document);
+    ReportDroppedSections(pObserver, document.Load().RootView());
+}
+
+bool CDLPXmlNormalizer::GetAllTemplateNodes(const OS::x_wstring& strXml, OS::CAutoObjPtr<CXMLNodeList>& pNodes) {
+    CPolicyDocument document(strXml);
+    return GetAllTemplateNodes(document, pNodes);
+}
+
+bool CDLPXmlNormalizer::GetAllTemplateNodes(CPolicyDocument& document, OS::CAutoObjPtr<CXMLNodeList>& pNodes) {
+    DLP_LOG(DBG::LEVEL_ENTER, NODES_LINE);
+    const std::wstring strPath = XmlHelpers::RootPath({Tag::SA_POLICY, Tag::COMPLIANCE_TEMPLATES, Tag::TEMPLATE});
+    OS::CAutoObjPtr<CXMLNodeList> pSelected = document.Load().XPathSelectNodes(strPath);
+    if (!pSelected) {
+        DLP_LOG(DBG::LEVEL_FAILURE,
+                L"CDLPXmlNormalizer::GetAllTemplateNodes() Unable to find node %s. The xml file format is "
+                L"incompatible.",
+                strPath);
+        return false;
+    }
+    pNodes = std::move(pSelected);
+    DLP_LOG(DBG::LEVEL_LEAVE, NODES_LINE);
+    return true;
+}
+
+void CDLPXmlNormalizer::NormalizeTemplate(OS::CAutoObjPtr<CXMLNode>& pTemplate, OS::x_wstring& strText) {
+    DLP_LOG(DBG::LEVEL_ENTER, TEMPLATE_LINE);
+    strText.clear();
+    if (IsBuiltIn(pTemplate->View())) {
+        return;
+    }
+    Rewrite(pTemplate);
+    strText = pTemplate->ToElement()->GetXML();
+    DLP_LOG(DBG::LEVEL_LEAVE, TEMPLATE_LINE);
+}
+
+void CDLPXmlNormalizer::Rewrite(OS::CAutoObjPtr<CXMLNode>& pTemplate) {
+    const OS::CAutoObjPtr<CXMLElement> pElement = pTemplate->ToElement();
+    const std::wstring strOlderName = OS::WideText(OLDER_DISPLAY_NAME);
+    pElement->SetAttribute(Tag::DISPLAY_NAME, pElement->GetAttribute(strOlderName));
+    pElement->SetAttribute(Tag::PRE_DEFINED, OS::WideText(Value::FALSE_TEXT));
+    pElement->SetAttribute(Tag::SEVERITY, OS::WideText(Value::MEDIUM));
+    pElement->RemoveAttribute(strOlderName);
+    pElement->RemoveAttribute(OS::WideText(OLDER_BUILT_IN));
+    NormalizeBuildingBlocks(pTemplate);
+}
+
+void CDLPXmlNormalizer::NormalizeBuildingBlocks(OS::CAutoObjPtr<CXMLNode>& pTemplate) {
+    DLP_LOG(DBG::LEVEL_ENTER, BLOCKS_LINE);
+    const OS::CAutoObjPtr<CXMLNodeList> pBlocks =
+        pTemplate->ToElement()->XPathSelectNodes(XmlHelpers::RelativePath({Tag::MATCH_RULE, Tag::BUILDING_BLOCK}));
+    const int iBlocks = pBlocks->GetLength();
+    for (int i = 0; i < iBlocks; ++i) {
+        const OS::CAutoObjPtr<CXMLElement> pBlock = pBlocks->GetItem(i)->ToElement();
+        pBlock->SetAttribute(Tag::SOURCE_NAME, MapDigitalAssetsSourceName(pBlock->GetAttribute(Tag::SOURCE_NAME)));
+    }
+    DLP_LOG(DBG::LEVEL_LEAVE, BLOCKS_LINE);
+}
+
+std::wstring CDLPXmlNormalizer::MapDigitalAssetsSourceName(const std::wstring& strSourceName) {
+    DLP_LOG(DBG::LEVEL_ENTER, MAP_LINE);
+    const auto itName = Names().find(strSourceName);
+    const bool bFound = itName != Names().end();
+    if (!bFound) {
+        DLP_LOG(DBG::LEVEL_ERROR, L"can't map digital asset source name: %s", strSourceName);
+    }
+    DLP_LOG(DBG::LEVEL_LEAVE, MAP_LINE);
+    return bFound ? itName->second : strSourceName;
+}
+
+void CDLPXmlNormalizer::WrapTemplateList(const OS::x_wstring& strTemplates, OS::x_wstring& strResult) {
+    const std::wstring& strTag = Tag::COMPLIANCE_TEMPLATES;
+    CXMLParser templates;
+    templates.LoadXML(L"<" + strTag + L">" + strTemplates + L"</" + strTag + L">");
+    CXMLParser result;
+    WrapTemplateList(templates, result);
+    result.SaveXML(strResult);
+}
+
+void CDLPXmlNormalizer::WrapTemplateList(CXMLParser& templates, CXMLParser& result) {
+    DLP_LOG(DBG::LEVEL_ENTER, WRAP_LINE);
+    OS::CAutoObjPtr<CXMLNode> pTemplates = RequireRoot(templates, Tag::COMPLIANCE_TEMPLATES);
+    pTemplates->ToElement()->SetAttribute(Tag::COMMAND, OS::WideText(Value::OVERWRITE));
+    std::string strRoot;
+    CXMLWriter writer(strRoot);
+    if (DigitalAssets::StartRoot(writer)) {
+        writer.EndElement();
+    } else {
+        strRoot.clear();
+    }
+    result.LoadUtf8(strRoot);
+    RequireRoot(result, Tag::SA_POLICY)->AppendChild(pTemplates);
+    DLP_LOG(DBG::LEVEL_LEAVE, WRAP_LINE);
+}
