@@ -44,14 +44,16 @@ std::int32_t ReadBigEndian(const unsigned char* pBytes) {
 
 CSqliteConnection::CSqliteConnection(const std::string& strPath, int iBusyMilliseconds)
     : m_strUrl(CSqliteStore::SCHEME + strPath) {
-    MakeSqliteFile(strPath, m_strUrl);
+    const bool bEmpty = MakeSqliteFile(strPath, m_strUrl);
     sqlite3* pDb = nullptr;
     const int iCode = sqlite3_open_v2(strPath.c_str(), &pDb, SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX, nullptr);
     m_pDb.reset(pDb);
     if (iCode != SQLITE_OK) {
         Throw(iCode, StoreDoing::OPENING);
     }
-    CheckHeader();
+    if (!bEmpty) {
+        CheckHeader();
+    }
     sqlite3_extended_result_codes(Get(), 1);
     sqlite3_busy_timeout(Get(), iBusyMilliseconds);
     Execute(CONNECTION_SETTINGS);
@@ -70,17 +72,10 @@ void CSqliteConnection::SClose::operator()(sqlite3* pDb) const noexcept {
 void CSqliteConnection::CheckHeader() const {
     sqlite3_file* pFile = nullptr;
     sqlite3_file_control(Get(), nullptr, SQLITE_FCNTL_FILE_POINTER, &pFile);
-    sqlite3_int64 iSize = 0;
     std::array<unsigned char, HEADER_SIZE> aHeader{};
-    int iCode = pFile->pMethods->xFileSize(pFile, &iSize);
-    if (iCode == SQLITE_OK && iSize > 0) {
-        iCode = pFile->pMethods->xRead(pFile, aHeader.data(), HEADER_SIZE, 0);
-    }
+    const int iCode = pFile->pMethods->xRead(pFile, aHeader.data(), HEADER_SIZE, 0);
     if (iCode != SQLITE_OK && iCode != SQLITE_IOERR_SHORT_READ) {
         Refuse(sqlite3_errstr(iCode));
-    }
-    if (iSize == 0) {
-        return;
     }
     const bool bDatabase = std::memcmp(aHeader.data(), HEADER_MAGIC, sizeof(HEADER_MAGIC)) == 0;
     CheckOwner(bDatabase ? ReadBigEndian(&aHeader[HEADER_APPLICATION]) : 0, ReadBigEndian(&aHeader[HEADER_VERSION]));
@@ -96,7 +91,7 @@ void CSqliteConnection::CheckOwner(std::int64_t iApplication, std::int64_t iVers
     }
 }
 
-/** Until the file is in WAL mode, what one process commits stands in the header that another one checks. */
+/** Comes before the change to WAL mode, so that the marks of a new store stand in the header that others look at. */
 void CSqliteConnection::CreateSchema() {
     if (Number(GET_APPLICATION) != APPLICATION_ID) {
         Execute("BEGIN IMMEDIATE");

@@ -187,8 +187,8 @@ void CSqliteStore::Save(const CSettingsRow& row) {
     m_units.RequireWritable(StoreDoing::SAVING);
     row.Validate();
     std::optional<std::size_t>& optCount = Counted(row.GetKind());
-    const bool bCountedAnew = optCount && !IsHeld(row.GetKind(), 0, row.GetSubject());
     CSqliteRun run = Start(EStatement::SAVE, row.GetKind());
+    const bool bCountedAnew = optCount && !IsHeld(row.GetKind(), 0, row.GetSubject());
     run->BindRow(row);
     run->Step();
     if (bCountedAnew) {

@@ -33,7 +33,7 @@ void MakeFolders(const std::filesystem::path& folder, const std::string& strUrl)
 
 }  // namespace
 
-void MakeSqliteFile(const std::string& strPath, const std::string& strUrl) {
+bool MakeSqliteFile(const std::string& strPath, const std::string& strUrl) {
     struct stat status {};
     if (::stat(strPath.c_str(), &status) == 0) {
         if (!S_ISREG(status.st_mode)) {
@@ -42,7 +42,7 @@ void MakeSqliteFile(const std::string& strPath, const std::string& strUrl) {
         if (::faccessat(AT_FDCWD, strPath.c_str(), R_OK | W_OK, AT_EACCESS) != 0) {
             ThrowSystemError(strUrl, "cannot read and write the file", errno);
         }
-        return;
+        return status.st_size == 0;
     }
     MakeFolders(std::filesystem::path(strPath).parent_path(), strUrl);
     const int iFile = ::open(strPath.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, FILE_MODE);
@@ -52,4 +52,5 @@ void MakeSqliteFile(const std::string& strPath, const std::string& strUrl) {
     } else if (errno != EEXIST) {  // another process may have been faster
         ThrowSystemError(strUrl, "cannot make the file", errno);
     }
+    return true;
 }

@@ -6,6 +6,7 @@
  * Makes sure that a regular file stands at the path. A missing one is made, empty, for its owner alone (mode 0600), and
  * so are missing folders (0700), whatever the umask.
  * @param strUrl names the store in messages
+ * @return whether it is empty
  * @throws OS::CException when there is something else or it cannot be made
  */
-void MakeSqliteFile(const std::string& strPath, const std::string& strUrl);
+bool MakeSqliteFile(const std::string& strPath, const std::string& strUrl);

@@ -1,0 +1,547 @@
+#include "platform/store/CSqliteStore.h"
+
+#include <gtest/gtest.h>
+#include <sqlite3.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <csignal>
+#include <filesystem>
+#include <map>
+#include <thread>
+
+#include "platform/common/CException.h"
+#include "platform/store/SqlText.h"
+#include "tests/support/ExceptionText.h"
+#include "tests/support/StoreDump.h"
+#include "tests/support/TempDir.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr int SHORT_WAIT = 50;
+
+CSettingsRow Expression(const std::string& strSubject, const std::string& strPattern = "") {
+    CSettingsRow row(ESettingsKind::EXPRESSION);
+    row.SetText(AssetColumn::SUBJECT, strSubject);
+    row.SetText(ExpressionColumn::PATTERN, strPattern);
+    return row;
+}
+
+int Mode(const std::string& strPath) {
+    struct stat status {};
+    return ::stat(strPath.c_str(), &status) == 0 ? static_cast<int>(status.st_mode & 07777) : -1;
+}
+
+/** Runs SQL on a database file as any other program would. */
+void RunSql(const std::string& strPath, const std::string& strSql) {
+    sqlite3* pDb = nullptr;
+    ASSERT_EQ(SQLITE_OK, sqlite3_open(strPath.c_str(), &pDb));
+    ASSERT_EQ(SQLITE_OK, sqlite3_exec(pDb, strSql.c_str(), nullptr, nullptr, nullptr)) << sqlite3_errmsg(pDb);
+    sqlite3_close(pDb);
+}
+
+/** Runs the function in a process of its own. @return its process id; the exit code is 0 when it returns */
+pid_t StartProcess(const std::function<void()>& fnChild) {
+    const pid_t iProcess = ::fork();
+    if (iProcess == 0) {
+        try {
+            fnChild();
+            ::_exit(0);
+        } catch (const std::exception& exception) {
+            std::fprintf(stderr, "%s\n", exception.what());
+            ::_exit(1);
+        }
+    }
+    return iProcess;
+}
+
+/** @return the exit code, or minus the signal that ended the process */
+int WaitFor(pid_t iProcess) {
+    int iStatus = 0;
+    ::waitpid(iProcess, &iStatus, 0);
+    return WIFEXITED(iStatus) ? WEXITSTATUS(iStatus) : -WTERMSIG(iStatus);
+}
+
+class SqliteStore : public testing::Test {
+  protected:
+    std::string Path() const { return m_folder.Path("settings.db"); }
+    std::string Opening(const std::string& strPath, const std::string& strWhy) const {
+        return "settings store sqlite:" + strPath + ", opening it: " + strWhy;
+    }
+    /** Every file of the folder with its bytes and its time. */
+    std::map<std::string, std::pair<std::string, fs::file_time_type>> Files() const {
+        std::map<std::string, std::pair<std::string, fs::file_time_type>> mapFiles;
+        for (const auto& entry : fs::directory_iterator(m_folder.Path())) {
+            const std::string strName = entry.path().filename().string();
+            mapFiles[strName] = {entry.is_regular_file() ? m_folder.Read(strName) : "", entry.last_write_time()};
+        }
+        return mapFiles;
+    }
+    /** Opens the path. @return why that was refused; fails the test when the folder is not as it was */
+    std::string RefusalOf(const std::string& strPath) const {
+        const auto mapBefore = Files();
+        const std::string strMessage = ExceptionText([&] { CSqliteStore store(strPath); });
+        EXPECT_TRUE(mapBefore == Files()) << strPath;
+        return strMessage;
+    }
+
+    CTempDir m_folder;
+};
+
+TEST_F(SqliteStore, FilesAndFoldersAreTheOwnersAloneWhateverTheUmask) {
+    for (const mode_t iMask : {0000, 0022, 0277}) {
+        const mode_t iOldMask = ::umask(iMask);
+        const std::string strTop = "mask" + std::to_string(iMask);
+        CSqliteStore store(m_folder.Path(strTop + "/made too/settings.db"));
+        store.Save(Expression("S"));
+        ::umask(iOldMask);
+        EXPECT_EQ(0700, Mode(m_folder.Path(strTop)));
+        EXPECT_EQ(0700, Mode(m_folder.Path(strTop + "/made too")));
+        for (const char* pEnd : {"", "-wal", "-shm"}) {
+            EXPECT_EQ(0600, Mode(m_folder.Path(strTop + "/made too/settings.db" + pEnd))) << pEnd;
+        }
+    }
+}
+
+TEST_F(SqliteStore, FoldersThatWereThereKeepTheirMode) {
+    ::chmod(m_folder.Path().c_str(), 0755);
+    CSqliteStore store(Path());
+    EXPECT_EQ(0755, Mode(m_folder.Path()));
+    EXPECT_EQ(0600, Mode(Path()));
+}
+
+TEST_F(SqliteStore, WhatWasSavedIsThereWhenOpenedAgain) {
+    CSqliteStore(Path()).Save(Expression("S", "p"));
+    {
+        CSqliteStore store(Path());
+        EXPECT_EQ("expressions subject=\"S\" pattern=\"p\"\n", DumpStore(store));
+    }
+    EXPECT_EQ(std::vector<std::string>{"settings.db"}, [&] {
+        std::vector<std::string> vecNames;
+        for (const auto& [strName, file] : Files()) {
+            vecNames.push_back(strName);
+        }
+        return vecNames;
+    }());
+}
+
+TEST_F(SqliteStore, FileIsMarkedAsASettingsStore) {
+    { CSqliteStore store(Path()); }
+    const std::string strFile = m_folder.Read("settings.db");
+    EXPECT_EQ(std::string("SQLite format 3\0\x20\0\2\2", 20), strFile.substr(0, 20));  // pages of 8192 bytes, WAL
+    EXPECT_EQ(std::string("\0\0\0\1", 4), strFile.substr(60, 4));
+    EXPECT_EQ("DLPS", strFile.substr(68, 4));
+}
+
+TEST_F(SqliteStore, TellsWhatItIs) {
+    CSqliteStore store(Path());
+    const SStoreInfo info = store.GetInfo();
+    EXPECT_EQ("sqlite:" + Path(), info.strUrl);
+    EXPECT_EQ(std::string("SQLite ") + sqlite3_libversion(), info.strEngine);
+    EXPECT_EQ(1, info.iSchemaVersion);
+}
+
+TEST_F(SqliteStore, EmptyFileBecomesAStore) {
+    m_folder.Write("settings.db", "");
+    CSqliteStore(Path()).Save(Expression("S"));
+    CSqliteStore store(Path());
+    EXPECT_EQ("expressions subject=\"S\"\n", DumpStore(store));
+}
+
+TEST_F(SqliteStore, RelativePathCountsFromTheFolderOfTheOpening) {
+    const fs::path oldFolder = fs::current_path();
+    fs::current_path(m_folder.Path());
+    CSqliteStore store("below/../sub/settings.db");
+    fs::current_path(oldFolder);
+    store.Save(Expression("S"));
+    EXPECT_EQ("sqlite:" + fs::canonical(m_folder.Path("sub/settings.db")).string(), store.GetInfo().strUrl);
+}
+
+TEST_F(SqliteStore, PathsThatCannotBeAreRefused) {
+    m_folder.Write("file", "");
+    m_folder.MakeFolder("folder");
+    const std::string strNul = std::string("a\0b", 3);
+    EXPECT_EQ(Opening("", "it names no file; write sqlite:PATH"), RefusalOf(""));
+    EXPECT_EQ("settings store sqlite:a", RefusalOf(strNul).substr(0, 23));
+    EXPECT_EQ(Opening(m_folder.Path("folder"), "it is a folder"), RefusalOf(m_folder.Path("folder")));
+    EXPECT_EQ(Opening("/dev/null", "it is no file"), RefusalOf("/dev/null"));
+    EXPECT_EQ(Opening(m_folder.Path("file/x.db"), "cannot make the file: Not a directory"),
+              RefusalOf(m_folder.Path("file/x.db")));
+    EXPECT_EQ(Opening(m_folder.Path("file/x/y.db"),
+                      "cannot make the folder " + m_folder.Path("file/x") + ": Not a directory"),
+              RefusalOf(m_folder.Path("file/x/y.db")));
+    EXPECT_EQ(Opening("/proc/none/x.db", "cannot make the folder /proc/none: No such file or directory"),
+              RefusalOf("/proc/none/x.db"));
+}
+
+TEST_F(SqliteStore, PlacesWithoutPermissionAreRefused) {
+    m_folder.Write("settings.db", "");
+    ::chmod(Path().c_str(), 0444);
+    m_folder.MakeFolder("folder");
+    ::chmod(m_folder.Path("folder").c_str(), 0555);
+    ::chmod(m_folder.Path().c_str(), 0755);
+    const bool bRoot = ::geteuid() == 0;
+    if (bRoot) {
+        ASSERT_EQ(0, ::seteuid(65534));  // root may do anything
+    }
+    EXPECT_EQ(Opening(Path(), "cannot read and write the file: Permission denied"), RefusalOf(Path()));
+    EXPECT_EQ(Opening(m_folder.Path("folder/x.db"), "cannot make the file: Permission denied"),
+              RefusalOf(m_folder.Path("folder/x.db")));
+    EXPECT_EQ(Opening(m_folder.Path("folder/x/y.db"),
+                      "cannot make the folder " + m_folder.Path("folder/x") + ": Permission denied"),
+              RefusalOf(m_folder.Path("folder/x/y.db")));
+    if (bRoot) {
+        ASSERT_EQ(0, ::seteuid(0));
+    }
+}
+
+const char FOREIGN[] = "it is a file of another kind, which is left as it is; name another path";
+
+TEST_F(SqliteStore, FileThatIsNoDatabaseIsLeftAsItIs) {
+    const std::string FILES[] = {"x",
+                                 "some text\n",
+                                 std::string(100, '\0'),
+                                 std::string(20000, '\xFF'),
+                                 "SQLite format 3",
+                                 std::string("SQLite format 3\0", 16),
+                                 "SQLite format 3 is not this" + std::string(8192, 'x')};
+    for (const std::string& strContent : FILES) {
+        m_folder.Write("settings.db", strContent);
+        EXPECT_EQ(Opening(Path(), FOREIGN), RefusalOf(Path()));
+    }
+}
+
+TEST_F(SqliteStore, DatabaseOfAnotherProgramIsLeftAsItIs) {
+    const char* const PROGRAMS[] = {
+        "CREATE TABLE t (x); INSERT INTO t VALUES (1);",
+        "PRAGMA journal_mode = WAL; CREATE TABLE expressions (subject TEXT);",
+        "PRAGMA application_id = 1; PRAGMA user_version = 1; CREATE TABLE t (x);",
+        "PRAGMA application_id = 0x444C5053; CREATE TABLE t (x);",
+        "PRAGMA application_id = 0x444C5053; PRAGMA user_version = -1;",
+        "PRAGMA user_version = 1;",
+    };
+    for (const char* pSql : PROGRAMS) {
+        fs::remove(Path());
+        RunSql(Path(), pSql);
+        EXPECT_EQ(Opening(Path(), FOREIGN), RefusalOf(Path())) << pSql;
+    }
+}
+
+TEST_F(SqliteStore, JournalsOfAnotherProgramAreLeftAsTheyAre) {
+    // A process that ends without closing leaves its last changes in the -wal file or a journal to be played back.
+    for (const char* pMode : {"WAL", "DELETE"}) {
+        fs::remove(Path());
+        const pid_t iProcess = StartProcess([&] {
+            sqlite3* pDb = nullptr;
+            sqlite3_open(Path().c_str(), &pDb);
+            const std::string strSql = std::string("PRAGMA journal_mode = ") + pMode +
+                                       "; PRAGMA cache_size = 1; CREATE TABLE t (x); BEGIN; INSERT INTO t "
+                                       "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n LIMIT 500) "
+                                       "SELECT randomblob(1000) FROM n;";
+            sqlite3_exec(pDb, strSql.c_str(), nullptr, nullptr, nullptr);
+            ::raise(SIGKILL);
+        });
+        ASSERT_EQ(-SIGKILL, WaitFor(iProcess));
+        ASSERT_GE(Files().size(), 2u) << pMode;
+        EXPECT_EQ(Opening(Path(), FOREIGN), RefusalOf(Path())) << pMode;
+        fs::remove(Path() + "-wal");
+        fs::remove(Path() + "-shm");
+        fs::remove(Path() + "-journal");
+    }
+}
+
+TEST_F(SqliteStore, NewerSchemaIsLeftAsItIs) {
+    CSqliteStore(Path()).Save(Expression("S"));
+    RunSql(Path(), "PRAGMA user_version = 2; ALTER TABLE expressions ADD COLUMN more TEXT;");
+    EXPECT_EQ(Opening(Path(),
+                      "it was written by a newer version (schema 2, known here: 1) and is left as it is; use "
+                      "that version"),
+              RefusalOf(Path()));
+}
+
+TEST_F(SqliteStore, NewerSchemaThatOnlyTheJournalKnowsIsRefused) {
+    CSqliteStore(Path()).Save(Expression("S"));
+    const pid_t iProcess = StartProcess([&] {
+        sqlite3* pDb = nullptr;
+        sqlite3_open(Path().c_str(), &pDb);
+        sqlite3_exec(pDb, "PRAGMA user_version = 3", nullptr, nullptr, nullptr);
+        ::raise(SIGKILL);
+    });
+    ASSERT_EQ(-SIGKILL, WaitFor(iProcess));
+    EXPECT_EQ(Opening(Path(),
+                      "it was written by a newer version (schema 3, known here: 1) and is left as it is; use "
+                      "that version"),
+              ExceptionText([&] { CSqliteStore store(Path()); }));
+}
+
+TEST_F(SqliteStore, LookupsGoThroughIndexes) {
+    { CSqliteStore store(Path()); }
+    sqlite3* pDb = nullptr;
+    ASSERT_EQ(SQLITE_OK, sqlite3_open(Path().c_str(), &pDb));
+    const auto fnPlan = [&](const std::string& strSql) {
+        sqlite3_stmt* pStatement = nullptr;
+        EXPECT_EQ(SQLITE_OK,
+                  sqlite3_prepare_v2(pDb, ("EXPLAIN QUERY PLAN " + strSql).c_str(), -1, &pStatement, nullptr));
+        std::string strPlan;
+        while (sqlite3_step(pStatement) == SQLITE_ROW) {
+            strPlan += reinterpret_cast<const char*>(sqlite3_column_text(pStatement, 3));
+        }
+        sqlite3_finalize(pStatement);
+        return strPlan;
+    };
+    for (const ESettingsKind eKind : ALL_SETTINGS_KINDS) {
+        const STable& table = GetSettingsTable(eKind);
+        for (std::size_t i = 0; i < table.iColumns; ++i) {
+            if (i == 0 || table.pColumns[i].bIndexed) {
+                for (const std::string& strSql : {SqlText::SelectFirst(table, i), SqlText::SelectHeld(table, i)}) {
+                    const std::string strPlan = fnPlan(strSql);
+                    EXPECT_EQ(0u, strPlan.find(std::string("SEARCH ") + table.pName + " USING ")) << strPlan;
+                    EXPECT_EQ(std::string::npos, strPlan.find("TEMP B-TREE")) << strPlan;
+                }
+            }
+        }
+    }
+    sqlite3_close(pDb);
+}
+
+TEST_F(SqliteStore, AnotherHandleSeesAUnitOnlyWhenItIsCommitted) {
+    CSqliteStore writer(Path());
+    CSqliteStore reader(Path());
+    writer.Begin(EUnitOfWork::WRITE);
+    writer.Save(Expression("S"));
+    EXPECT_EQ("", DumpStore(reader));
+    writer.Commit();
+    EXPECT_EQ("expressions subject=\"S\"\n", DumpStore(reader));
+}
+
+TEST_F(SqliteStore, ReadingUnitSeesOneStateThroughout) {
+    CSqliteStore writer(Path());
+    CSqliteStore reader(Path());
+    reader.Begin(EUnitOfWork::READ);
+    writer.Save(Expression("S"));
+    EXPECT_EQ("", DumpStore(reader));
+    EXPECT_EQ(0u, reader.Count(ESettingsKind::EXPRESSION));
+    reader.Commit();
+    EXPECT_EQ(1u, reader.Count(ESettingsKind::EXPRESSION));
+}
+
+TEST_F(SqliteStore, CountOfOneUnitIsNotThatOfTheNext) {
+    CSqliteStore store(Path());
+    CSqliteStore other(Path());
+    store.Begin(EUnitOfWork::WRITE);
+    EXPECT_EQ(0u, store.Count(ESettingsKind::EXPRESSION));
+    store.Commit();
+    other.Save(Expression("S"));
+    store.Begin(EUnitOfWork::WRITE);
+    EXPECT_EQ(1u, store.Count(ESettingsKind::EXPRESSION));
+    store.Rollback();
+}
+
+TEST_F(SqliteStore, WriterThatWaitsInVainSaysWhy) {
+    CSqliteStore first(Path());
+    CSqliteStore second(Path(), SHORT_WAIT);
+    const std::string strStore = "settings store sqlite:" + Path() + ", ";
+    const std::string strWhy = ": another process is writing to it; try again";
+    first.Begin(EUnitOfWork::WRITE);
+    EXPECT_EQ(strStore + "beginning a unit of work" + strWhy, ExceptionText([&] { second.Begin(EUnitOfWork::WRITE); }));
+    EXPECT_EQ(strStore + "saving a record" + strWhy, ExceptionText([&] { second.Save(Expression("S")); }));
+    EXPECT_EQ(strStore + "undoing a unit of work: none has been begun", ExceptionText([&] { second.Rollback(); }));
+    first.Commit();
+    second.Save(Expression("S"));
+    EXPECT_EQ("expressions subject=\"S\"\n", DumpStore(first));
+}
+
+TEST_F(SqliteStore, WriterWaitsForTheOneBeforeIt) {
+    CSqliteStore store(Path());
+    int aReady[2];
+    ASSERT_EQ(0, ::pipe(aReady));
+    const pid_t iProcess = StartProcess([&] {
+        CSqliteStore other(Path());
+        other.Begin(EUnitOfWork::WRITE);
+        other.Save(Expression("first"));
+        [[maybe_unused]] const auto iWritten = ::write(aReady[1], "x", 1);
+        std::this_thread::sleep_for(std::chrono::milliseconds(300));
+        other.Commit();
+    });
+    char cReady = 0;
+    ASSERT_EQ(1, ::read(aReady[0], &cReady, 1));
+    CSettingsTransaction transaction(store, EUnitOfWork::WRITE);
+    EXPECT_EQ("expressions subject=\"first\"\n", DumpStore(store));
+    store.Save(Expression("second"));
+    transaction.Commit();
+    EXPECT_EQ(0, WaitFor(iProcess));
+    EXPECT_EQ(2u, store.Count(ESettingsKind::EXPRESSION));
+}
+
+TEST_F(SqliteStore, ProcessThatDiesLeavesNothingOfItsUnit) {
+    CSqliteStore(Path()).Save(Expression("kept"));
+    const pid_t iProcess = StartProcess([&] {
+        CSqliteStore store(Path());
+        store.Save(Expression("kept too"));
+        store.Begin(EUnitOfWork::WRITE);
+        store.Begin(EUnitOfWork::WRITE);
+        store.Save(Expression("lost", std::string(10 << 20, 'x')));
+        store.Commit();
+        ::raise(SIGKILL);
+    });
+    EXPECT_EQ(-SIGKILL, WaitFor(iProcess));
+    CSqliteStore store(Path());
+    EXPECT_EQ("expressions subject=\"kept\"\nexpressions subject=\"kept too\"\n", DumpStore(store));
+}
+
+TEST_F(SqliteStore, ManyProcessesMayMakeItAtOnce) {
+    constexpr int PROCESSES = 6;
+    for (int iRound = 0; iRound < 5; ++iRound) {
+        const std::string strPath = m_folder.Path("round" + std::to_string(iRound) + "/settings.db");
+        std::vector<pid_t> vecProcesses;
+        for (int i = 0; i < PROCESSES; ++i) {
+            vecProcesses.push_back(StartProcess([&] { CSqliteStore(strPath).Save(Expression(std::to_string(i))); }));
+        }
+        for (const pid_t iProcess : vecProcesses) {
+            EXPECT_EQ(0, WaitFor(iProcess));
+        }
+        EXPECT_EQ(static_cast<std::size_t>(PROCESSES), CSqliteStore(strPath).Count(ESettingsKind::EXPRESSION));
+    }
+}
+
+TEST_F(SqliteStore, SecondHandleOfAProcessLeavesTheFirstOnesLocks) {
+    CSqliteStore store(Path());
+    store.Save(Expression("S"));
+    { CSqliteStore second(Path()); }
+    EXPECT_THROW(CSqliteStore("/dev/null"), OS::CException);
+    // The last one to close the file removes the -wal file; another process must see that it is not the last.
+    EXPECT_EQ(0, WaitFor(StartProcess([&] { CSqliteStore other(Path()); })));
+    EXPECT_TRUE(fs::exists(Path() + "-wal"));
+}
+
+/** While it lives no file of this process can grow beyond a size. */
+class CFileSizeLimit {
+  public:
+    explicit CFileSizeLimit(std::uintmax_t iBytes) {
+        ::signal(SIGXFSZ, SIG_IGN);
+        ::getrlimit(RLIMIT_FSIZE, &m_old);
+        struct rlimit limit = m_old;
+        limit.rlim_cur = static_cast<rlim_t>(iBytes);
+        ::setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    CFileSizeLimit(const CFileSizeLimit&) = delete;
+    CFileSizeLimit& operator=(const CFileSizeLimit&) = delete;
+    ~CFileSizeLimit() { ::setrlimit(RLIMIT_FSIZE, &m_old); }
+
+  private:
+    struct rlimit m_old {};
+};
+
+TEST_F(SqliteStore, FailedCommitUndoesTheUnit) {
+    CSqliteStore store(Path());
+    store.Save(Expression("before"));
+    store.Begin(EUnitOfWork::WRITE);
+    store.Save(Expression("lost", std::string(100000, 'x')));
+    {
+        const CFileSizeLimit limit(fs::file_size(Path() + "-wal"));
+        EXPECT_EQ("settings store sqlite:" + Path() + ", committing a unit of work: disk I/O error",
+                  ExceptionText([&] { store.Commit(); }));
+    }
+    EXPECT_EQ("expressions subject=\"before\"\n", DumpStore(store));
+    EXPECT_THROW(store.Commit(), OS::CException);
+    store.Save(Expression("after"));
+    EXPECT_EQ(2u, store.Count(ESettingsKind::EXPRESSION));
+}
+
+TEST_F(SqliteStore, UnitThatTheEngineHasUndoneTakesNothingMore) {
+    CSqliteStore store(Path());
+    store.Save(Expression("before"));
+    store.Begin(EUnitOfWork::WRITE);
+    EXPECT_EQ(1u, store.Count(ESettingsKind::EXPRESSION));
+    store.Begin(EUnitOfWork::WRITE);
+    {
+        const CFileSizeLimit limit(fs::file_size(Path() + "-wal"));
+        // More than the engine's cache takes, so that it has to write before the commit.
+        EXPECT_EQ("settings store sqlite:" + Path() + ", saving a record: disk I/O error", ExceptionText([&] {
+                      for (int i = 0; i < 100; ++i) {
+                          store.Save(Expression(std::to_string(i), std::string(1 << 20, 'x')));
+                      }
+                  }));
+    }
+    const std::string strStore = "settings store sqlite:" + Path() + ", ";
+    const std::string strWhy = ": an earlier failure has undone the unit of work around it";
+    EXPECT_EQ(strStore + "saving a record" + strWhy, ExceptionText([&] { store.Save(Expression("S")); }));
+    EXPECT_EQ(strStore + "removing a record" + strWhy,
+              ExceptionText([&] { store.Remove(ESettingsKind::EXPRESSION, "before"); }));
+    EXPECT_EQ(strStore + "beginning a unit of work" + strWhy,
+              ExceptionText([&] { store.ReplaceAll(ESettingsKind::EXPRESSION, {}); }));
+    EXPECT_EQ(strStore + "reading records" + strWhy, ExceptionText([&] { DumpStore(store); }));
+    EXPECT_EQ(strStore + "reading records" + strWhy,
+              ExceptionText([&] { store.FindOne(ESettingsKind::EXPRESSION, 0, "before"); }));
+    EXPECT_EQ(strStore + "counting records" + strWhy, ExceptionText([&] { store.Count(ESettingsKind::EXPRESSION); }));
+    EXPECT_EQ(strStore + "beginning a unit of work" + strWhy, ExceptionText([&] { store.Begin(EUnitOfWork::READ); }));
+    EXPECT_EQ(strStore + "committing a unit of work" + strWhy, ExceptionText([&] { store.Commit(); }));
+    EXPECT_EQ(strStore + "committing a unit of work" + strWhy, ExceptionText([&] { store.Commit(); }));
+    EXPECT_EQ("expressions subject=\"before\"\n", DumpStore(store));
+    store.Save(Expression("after"));
+    EXPECT_EQ(2u, store.Count(ESettingsKind::EXPRESSION));
+}
+
+TEST_F(SqliteStore, LostUnitCanBeRolledBack) {
+    CSqliteStore store(Path());
+    store.Begin(EUnitOfWork::WRITE);
+    store.Begin(EUnitOfWork::WRITE);
+    {
+        const CFileSizeLimit limit(fs::file_size(Path()));
+        EXPECT_THROW(store.Save(Expression("S", std::string(100 << 20, 'x'))), OS::CException);
+    }
+    store.Rollback();
+    EXPECT_THROW(store.Save(Expression("S")), OS::CException);
+    store.Rollback();
+    store.Save(Expression("S"));
+    EXPECT_EQ("expressions subject=\"S\"\n", DumpStore(store));
+}
+
+TEST_F(SqliteStore, DamagedPagesAreReported) {
+    {
+        CSqliteStore store(Path());
+        CSettingsTransaction transaction(store, EUnitOfWork::WRITE);
+        for (int i = 0; i < 1000; ++i) {
+            store.Save(Expression(std::to_string(i), std::string(500, 'x')));
+        }
+        transaction.Commit();
+    }
+    std::string strFile = m_folder.Read("settings.db");
+    ASSERT_GT(strFile.size(), 200000u);
+    for (std::size_t i = 8192; i < strFile.size(); ++i) {
+        strFile[i] = static_cast<char>(i * 31 + 7);
+    }
+    m_folder.Write("settings.db", strFile);
+    CSqliteStore store(Path());
+    EXPECT_EQ("settings store sqlite:" + Path() + ", reading records: database disk image is malformed",
+              ExceptionText([&] { DumpStore(store); }));
+}
+
+TEST_F(SqliteStore, MissingTableIsReported) {
+    { CSqliteStore store(Path()); }
+    RunSql(Path(), "DROP TABLE keyword_lists");
+    CSqliteStore store(Path());
+    EXPECT_EQ("settings store sqlite:" + Path() + ", counting records: no such table: keyword_lists",
+              ExceptionText([&] { store.Count(ESettingsKind::KEYWORD); }));
+    EXPECT_EQ(0u, store.Count(ESettingsKind::TEMPLATE));
+}
+
+TEST_F(SqliteStore, ValuesOfOddTypesAreRead) {
+    CSqliteStore(Path()).Save(Expression("S"));
+    RunSql(Path(),
+           "UPDATE expressions SET pattern = x'', example = x'FF41', description = 12, min_length = 'many', "
+           "max_length = 7.9, suffix_length = 4294967297, display_name = cast(x'610062' AS TEXT);"
+           "INSERT INTO templates VALUES ('T', x'6E', '', '', 'yes', '', 'a' || char(10) || '\\', '\\', '');");
+    CSqliteStore store(Path());
+    EXPECT_EQ("expressions subject=\"S\" display_name=\"a" + std::string(1, '\0') +
+                  "b\" description=\"12\" max_length=7 suffix_length=1 example=\"\xFF\x41\"\n"
+                  "templates subject=\"T\" name=\"n\" industries=[\"a\"]\n",
+              DumpStore(store));
+}
+
+}  // namespace
