@@ -13,12 +13,12 @@ CPolicyDocument::CPolicyDocument(CXMLParser&& document, std::vector<std::size_t>
 
 const CXMLParser& CPolicyDocument::Load() {
     if (!m_bLoaded) {
-        m_bLoaded = true;
         if (m_pWide != nullptr) {
             m_document.LoadXML(*m_pWide);
         } else {
             m_document.LoadUtf8(m_strUtf8);
         }
+        m_bLoaded = true;
     }
     return m_document;
 }

@@ -14,6 +14,8 @@
 
 namespace {
 
+constexpr char NOT_UTF16[] = "declared as UTF-16, which the file is not";
+
 /** Stands for a byte too many, which is as wrong. */
 constexpr wchar_t HALF_A_PAIR = 0xD800;
 
@@ -67,10 +69,14 @@ CXMLParser::CXMLParser() = default;
 CXMLParser::CXMLParser(const wchar_t* pPath) {
     XML_STEP("CXMLParser");
     std::string strText = ReadFile(pPath);
-    if (IsUtf16(strText)) {
+    const bool bUtf16 = IsUtf16(strText);
+    if (bUtf16) {
         strText = FromUtf16(strText);
     }
-    SXMLGateResult result = CheckXml(strText);
+    const SXMLGateResult result = CheckXml(strText);
+    if (result.bDeclaredUtf16 && !bUtf16) {
+        ThrowLoadError(pPath, {NOT_UTF16, 0, 1, 1});
+    }
     if (result.bWellFormed) {
         m_pTree = CXMLTree::Parse(std::move(strText));
     } else if (!result.bNoElement) {

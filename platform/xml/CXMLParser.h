@@ -33,8 +33,8 @@ class DLP_PLATFORM_API CXMLParser {
 
     CXMLParser();
     /**
-     * Loads a file (backslashes in the path may stand for slashes). UTF-16 with a byte order mark is converted first. A
-     * file with no element at all gives a document without root.
+     * Loads a file (backslashes in the path may stand for slashes). UTF-16 with a byte order mark is converted first;
+     * everything else is UTF-8. A file with no element at all gives a document without root.
      * @throws CXMLCOMException<OS::CException> when it cannot be read or is not well-formed otherwise
      */
     explicit CXMLParser(const wchar_t* pPath);
@@ -44,8 +44,7 @@ class DLP_PLATFORM_API CXMLParser {
     CXMLParser& operator=(CXMLParser&& other) noexcept;
     virtual ~CXMLParser();
 
-    /** Parses text in place of what was loaded. @return false for text that does not parse; the document is then empty
-     */
+    /** Replaces what was loaded. @return false for text that does not parse; the document is then empty */
     virtual bool LoadXML(const wchar_t* pText);
     /**
      * Writes the whole document: the declaration as loaded, if there was one, then the root and what stands beside it.

@@ -7,6 +7,7 @@
 #include <new>
 
 #include "platform/common/TextConversion.h"
+#include "platform/common/TextTools.h"
 
 // The tree's parser is lenient, so nothing reaches it that has not passed here.
 
@@ -28,6 +29,7 @@ struct SGate {
     XML_Parser parser = nullptr;
     int iDepth = 0;
     bool bAnyElement = false;
+    bool bDeclaredUtf16 = false;
     const char* pRefusal = nullptr;
     XML_Index iRefusedAt = 0;
 };
@@ -48,6 +50,11 @@ void XMLCALL OnStart(void* pGate, const XML_Char*, const XML_Char**) {
 
 void XMLCALL OnEnd(void* pGate, const XML_Char*) {
     --static_cast<SGate*>(pGate)->iDepth;
+}
+
+void XMLCALL OnDeclaration(void* pGate, const XML_Char*, const XML_Char* pEncoding, int) {
+    const std::string_view strEncoding = pEncoding == nullptr ? "" : pEncoding;
+    static_cast<SGate*>(pGate)->bDeclaredUtf16 = OS::EqualsNoCase(strEncoding.substr(0, 6), "UTF-16");
 }
 
 void XMLCALL OnDoctype(void* pGate, const XML_Char*, const XML_Char*, const XML_Char*, int) {
@@ -113,7 +120,7 @@ SXMLLoadError MakeError(std::string strMessage, std::string_view strText, std::s
 
 SXMLGateResult CheckXml(std::string_view strText) {
     if (LooksLikeUtf16(strText)) {
-        return {false, false, MakeError(NOT_UTF8, strText, 0)};
+        return {false, false, false, MakeError(NOT_UTF8, strText, 0)};
     }
     SGate gate;
     const std::unique_ptr<XML_ParserStruct, decltype(&XML_ParserFree)> parser(XML_ParserCreate("UTF-8"),
@@ -124,15 +131,16 @@ SXMLGateResult CheckXml(std::string_view strText) {
     gate.parser = parser.get();
     XML_SetUserData(gate.parser, &gate);
     XML_SetElementHandler(gate.parser, OnStart, OnEnd);
+    XML_SetXmlDeclHandler(gate.parser, OnDeclaration);
     XML_SetStartDoctypeDeclHandler(gate.parser, OnDoctype);
     if (Feed(gate.parser, strText)) {
-        return {true, false, {}};
+        return {true, false, gate.bDeclaredUtf16, {}};
     }
     const XML_Error eError = XML_GetErrorCode(gate.parser);
     if (eError == XML_ERROR_NO_MEMORY) {
         throw std::bad_alloc();
     }
     const std::size_t iOffset = FindPlace(gate, strText);
-    return {false, eError == XML_ERROR_NO_ELEMENTS && !gate.bAnyElement,
+    return {false, eError == XML_ERROR_NO_ELEMENTS && !gate.bAnyElement, gate.bDeclaredUtf16,
             MakeError(Describe(gate, eError, strText.substr(iOffset)), strText, iOffset)};
 }

@@ -9,6 +9,7 @@
 struct SXMLGateResult {
     bool bWellFormed = false;
     bool bNoElement = false;  ///< all that is wrong is that there is no element
+    bool bDeclaredUtf16 = false;
     SXMLLoadError error;
 };
 

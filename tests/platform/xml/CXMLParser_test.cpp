@@ -442,6 +442,14 @@ TEST(XmlFile, Utf16WithByteOrderMarkIsConverted) {
     }
 }
 
+TEST(XmlFile, WithoutByteOrderMarkIsUtf8WhateverElseItDeclares) {
+    const CTempDir folder;
+    const std::string strLatin = "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?><a>\xC3\xA4</a>";
+    EXPECT_EQ(strLatin, Saved(LoadFile(folder.Write("latin.xml", strLatin))));
+    const std::string strPath = folder.Write("utf16.xml", "<?xml version=\"1.0\" encoding=\"utf-16le\"?><a/>");
+    EXPECT_EQ(strPath + ":1:1: declared as UTF-16, which the file is not", Thrown([&] { LoadFile(strPath); }));
+}
+
 TEST(XmlFile, FaultyUtf16IsRefused) {
     const CTempDir folder;
     const std::u16string HALVES[] = {u"<a>\xD83D</a>", u"<a>\xDE00</a>", u"<a>\xDE00\xD83D</a>", u"<a/>\xD83D"};

@@ -92,7 +92,8 @@ TEST(XmlReaders, AgreeOnWhatCouldDivideThem) {
              "<a>]] ></a>",
              "<a><!----></a>",
              "<a><!-- <b/> &amp; ]]> --></a>",
-             "<a><?p?><?p ?><?p  x ?><?p <b> & ]]> -- ?><?p ?" "?></a>",
+             "<a><?p?><?p ?><?p  x ?><?p <b> & ]]> -- ?><?p ?"
+             "?></a>",
              "<a>x<!--c-->y<?p?>z<![CDATA[w]]></a>",
              "<?p?><!--c--><a/><?q?><!--d-->",
              "<?xml version='1.0' encoding='latin1' standalone='no'?><a/>",

@@ -1,0 +1,72 @@
+#include <gtest/gtest.h>
+
+#include "platform/xml/CXMLWriter.h"
+#include "platform/xml/FaultPoint.h"
+#include "tests/support/TempDir.h"
+#include "tests/support/XmlText.h"
+
+// Every operation of the XML layer can fail where it begins, and leaves everything as it was.
+
+namespace {
+
+/** Goes through every operation once. @return the document and the written text at the end */
+std::string UseEverything(const std::wstring& strPath) {
+    CXMLParser document;
+    document.LoadXML(L"<x a=\"1\"><b/><c>t</c></x>");
+    document.LoadUtf8("<x a=\"1\"><b/><c>t</c></x>");
+    auto pNode = document.CreateNode(XMLPARSER_NODE_ELEMENT, L"new");
+    pNode->SetText(L"text");
+    const auto pRoot = document.GetRootElement();
+    pRoot->AppendChild(pNode);
+    pRoot->SetAttribute(L"s", L"v");
+    pRoot->RemoveAttribute(L"a");
+    pRoot->XPathSelectSingleNode(L"./b");
+    pRoot->XPathSelectNodes(L"./b");
+    document.XPathSelectSingleNode(L"/x/b");
+    document.XPathSelectNodes(L"//b");
+    const CXMLParser file(strPath.c_str());
+    std::string strOut = Xml::Narrow(pRoot->GetXML()) + Xml::Saved(document) + Xml::Saved(file);
+    CXMLWriter writer(strOut);
+    writer.Declaration();
+    writer.StartElement("e");
+    writer.Attribute("a", "v");
+    writer.Text("t");
+    writer.Raw("<r/>");
+    writer.Node(document.RootView());
+    writer.EndElement();
+    return strOut;
+}
+
+}  // namespace
+
+TEST(XmlFaults, EveryOperationFailsAtItsTurnAndLosesNothing) {
+    const CTempDir folder;
+    const std::wstring strPath = OS::WideText(folder.Write("file.xml", "<f/>"));
+    XmlFaults::FailAt(0);
+    const std::string strExpected = UseEverything(strPath);
+    const int iOperations = XmlFaults::GetCount();
+    EXPECT_EQ(22, iOperations);
+    for (int i = 1; i <= iOperations; ++i) {
+        XmlFaults::FailAt(i);
+        EXPECT_EQ("injected fault", Xml::Thrown([&] { UseEverything(strPath); })) << i;
+        EXPECT_EQ(i, XmlFaults::GetCount());
+    }
+    EXPECT_EQ(strExpected, UseEverything(strPath));
+}
+
+TEST(XmlFaults, FailedChangeLeavesTheDocumentAsItWas) {
+    XmlFaults::FailAt(0);
+    CXMLParser document;
+    ASSERT_TRUE(document.LoadXML(L"<x a=\"1\">t</x>"));
+    const auto pRoot = document.GetRootElement();
+    auto pNode = document.CreateNode(XMLPARSER_NODE_ELEMENT, L"new");
+    XmlFaults::FailAt(1);
+    EXPECT_EQ("injected fault", Xml::Thrown([&] { pRoot->SetText(L"u"); }));
+    XmlFaults::FailAt(1);
+    EXPECT_EQ("injected fault", Xml::Thrown([&] { pRoot->SetAttribute(L"a", L"2"); }));
+    XmlFaults::FailAt(1);
+    EXPECT_EQ("injected fault", Xml::Thrown([&] { pRoot->RemoveAttribute(L"a"); }));
+    XmlFaults::FailAt(1);
+    EXPECT_EQ("injected fault", Xml::Thrown([&] { pRoot->AppendChild(pNode); }));
+    EXPECT_EQ("<x a=\"1\">t</x>", Xml::Saved(document));
+}
