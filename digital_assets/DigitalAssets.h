@@ -19,10 +19,13 @@ namespace DigitalAssets {
 /** What of a document's assets an import takes. */
 enum class EImport { ALL, EXPRESSIONS, KEYWORDS };
 
+/** What an import answers. */
+enum EResult : int { RESULT_DONE = 0, RESULT_WRONG_LANGUAGE = 2, RESULT_FAILED = 3 };
+
 /**
  * Checks the language, then reads expressions and keyword lists into the store, in one unit of work.
  * @param pObserver may be null
- * @return 0, 2 or 3, as CDLPDigitalAssetsParser::ImportDigitalAssets
+ * @return an EResult, as CDLPDigitalAssetsParser::ImportDigitalAssets
  */
 int Import(EImport eImport, const OS::x_wstring& strScope, CPolicyDocument& document,
            std::vector<OS::x_wstring>& vecSkipped, CImportObserver* pObserver);

@@ -4,9 +4,9 @@
 
 /** Why a requested template is not in an export. */
 enum class ELeftOut {
-    NOT_STORED,       ///< no stored template has this name, or the store could not be read
-    INVALID_ASSETS,   ///< a rule refers to an asset that is not stored, or is of no known type; the detail names it
-    NO_TEMPLATE,      ///< the stored element is no template
+    NOT_STORED,      ///< no stored template has this name, or the store could not be read
+    INVALID_ASSETS,  ///< a rule refers to an asset that is not stored, or is of no known type; the detail names it
+    NO_TEMPLATE,     ///< the stored element is no template
 };
 
 /** Hears what an export leaves out and over which record it fails. Texts are UTF-8. */

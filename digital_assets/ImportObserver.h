@@ -12,15 +12,15 @@ enum class EDisposition { CREATED, UPDATED, UNCHANGED, SKIPPED, FAILED };
 /** Why an item was not taken. */
 enum class EReason {
     NONE,
-    NO_NAME,               ///< name is empty or absent
-    NO_DISPLAY_NAME,       ///< display_name is empty or absent
-    BUILT_IN,              ///< the stored item is built in, this one is not
-    MISSING_CHILD,         ///< a required child element is missing; the detail names it
-    UNSUPPORTED_ASSETS,    ///< a rule cannot be imported; the detail says what of it
-    OLDER_BUILT_IN,        ///< a built-in template of the older layout
-    OLDER_SECTION,         ///< a section that the older layout does not carry over
-    UNKNOWN_TEMPLATE,      ///< a category entry that names no template of the document
-    STORE,                 ///< the store could not write it
+    NO_NAME,             ///< name is empty or absent
+    NO_DISPLAY_NAME,     ///< display_name is empty or absent
+    BUILT_IN,            ///< the stored item is built in, this one is not
+    MISSING_CHILD,       ///< a required child element is missing; the detail names it
+    UNSUPPORTED_ASSETS,  ///< a rule cannot be imported; the detail says what of it
+    OLDER_BUILT_IN,      ///< a built-in template of the older layout
+    OLDER_SECTION,       ///< a section that the older layout does not carry over
+    UNKNOWN_TEMPLATE,    ///< a category entry that names no template of the document
+    STORE,               ///< the store could not write it
 };
 
 /** One item of a document and its fate. Texts are UTF-8. */

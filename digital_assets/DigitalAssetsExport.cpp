@@ -1,0 +1,202 @@
+#include <boost/make_shared.hpp>
+#include <boost/shared_ptr.hpp>
+
+#include "api/CDLPDigitalAssetsParser.h"
+#include "digital_assets/AssetFormat.h"
+#include "digital_assets/AssetLog.h"
+#include "digital_assets/DigitalAssets.h"
+#include "digital_assets/ExportObserver.h"
+#include "digital_assets/KeywordText.h"
+#include "platform/common/TextConversion.h"
+#include "platform/logging/DebugLog.h"
+#include "platform/xml/CXMLWriter.h"
+#include "settings/CCfgSettingDLPFilterExpression.h"
+#include "settings/CCfgSettingDLPFilterKeyword.h"
+#include "xml/Vocabulary.h"
+#include "xml/XmlHelpers.h"
+
+namespace DigitalAssets {
+
+namespace {
+
+using Record = boost::shared_ptr<CCfgSettingDLPDigitalAsset>;
+
+/** What the export of one kind needs beside its format. */
+struct SExport {
+    const SAssetFormat& format;
+    Record (*fnMake)(const OS::x_wstring& strSubject);
+    const wchar_t* pUnknownType;
+    const wchar_t* pException;
+    const wchar_t* pFailed;
+};
+
+template <class T>
+Record Make(const OS::x_wstring& strSubject) {
+    return boost::make_shared<T>(strSubject);
+}
+
+constexpr SExport EXPRESSIONS = {EXPRESSION_FORMAT, Make<CCfgSettingDLPFilterExpression>, L"Unknow expression type",
+                                 L"Fail to generate entity xml, Error: %s", L"Fail to generate entity node."};
+constexpr SExport KEYWORDS = {KEYWORD_FORMAT, Make<CCfgSettingDLPFilterKeyword>, L"Unknow dictionary type",
+                              L"Fail to generate dictionary xml, Error: %s", L"Fail to generate dictionary node."};
+
+constexpr wchar_t NO_DICTIONARY[] = L"the stored keywords are no dictionary document";
+
+/** What is appended to a text, taken back unless kept. */
+class CAppended {
+  public:
+    explicit CAppended(std::string& strText) : m_strText(strText), m_iStart(strText.size()) {}
+    CAppended(const CAppended&) = delete;
+    CAppended& operator=(const CAppended&) = delete;
+    ~CAppended() {
+        if (!m_bKept) {
+            m_strText.resize(m_iStart);
+        }
+    }
+    void Keep() { m_bKept = true; }
+
+  private:
+    std::string& m_strText;
+    std::size_t m_iStart;
+    bool m_bKept = false;
+};
+
+void TellFailed(CExportObserver* pObserver, const OS::x_wstring& strSubject, const std::wstring& strMessage) {
+    if (pObserver != nullptr) {
+        pObserver->OnRecordFailed(OS::Utf8Lenient(strSubject), OS::Utf8Lenient(strMessage));
+    }
+}
+
+/** @return false, logged, when the text is no dictionary document */
+bool WriteKeywords(const std::string& strText, CXMLWriter& writer) {
+    CXMLParser document;
+    document.LoadUtf8(strText);
+    const CXMLView dictionary = FindDictionary(document);
+    if (!dictionary) {
+        DLP_LOG(DBG::LEVEL_FAILURE,
+                L"CDLPDigitalAssetsParser::GenerateDictionaryXml() Unable to find node %s.                    The xml "
+                L"file format is incompatible.",
+                XmlHelpers::RootPath({Tag::DICTIONARY, Tag::KEYWORD}));
+        return false;
+    }
+    for (CXMLView node = dictionary.FirstChild(TagUtf8::KEYWORD); node; node = node.NextSibling(TagUtf8::KEYWORD)) {
+        writer.Node(node);
+    }
+    return true;
+}
+
+/** Writes one record's element. @return false, logged, when it cannot be written */
+bool WriteElement(const SExport& kind, const CSettingsRow& row, const OS::x_wstring& strSubject, CXMLWriter& writer,
+                  CExportObserver* pObserver) {
+    try {
+        const SType* pType = FindStoredType(kind.format, row);
+        if (pType == nullptr) {
+            DLP_LOG(DBG::LEVEL_CONTENT, kind.pUnknownType);
+        }
+        writer.StartElement(kind.format.pElement);
+        WriteAttributes(kind.format, row, pType, writer);
+        WriteChildren(kind.format, row, writer);
+        if (kind.format.iMarkupColumn != AssetColumn::SUBJECT &&
+            !WriteKeywords(row.GetText(kind.format.iMarkupColumn), writer)) {
+            TellFailed(pObserver, strSubject, NO_DICTIONARY);
+            return false;
+        }
+        writer.EndElement();
+        return true;
+    } catch (const OS::CException& error) {
+        DLP_LOG(DBG::LEVEL_ERROR, kind.pException, strSubject + L": " + error.GetErrorMessage());
+        TellFailed(pObserver, strSubject, error.GetErrorMessage());
+        return false;
+    }
+}
+
+Record Load(const SExport& kind, const OS::x_wstring& strSubject, CExportObserver* pObserver) {
+    try {
+        Record pRecord = kind.fnMake(strSubject);
+        pRecord->GetThis();
+        return pRecord;
+    } catch (const OS::CException& error) {
+        TellFailed(pObserver, strSubject, error.GetErrorMessage());
+        throw;
+    }
+}
+
+bool WriteRecords(const SExport& kind, const std::vector<OS::x_wstring>& vecSubjects, CXMLWriter& writer,
+                  CExportObserver* pObserver) {
+    for (const OS::x_wstring& strSubject : vecSubjects) {
+        const Record pRecord = Load(kind, strSubject, pObserver);
+        if (!WriteElement(kind, pRecord->Row(), strSubject, writer, pObserver)) {
+            DLP_LOG(DBG::LEVEL_FAILURE, kind.pFailed);
+            return false;
+        }
+    }
+    return true;
+}
+
+/** @return false, logged, when a record cannot be read or written; what was written is no whole element then */
+bool WriteAssets(const std::vector<OS::x_wstring>& vecExpressions, const std::vector<OS::x_wstring>& vecKeywords,
+                 CXMLWriter& writer, CExportObserver* pObserver) {
+    DLP_LOG(DBG::LEVEL_ENTER, L"CDLPDigitalAssetsParser::GenerateDigitalAssetsXML()");
+    try {
+        writer.StartElement(TagUtf8::DIGITAL_ASSETS);
+        writer.Attribute(TagUtf8::COMMAND, Value::OVERWRITE);
+        if (!WriteRecords(EXPRESSIONS, vecExpressions, writer, pObserver) ||
+            !WriteRecords(KEYWORDS, vecKeywords, writer, pObserver)) {
+            return false;
+        }
+        writer.EndElement();
+    } catch (const OS::CException& error) {
+        DLP_LOG(DBG::LEVEL_ERROR, L"Fail to generate digital access xml, Error: %s", error.GetErrorMessage());
+        return false;
+    }
+    DLP_LOG(DBG::LEVEL_LEAVE, L"CDLPDigitalAssetsParser::GenerateDigitalAssetsXML()");
+    return true;
+}
+
+}  // namespace
+
+bool StartRoot(CXMLWriter& writer) {
+    DLP_LOG(DBG::LEVEL_ENTER, L"CDLPDigitalAssetsParser::GenerateRootXML()");
+    try {
+        writer.Declaration();
+        writer.StartElement(TagUtf8::SA_POLICY);
+        writer.Attribute(TagUtf8::TEMPLATE_VERSION, OS::WCharToChar(CDLPDigitalAssetsParser::GetVersion()));
+        writer.Attribute(TagUtf8::LOCALIZATION_LANGUAGE, OS::WCharToChar(CDLPDigitalAssetsParser::GetLanguage()));
+        return true;
+    } catch (const OS::CException& error) {
+        DLP_LOG(DBG::LEVEL_FAILURE, L"Fail to generate xml file root part, Error: %s", error.GetErrorMessage());
+        return false;
+    }
+}
+
+bool Generate(const std::vector<OS::x_wstring>& vecExpressions, const std::vector<OS::x_wstring>& vecKeywords,
+              std::string& strOut, CExportObserver* pObserver) {
+    CAppended appended(strOut);
+    CXMLWriter writer(strOut);
+    if (!WriteAssets(vecExpressions, vecKeywords, writer, pObserver)) {
+        return false;
+    }
+    appended.Keep();
+    return true;
+}
+
+bool Export(const std::vector<OS::x_wstring>& vecExpressions, const std::vector<OS::x_wstring>& vecKeywords,
+            std::string& strOut, CExportObserver* pObserver) {
+    DLP_LOG(DBG::LEVEL_ENTER, L"CDLPDigitalAssetsParser::ExportDigitalAssets()");
+    CAppended appended(strOut);
+    try {
+        CXMLWriter writer(strOut);
+        if (!StartRoot(writer) || !WriteAssets(vecExpressions, vecKeywords, writer, pObserver)) {
+            DLP_LOG(DBG::LEVEL_FAILURE, L"Fail to generate xml file digital assets part.");
+            return false;
+        }
+        writer.EndElement();
+    } catch (const OS::CException& error) {
+        DLP_LOG(DBG::LEVEL_FAILURE, L"Fail to export digital assets xml file, Error: %s", error.GetErrorMessage());
+        return false;
+    }
+    appended.Keep();
+    return true;
+}
+
+}  // namespace DigitalAssets
