@@ -83,6 +83,12 @@ inline std::string Block(const std::string& strType, const std::string& strName,
            (strOperation.empty() ? "/>" : " operation=\"" + strOperation + "\"/>");
 }
 
+/** @return a document of the standard layout with this markup below its root */
+inline std::string Policy(const std::string& strTemplates, const std::string& strSections = "") {
+    return "<SAPolicy template_version=\"3.0.1000\">" + strSections + "<complianceTemplates>" + strTemplates +
+           "</complianceTemplates></SAPolicy>";
+}
+
 inline std::string Dump() {
     return DumpStore(CSettingsStore::Current());
 }

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <unordered_map>
+
+#include "templates/MatchRule.h"
+
+/**
+ * The names of assets that templates refer to: collected first, then asked of the store all together, so that no list
+ * of all names is ever read.
+ */
+class CAssetNames {
+  public:
+    /** A name in UTF-8, and whether an asset of it is stored; stays in place while the object lives. */
+    using Entry = std::unordered_map<std::string, bool>::value_type;
+
+    /** @param eType ENTITY or KEYWORD */
+    const Entry& Add(EElementType eType, std::string_view strName);
+    /** Finds out which of the names are stored. @throws OS::CException when the store cannot answer */
+    void Ask();
+    /** @param strName one that was added */
+    bool IsStored(EElementType eType, std::string_view strName) const;
+
+  private:
+    using Names = std::unordered_map<std::string, bool>;
+
+    Names m_expressions;
+    Names m_keywords;
+};
