@@ -126,7 +126,7 @@ std::int64_t CSqliteConnection::Number(const std::string& strSql) {
 
 void CSqliteConnection::Throw(int iCode, const char* pDoing) const {
     const int iPrimaryCode = iCode & 0xFF;
-    if (iPrimaryCode == SQLITE_NOMEM) {
+    if (iPrimaryCode == SQLITE_NOMEM || iCode == SQLITE_IOERR_NOMEM) {
         throw std::bad_alloc();
     }
     const bool bBusy = iPrimaryCode == SQLITE_BUSY;

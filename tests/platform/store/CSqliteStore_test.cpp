@@ -10,7 +10,10 @@
 #include <chrono>
 #include <csignal>
 #include <filesystem>
+#include <functional>
 #include <map>
+#include <new>
+#include <optional>
 #include <thread>
 
 #include "platform/common/CException.h"
@@ -177,6 +180,23 @@ TEST_F(SqliteStore, PathsThatCannotBeAreRefused) {
               RefusalOf(m_folder.Path("file/x/y.db")));
     EXPECT_EQ(Opening("/proc/none/x.db", "cannot make the folder /proc/none: No such file or directory"),
               RefusalOf("/proc/none/x.db"));
+}
+
+TEST_F(SqliteStore, FolderThatIsGoneIsNoPlaceForARelativePath) {
+    const fs::path oldFolder = fs::current_path();
+    fs::current_path(m_folder.MakeFolder("gone"));
+    fs::remove(m_folder.Path("gone"));
+    EXPECT_EQ(Opening("x.db", "No such file or directory"), RefusalOf("x.db"));
+    fs::current_path(oldFolder);
+}
+
+TEST_F(SqliteStore, LinkToAFileIsFollowed) {
+    fs::create_symlink(m_folder.Path("real.db"), Path());
+    EXPECT_EQ(Opening(Path(), "unable to open database file"), ExceptionText([&] { CSqliteStore store(Path()); }));
+    m_folder.Write("real.db", "");
+    CSqliteStore(Path()).Save(Expression("S"));
+    EXPECT_TRUE(fs::is_symlink(Path()));
+    EXPECT_EQ(1u, CSqliteStore(m_folder.Path("real.db")).Count(ESettingsKind::EXPRESSION));
 }
 
 TEST_F(SqliteStore, PlacesWithoutPermissionAreRefused) {
@@ -500,6 +520,85 @@ TEST_F(SqliteStore, LostUnitCanBeRolledBack) {
     store.Rollback();
     store.Save(Expression("S"));
     EXPECT_EQ("expressions subject=\"S\"\n", DumpStore(store));
+}
+
+/** While it lives the engine has only so many bytes more. */
+class CMemoryLimit {
+  public:
+    explicit CMemoryLimit(sqlite3_int64 iSpareBytes) {
+        // A limit of 0 would be none.
+        sqlite3_hard_heap_limit64(sqlite3_memory_used() + iSpareBytes + 1);
+    }
+    CMemoryLimit(const CMemoryLimit&) = delete;
+    CMemoryLimit& operator=(const CMemoryLimit&) = delete;
+    ~CMemoryLimit() { sqlite3_hard_heap_limit64(0); }
+};
+
+/** Runs the function with a little more memory each time until there is enough. @return how often there was not */
+int RunOutOfMemory(const std::function<void()>& fnRun, const std::function<void()>& fnAfter) {
+    for (int iTimes = 0;; ++iTimes) {
+        bool bEnough = true;
+        try {
+            const CMemoryLimit limit(iTimes * 4096);
+            fnRun();
+        } catch (const std::bad_alloc&) {
+            bEnough = false;
+        }
+        fnAfter();
+        if (bEnough) {
+            return iTimes;
+        }
+    }
+}
+
+TEST_F(SqliteStore, UnitsEndWhereverMemoryRunsOut) {
+    const std::string strLong(50000, 'x');
+    std::string strDone;
+    {
+        CSqliteStore store(m_folder.Path("done.db"));
+        store.Save(Expression("outer", strLong));
+        store.Save(Expression("inner"));
+        strDone = DumpStore(store);
+    }
+    int iTimes = 0;
+    for (const bool bInnerKept : {true, false}) {
+        std::optional<CSqliteStore> optStore;
+        const auto fnRun = [&] {
+            CSettingsTransaction outer(*optStore, EUnitOfWork::WRITE);
+            optStore->Save(Expression("outer", strLong));
+            optStore->Count(ESettingsKind::EXPRESSION);
+            {
+                CSettingsTransaction inner(*optStore, EUnitOfWork::WRITE);
+                optStore->Save(Expression("inner"));
+                if (bInnerKept) {
+                    inner.Commit();
+                }
+            }
+            outer.Commit();
+            CSettingsTransaction reading(*optStore, EUnitOfWork::READ);
+            optStore->FindOne(ESettingsKind::EXPRESSION, 0, "outer");
+        };
+        optStore.emplace(Path());
+        iTimes += RunOutOfMemory(fnRun, [&] {
+            EXPECT_THROW(optStore->Rollback(), OS::CException);  // no unit is left open
+            const std::string strDump = DumpStore(*optStore);
+            EXPECT_TRUE(strDump.empty() || (strDump == strDone) == bInnerKept);
+            optStore->ReplaceAll(ESettingsKind::EXPRESSION, {});
+            optStore.reset();  // statements are prepared anew
+            optStore.emplace(Path());
+        });
+    }
+    EXPECT_GT(iTimes, 10);
+}
+
+TEST_F(SqliteStore, OpeningFailsCleanlyWhereverMemoryRunsOut) {
+    const int iTimes = RunOutOfMemory([&] { CSqliteStore store(Path()); },
+                                      [&] {
+                                          CSqliteStore store(Path());
+                                          EXPECT_EQ("", DumpStore(store));
+                                          fs::remove(Path());
+                                      });
+    EXPECT_GT(iTimes, 10);
 }
 
 TEST_F(SqliteStore, DamagedPagesAreReported) {
