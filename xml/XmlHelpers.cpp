@@ -14,9 +14,13 @@ std::wstring Path(std::wstring strStart, std::initializer_list<std::wstring_view
 }
 }  // namespace
 
-std::wstring RootPath(std::initializer_list<std::wstring_view> lstNames) { return Path(std::wstring(), lstNames); }
+std::wstring RootPath(std::initializer_list<std::wstring_view> lstNames) {
+    return Path(std::wstring(), lstNames);
+}
 
-std::wstring RelativePath(std::initializer_list<std::wstring_view> lstNames) { return Path(L".", lstNames); }
+std::wstring RelativePath(std::initializer_list<std::wstring_view> lstNames) {
+    return Path(L".", lstNames);
+}
 
 std::wstring EmptyElement(std::wstring_view strName) {
     std::wstring strText = L"<";
@@ -27,6 +31,8 @@ std::wstring EmptyElement(std::wstring_view strName) {
     return strText;
 }
 
-const char* FlagText(bool bFlag) { return bFlag ? Value::TRUE_TEXT : Value::FALSE_TEXT; }
+const char* FlagText(bool bFlag) {
+    return bFlag ? Value::TRUE_TEXT : Value::FALSE_TEXT;
+}
 
 }  // namespace XmlHelpers

@@ -16,7 +16,7 @@ enum XMLPARSER_NODETYPE : int { XMLPARSER_NODE_ELEMENT = 1 };
 /** Why a text was not loaded, and where. */
 struct SXMLLoadError {
     std::string strMessage;   ///< in words, UTF-8; empty when the text was loaded
-    std::size_t iOffset = 0;  ///< bytes from the start of the text
+    std::size_t iOffset = 0;  ///< bytes of UTF-8 from the start of the text
     std::size_t iLine = 0;    ///< from 1; 0 when there is no place
     std::size_t iColumn = 0;  ///< from 1, in code points
 };

@@ -94,7 +94,7 @@ void CopyContents(pugi::xml_node target, pugi::xml_node source) {
 }  // namespace
 
 std::shared_ptr<CXMLTree> CXMLTree::Parse(std::string strText) {
-    const auto pTree = std::make_shared<CXMLTree>();
+    auto pTree = std::make_shared<CXMLTree>();
     pTree->m_strDeclaration = FindDeclaration(strText);
     const bool bMayHoldBlankText = MayHoldBlankText(strText);
     pTree->m_strText = std::move(strText);
@@ -109,7 +109,7 @@ std::shared_ptr<CXMLTree> CXMLTree::Parse(std::string strText) {
 }
 
 std::shared_ptr<CXMLTree> CXMLTree::Clone(pugi::xml_node top) const {
-    const auto pTree = std::make_shared<CXMLTree>();
+    auto pTree = std::make_shared<CXMLTree>();
     if (top != m_document) {
         XmlTree::AppendCopy(pTree->m_document, top);
         return pTree;

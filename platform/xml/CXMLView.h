@@ -38,8 +38,8 @@ class DLP_PLATFORM_API CXMLView {
     std::string Text() const;
 
     /**
-     * Appends the element's own markup with all its content. Namespace declarations in scope that it needs from its
-     * ancestors come along. Empty elements are <a/>; no declaration, indentation or line break is added.
+     * Appends the element's own markup with all its content. Namespace declarations in scope from its ancestors come
+     * along, behind its own attributes. Empty elements are <a/>; no declaration, indentation or line break is added.
      * @param apSkip attributes of the element itself to leave out
      */
     void AppendMarkup(std::string& strOut, const char* const* apSkip = nullptr, std::size_t iSkip = 0) const;
