@@ -4,6 +4,7 @@
 #include "platform/xml/FaultPoint.h"
 #include "tests/support/TempDir.h"
 #include "tests/support/XmlText.h"
+#include "xml/CPolicyDocument.h"
 
 // Every operation of the XML layer can fail where it begins, and leaves everything as it was.
 
@@ -69,4 +70,11 @@ TEST(XmlFaults, FailedChangeLeavesTheDocumentAsItWas) {
     XmlFaults::FailAt(1);
     EXPECT_EQ("injected fault", Xml::Thrown([&] { pRoot->AppendChild(pNode); }));
     EXPECT_EQ("<x a=\"1\">t</x>", Xml::Saved(document));
+}
+
+TEST(XmlFaults, PolicyDocumentIsReadAgainAfterAFailure) {
+    CPolicyDocument document(std::string_view("<a/>"));
+    XmlFaults::FailAt(1);
+    EXPECT_EQ("injected fault", Xml::Thrown([&] { document.Load(); }));
+    EXPECT_EQ("<a/>", Xml::Saved(document.Load()));
 }

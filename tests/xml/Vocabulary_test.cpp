@@ -4,6 +4,8 @@
 
 #include <set>
 
+#include "platform/xml/CXMLWriter.h"
+
 namespace {
 
 const std::vector<std::pair<std::wstring, std::string>> ENTRIES = {
@@ -88,4 +90,10 @@ TEST(Vocabulary, OleDateZeroIsTheEveOf1899) {
     EXPECT_EQ(30, OLE_DATE_ZERO.GetDay());
     EXPECT_EQ(6, OLE_DATE_ZERO.GetDayOfWeek());
     EXPECT_EQ(0, OLE_DATE_ZERO.GetHour() + OLE_DATE_ZERO.GetMinute() + OLE_DATE_ZERO.GetSecond());
+}
+
+TEST(Vocabulary, DeclarationIsTheOneTheWriterWrites) {
+    std::string strOut;
+    CXMLWriter(strOut).Declaration();
+    EXPECT_EQ(TagUtf8::DECLARATION, strOut);
 }
