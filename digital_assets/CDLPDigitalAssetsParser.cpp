@@ -62,11 +62,7 @@ bool CDLPDigitalAssetsParser::ExportDigitalAssets(const OS::x_wstring&,
 bool CDLPDigitalAssetsParser::GenerateRootXML(std::wstring& strOut) {
     return WriteWide(strOut, [](std::string& strUtf8) {
         CXMLWriter writer(strUtf8);
-        if (!DigitalAssets::StartRoot(writer)) {
-            return false;
-        }
-        writer.EndElement();
-        return true;
+        return DigitalAssets::WriteEmptyRoot(writer);
     });
 }
 

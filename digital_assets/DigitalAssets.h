@@ -35,6 +35,8 @@ int Import(EImport eImport, const OS::x_wstring& strScope, CPolicyDocument& docu
  * @return false, logged, when they cannot be written
  */
 bool StartRoot(CXMLWriter& writer);
+/** As StartRoot, but the whole element, empty. */
+bool WriteEmptyRoot(CXMLWriter& writer);
 
 /**
  * Appends the digitalAssets element with the chosen assets to strOut, which stays as it was on failure.

@@ -153,20 +153,31 @@ bool WriteAssets(const std::vector<OS::x_wstring>& vecExpressions, const std::ve
     return true;
 }
 
-}  // namespace
-
-bool StartRoot(CXMLWriter& writer) {
+bool WriteRoot(CXMLWriter& writer, bool bWhole) {
     DLP_LOG(DBG::LEVEL_ENTER, L"CDLPDigitalAssetsParser::GenerateRootXML()");
     try {
         writer.Declaration();
         writer.StartElement(TagUtf8::SA_POLICY);
         writer.Attribute(TagUtf8::TEMPLATE_VERSION, OS::WCharToChar(CDLPDigitalAssetsParser::GetVersion()));
         writer.Attribute(TagUtf8::LOCALIZATION_LANGUAGE, OS::WCharToChar(CDLPDigitalAssetsParser::GetLanguage()));
+        if (bWhole) {
+            writer.EndElement();
+        }
         return true;
     } catch (const OS::CException& error) {
         DLP_LOG(DBG::LEVEL_FAILURE, L"Fail to generate xml file root part, Error: %s", error.GetErrorMessage());
         return false;
     }
+}
+
+}  // namespace
+
+bool StartRoot(CXMLWriter& writer) {
+    return WriteRoot(writer, false);
+}
+
+bool WriteEmptyRoot(CXMLWriter& writer) {
+    return WriteRoot(writer, true);
 }
 
 bool Generate(const std::vector<OS::x_wstring>& vecExpressions, const std::vector<OS::x_wstring>& vecKeywords,

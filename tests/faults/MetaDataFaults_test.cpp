@@ -1,0 +1,119 @@
+#include <gmock/gmock.h>
+
+#include <cstdlib>
+#include <new>
+
+#include "api/DLPMetaDataLoaderImpl.h"
+#include "platform/common/TextConversion.h"
+#include "platform/system/InstallPath.h"
+#include "platform/xml/CXMLNode.h"
+#include "platform/xml/FaultPoint.h"
+#include "tests/support/LogRecorder.h"
+#include "tests/support/TempDir.h"
+
+using testing::ElementsAre;
+
+namespace {
+
+/** The n-th allocation of the thread from now on throws; 0: none. */
+thread_local int s_iFailAllocation = 0;
+
+class MetaDataFaults : public testing::Test {
+  protected:
+    MetaDataFaults() {
+        m_dir.Write("config/PredefinedDLPPolicy.xml",
+                    "<SAPolicy><validators><v name='a' display_name='A'/></validators><regions/></SAPolicy>");
+        SYS::SetInstallPath(OS::WideText(m_dir.Path()));
+    }
+    ~MetaDataFaults() override { SYS::SetInstallPath(L""); }
+
+    /** Asks for the validators and looks that a failure empties both vectors. */
+    static bool HasValidators(DLPMetaDataLoaderImpl& loader) {
+        std::vector<OS::x_wstring> vecNames{L"old"};
+        std::vector<OS::x_wstring> vecDisplayNames{L"old"};
+        const bool bDone = loader.GetValidators(vecNames, vecDisplayNames);
+        EXPECT_EQ(vecNames, bDone ? std::vector<OS::x_wstring>{L"a"} : std::vector<OS::x_wstring>());
+        EXPECT_EQ(vecDisplayNames, bDone ? std::vector<OS::x_wstring>{L"A"} : std::vector<OS::x_wstring>());
+        return bDone;
+    }
+
+    CTempDir m_dir;
+};
+
+}  // namespace
+
+void* operator new(std::size_t iSize) {
+    if (s_iFailAllocation > 0 && --s_iFailAllocation == 0) {
+        throw std::bad_alloc();
+    }
+    if (void* const pMemory = std::malloc(iSize == 0 ? 1 : iSize)) {
+        return pMemory;
+    }
+    throw std::bad_alloc();
+}
+void operator delete(void* pMemory) noexcept {
+    std::free(pMemory);
+}
+void operator delete(void* pMemory, std::size_t) noexcept {
+    std::free(pMemory);
+}
+
+TEST_F(MetaDataFaults, LoadThatFailsAnywhereLeavesItNotLoaded) {
+    for (int i = 1;; ++i) {
+        XmlFaults::FailAt(i);
+        CLogRecorder log;
+        DLPMetaDataLoaderImpl loader;
+        if (XmlFaults::GetCount() < i) {
+            EXPECT_EQ(i, 9);  // the file, five sections, the markup of two
+            break;
+        }
+        EXPECT_THAT(log.Lines(), ElementsAre("0x110 util_ParseDLPTemplate.cpp DLPMetaDataLoaderImpl::Load()",
+                                             "0x1003 util_ParseDLPTemplate.cpp DLPMetaDataLoaderImpl::Load() failed: "
+                                             "injected fault"));
+        EXPECT_FALSE(HasValidators(loader));
+    }
+}
+
+TEST_F(MetaDataFaults, ListThatFailsAnywhereIsEmptyAndMayBeAskedForAgain) {
+    XmlFaults::FailAt(0);
+    DLPMetaDataLoaderImpl loader;
+    for (int i = 1;; ++i) {
+        XmlFaults::FailAt(i);
+        CLogRecorder log;
+        const bool bDone = HasValidators(loader);
+        if (XmlFaults::GetCount() < i) {
+            EXPECT_TRUE(bDone);
+            EXPECT_EQ(i, 3);
+            break;
+        }
+        EXPECT_FALSE(bDone);
+        EXPECT_THAT(log.Messages(DBG::LEVEL_ERROR),
+                    ElementsAre("DLPMetaDataLoaderImpl::MakeDOMNode() failed: injected fault"));
+        EXPECT_THAT(log.Messages(DBG::LEVEL_LEAVE), testing::IsEmpty());
+    }
+}
+
+TEST_F(MetaDataFaults, LackOfMemoryIsAnUnknownExceptionAndLeavesItNotLoaded) {
+    XmlFaults::FailAt(0);
+    int iFailed = 0;
+    for (int i = 1;; ++i) {
+        CLogRecorder log;
+        s_iFailAllocation = i;
+        DLPMetaDataLoaderImpl loader;
+        const bool bReached = s_iFailAllocation == 0;
+        s_iFailAllocation = 0;
+        if (!bReached) {
+            break;
+        }
+        // Short of memory while it writes a log line, the line is lost and nothing else.
+        const std::vector<std::string> vecErrors = log.Messages(DBG::LEVEL_ERROR);
+        if (!vecErrors.empty()) {
+            EXPECT_THAT(vecErrors, ElementsAre("DLPMetaDataLoaderImpl::Load() unknown exception"));
+            EXPECT_FALSE(HasValidators(loader));
+            ++iFailed;
+        } else {
+            EXPECT_TRUE(HasValidators(loader));
+        }
+    }
+    EXPECT_GT(iFailed, 0);
+}
