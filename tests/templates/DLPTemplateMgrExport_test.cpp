@@ -36,12 +36,13 @@ constexpr char EMPTY_DOCUMENT[] =
     R"(<digitalAssets command="overwrite"/><complianceTemplates command="overwrite"/><industries/><regions/></SAPolicy>)";
 
 constexpr char CARD[] =
-    R"(<entity name="Card" type="Generic" caseSensitive="false" validator="" display_name="" description="" )"
+    R"(<entity name="Card" type="Generic" caseSensitive="false" validator="" display_name="Card" description="" )"
     R"(pre-defined="false"><regularExpression>stored</regularExpression><alphabetCharset/><patternForDisplay/>)"
     R"(<examples/></entity>)";
 
-constexpr char WORDS[] = R"(<dictionary name="Words" type="All" display_name="" description="" pre-defined="false">)"
-                         R"(<keyword>stored</keyword></dictionary>)";
+constexpr char WORDS[] =
+    R"(<dictionary name="Words" type="All" display_name="Words" description="" pre-defined="false">)"
+    R"(<keyword>stored</keyword></dictionary>)";
 
 class CExportRecorder : public CExportObserver {
   public:

@@ -35,6 +35,7 @@ inline std::string Subject(const wchar_t* pPrefix, const std::string& strName) {
 inline void AddExpression(const std::string& strName, bool bPreDefined = false) {
     CCfgSettingDLPFilterExpression record(OS::WideText(Subject(SUBJECT_EXPRESSION, strName)));
     record.SetInternalName(OS::WideText(strName));
+    record.SetUniqueName(L"", OS::WideText(strName));
     record.SetType(L"Generic");
     record.SetPattern(L"stored");
     record.SetIsBuildIn(bPreDefined);
@@ -44,6 +45,7 @@ inline void AddExpression(const std::string& strName, bool bPreDefined = false) 
 inline void AddKeyword(const std::string& strName, bool bPreDefined = false) {
     CCfgSettingDLPFilterKeyword record(OS::WideText(Subject(SUBJECT_KEYWORD, strName)));
     record.SetInternalName(OS::WideText(strName));
+    record.SetUniqueName(L"", OS::WideText(strName));
     record.SetCondition(L"All");
     record.SetSubkeywordList(L"<dictionary><keyword>stored</keyword></dictionary>");
     record.SetIsBuildIn(bPreDefined);

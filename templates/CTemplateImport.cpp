@@ -1,0 +1,216 @@
+#include "templates/CTemplateImport.h"
+
+#include <algorithm>
+#include <iterator>
+#include <utility>
+
+#include <boost/make_shared.hpp>
+
+#include "digital_assets/DigitalAssets.h"
+#include "platform/common/CException.h"
+#include "platform/common/TextConversion.h"
+#include "platform/common/TextTools.h"
+#include "platform/logging/DebugLog.h"
+#include "platform/store/SettingsSchema.h"
+#include "platform/xml/CXMLParser.h"
+#include "settings/CMgmtClass.h"
+#include "templates/TemplateLog.h"
+#include "templates/TemplateReport.h"
+#include "xml/CPolicyDocument.h"
+#include "xml/Vocabulary.h"
+#include "xml/XmlHelpers.h"
+
+namespace {
+
+constexpr auto& LOG_SOURCE = TemplateLog::MANAGER_SOURCE;
+
+/** Attributes that the record keeps in fields of its own, and its element therefore not. */
+constexpr const char* RECORD_ATTRIBUTES[] = {TagUtf8::DISPLAY_NAME, TagUtf8::DESCRIPTION, TagUtf8::PRE_DEFINED};
+
+std::vector<std::string> CategoriesOf(const CTemplateMgr::CategoryIndex& categories, const std::string& strName) {
+    const auto itEntry = categories.find(strName);
+    return itEntry == categories.end() ? std::vector<std::string>() : itEntry->second;
+}
+
+}  // namespace
+
+CTemplateImport::CTemplateImport(CTemplateMgr& manager, const OS::x_wstring& strScope, CPolicyDocument& document,
+                                 const SImportLists& lists, CImportObserver* pObserver)
+    : m_manager(manager),
+      m_strScope(strScope),
+      m_strScopeUtf8(OS::Utf8Loose(strScope)),
+      m_document(document),
+      m_lists(lists),
+      m_pObserver(pObserver) {}
+
+int CTemplateImport::Run() {
+    if (!MakeCategoryMaps()) {
+        return CTemplateMgr::RESULT_FAILED;
+    }
+    const int iAssets =
+        DigitalAssets::Import(DigitalAssets::EImport::ALL, m_strScope, m_document, m_lists.vecAssets, m_pObserver);
+    if (iAssets != CTemplateMgr::RESULT_DONE) {
+        return iAssets;
+    }
+    if (!m_manager.CheckImportTemplate(m_document, m_vecFindings)) {
+        return CTemplateMgr::RESULT_FAILED;
+    }
+    for (const STemplateFinding& finding : m_vecFindings) {
+        m_invalid.try_emplace(finding.strTemplate, &finding);
+    }
+    ImportTemplates();
+    if (m_pObserver != nullptr) {
+        ReportUnknownTemplates(Tag::INDUSTRIES, Tag::INDUSTRY);
+        ReportUnknownTemplates(Tag::REGIONS, Tag::REGION);
+    }
+    return CTemplateMgr::RESULT_DONE;
+}
+
+bool CTemplateImport::MakeCategoryMaps() {
+    return m_manager.MakeCategoryMap(m_document, Tag::INDUSTRIES, Tag::INDUSTRY, m_industries) &&
+           m_manager.MakeCategoryMap(m_document, Tag::REGIONS, Tag::REGION, m_regions);
+}
+
+void CTemplateImport::ImportTemplates() {
+    const OS::CAutoObjPtr<CXMLNodeList> pTemplates = m_document.Load().XPathSelectNodes(
+        XmlHelpers::RootPath({Tag::SA_POLICY, Tag::COMPLIANCE_TEMPLATES, Tag::TEMPLATE}));
+    const int iTemplates = pTemplates->GetLength();
+    for (int i = 0; i < iTemplates; ++i) {
+        SItem item;
+        item.node = pTemplates->ViewAt(i);
+        item.iIndex = static_cast<std::size_t>(i);
+        item.strName = item.node.Attribute(TagUtf8::NAME);
+        item.strDisplayName = item.node.Attribute(TagUtf8::DISPLAY_NAME);
+        item.bPreDefined = OS::EqualsNoCase(item.node.Attribute(TagUtf8::PRE_DEFINED), Value::TRUE_TEXT);
+        ImportItem(item);
+        if (m_pObserver != nullptr) {
+            m_names.insert(std::move(item.strName));
+        }
+    }
+}
+
+void CTemplateImport::ImportItem(const SItem& item) {
+    if (item.strName.empty() || item.strDisplayName.empty()) {
+        DLP_LOG(DBG::LEVEL_ERROR,
+                L"Skip this template since it's name attribute is empty (strInternalName = %s, strDisplayName = %s)",
+                OS::WideText(item.strName), OS::WideText(item.strDisplayName));
+        Skip(item, EDisposition::SKIPPED, item.strName.empty() ? EReason::NO_NAME : EReason::NO_DISPLAY_NAME);
+    } else if (m_invalid.count(item.strName) != 0) {
+        DLP_LOG(DBG::LEVEL_ERROR,
+                L"Skip this template since it contain unsupported digital assets (strInternalName = %s, strDisplayName "
+                L"= %s)",
+                OS::WideText(item.strName), OS::WideText(item.strDisplayName));
+        Skip(item, EDisposition::SKIPPED, EReason::UNSUPPORTED_ASSETS);
+    } else {
+        Store(item);
+    }
+}
+
+void CTemplateImport::Store(const SItem& item) {
+    try {
+        const CTemplateMgr::Record pStored = m_manager.FindStored(CTemplateMgr::SEARCH_ELEMENT_NAME, item.strName);
+        if (pStored) {
+            Update(item, pStored);
+        } else {
+            Create(item);
+        }
+    } catch (const OS::CException&) {
+        Report(item, EDisposition::FAILED, EReason::STORE);
+        throw;
+    }
+}
+
+void CTemplateImport::Update(const SItem& item, const CTemplateMgr::Record& pRecord) {
+    if (pRecord->IsBuiltIn() && !item.bPreDefined) {
+        DLP_LOG(DBG::LEVEL_INFO, L"existed one is pre-defined but imported one is not, skip");
+        Skip(item, EDisposition::SKIPPED, EReason::BUILT_IN);
+        return;
+    }
+    const CSettingsRow stored = pRecord->Row();
+    Fill(item, *pRecord);
+    const bool bChanged = pRecord->Row() != stored;
+    if (m_manager.ReplaceStored(pRecord, bChanged)) {
+        Take(item, bChanged ? EDisposition::UPDATED : EDisposition::UNCHANGED);
+    } else {
+        Skip(item, EDisposition::FAILED, EReason::STORE);
+    }
+}
+
+void CTemplateImport::Create(const SItem& item) {
+    const OS::x_wstring strInstance = SUBJECT_TEMPLATE + OS::WideText(item.strName);
+    CMgmtClass management(CCfgSettingDLPFilterTemplate::GetCategroyName().c_str(), true);
+    management.CreateInstance(strInstance.c_str());
+    const auto pRecord = boost::make_shared<CCfgSettingDLPFilterTemplate>(strInstance);
+    Fill(item, *pRecord);
+    pRecord->SaveThis();
+    Take(item, EDisposition::CREATED);
+}
+
+void CTemplateImport::Fill(const SItem& item, CCfgSettingDLPFilterTemplate& record) {
+    std::string strElement;
+    item.node.AppendMarkup(strElement, RECORD_ATTRIBUTES, std::size(RECORD_ATTRIBUTES));
+    record.SetElementMarkup(std::move(strElement), item.strName);
+    CSettingsRow& row = record.EditRow();
+    row.SetText(TemplateColumn::SCOPE, m_strScopeUtf8);
+    row.SetText(TemplateColumn::DISPLAY_NAME, item.strDisplayName);
+    row.SetText(TemplateColumn::DESCRIPTION, std::string(item.node.Attribute(TagUtf8::DESCRIPTION)));
+    row.SetFlag(TemplateColumn::PRE_DEFINED, item.bPreDefined);
+    row.SetList(TemplateColumn::INDUSTRIES, CategoriesOf(m_industries, item.strName));
+    row.SetList(TemplateColumn::REGIONS, CategoriesOf(m_regions, item.strName));
+}
+
+void CTemplateImport::Skip(const SItem& item, EDisposition eDisposition, EReason eReason) {
+    m_lists.vecSkipped.push_back(OS::WideText(item.strDisplayName));
+    Report(item, eDisposition, eReason);
+}
+
+void CTemplateImport::Take(const SItem& item, EDisposition eDisposition) {
+    m_lists.vecImported.push_back(OS::WideText(item.strDisplayName));
+    Report(item, eDisposition, EReason::NONE);
+}
+
+void CTemplateImport::Report(const SItem& item, EDisposition eDisposition, EReason eReason) {
+    if (m_pObserver == nullptr) {
+        return;
+    }
+    SImportItem report;
+    report.eKind = EItemKind::TEMPLATE;
+    report.strName = item.strName;
+    report.strDisplayName = item.strDisplayName;
+    report.eDisposition = eDisposition;
+    report.eReason = eReason;
+    report.iForeignChildren = TemplateReport::CountForeignChildren(item.node);
+    report.iOffset = m_document.GetTemplateOffset(item.iIndex, item.node);
+    if (eReason == EReason::UNSUPPORTED_ASSETS) {
+        TemplateReport::Describe(FindingFor(item), report);
+    }
+    m_pObserver->OnItem(report);
+}
+
+/** Its own finding, or that of another template of the same name. */
+const STemplateFinding& CTemplateImport::FindingFor(const SItem& item) const {
+    const auto itOwn = std::lower_bound(
+        m_vecFindings.begin(), m_vecFindings.end(), item.iIndex,
+        [](const STemplateFinding& finding, std::size_t iTemplate) { return finding.iTemplate < iTemplate; });
+    const bool bOwn = itOwn != m_vecFindings.end() && itOwn->iTemplate == item.iIndex;
+    return bOwn ? *itOwn : *m_invalid.at(item.strName);
+}
+
+void CTemplateImport::ReportUnknownTemplates(const std::wstring& strContainer, const std::wstring& strItem) {
+    const OS::CAutoObjPtr<CXMLNodeList> pEntries = m_document.Load().XPathSelectNodes(
+        XmlHelpers::RootPath({Tag::SA_POLICY, strContainer, strItem, Tag::TEMPLATE_ID}));
+    for (int i = 0; i < pEntries->GetLength(); ++i) {
+        const CXMLView entry = pEntries->ViewAt(i);
+        SImportItem report;
+        report.strDisplayName = entry.Text();
+        if (m_names.count(report.strDisplayName) != 0) {
+            continue;
+        }
+        report.eKind = EItemKind::CATEGORY;
+        report.strName = entry.Parent().Attribute(TagUtf8::NAME);
+        report.eDisposition = EDisposition::SKIPPED;
+        report.eReason = EReason::UNKNOWN_TEMPLATE;
+        report.iOffset = entry.Offset();
+        m_pObserver->OnItem(report);
+    }
+}
