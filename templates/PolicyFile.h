@@ -6,8 +6,8 @@
 
 /** A policy file, read whole. The text begins at its first "<"; what stands before it is passed over. */
 struct SPolicyFile {
-    std::string strBytes;      ///< the file as it is on disk
-    std::size_t iStart = 0;    ///< offset of the first "<"; the size of the file when there is none
+    std::string strBytes;    ///< the file as it is on disk
+    std::size_t iStart = 0;  ///< offset of the first "<"; the size of the file when there is none
 
     std::string_view Text() const { return std::string_view(strBytes).substr(iStart); }
 };
