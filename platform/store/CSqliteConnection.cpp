@@ -58,7 +58,7 @@ CSqliteConnection::CSqliteConnection(const std::string& strPath, int iBusyMillis
     sqlite3_busy_timeout(Get(), iBusyMilliseconds);
     Execute(CONNECTION_SETTINGS);
     CreateSchema();
-    Execute(JOURNAL_SETTING);
+    ChangeJournal(iBusyMilliseconds);
 }
 
 void CSqliteConnection::SClose::operator()(sqlite3* pDb) const noexcept {
@@ -105,6 +105,21 @@ void CSqliteConnection::CreateSchema() {
         Execute("COMMIT");
     }
     CheckOwner(Number(GET_APPLICATION), Number(GET_VERSION));
+}
+
+/** The engine does not wait here for other processes that make the same change at the same time. */
+void CSqliteConnection::ChangeJournal(int iBusyMilliseconds) {
+    constexpr int STEP_MILLISECONDS = 5;
+    for (int iWaited = 0;; iWaited += STEP_MILLISECONDS) {
+        const int iCode = sqlite3_exec(Get(), JOURNAL_SETTING, nullptr, nullptr, nullptr);
+        if (iCode == SQLITE_OK) {
+            return;
+        }
+        if ((iCode & 0xFF) != SQLITE_BUSY || iWaited >= iBusyMilliseconds) {
+            Throw(iCode, StoreDoing::OPENING);
+        }
+        sqlite3_sleep(STEP_MILLISECONDS);
+    }
 }
 
 bool CSqliteConnection::IsInTransaction() const {

@@ -40,6 +40,7 @@ class CSqliteConnection {
     void CheckHeader() const;
     void CheckOwner(std::int64_t iApplication, std::int64_t iVersion) const;
     void CreateSchema();
+    void ChangeJournal(int iBusyMilliseconds);
     void Execute(const std::string& strSql);
     std::int64_t Number(const std::string& strSql);
     [[noreturn]] void Refuse(const std::string& strWhy) const;

@@ -376,6 +376,18 @@ TEST_F(SqliteStore, WriterThatWaitsInVainSaysWhy) {
     EXPECT_EQ("expressions subject=\"S\"\n", DumpStore(first));
 }
 
+TEST_F(SqliteStore, OpeningThatWaitsInVainSaysWhy) {
+    { CSqliteStore store(Path()); }
+    RunSql(Path(), "PRAGMA journal_mode = DELETE");
+    sqlite3* pDb = nullptr;
+    ASSERT_EQ(SQLITE_OK, sqlite3_open(Path().c_str(), &pDb));
+    ASSERT_EQ(SQLITE_OK, sqlite3_exec(pDb, "BEGIN; SELECT count(*) FROM templates", nullptr, nullptr, nullptr));
+    EXPECT_EQ(Opening(Path(), "another process is writing to it; try again"),
+              ExceptionText([&] { CSqliteStore store(Path(), SHORT_WAIT); }));
+    sqlite3_close(pDb);
+    CSqliteStore store(Path(), SHORT_WAIT);
+}
+
 TEST_F(SqliteStore, WriterWaitsForTheOneBeforeIt) {
     CSqliteStore store(Path());
     int aReady[2];
