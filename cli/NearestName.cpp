@@ -1,0 +1,62 @@
+#include "cli/NearestName.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <numeric>
+#include <string_view>
+
+#include "platform/common/TextConversion.h"
+
+namespace {
+
+std::wstring Fold(const std::string& strName) {
+    std::wstring strFolded = OS::WideLenient(strName);
+    for (wchar_t& c : strFolded) {
+        if (c >= L'A' && c <= L'Z') {
+            c = static_cast<wchar_t>(c - L'A' + L'a');
+        }
+    }
+    return strFolded;
+}
+
+/** The number of insertions, deletions and replacements; iLimit or more when it is no smaller than that. */
+std::size_t GetDistance(std::wstring_view strLeft, std::wstring_view strRight, std::size_t iLimit) {
+    const std::size_t iLeft = strLeft.size();
+    const std::size_t iRight = strRight.size();
+    if (std::max(iLeft, iRight) - std::min(iLeft, iRight) >= iLimit) {
+        return iLimit;
+    }
+    std::vector<std::size_t> vecRow(iRight + 1);
+    std::iota(vecRow.begin(), vecRow.end(), std::size_t{0});
+    for (std::size_t i = 1; i <= iLeft; ++i) {
+        std::size_t iDiagonal = vecRow[0];
+        vecRow[0] = i;
+        std::size_t iBest = i;
+        for (std::size_t j = 1; j <= iRight; ++j) {
+            const std::size_t iReplaced = iDiagonal + (strLeft[i - 1] == strRight[j - 1] ? 0 : 1);
+            iDiagonal = vecRow[j];
+            vecRow[j] = std::min({vecRow[j] + 1, vecRow[j - 1] + 1, iReplaced});
+            iBest = std::min(iBest, vecRow[j]);
+        }
+        if (iBest >= iLimit) {
+            return iLimit;
+        }
+    }
+    return vecRow[iRight];
+}
+
+}  // namespace
+
+std::string FindNearestName(const std::string& strWanted, const std::vector<std::string>& vecNames) {
+    const std::wstring strFolded = Fold(strWanted);
+    std::size_t iLimit = strFolded.size() / 3 + 1;
+    std::string strNearest;
+    for (const std::string& strName : vecNames) {
+        const std::size_t iDistance = GetDistance(strFolded, Fold(strName), iLimit);
+        if (iDistance < iLimit) {
+            iLimit = iDistance;
+            strNearest = strName;
+        }
+    }
+    return strNearest;
+}

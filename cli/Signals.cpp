@@ -1,0 +1,43 @@
+#include "cli/Signals.h"
+
+#include <csignal>
+
+namespace Signals {
+
+namespace {
+
+volatile std::sig_atomic_t s_iSignal = 0;
+
+void Remember(int iSignal) {
+    s_iSignal = iSignal;
+}
+
+}  // namespace
+
+void Watch() {
+    struct sigaction action {};
+    sigemptyset(&action.sa_mask);
+    action.sa_handler = Remember;
+    action.sa_flags = SA_RESETHAND;
+    sigaction(SIGINT, &action, nullptr);
+    sigaction(SIGTERM, &action, nullptr);
+    action.sa_handler = SIG_IGN;
+    action.sa_flags = 0;
+    sigaction(SIGPIPE, &action, nullptr);
+}
+
+bool IsCaught() noexcept {
+    return s_iSignal != 0;
+}
+
+void ThrowIfCaught() {
+    if (IsCaught()) {
+        throw SInterrupted();
+    }
+}
+
+int GetExitCode() noexcept {
+    return 128 + (IsCaught() ? s_iSignal : SIGINT);
+}
+
+}  // namespace Signals

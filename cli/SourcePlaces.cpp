@@ -1,0 +1,42 @@
+#include "cli/SourcePlaces.h"
+
+#include <algorithm>
+
+namespace {
+
+/** Code points are counted up front for every so many bytes, and the rest when asked. */
+constexpr std::size_t BLOCK = 4096;
+
+/** Every byte but one that continues a sequence. */
+std::size_t CountStarts(std::string_view strText) {
+    return static_cast<std::size_t>(std::count_if(
+        strText.begin(), strText.end(), [](char c) { return (static_cast<unsigned char>(c) & 0xC0U) != 0x80U; }));
+}
+
+}  // namespace
+
+CSourcePlaces::CSourcePlaces(std::string_view strText) : m_strText(strText), m_vecLines{0}, m_vecBlocks{0} {
+    for (std::size_t i = strText.find_first_of("\r\n"); i != std::string_view::npos;
+         i = strText.find_first_of("\r\n", i + 1)) {
+        const bool bPair = strText[i] == '\r' && i + 1 < strText.size() && strText[i + 1] == '\n';
+        i += bPair ? 1 : 0;
+        m_vecLines.push_back(i + 1);
+    }
+    for (std::size_t i = 0; i + BLOCK <= strText.size(); i += BLOCK) {
+        m_vecBlocks.push_back(m_vecBlocks.back() + CountStarts(strText.substr(i, BLOCK)));
+    }
+}
+
+SPlace CSourcePlaces::Find(std::size_t iOffset) const {
+    if (iOffset > m_strText.size()) {
+        return {};
+    }
+    const auto itNext = std::upper_bound(m_vecLines.begin(), m_vecLines.end(), iOffset);
+    const std::size_t iLine = static_cast<std::size_t>(itNext - m_vecLines.begin());
+    return {iLine, CountBefore(iOffset) - CountBefore(m_vecLines[iLine - 1]) + 1};
+}
+
+std::size_t CSourcePlaces::CountBefore(std::size_t iOffset) const {
+    const std::size_t iBlock = iOffset / BLOCK;
+    return m_vecBlocks[iBlock] + CountStarts(m_strText.substr(iBlock * BLOCK, iOffset % BLOCK));
+}

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
+
+/** Text for people. */
+namespace Text {
+
+/** @return the text with control characters (C0, C1, bidirectional ones, line separators) as \uXXXX */
+std::string Printable(std::string_view strText);
+/** @return the printable text in double quotes */
+std::string Quoted(std::string_view strText);
+/** @return "1 template" or "2 templates" */
+std::string Counted(std::size_t iCount, std::string_view strOne, std::string_view strMany);
+/** @return "yes" or "no" */
+const char* YesNo(bool bFlag);
+/** @return the text with &amp; &lt; &gt; &quot; &apos; read back as the characters they stand for */
+std::string Unescaped(std::string_view strText);
+
+}  // namespace Text
+
+/** Rows of printable cells in columns that are as wide as their widest cell. */
+class CTextTable {
+  public:
+    /** @param vecHeads the first line; empty: no such line */
+    explicit CTextTable(std::vector<std::string> vecHeads = {});
+    /** @param vecCells made printable; shorter rows leave columns empty */
+    void Add(const std::vector<std::string>& vecCells);
+    /** Columns of numbers stand to the right. */
+    void AlignRight(std::size_t iFirstColumn) { m_iFirstRight = iFirstColumn; }
+    std::string ToString() const;
+
+  private:
+    std::vector<std::vector<std::string>> m_vecRows;
+    std::vector<std::size_t> m_vecWidths;
+    std::size_t m_iFirstRight = static_cast<std::size_t>(-1);
+};

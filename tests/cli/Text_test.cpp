@@ -1,0 +1,35 @@
+#include "cli/Text.h"
+
+#include <gtest/gtest.h>
+
+TEST(Text, ControlCharactersAreShownAndBackslashesStay) {
+    EXPECT_EQ(Text::Printable("a\tb\n\x1b[31m\x7f"), R"(a\u0009b\u000A\u001B[31m\u007F)");
+    EXPECT_EQ(Text::Printable("\\d+\\"), "\\d+\\");
+    EXPECT_EQ(Text::Printable("\xe2\x80\xae"), R"(\u202E)");  // text from right to left
+    EXPECT_EQ(Text::Printable("é €"), "é €");
+    EXPECT_EQ(Text::Printable("\xff"), "\xef\xbf\xbd");
+    EXPECT_EQ(Text::Quoted("a\nb"), R"("a\u000Ab")");
+}
+
+TEST(Text, CountsAgreeWithTheirWord) {
+    EXPECT_EQ(Text::Counted(1, "list", "lists"), "1 list");
+    EXPECT_EQ(Text::Counted(0, "list", "lists"), "0 lists");
+}
+
+TEST(Text, EscapedTextIsReadBackOnce) {
+    EXPECT_EQ(Text::Unescaped("&amp;lt; &lt;&gt;&quot;&apos; &x; &"), "&lt; <>\"' &x; &");
+}
+
+TEST(TextTable, ColumnsAreAsWideAsTheirWidestCell) {
+    CTextTable table({"NAME", "COUNT"});
+    table.AlignRight(1);
+    table.Add({"größer", "1"});
+    table.Add({"a\nb", "1000000"});
+    table.Add({""});
+    EXPECT_EQ(table.ToString(),
+              "NAME        COUNT\n"
+              "größer          1\n"
+              "a\\u000Ab  1000000\n"
+              "\n");
+    EXPECT_EQ(CTextTable().ToString(), "");
+}
