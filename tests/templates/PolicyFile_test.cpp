@@ -53,7 +53,5 @@ TEST(PolicyFile, FileThatCannotBeReadIsAnError) {
 TEST(PolicyFile, TextThatIsNotUtf8IsAnErrorWithItsOffset) {
     const CTempDir folder;
     const std::string strPath = folder.Write("a.xml", "12345<a>\xC3</a>");
-    const std::string strMessage = ExceptionText([&] { ReadPolicyFile(strPath); });
-    EXPECT_NE(strMessage.find("3"), std::string::npos) << strMessage;
-    EXPECT_EQ(strMessage.find("8"), strMessage.find("UTF-8") + 4) << strMessage;
+    EXPECT_EQ(ExceptionText([&] { ReadPolicyFile(strPath); }), "the text is not UTF-8 at byte offset 3");
 }

@@ -1,0 +1,201 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "api/CDLPTemplateParse.h"
+#include "platform/common/CException.h"
+#include "platform/xml/FaultPoint.h"
+#include "templates/DLPTemplate.h"
+#include "templates/DLPTemplateMgr.h"
+#include "templates/DLPXmlNormalizer.h"
+#include "tests/support/LogRecorder.h"
+#include "tests/templates/TemplateStore.h"
+
+// What the operations on templates do when the XML layer fails at any of its operations.
+
+using TemplateStore::Block;
+using TemplateStore::Policy;
+using TemplateStore::Rule;
+
+namespace {
+
+using Lines = std::vector<std::string>;
+using Names = std::vector<OS::x_wstring>;
+
+const OS::x_wstring TEMPLATE = L"<template name=\"T\"><matchRule><buildingBlock/></matchRule></template>";
+const OS::x_wstring OLDER =
+    L"<SAPolicy><complianceTemplates><template name=\"T\" displayName=\"D\"><matchRule><buildingBlock "
+    L"sourceType=\"KEYWORD\" sourceName=\"Words\"/></matchRule></template></complianceTemplates></SAPolicy>";
+const OS::x_wstring CATEGORIES =
+    L"<SAPolicy><industries><industry name=\"i\"><template_id>T</template_id></industry></industries></SAPolicy>";
+
+/** Runs an operation with a fault at its n-th step of the XML layer, for every n that it has. */
+template <class F>
+void ForEveryFault(const F& fnOperation) {
+    for (int n = 1;; ++n) {
+        XmlFaults::FailAt(n);
+        fnOperation(n);
+        const bool bDone = XmlFaults::GetCount() < n;
+        XmlFaults::FailAt(0);
+        if (bDone) {
+            return;
+        }
+    }
+}
+
+/** @return whether the fault of this round has come */
+bool Reached(int n) {
+    return XmlFaults::GetCount() >= n;
+}
+
+class TemplateFaults : public testing::Test {
+  protected:
+    void SetUp() override { Fill(); }
+
+    static void Fill() {
+        CSettingsStore::Open(TemplateStore::MEMORY);
+        TemplateStore::AddExpression("Card");
+        TemplateStore::AddKeyword("Words");
+        TemplateStore::AddTemplate({"T", "t", Rule(Block("ENTITY", "Card") + Block("KEYWORD", "Words")), true, {"i"}});
+    }
+
+    CTemplateMgr m_manager{L""};
+};
+
+}  // namespace
+
+TEST_F(TemplateFaults, ReadingATemplateGivesWhatWasReadAndALine) {
+    ForEveryFault([](int n) {
+        CLogRecorder log;
+        const CComplianceTemplates compliance(TEMPLATE);
+        EXPECT_EQ(log.Lines(), Reached(n) ? Lines{"0x1003 DLPTemplate.cpp Fail to construct CComplianceTemplates, "
+                                                  "Error: injected fault"}
+                                          : Lines());
+    });
+}
+
+TEST_F(TemplateFaults, WritingATemplateGivesNothingAndALine) {
+    const CComplianceTemplates compliance(L"n", L"d", L"x", {L"K:a"}, {L"OR"});
+    const OS::x_wstring strWhole = compliance.ToXmlString();
+    const OS::x_wstring strList = CComplianceTemplates::MakeComplianceTemplatesXml({compliance});
+    ForEveryFault([&](int n) {
+        CLogRecorder log;
+        const OS::x_wstring strText = compliance.ToXmlString();
+        EXPECT_EQ(strText, Reached(n) ? OS::x_wstring() : strWhole);
+        EXPECT_EQ(log.Messages(0x1003).size(), Reached(n) ? 1U : 0U);
+    });
+    ForEveryFault([&](int n) {
+        CLogRecorder log;
+        const OS::x_wstring strText = CComplianceTemplates::MakeComplianceTemplatesXml({compliance});
+        EXPECT_EQ(strText, Reached(n) ? OS::x_wstring() : strList);
+        EXPECT_EQ(log.Messages(0x1003).size(), Reached(n) ? 1U : 0U);
+    });
+}
+
+TEST_F(TemplateFaults, SavingTheEditedTemplateKeepsTheContent) {
+    ForEveryFault([](int n) {
+        CDLPTemplateParse parse(L"before");
+        EXPECT_TRUE(parse.SaveToXMLStr({L"K:a"}, {L""}, L"n", L"d", L"x"));
+        OS::x_wstring strContent;
+        parse.GetXMLContent(strContent);
+        EXPECT_EQ(strContent == L"before", Reached(n));
+    });
+}
+
+TEST_F(TemplateFaults, FormatThatCannotBeCheckedIsNone) {
+    ForEveryFault([this](int n) {
+        bool bNeedConvert = false;
+        CLogRecorder log;
+        const bool bChecked = m_manager.CheckFormat(OLDER, bNeedConvert);
+        EXPECT_EQ(bChecked, !Reached(n));
+        if (Reached(n)) {
+            EXPECT_EQ(log.Lines().back(),
+                      "0x1004 DLPTemplateMgr.cpp CTemplateMgr::IsStandardFormat(), Error: injected fault");
+        }
+    });
+}
+
+TEST_F(TemplateFaults, CategoriesThatCannotBeReadAreALine) {
+    ForEveryFault([this](int n) {
+        CTemplateMgr::CategoryMap categories;
+        CLogRecorder log;
+        const bool bMade = m_manager.MakeCategoryMap(CATEGORIES, L"industries", L"industry", categories);
+        EXPECT_EQ(bMade, !Reached(n));
+        if (Reached(n)) {
+            EXPECT_EQ(log.Lines().back(),
+                      "0x1004 DLPTemplateMgr.cpp CTemplateMgr::MakeCategoryMap(), Error: injected fault");
+        }
+    });
+}
+
+TEST_F(TemplateFaults, NormalisationThatFailsIsALine) {
+    ForEveryFault([](int n) {
+        OS::x_wstring strResult = L"before";
+        CLogRecorder log;
+        const bool bResult = CDLPXmlNormalizer().NormailzeXml(OLDER, strResult);
+        EXPECT_EQ(bResult, !Reached(n));
+        EXPECT_EQ(strResult == L"before", Reached(n));
+        const std::string strLast = log.Lines().back();
+        if (Reached(n)) {
+            // the root's generator reports its own fault; its empty text is then no root
+            EXPECT_TRUE(strLast ==
+                            "0x1004 DLPTemplateMgr.cpp CDLPXmlNormalizer::NormailzeXml(), Error: injected fault" ||
+                        strLast == "0x1004 DLPTemplateMgr.cpp CDLPXmlNormalizer::NormailzeXml(), Error: ")
+                << strLast;
+        } else {
+            EXPECT_EQ(strLast, "0x111 DLPTemplateMgr.cpp CDLPXmlNormalizer::NormailzeXml()");
+        }
+    });
+}
+
+TEST_F(TemplateFaults, ExportThatFailsIsEmpty) {
+    const std::wstring strWhole = m_manager.ExportTemplate({L"T"});
+    ForEveryFault([&](int n) {
+        CLogRecorder log;
+        const std::wstring strText = m_manager.ExportTemplate({L"T"});
+        if (!Reached(n)) {
+            EXPECT_EQ(strText, strWhole);
+        } else if (!strText.empty()) {
+            // the policy lists are optional: only the display names are missing
+            ASSERT_EQ(log.Messages(0x1003).size(), 1U);
+            EXPECT_EQ(log.Messages(0x1003)[0].find("DLPMetaDataLoaderImpl::"), 0U);
+        } else {
+            const std::string strLast = log.Lines().back();
+            EXPECT_TRUE(strLast == "0x1003 DLPTemplateMgr.cpp CTemplateMgr::ExportTemplate(), Error: injected fault" ||
+                        strLast ==
+                            "0x1003 DLPTemplateMgr.cpp CTemplateMgr::ExportTemplate(), Error: "
+                            "ORVAL_SUB_CFG_DLP_TEMPLATET: injected fault" ||
+                        strLast == "0x1004 DLPTemplateMgr.cpp Fail to find SAPolicy." ||
+                        strLast == "0x1004 DLPTemplateMgr.cpp Fail to find node complianceTemplates" ||
+                        strLast == "0x1004 DLPTemplateMgr.cpp Fail to find node digitalAssets")
+                << strLast;
+        }
+    });
+}
+
+TEST_F(TemplateFaults, ImportThatFailsKeepsWhatWasSavedAndEveryBuiltIn) {
+    const OS::x_wstring strXml = OS::WideText(
+        Policy("<template name=\"New\" display_name=\"N\"/><template name=\"T\" display_name=\"x\"/>",
+               "<digitalAssets><entity name=\"e\" display_name=\"E\"><regularExpression/></entity></digitalAssets>"
+               "<industries><industry name=\"i\"><template_id>New</template_id></industry></industries>"));
+    for (const OS::x_wstring& strText : {strXml, OLDER}) {
+        ForEveryFault([&](int n) {
+            XmlFaults::FailAt(0);
+            Fill();
+            const std::string strBuiltIn = TemplateStore::Dump().substr(TemplateStore::Dump().find("templates "));
+            XmlFaults::FailAt(n);
+            Names vecImported;
+            Names vecSkipped;
+            Names vecAssets;
+            const int iResult = m_manager.ImportTemplate(strText, vecImported, vecSkipped, vecAssets);
+            EXPECT_NE(TemplateStore::Dump().find(strBuiltIn), std::string::npos) << n;
+            EXPECT_EQ(TemplateStore::Dump().find("TEMPLATENew") != std::string::npos,
+                      std::find(vecImported.begin(), vecImported.end(), L"N") != vecImported.end());
+            if (!Reached(n)) {
+                EXPECT_EQ(iResult, 0);
+            } else {
+                EXPECT_TRUE(iResult == 1 || iResult == 2 || iResult == 3) << n << " gave " << iResult;
+            }
+        });
+    }
+}
