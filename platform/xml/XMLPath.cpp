@@ -146,7 +146,7 @@ CHandles Select(const CXMLTree& tree, pugi::xml_node context, const wchar_t* pXP
     }
     CHandles vecMatches = tree.HasDetached() ? QueryApart(tree, context, strXPath) : Query(context, strXPath);
     if (bFirstOnly && !vecMatches.empty()) {
-        vecMatches.resize(1);
+        vecMatches.erase(vecMatches.begin() + 1, vecMatches.end());
     }
     return vecMatches;
 }
