@@ -101,12 +101,27 @@ void ReadAttribute(const SAssetFormat& format, const SAttribute& attribute, cons
 
 }  // namespace
 
-constexpr SAssetFormat EXPRESSION_FORMAT = {EItemKind::EXPRESSION,  TagUtf8::ENTITY,     EXPRESSION_ATTRIBUTES,
-                                            ExpressionColumn::TYPE, EXPRESSION_TYPES,    false,
-                                            EXPRESSION_CHILDREN,    AssetColumn::SUBJECT};
+constexpr SAssetFormat EXPRESSION_FORMAT = {
+    .eKind = EItemKind::EXPRESSION,
+    .pElement = TagUtf8::ENTITY,
+    .aAttributes = EXPRESSION_ATTRIBUTES,
+    .iTypeColumn = ExpressionColumn::TYPE,
+    .aTypes = EXPRESSION_TYPES,
+    .bTypeCaseMatters = false,
+    .aChildren = EXPRESSION_CHILDREN,
+    .iMarkupColumn = AssetColumn::SUBJECT,
+};
+
 constexpr SAssetFormat KEYWORD_FORMAT = {
-    EItemKind::KEYWORD, TagUtf8::DICTIONARY, KEYWORD_ATTRIBUTES, KeywordColumn::CONDITION, KEYWORD_CONDITIONS, true, {},
-    KeywordColumn::TEXT};
+    .eKind = EItemKind::KEYWORD,
+    .pElement = TagUtf8::DICTIONARY,
+    .aAttributes = KEYWORD_ATTRIBUTES,
+    .iTypeColumn = KeywordColumn::CONDITION,
+    .aTypes = KEYWORD_CONDITIONS,
+    .bTypeCaseMatters = true,
+    .aChildren = {},
+    .iMarkupColumn = KeywordColumn::TEXT,
+};
 
 const SChild* ReadElement(const SAssetFormat& format, const CXMLView& element, CSettingsRow& row) {
     const SType* pType = FindType(format, element.Attribute(TagUtf8::TYPE), false);

@@ -58,45 +58,47 @@ boost::shared_ptr<CCfgSettingDLPDigitalAsset> Make(const OS::x_wstring& strSubje
 }  // namespace
 
 constexpr SPass EXPRESSION_PASS = {
-    EXPRESSION_FORMAT,
-    SUBJECT_EXPRESSION,
-    Find<CCfgSettingDLPFilterExpressionMgr>,
-    Make<CCfgSettingDLPFilterExpression>,
-    CCfgSettingDLPFilterExpression::GetCategroyName,
-    L"CDLPDigitalAssetsParser::ImportEntity()",
-    L"CDLPDigitalAssetsParser::ImportEntity() Unable to find node %s.                    The xml file format is "
-    L"incompatible.",
-    L"CDLPDigitalAssetsParser::FindExpression, internalName = %s",
-    L"CDLPDigitalAssetsParser::FindExpression",
-    L"Unable to find the expression",
-    L"there exists a expression with the same internal name: %s",
-    L"CDLPDigitalAssetsParser::EditExpression()",
-    L"CDLPDigitalAssetsParser::AddExpression()",
-    L"CDLPDigitalAssetsParser::AddExpression() fail to add expression.",
-    L"CDLPDigitalAssetsParser::ImportEntity()",
-    L"Fail to import expression xml file, Error: %s",
-    L"fail to import entity.",
+    .format = EXPRESSION_FORMAT,
+    .pSubjectPrefix = SUBJECT_EXPRESSION,
+    .fnFind = Find<CCfgSettingDLPFilterExpressionMgr>,
+    .fnMake = Make<CCfgSettingDLPFilterExpression>,
+    .fnCategory = CCfgSettingDLPFilterExpression::GetCategroyName,
+    .pEntered = L"CDLPDigitalAssetsParser::ImportEntity()",
+    .pNoNodes =
+        L"CDLPDigitalAssetsParser::ImportEntity() Unable to find node %s.                    The xml file format is "
+        L"incompatible.",
+    .pFindEntered = L"CDLPDigitalAssetsParser::FindExpression, internalName = %s",
+    .pFound = L"CDLPDigitalAssetsParser::FindExpression",
+    .pNotFound = L"Unable to find the expression",
+    .pExists = L"there exists a expression with the same internal name: %s",
+    .pEdited = L"CDLPDigitalAssetsParser::EditExpression()",
+    .pAdded = L"CDLPDigitalAssetsParser::AddExpression()",
+    .pNotAdded = L"CDLPDigitalAssetsParser::AddExpression() fail to add expression.",
+    .pLeft = L"CDLPDigitalAssetsParser::ImportEntity()",
+    .pException = L"Fail to import expression xml file, Error: %s",
+    .pFailed = L"fail to import entity.",
 };
 
 constexpr SPass KEYWORD_PASS = {
-    KEYWORD_FORMAT,
-    SUBJECT_KEYWORD,
-    Find<CCfgSettingDLPFilterKeywordMgr>,
-    Make<CCfgSettingDLPFilterKeyword>,
-    CCfgSettingDLPFilterKeyword::GetCategroyName,
-    nullptr,
-    L"CDLPDigitalAssetsParser::ImportDictionary Unable to find node %s.                    The xml file format is "
-    L"incompatible.",
-    L"CDLPDigitalAssetsParser::FindKeyword, internalName = %s",
-    L"CDLPDigitalAssetsParser::FindKeyword",
-    L"Unable to find the keyword",
-    L"there exists a keyword with the same internal name: %s",
-    L"CDLPDigitalAssetsParser::EditDictionary()",
-    L"CDLPDigitalAssetsParser::AddDictionary()",
-    L"CDLPDigitalAssetsParser::AddDictionary() fail to add keyword.",
-    L"CDLPDigitalAssetsParser::ImportDictionary()",
-    L"Fail to import dictionary xml file, Error: %s",
-    L"fail to import dictionary.",
+    .format = KEYWORD_FORMAT,
+    .pSubjectPrefix = SUBJECT_KEYWORD,
+    .fnFind = Find<CCfgSettingDLPFilterKeywordMgr>,
+    .fnMake = Make<CCfgSettingDLPFilterKeyword>,
+    .fnCategory = CCfgSettingDLPFilterKeyword::GetCategroyName,
+    .pEntered = nullptr,
+    .pNoNodes =
+        L"CDLPDigitalAssetsParser::ImportDictionary Unable to find node %s.                    The xml file format is "
+        L"incompatible.",
+    .pFindEntered = L"CDLPDigitalAssetsParser::FindKeyword, internalName = %s",
+    .pFound = L"CDLPDigitalAssetsParser::FindKeyword",
+    .pNotFound = L"Unable to find the keyword",
+    .pExists = L"there exists a keyword with the same internal name: %s",
+    .pEdited = L"CDLPDigitalAssetsParser::EditDictionary()",
+    .pAdded = L"CDLPDigitalAssetsParser::AddDictionary()",
+    .pNotAdded = L"CDLPDigitalAssetsParser::AddDictionary() fail to add keyword.",
+    .pLeft = L"CDLPDigitalAssetsParser::ImportDictionary()",
+    .pException = L"Fail to import dictionary xml file, Error: %s",
+    .pFailed = L"fail to import dictionary.",
 };
 
 namespace {

@@ -39,7 +39,8 @@ bool StartRoot(CXMLWriter& writer);
 bool WriteEmptyRoot(CXMLWriter& writer);
 
 /**
- * Appends the digitalAssets element with the chosen assets to strOut, which stays as it was on failure.
+ * Appends the digitalAssets element with the chosen assets, all as they are at one moment, to strOut, which stays as it
+ * was on failure.
  * @param vecExpressions, vecKeywords subject identifiers
  * @param pObserver told of the record over which it fails; may be null
  * @return false, logged, when any one record cannot be read or written

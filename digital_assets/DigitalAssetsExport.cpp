@@ -9,6 +9,7 @@
 #include "digital_assets/KeywordText.h"
 #include "platform/common/TextConversion.h"
 #include "platform/logging/DebugLog.h"
+#include "platform/store/CSettingsStore.h"
 #include "platform/xml/CXMLWriter.h"
 #include "settings/CCfgSettingDLPFilterExpression.h"
 #include "settings/CCfgSettingDLPFilterKeyword.h"
@@ -35,10 +36,20 @@ Record Make(const OS::x_wstring& strSubject) {
     return boost::make_shared<T>(strSubject);
 }
 
-constexpr SExport EXPRESSIONS = {EXPRESSION_FORMAT, Make<CCfgSettingDLPFilterExpression>, L"Unknow expression type",
-                                 L"Fail to generate entity xml, Error: %s", L"Fail to generate entity node."};
-constexpr SExport KEYWORDS = {KEYWORD_FORMAT, Make<CCfgSettingDLPFilterKeyword>, L"Unknow dictionary type",
-                              L"Fail to generate dictionary xml, Error: %s", L"Fail to generate dictionary node."};
+constexpr SExport EXPRESSIONS = {
+    .format = EXPRESSION_FORMAT,
+    .fnMake = Make<CCfgSettingDLPFilterExpression>,
+    .pUnknownType = L"Unknow expression type",
+    .pException = L"Fail to generate entity xml, Error: %s",
+    .pFailed = L"Fail to generate entity node.",
+};
+constexpr SExport KEYWORDS = {
+    .format = KEYWORD_FORMAT,
+    .fnMake = Make<CCfgSettingDLPFilterKeyword>,
+    .pUnknownType = L"Unknow dictionary type",
+    .pException = L"Fail to generate dictionary xml, Error: %s",
+    .pFailed = L"Fail to generate dictionary node.",
+};
 
 constexpr wchar_t NO_DICTIONARY[] = L"the stored keywords are no dictionary document";
 
@@ -133,11 +144,15 @@ bool WriteRecords(const SExport& kind, const std::vector<OS::x_wstring>& vecSubj
     return true;
 }
 
-/** @return false, logged, when a record cannot be read or written; what was written is no whole element then */
+/**
+ * All records as they are at one moment.
+ * @return false, logged, when a record cannot be read or written; what was written is no whole element then
+ */
 bool WriteAssets(const std::vector<OS::x_wstring>& vecExpressions, const std::vector<OS::x_wstring>& vecKeywords,
                  CXMLWriter& writer, CExportObserver* pObserver) {
     DLP_LOG(DBG::LEVEL_ENTER, L"CDLPDigitalAssetsParser::GenerateDigitalAssetsXML()");
     try {
+        CSettingsTransaction unit(EUnitOfWork::READ);
         writer.StartElement(TagUtf8::DIGITAL_ASSETS);
         writer.Attribute(TagUtf8::COMMAND, Value::OVERWRITE);
         if (!WriteRecords(EXPRESSIONS, vecExpressions, writer, pObserver) ||
@@ -145,6 +160,7 @@ bool WriteAssets(const std::vector<OS::x_wstring>& vecExpressions, const std::ve
             return false;
         }
         writer.EndElement();
+        unit.Commit();
     } catch (const OS::CException& error) {
         DLP_LOG(DBG::LEVEL_ERROR, L"Fail to generate digital access xml, Error: %s", error.GetErrorMessage());
         return false;
