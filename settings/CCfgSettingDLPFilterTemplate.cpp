@@ -10,6 +10,7 @@ namespace {
 
 void WidenAll(const std::vector<std::string>& vecTexts, std::vector<OS::x_wstring>& vecOut) {
     vecOut.clear();
+    vecOut.reserve(vecTexts.size());
     for (const std::string& strText : vecTexts) {
         vecOut.push_back(OS::WideLoose(strText));
     }
@@ -17,6 +18,7 @@ void WidenAll(const std::vector<std::string>& vecTexts, std::vector<OS::x_wstrin
 
 std::vector<std::string> NarrowAll(const std::vector<OS::x_wstring>& vecTexts) {
     std::vector<std::string> vecOut;
+    vecOut.reserve(vecTexts.size());
     for (const OS::x_wstring& strText : vecTexts) {
         vecOut.push_back(OS::Utf8Loose(strText));
     }

@@ -100,7 +100,7 @@ void CSettingsStore::PutInFront(const Wrapper& fnWrapper) {
 
 std::string CSettingsStore::GetDefaultUrl() {
     static constexpr const char FILE_BELOW_DATA[] = "/dlpparser/settings.db";
-    const std::string strUrl = GetVariable("DLP_STORE");
+    std::string strUrl = GetVariable("DLP_STORE");
     if (!strUrl.empty()) {
         return strUrl;
     }

@@ -42,9 +42,9 @@ class DLP_PLATFORM_API CSettingsStore {
     static std::string GetDefaultUrl();
     /** Opens a store beside the process's one. @throws as Open */
     static std::unique_ptr<CSettingsStore> Make(const std::string& strUrl);
-    /** Puts something in front of every store that Open opens from now on (to count, to record, to fail); empty:
-     * nothing. */
+    /** Puts something in front of every store that is opened: to count, to record, to fail. */
     using Wrapper = std::function<std::unique_ptr<CSettingsStore>(std::unique_ptr<CSettingsStore>)>;
+    /** Sets it for what Open opens from now on; an empty function: nothing. */
     static void SetWrapper(Wrapper fnWrapper);
     /** Puts something in front of the process's store that is open now, before anything else that may stand there. */
     static void PutInFront(const Wrapper& fnWrapper);

@@ -73,11 +73,11 @@ std::string AbsolutePath(const std::string& strPath) {
         fnRefuse("a path cannot hold U+0000");
     }
     std::error_code error;
-    const std::filesystem::path path = std::filesystem::absolute(strPath, error);
+    std::string strAbsolute = std::filesystem::absolute(strPath, error).string();
     if (error) {
         fnRefuse(error.message());
     }
-    return path.lexically_normal().string();
+    return strAbsolute;
 }
 
 }  // namespace

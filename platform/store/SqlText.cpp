@@ -49,21 +49,21 @@ std::string Where(const STable& table, std::size_t iColumn) {
     return std::string(" WHERE ") + table.pColumns[iColumn].pName + " = ?1";
 }
 
+/** The key stands in the index too: the first of many rows of one value is found without looking at them all. */
+std::string CreateIndex(const std::string& strTable, const std::string& strColumn, const char* pKey) {
+    return "CREATE INDEX " + strTable + "_by_" + strColumn + " ON " + strTable + " (" + strColumn + ", " + pKey + ");";
+}
+
 }  // namespace
 
 std::string CreateTable(const STable& table) {
     const std::string strName = table.pName;
-    std::string strSql = "CREATE TABLE " + strName + " (" + List(table, 0, [](const SColumn& column) {
-                             return std::string(column.pName) + TypeText(column.eType);
-                         });
-    strSql += std::string(", UNIQUE (") + Key(table) + "));";
+    const std::string strColumns =
+        List(table, 0, [](const SColumn& column) { return std::string(column.pName) + TypeText(column.eType); });
+    std::string strSql = "CREATE TABLE " + strName + " (" + strColumns + ", UNIQUE (" + Key(table) + "));";
     for (std::size_t i = 0; i < table.iColumns; ++i) {
         if (table.pColumns[i].bIndexed) {
-            // The key stands in the index too: the first of many rows of one value is found without looking at them
-            // all.
-            const std::string strColumn = table.pColumns[i].pName;
-            strSql += "CREATE INDEX " + strName + "_by_" + strColumn + " ON " + strName + " (" + strColumn + ", " +
-                      Key(table) + ");";
+            strSql += CreateIndex(strName, table.pColumns[i].pName, Key(table));
         }
     }
     return strSql;

@@ -25,7 +25,11 @@ void MakeFolders(const std::filesystem::path& folder, const std::string& strUrl)
         made /= part;
         if (::mkdir(made.c_str(), FOLDER_MODE) == 0) {
             ::chmod(made.c_str(), FOLDER_MODE);
-        } else if (const int iError = errno; !std::filesystem::exists(made)) {
+            continue;
+        }
+        const int iError = errno;
+        std::error_code error;
+        if (!std::filesystem::exists(made, error)) {
             ThrowSystemError(strUrl, "cannot make the folder " + made.string(), iError);
         }
     }

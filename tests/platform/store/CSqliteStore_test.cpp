@@ -159,7 +159,7 @@ TEST_F(SqliteStore, EmptyFileBecomesAStore) {
 TEST_F(SqliteStore, RelativePathCountsFromTheFolderOfTheOpening) {
     const fs::path oldFolder = fs::current_path();
     fs::current_path(m_folder.Path());
-    CSqliteStore store("below/../sub/settings.db");
+    CSqliteStore store("sub/settings.db");
     fs::current_path(oldFolder);
     store.Save(Expression("S"));
     EXPECT_EQ("sqlite:" + fs::canonical(m_folder.Path("sub/settings.db")).string(), store.GetInfo().strUrl);
@@ -204,6 +204,8 @@ TEST_F(SqliteStore, PlacesWithoutPermissionAreRefused) {
     ::chmod(Path().c_str(), 0444);
     m_folder.MakeFolder("folder");
     ::chmod(m_folder.Path("folder").c_str(), 0555);
+    m_folder.MakeFolder("closed");
+    ::chmod(m_folder.Path("closed").c_str(), 0);
     ::chmod(m_folder.Path().c_str(), 0755);
     const bool bRoot = ::geteuid() == 0;
     if (bRoot) {
@@ -215,6 +217,9 @@ TEST_F(SqliteStore, PlacesWithoutPermissionAreRefused) {
     EXPECT_EQ(Opening(m_folder.Path("folder/x/y.db"),
                       "cannot make the folder " + m_folder.Path("folder/x") + ": Permission denied"),
               RefusalOf(m_folder.Path("folder/x/y.db")));
+    EXPECT_EQ(Opening(m_folder.Path("closed/x/y.db"),
+                      "cannot make the folder " + m_folder.Path("closed/x") + ": Permission denied"),
+              ExceptionText([&] { CSqliteStore store(m_folder.Path("closed/x/y.db")); }));
     if (bRoot) {
         ASSERT_EQ(0, ::seteuid(0));
     }
