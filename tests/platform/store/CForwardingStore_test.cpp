@@ -36,8 +36,13 @@ class CNotingStore : public CForwardingStore {
     void Failed(const char* pOperation) override { strNotes += std::string("!") + pOperation; }
 };
 
-/** Every operation once, in a unit of its own where it writes. */
-const std::pair<const char*, void (*)(CSettingsStore&)> OPERATIONS[] = {
+struct SOperation {
+    const char* pName;
+    void (*fnRun)(CSettingsStore& store);
+};
+
+/** Every operation but the ends of units, Begin last. */
+const SOperation OPERATIONS[] = {
     {"GetInfo", [](CSettingsStore& store) { store.GetInfo(); }},
     {"Find", [](CSettingsStore& store) { store.FindOne(KIND, 0, "A"); }},
     {"FindHeld",
@@ -70,19 +75,19 @@ class ForwardingStore : public testing::TestWithParam<SStoreMake> {
 TEST_ON_ALL_STORES(ForwardingStore);
 
 TEST_P(ForwardingStore, EveryOperationIsHeardOfAndCanFail) {
-    for (const auto& [pName, fnRun] : OPERATIONS) {
-        m_store.strFail = pName;
+    for (const SOperation& operation : OPERATIONS) {
+        m_store.strFail = operation.pName;
         m_store.strNotes.clear();
-        EXPECT_EQ("told to fail", ExceptionText([&] { fnRun(m_store); }));
-        EXPECT_EQ(std::string(pName) + "!" + pName, m_store.strNotes);
+        EXPECT_EQ("told to fail", ExceptionText([&] { operation.fnRun(m_store); }));
+        EXPECT_EQ(std::string(operation.pName) + "!" + operation.pName, m_store.strNotes);
     }
     m_store.strFail.clear();
     EXPECT_EQ("expressions subject=\"A\"\n", DumpStore(m_store));
     EXPECT_THROW(m_store.Rollback(), OS::CException);  // Begin did not get through either
-    for (const auto& [pName, fnRun] : OPERATIONS) {
+    for (const SOperation& operation : OPERATIONS) {
         m_store.strNotes.clear();
-        fnRun(m_store);
-        EXPECT_EQ(pName, m_store.strNotes);
+        operation.fnRun(m_store);
+        EXPECT_EQ(operation.pName, m_store.strNotes);
     }
 }
 

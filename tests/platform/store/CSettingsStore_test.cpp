@@ -62,8 +62,7 @@ const std::string AWKWARD_TEXTS[] = {
     "?1 :name @name $name %s %d %",
     "a\nb\r\nc\td\\n\\",
     "\x01\x02\x1F\x7F",
-    "\xEF\xBB\xBF"
-    "bom",
+    "\xEF\xBB\xBF at the start",
     "\xEF\xBF\xBE\xEF\xBF\xBF",  // U+FFFE and U+FFFF are characters to a store
     "e\xCC\x81 \xC3\xA9",        // not normalised into each other
     "\xF0\x9F\x98\x80 \xF4\x8F\xBF\xBF",

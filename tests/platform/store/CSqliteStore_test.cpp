@@ -88,7 +88,7 @@ class SqliteStore : public testing::Test {
     /** Opens the path. @return why that was refused; fails the test when the folder is not as it was */
     std::string RefusalOf(const std::string& strPath) const {
         const auto mapBefore = Files();
-        const std::string strMessage = ExceptionText([&] { CSqliteStore store(strPath); });
+        std::string strMessage = ExceptionText([&] { CSqliteStore store(strPath); });
         EXPECT_TRUE(mapBefore == Files()) << strPath;
         return strMessage;
     }
@@ -436,6 +436,7 @@ TEST_F(SqliteStore, ManyProcessesMayMakeItAtOnce) {
     for (int iRound = 0; iRound < 5; ++iRound) {
         const std::string strPath = m_folder.Path("round" + std::to_string(iRound) + "/settings.db");
         std::vector<pid_t> vecProcesses;
+        vecProcesses.reserve(PROCESSES);
         for (int i = 0; i < PROCESSES; ++i) {
             vecProcesses.push_back(StartProcess([&] { CSqliteStore(strPath).Save(Expression(std::to_string(i))); }));
         }
@@ -556,7 +557,7 @@ int RunOutOfMemory(const std::function<void()>& fnRun, const std::function<void(
     for (int iTimes = 0;; ++iTimes) {
         bool bEnough = true;
         try {
-            const CMemoryLimit limit(iTimes * 4096);
+            const CMemoryLimit limit(sqlite3_int64{4096} * iTimes);
             fnRun();
         } catch (const std::bad_alloc&) {
             bEnough = false;
