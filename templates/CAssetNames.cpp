@@ -7,8 +7,8 @@
 
 namespace {
 
-template <class Manager>
-void AskOf(Manager& manager, std::unordered_map<std::string, bool>& names) {
+template <class Manager, class Names>
+void AskOf(Manager& manager, Names& names) {
     std::vector<std::string> vecNames;
     vecNames.reserve(names.size());
     for (const auto& entry : names) {
@@ -26,7 +26,8 @@ void AskOf(Manager& manager, std::unordered_map<std::string, bool>& names) {
 
 const CAssetNames::Entry& CAssetNames::Add(EElementType eType, std::string_view strName) {
     Names& names = eType == EElementType::ENTITY ? m_expressions : m_keywords;
-    return *names.try_emplace(std::string(strName), false).first;
+    const auto itName = names.find(strName);
+    return itName == names.end() ? *names.emplace(strName, false).first : *itName;
 }
 
 void CAssetNames::Ask() {
@@ -35,5 +36,5 @@ void CAssetNames::Ask() {
 }
 
 bool CAssetNames::IsStored(EElementType eType, std::string_view strName) const {
-    return (eType == EElementType::ENTITY ? m_expressions : m_keywords).at(std::string(strName));
+    return Of(eType).find(strName)->second;
 }

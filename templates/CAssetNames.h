@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstddef>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -11,9 +13,16 @@
  * of all names is ever read.
  */
 class CAssetNames {
+    /** Lets views be looked up without a copy. */
+    struct SHash {
+        using is_transparent = void;
+        std::size_t operator()(std::string_view strName) const { return std::hash<std::string_view>()(strName); }
+    };
+    using Names = std::unordered_map<std::string, bool, SHash, std::equal_to<>>;
+
   public:
     /** A name in UTF-8, and whether an asset of it is stored; stays in place while the object lives. */
-    using Entry = std::unordered_map<std::string, bool>::value_type;
+    using Entry = Names::value_type;
 
     /** @param eType ENTITY or KEYWORD */
     const Entry& Add(EElementType eType, std::string_view strName);
@@ -23,7 +32,7 @@ class CAssetNames {
     bool IsStored(EElementType eType, std::string_view strName) const;
 
   private:
-    using Names = std::unordered_map<std::string, bool>;
+    const Names& Of(EElementType eType) const { return eType == EElementType::ENTITY ? m_expressions : m_keywords; }
 
     Names m_expressions;
     Names m_keywords;

@@ -160,9 +160,9 @@ void CTemplateExport::TakeTemplate(std::size_t iRequest) {
 
 /** Logs and describes the first reference that no stored asset answers, if there is one. */
 std::optional<std::string> CTemplateExport::FindInvalidReference(const SPreparedTemplate& prepared) const {
-    for (const SPreparedTemplate::SReference& reference : prepared.vecChecked) {
+    for (const SPreparedTemplate::SReference& reference : prepared.vecReferences) {
         const auto& [strName, bStored] = *reference.pName;
-        if (!bStored) {
+        if (reference.bChecked && !bStored) {
             const bool bExpression = reference.eType == EElementType::ENTITY;
             DLP_LOG(DBG::LEVEL_CONTENT,
                     bExpression ? L"template contain invalid expression %s" : L"template contain invalid keyword %s",

@@ -9,39 +9,32 @@
 
 namespace {
 
-/** Any case will do here; blanks around it will not. */
-EElementType CheckedType(std::string_view strType) {
-    for (const EElementType eType : {EElementType::ENTITY, EElementType::KEYWORD}) {
-        if (OS::EqualsNoCase(strType, std::string_view(ElementTypeText(eType)))) {
-            return eType;
-        }
-    }
-    return EElementType::UNKNOWN;
+/** Any case will do for the reference check; blanks around the type will not. */
+bool IsSupported(std::string_view strType) {
+    return OS::EqualsNoCase(strType, std::string_view(ElementTypeText(EElementType::ENTITY))) ||
+           OS::EqualsNoCase(strType, std::string_view(ElementTypeText(EElementType::KEYWORD)));
 }
 
-void CollectChecked(const CXMLView& element, CAssetNames& names, SPreparedTemplate& prepared) {
-    for (CXMLView rule = element.FirstChild(TagUtf8::MATCH_RULE); rule; rule = rule.NextSibling(TagUtf8::MATCH_RULE)) {
-        CXMLView block = rule.FirstChild(TagUtf8::BUILDING_BLOCK);
-        for (; block; block = block.NextSibling(TagUtf8::BUILDING_BLOCK)) {
-            const std::string_view strType = block.Attribute(TagUtf8::SOURCE_TYPE);
-            const EElementType eType = CheckedType(strType);
-            if (eType == EElementType::UNKNOWN) {
-                prepared.strUnsupportedType = strType;
-                return;
-            }
-            prepared.vecChecked.push_back({eType, &names.Add(eType, block.Attribute(TagUtf8::SOURCE_NAME))});
-        }
+void WriteBlock(CXMLWriter& writer, const CXMLView& node, bool bChecked, CAssetNames& names,
+                SPreparedTemplate& prepared) {
+    const TemplateXml::SBuildingBlock block = TemplateXml::ReadBuildingBlock(node);
+    TemplateXml::WriteBuildingBlock(writer, block);
+    bChecked = bChecked && !prepared.strUnsupportedType;
+    if (const std::string_view strType = node.Attribute(TagUtf8::SOURCE_TYPE); bChecked && !IsSupported(strType)) {
+        prepared.strUnsupportedType = strType;
+        bChecked = false;
+    }
+    if (block.eType != EElementType::UNKNOWN) {
+        prepared.vecReferences.push_back({block.eType, &names.Add(block.eType, block.strName), bChecked});
     }
 }
 
+/** Every child is read as a block, but the check looks at building blocks of match rules alone. */
 void WriteRule(CXMLWriter& writer, const CXMLView& rule, CAssetNames& names, SPreparedTemplate& prepared) {
+    const bool bMatchRule = rule.Name() == TagUtf8::MATCH_RULE;
     TemplateXml::StartMatchRule(writer, TemplateXml::ReadOperation(rule));
     for (CXMLView child = rule.FirstChild(); child; child = child.NextSibling()) {
-        const TemplateXml::SBuildingBlock block = TemplateXml::ReadBuildingBlock(child);
-        TemplateXml::WriteBuildingBlock(writer, block);
-        if (block.eType != EElementType::UNKNOWN) {
-            prepared.vecReferences.push_back({block.eType, &names.Add(block.eType, block.strName)});
-        }
+        WriteBlock(writer, child, bMatchRule && child.Name() == TagUtf8::BUILDING_BLOCK, names, prepared);
     }
     writer.EndElement();
 }
@@ -70,7 +63,6 @@ SPreparedTemplate SPreparedTemplate::Make(const CSettingsRow& row, CAssetNames& 
         prepared.bTemplate = element.Name() == TagUtf8::TEMPLATE;
         if (prepared.bTemplate) {
             prepared.strName = element.Attribute(TagUtf8::NAME);
-            CollectChecked(element, names, prepared);
             Write(element, row, names, prepared);
         }
     } catch (const CXMLException& exception) {

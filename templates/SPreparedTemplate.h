@@ -16,6 +16,7 @@ struct SPreparedTemplate {
     struct SReference {
         EElementType eType;
         const CAssetNames::Entry* pName;
+        bool bChecked;  ///< the reference check looks at it
     };
 
     /**
@@ -28,10 +29,10 @@ struct SPreparedTemplate {
     std::string strName;  ///< the element's
     std::vector<std::string> vecIndustries;
     std::vector<std::string> vecRegions;
-    std::string strMarkup;                          ///< the element as it is exported
-    std::vector<SReference> vecReferences;          ///< of all its rules
-    std::vector<SReference> vecChecked;             ///< those that the reference check looks at, in its order
-    std::optional<std::string> strUnsupportedType;  ///< of the block after them, where the check ends
-    bool bTemplate = false;                         ///< the element is a template
-    std::optional<CXMLException> failure;           ///< why it cannot be written
+    std::string strMarkup;                  ///< the element as it is exported
+    std::vector<SReference> vecReferences;  ///< in document order
+    std::optional<std::string>
+        strUnsupportedType;                ///< of the block, after those that are checked, where the check ends
+    bool bTemplate = false;                ///< the element is a template
+    std::optional<CXMLException> failure;  ///< why it cannot be written
 };
