@@ -39,13 +39,17 @@ void WriteRule(CXMLWriter& writer, const CXMLView& rule, CAssetNames& names, SPr
     writer.EndElement();
 }
 
+/** The rules first: their references are wanted even when the record's own texts cannot be written. */
 void Write(const CXMLView& element, const CSettingsRow& row, CAssetNames& names, SPreparedTemplate& prepared) {
+    std::string strRules;
+    CXMLWriter rules(strRules);
+    for (CXMLView rule = element.FirstChild(); rule; rule = rule.NextSibling()) {
+        WriteRule(rules, rule, names, prepared);
+    }
     CXMLWriter writer(prepared.strMarkup);
     TemplateXml::StartTemplate(writer, prepared.strName, row.GetText(TemplateColumn::DISPLAY_NAME),
                                row.GetText(TemplateColumn::DESCRIPTION), row.GetFlag(TemplateColumn::PRE_DEFINED));
-    for (CXMLView rule = element.FirstChild(); rule; rule = rule.NextSibling()) {
-        WriteRule(writer, rule, names, prepared);
-    }
+    writer.Raw(strRules);
     writer.EndElement();
 }
 
