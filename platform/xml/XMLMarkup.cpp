@@ -1,7 +1,9 @@
 #include "platform/xml/XMLMarkup.hpp"
 
 #include <algorithm>
+#include <set>
 #include <string_view>
+#include <unordered_set>
 
 #include "platform/xml/CXMLTree.hpp"
 #include "platform/xml/XMLText.hpp"
@@ -12,11 +14,6 @@ namespace {
 
 bool IsDeclaration(std::string_view strName) {
     return strName == "xmlns" || strName.substr(0, 6) == "xmlns:";
-}
-
-bool IsDeclared(const std::vector<CDeclaration>& vecDeclarations, std::string_view strName) {
-    return std::any_of(vecDeclarations.begin(), vecDeclarations.end(),
-                       [strName](const CDeclaration& declaration) { return declaration.first == strName; });
 }
 
 void AppendAttribute(std::string& strOut, std::string_view strName, std::string_view strValue) {
@@ -92,20 +89,21 @@ bool AppendOpening(std::string& strOut, pugi::xml_node node, const SSkip& skip,
 
 }  // namespace
 
-std::vector<CDeclaration> DeclarationsInScope(pugi::xml_node element) {
+std::vector<CDeclaration> DeclarationsInScope(pugi::xml_node node) {
     std::vector<CDeclaration> vecDeclarations;
-    for (pugi::xml_node node = XmlTree::ParentElement(element); node; node = XmlTree::ParentElement(node)) {
-        for (const pugi::xml_attribute& attribute : node.attributes()) {
-            if (IsDeclaration(attribute.name()) && !element.attribute(attribute.name()) &&
-                !IsDeclared(vecDeclarations, attribute.name())) {
+    if (node.type() != pugi::node_element) {
+        return vecDeclarations;
+    }
+    // The nearest declaration of a name holds, and an empty value takes back what an outer element declares.
+    std::unordered_set<std::string_view> lstSeen;
+    for (pugi::xml_node element = node; element; element = XmlTree::ParentElement(element)) {
+        for (const pugi::xml_attribute& attribute : element.attributes()) {
+            const bool bNearest = IsDeclaration(attribute.name()) && lstSeen.insert(attribute.name()).second;
+            if (bNearest && element != node && *attribute.value() != '\0') {
                 vecDeclarations.emplace_back(attribute.name(), attribute.value());
             }
         }
     }
-    // An empty value takes back what an outer element declares.
-    vecDeclarations.erase(std::remove_if(vecDeclarations.begin(), vecDeclarations.end(),
-                                         [](const CDeclaration& declaration) { return declaration.second.empty(); }),
-                          vecDeclarations.end());
     return vecDeclarations;
 }
 
@@ -114,8 +112,9 @@ void AddDeclarations(pugi::xml_node element, const std::vector<CDeclaration>& ve
         return;
     }
     const std::vector<CDeclaration> vecPresent = DeclarationsInScope(element);
+    const std::set<CDeclaration> lstPresent(vecPresent.begin(), vecPresent.end());
     for (const CDeclaration& declaration : vecDeclarations) {
-        if (std::find(vecPresent.begin(), vecPresent.end(), declaration) == vecPresent.end()) {
+        if (lstPresent.count(declaration) == 0) {
             XmlTree::Require(element.append_attribute(declaration.first.c_str()).set_value(declaration.second.c_str()));
         }
     }

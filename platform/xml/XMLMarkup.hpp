@@ -11,8 +11,8 @@ namespace XmlMarkup {
 /** A namespace declaration: the attribute's name and value. */
 using CDeclaration = std::pair<std::string, std::string>;
 
-/** @return the declarations that the element's ancestors make for it and that it does not make itself */
-std::vector<CDeclaration> DeclarationsInScope(pugi::xml_node element);
+/** @return the declarations that an element's ancestors make for it and that it does not make itself; else none */
+std::vector<CDeclaration> DeclarationsInScope(pugi::xml_node node);
 /** Adds those of the declarations that are not in scope where the element is now. */
 void AddDeclarations(pugi::xml_node element, const std::vector<CDeclaration>& vecDeclarations);
 

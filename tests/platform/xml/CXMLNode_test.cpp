@@ -329,6 +329,31 @@ TEST(XmlAppend, NamespaceDeclarationsComeAlongInsideOneDocument) {
     EXPECT_EQ("<x xmlns:q=\"w\"><m xmlns:p=\"u\"/><p:a xmlns:p=\"u\"/></x>", Saved(document));
 }
 
+TEST(XmlAppend, WhatIsNoElementTakesNoDeclarationsAlong) {
+    const CXMLParser source = Load("<s xmlns:p='u'>t<!--c--></s>");
+    CXMLParser target = Load("<t/>");
+    for (const wchar_t* pXPath : {L"/s/text()", L"/s/comment()"}) {
+        auto pNode = Select(source, pXPath);
+        target.GetRootElement()->AppendChild(pNode);
+    }
+    EXPECT_EQ("<t>t<!--c--></t>", Saved(target));
+}
+
+TEST(XmlAppend, ManyNamespaceDeclarationsTakeNoTime) {
+    constexpr int COUNT = 300000;
+    std::string strText = "<x";
+    for (int i = 0; i < COUNT; ++i) {
+        strText += " xmlns:p" + std::to_string(i) + "='u'";
+    }
+    const CXMLParser source = Load(strText + "><a/></x>");
+    CXMLParser target = Load("<t/>");
+    auto pNode = Select(source, L"/x/a");
+    const std::string strMarkup = Markup(pNode);
+    target.GetRootElement()->AppendChild(pNode);
+    EXPECT_TRUE(strMarkup == Markup(pNode));
+    EXPECT_TRUE("<t>" + strMarkup + "</t>" == Saved(target));
+}
+
 TEST(XmlAppend, NothingRecursesOverDepth) {
     constexpr int DEPTH = 300000;
     CXMLParser document;
