@@ -9,16 +9,18 @@ find_package(Boost REQUIRED)
 # What every target of the project is compiled with.
 add_library(dlp_options INTERFACE)
 target_include_directories(dlp_options INTERFACE ${PROJECT_SOURCE_DIR})
-target_compile_options(dlp_options INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wshadow)
+target_compile_options(dlp_options INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wshadow
+                                             $<$<CONFIG:Release>:-O2>)
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
     # False alarms over std::string's own code: https://gcc.gnu.org/bugzilla/show_bug.cgi?id=105329
-    target_compile_options(dlp_options INTERFACE -Wno-restrict)
+    target_compile_options(dlp_options INTERFACE -Wno-restrict -Wno-stringop-overflow)
 endif()
 target_compile_definitions(dlp_options INTERFACE $<$<NOT:$<CONFIG:Debug>>:_FORTIFY_SOURCE=2>)
 if(DLP_WARNINGS_AS_ERRORS)
     target_compile_options(dlp_options INTERFACE -Werror)
 endif()
 if(DLP_SANITIZE)
+    target_compile_options(dlp_options INTERFACE -O1 -g1)
     target_compile_options(dlp_options INTERFACE -fsanitize=${DLP_SANITIZE} -fno-omit-frame-pointer
                                                  -fno-sanitize-recover=all -U_FORTIFY_SOURCE)
     target_link_options(dlp_options INTERFACE -fsanitize=${DLP_SANITIZE})

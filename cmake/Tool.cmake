@@ -9,6 +9,7 @@ list(REMOVE_ITEM DLP_TOOL_SOURCES ${PROJECT_SOURCE_DIR}/cli/main.cpp)
 add_library(dlpctl_core STATIC ${DLP_TOOL_SOURCES})
 target_link_libraries(dlpctl_core PUBLIC dlpparser_static PRIVATE dlp_options CLI11::CLI11
                                          nlohmann_json::nlohmann_json spdlog::spdlog)
+target_precompile_headers(dlpctl_core PRIVATE <nlohmann/json.hpp> <string> <vector>)
 target_compile_definitions(dlpctl_core PRIVATE DLP_VERSION="${PROJECT_VERSION}")
 
 add_executable(dlpctl ${PROJECT_SOURCE_DIR}/cli/main.cpp)

@@ -42,7 +42,8 @@ class MetaDataFaults : public testing::Test {
 
 }  // namespace
 
-void* operator new(std::size_t iSize) {
+// Not inlined: compilers warn where they see one half of such a pair without the other.
+[[gnu::noinline]] void* operator new(std::size_t iSize) {
     if (s_iFailAllocation > 0 && --s_iFailAllocation == 0) {
         throw std::bad_alloc();
     }
@@ -51,10 +52,10 @@ void* operator new(std::size_t iSize) {
     }
     throw std::bad_alloc();
 }
-void operator delete(void* pMemory) noexcept {
+[[gnu::noinline]] void operator delete(void* pMemory) noexcept {
     std::free(pMemory);
 }
-void operator delete(void* pMemory, std::size_t) noexcept {
+[[gnu::noinline]] void operator delete(void* pMemory, std::size_t) noexcept {
     std::free(pMemory);
 }
 
