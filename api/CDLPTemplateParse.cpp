@@ -55,7 +55,8 @@ bool CDLPTemplateParse::ParseContent(std::vector<OS::x_wstring>& vecRules, std::
 bool CDLPTemplateParse::SaveToXMLStr(const std::vector<OS::x_wstring>& vecRules,
                                      const std::vector<OS::x_wstring>& vecOperators, OS::x_wstring strName,
                                      OS::x_wstring strDisplayName, OS::x_wstring strDescription) {
-    const CComplianceTemplates compliance(strName, strDisplayName, strDescription, vecRules, vecOperators);
+    const CComplianceTemplates compliance(std::move(strName), std::move(strDisplayName), std::move(strDescription),
+                                          vecRules, vecOperators);
     OS::x_wstring strXml = compliance.ToXmlString();
     if (!strXml.empty()) {
         m_strContent = std::move(strXml);

@@ -35,6 +35,7 @@ std::map<std::string, std::string> ReadDisplayNames(CTemplateExport::ListOperati
 
 std::vector<OS::x_wstring> MakeSubjects(const wchar_t* pPrefix, const std::set<std::string>& lstNames) {
     std::vector<OS::x_wstring> vecSubjects;
+    vecSubjects.reserve(lstNames.size());
     for (const std::string& strName : lstNames) {
         vecSubjects.push_back(pPrefix + OS::WideText(strName));
     }
@@ -121,15 +122,19 @@ bool CTemplateExport::AskForAssets() {
     }
 }
 
-void CTemplateExport::TakeTemplate(std::size_t iRequest) {
+void CTemplateExport::LogLookup(std::size_t iRequest) const {
     TemplateLog::FindEntered(CTemplateMgr::SEARCH_ELEMENT_NAME, m_vecNames[iRequest]);
-    if (!m_bListRead) {
-        TemplateLog::ListFailed();
-        TemplateLog::ListUnavailable();
-    } else {
+    if (m_bListRead) {
         TemplateLog::ListRead();
         TemplateLog::FindLeft(m_vecPrepared[iRequest].has_value());
+    } else {
+        TemplateLog::ListFailed();
+        TemplateLog::ListUnavailable();
     }
+}
+
+void CTemplateExport::TakeTemplate(std::size_t iRequest) {
+    LogLookup(iRequest);
     if (!m_vecPrepared[iRequest]) {
         DLP_LOG(DBG::LEVEL_ERROR, L"Unable to find template.");
         LeaveOut(iRequest, ELeftOut::NOT_STORED, std::string());

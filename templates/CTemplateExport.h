@@ -40,6 +40,7 @@ class CTemplateExport {
 
     void ReadTemplates();
     bool AskForAssets();
+    void LogLookup(std::size_t iRequest) const;
     void TakeTemplate(std::size_t iRequest);
     std::optional<std::string> FindInvalidReference(const SPreparedTemplate& prepared) const;
     void LeaveOut(std::size_t iRequest, ELeftOut eReason, const std::string& strDetail);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <utility>
 
 #include "platform/common/CException.h"
 #include "platform/common/TextConversion.h"
@@ -66,11 +67,10 @@ CComplianceTemplates::CComplianceTemplates(const CXMLView& element) {
     Read(element);
 }
 
-CComplianceTemplates::CComplianceTemplates(const OS::x_wstring& strName, const OS::x_wstring& strDisplayName,
-                                           const OS::x_wstring& strDescription,
-                                           const std::vector<OS::x_wstring>& vecRules,
+CComplianceTemplates::CComplianceTemplates(OS::x_wstring strName, OS::x_wstring strDisplayName,
+                                           OS::x_wstring strDescription, const std::vector<OS::x_wstring>& vecRules,
                                            const std::vector<OS::x_wstring>& vecOperators) {
-    m_template = {strName, strDisplayName, strDescription, false, {}};
+    m_template = {std::move(strName), std::move(strDisplayName), std::move(strDescription), false, {}};
     const std::size_t iRules = std::min(vecRules.size(), vecOperators.size());
     for (std::size_t i = 0; i < iRules; ++i) {
         m_template.vecRules.push_back(ParseMatchRule(vecRules[i], vecOperators[i]));

@@ -30,9 +30,8 @@ class CComplianceTemplates {
     /** Reads a template element: every child element as a rule, every child of a rule as a building block. */
     explicit CComplianceTemplates(const CXMLView& element);
     /** Makes a user's template; rules and operators are read in pairs as far as the shorter list goes. */
-    CComplianceTemplates(const OS::x_wstring& strName, const OS::x_wstring& strDisplayName,
-                         const OS::x_wstring& strDescription, const std::vector<OS::x_wstring>& vecRules,
-                         const std::vector<OS::x_wstring>& vecOperators);
+    CComplianceTemplates(OS::x_wstring strName, OS::x_wstring strDisplayName, OS::x_wstring strDescription,
+                         const std::vector<OS::x_wstring>& vecRules, const std::vector<OS::x_wstring>& vecOperators);
 
     const STemplate& GetTemplate() const { return m_template; }
     /** Appends the rules as an editing screen shows them; see FormatMatchRules. */
