@@ -300,6 +300,18 @@ TEST_F(TemplateExport, NameThatIsNotStoredIsLeftOut) {
     EXPECT_EQ(Heard({L"t", L"T"}), Lines{"t 0 "});
 }
 
+TEST_F(TemplateExport, StoredElementThatIsNoTemplateIsLeftOut) {
+    CCfgSettingDLPFilterTemplate record(L"subject");
+    record.SetElementMarkup("<other/>", "T");  // a store that says otherwise than its element
+    record.SaveThis();
+    EXPECT_EQ(ManagerLines({L"T"}), Joined({Entered(1),
+                                            FoundLines("T"),
+                                            {"Unable to find template node. skip this one."},
+                                            CATEGORY_LINES,
+                                            Left(EMPTY_DOCUMENT)}));
+    EXPECT_EQ(Heard({L"T"}), Lines{"T 2 "});
+}
+
 TEST_F(TemplateExport, ChildrenThatAreNoRulesAreReadAsRules) {
     TemplateStore::AddTemplate({"T", "t",
                                 "<industries><industry sourceType=\"KEYWORD\" sourceName=\"Words\"/>"

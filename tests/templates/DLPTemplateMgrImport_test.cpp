@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
-#include <new>
 
 #include "api/CDLPDigitalAssetsParser.h"
 #include "templates/DLPTemplateMgr.h"
