@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 
 #include <cstdlib>
+#include <cstring>
 #include <new>
 
 #include "api/DLPMetaDataLoaderImpl.h"
@@ -72,6 +73,34 @@ TEST_F(MetaDataFaults, LoadThatFailsAnywhereLeavesItNotLoaded) {
                                              "0x1003 util_ParseDLPTemplate.cpp DLPMetaDataLoaderImpl::Load() failed: "
                                              "injected fault"));
         EXPECT_FALSE(HasValidators(loader));
+    }
+}
+
+TEST_F(MetaDataFaults, FailedLoadKeepsTheSectionsReadBeforeInTheirOrder) {
+    m_dir.Write("config/PredefinedDLPPolicy.xml",
+                "<SAPolicy><regions/><industries/><dictionary_types/><entity_types/><validators/></SAPolicy>");
+    const struct {
+        const char* pMarkup;
+        bool (DLPMetaDataLoaderImpl::*fnGet)(std::vector<OS::x_wstring>&, std::vector<OS::x_wstring>&);
+    } SECTIONS[] = {
+        {"<validators/>", &DLPMetaDataLoaderImpl::GetValidators},
+        {"<entity_types/>", &DLPMetaDataLoaderImpl::GetExpressionTypes},
+        {"<dictionary_types/>", &DLPMetaDataLoaderImpl::GetKeywordConditions},
+        {"<industries/>", &DLPMetaDataLoaderImpl::GetIndustries},
+        {"<regions/>", &DLPMetaDataLoaderImpl::GetRegions},
+    };
+    for (int iRead = 0; iRead < 5; ++iRead) {
+        XmlFaults::FailAt(2 + 2 * iRead);  // the file is the first step, each section takes two
+        DLPMetaDataLoaderImpl loader;
+        for (int i = 0; i < 5; ++i) {
+            CLogRecorder log;
+            std::vector<OS::x_wstring> vecNames;
+            std::vector<OS::x_wstring> vecDisplayNames;
+            EXPECT_FALSE((loader.*SECTIONS[i].fnGet)(vecNames, vecDisplayNames));
+            const std::size_t iLength = i < iRead ? std::strlen(SECTIONS[i].pMarkup) : 0;
+            EXPECT_THAT(log.Messages(DBG::LEVEL_ENTER),
+                        ElementsAre(testing::HasSubstr("(xmllength=" + std::to_string(iLength) + ", ")));
+        }
     }
 }
 
