@@ -34,7 +34,8 @@ class DLP_PLATFORM_API CXMLParser {
     CXMLParser();
     /**
      * Loads a file (backslashes in the path may stand for slashes). UTF-16 with a byte order mark is converted first;
-     * everything else is UTF-8. A file with no element at all gives a document without root.
+     * everything else is UTF-8, and declaring UTF-16 without being it is a fault. A file with no element at all gives a
+     * document without root.
      * @throws CXMLCOMException<OS::CException> when it cannot be read or is not well-formed otherwise
      */
     explicit CXMLParser(const wchar_t* pPath);
