@@ -15,7 +15,7 @@ using Lines = std::vector<std::string>;
 const Lines UNREADABLE = {"0x1003 DLPTemplateMgr.cpp Fail to call GetTemplateList",
                           "0x1003 DLPTemplateMgr.cpp Unable to get tempate list."};
 
-class TemplateManager : public testing::Test {
+class TemplateMgr : public testing::Test {
   protected:
     void SetUp() override { CSettingsStore::Open(TemplateStore::MEMORY); }
 
@@ -48,7 +48,7 @@ Lines WithoutPointer(Lines vecLines) {
 
 }  // namespace
 
-TEST_F(TemplateManager, ListIsRead) {
+TEST_F(TemplateMgr, ListIsRead) {
     TemplateStore::AddTemplate({"B", "b"});
     TemplateStore::AddTemplate({"A", "a"});
     CLogRecorder log;
@@ -59,7 +59,7 @@ TEST_F(TemplateManager, ListIsRead) {
     EXPECT_EQ(log.Lines(), Lines{"0x102 DLPTemplateMgr.cpp CTemplateMgr::GetTemplateList successfully"});
 }
 
-TEST_F(TemplateManager, UnreadableListIsLogged) {
+TEST_F(TemplateMgr, UnreadableListIsLogged) {
     CStoreFaults faults;
     CSettingsStore::Open(TemplateStore::MEMORY);
     faults.FailAt(1);
@@ -69,7 +69,7 @@ TEST_F(TemplateManager, UnreadableListIsLogged) {
     EXPECT_EQ(log.Lines(), Lines{"0x1003 DLPTemplateMgr.cpp Fail to call GetTemplateList"});
 }
 
-TEST_F(TemplateManager, SaveReplacesTheWholeList) {
+TEST_F(TemplateMgr, SaveReplacesTheWholeList) {
     TemplateStore::AddTemplate({"A", "a"});
     CTemplateMgr::List lstTemplates = {Record(L"new"), nullptr};
     CLogRecorder log;
@@ -79,7 +79,7 @@ TEST_F(TemplateManager, SaveReplacesTheWholeList) {
                                   "0x110 DLPTemplateMgr.cpp CTemplateMgr::SaveSetting successfully"}));
 }
 
-TEST_F(TemplateManager, SavingNothingStillEmptiesTheStore) {
+TEST_F(TemplateMgr, SavingNothingStillEmptiesTheStore) {
     TemplateStore::AddTemplate({"A", "a"});
     CTemplateMgr::List lstTemplates;
     CLogRecorder log;
@@ -89,7 +89,7 @@ TEST_F(TemplateManager, SavingNothingStillEmptiesTheStore) {
                                   "0x110 DLPTemplateMgr.cpp CTemplateMgr::SaveSetting successfully"}));
 }
 
-TEST_F(TemplateManager, SaveThatFailsIsLogged) {
+TEST_F(TemplateMgr, SaveThatFailsIsLogged) {
     CStoreFaults faults;
     CSettingsStore::Open(TemplateStore::MEMORY);
     faults.FailAt(1);
@@ -100,7 +100,7 @@ TEST_F(TemplateManager, SaveThatFailsIsLogged) {
                                   "0x1003 DLPTemplateMgr.cpp Fail to call SetTemplateList."}));
 }
 
-TEST_F(TemplateManager, FindComparesTheFieldExactly) {
+TEST_F(TemplateMgr, FindComparesTheFieldExactly) {
     TemplateStore::AddTemplate({"Inner", "Shown"});
     EXPECT_EQ(Find(CTemplateMgr::SEARCH_SUBJECT, L"ORVAL_SUB_CFG_DLP_TEMPLATEInner"), "Shown");
     EXPECT_EQ(Find(CTemplateMgr::SEARCH_NAME, L"Shown"), "Shown");
@@ -112,13 +112,13 @@ TEST_F(TemplateManager, FindComparesTheFieldExactly) {
     EXPECT_EQ(Find(CTemplateMgr::SEARCH_SUBJECT, L"Inner"), "none");
 }
 
-TEST_F(TemplateManager, FindTakesTheFirstInTheListsOrder) {
+TEST_F(TemplateMgr, FindTakesTheFirstInTheListsOrder) {
     TemplateStore::AddTemplate({"Same", "second", "", false, {}, {}, "", "b"});
     TemplateStore::AddTemplate({"Same", "first", "", false, {}, {}, "", "a"});
     EXPECT_EQ(Find(CTemplateMgr::SEARCH_ELEMENT_NAME, L"Same"), "first");
 }
 
-TEST_F(TemplateManager, FindPassesOverElementsThatAreNoTemplate) {
+TEST_F(TemplateMgr, FindPassesOverElementsThatAreNoTemplate) {
     TemplateStore::AddElement("1", "");
     TemplateStore::AddElement("2", "<template name=\"x\"");
     TemplateStore::AddElement("3", "<other name=\"x\"/>");
@@ -127,14 +127,14 @@ TEST_F(TemplateManager, FindPassesOverElementsThatAreNoTemplate) {
     EXPECT_EQ(Find(CTemplateMgr::SEARCH_ELEMENT_NAME, L""), "none");
 }
 
-TEST_F(TemplateManager, ElementWithoutNameMatchesTheEmptyName) {
+TEST_F(TemplateMgr, ElementWithoutNameMatchesTheEmptyName) {
     TemplateStore::AddElement("1", "<template display_name=\"x\"/>");
     CTemplateMgr::Record pFound;
     ASSERT_TRUE(m_manager.FindTemplate(CTemplateMgr::SEARCH_ELEMENT_NAME, L"", pFound));
     EXPECT_EQ(pFound->Row().GetSubject(), "ORVAL_SUB_CFG_DLP_TEMPLATE1");
 }
 
-TEST_F(TemplateManager, FindLogsTheWalk) {
+TEST_F(TemplateMgr, FindLogsTheWalk) {
     TemplateStore::AddTemplate({"A", "a"});
     CLogRecorder log;
     Find(CTemplateMgr::SEARCH_ELEMENT_NAME, L"A");
@@ -150,7 +150,7 @@ TEST_F(TemplateManager, FindLogsTheWalk) {
                      "0x111 DLPTemplateMgr.cpp Unable to find the template"}));
 }
 
-TEST_F(TemplateManager, FindByAnUnknownFieldReadsTheListAndFindsNothing) {
+TEST_F(TemplateMgr, FindByAnUnknownFieldReadsTheListAndFindsNothing) {
     TemplateStore::AddTemplate({"A", "A"});
     for (const int iField : {3, 100, -1}) {
         CLogRecorder log;
@@ -162,13 +162,13 @@ TEST_F(TemplateManager, FindByAnUnknownFieldReadsTheListAndFindsNothing) {
     }
 }
 
-TEST_F(TemplateManager, FindInAnEmptyStoreFindsNothing) {
+TEST_F(TemplateMgr, FindInAnEmptyStoreFindsNothing) {
     CLogRecorder log;
     EXPECT_EQ(Find(CTemplateMgr::SEARCH_ELEMENT_NAME, L"A"), "none");
     EXPECT_EQ(log.Lines().back(), "0x111 DLPTemplateMgr.cpp Unable to find the template");
 }
 
-TEST_F(TemplateManager, FindInAnUnreadableStoreIsLogged) {
+TEST_F(TemplateMgr, FindInAnUnreadableStoreIsLogged) {
     CStoreFaults faults;
     CSettingsStore::Open(TemplateStore::MEMORY);
     for (const int iField : {0, 1, 2, 3}) {
@@ -184,7 +184,7 @@ TEST_F(TemplateManager, FindInAnUnreadableStoreIsLogged) {
               OS::Utf8Lenient(STORE_FAULT));
 }
 
-TEST_F(TemplateManager, FoundRecordIsACopy) {
+TEST_F(TemplateMgr, FoundRecordIsACopy) {
     TemplateStore::AddTemplate({"A", "a"});
     CTemplateMgr::Record pFound;
     ASSERT_TRUE(m_manager.FindTemplate(CTemplateMgr::SEARCH_ELEMENT_NAME, L"A", pFound));
@@ -194,7 +194,7 @@ TEST_F(TemplateManager, FoundRecordIsACopy) {
     EXPECT_EQ(pAgain->Row().GetText(TemplateColumn::DESCRIPTION), "");
 }
 
-TEST_F(TemplateManager, EditReplacesTheRecordWhole) {
+TEST_F(TemplateMgr, EditReplacesTheRecordWhole) {
     TemplateStore::AddTemplate({"A", "a", "", true, {"Finance"}, {"Europe"}, "old"});
     TemplateStore::AddTemplate({"B", "b"});
     const CTemplateMgr::Record pNew = Record(L"ORVAL_SUB_CFG_DLP_TEMPLATEA");
@@ -214,7 +214,7 @@ TEST_F(TemplateManager, EditReplacesTheRecordWhole) {
               "element=\"<template name=\\\"B\\\"></template>\"\n");
 }
 
-TEST_F(TemplateManager, EditLogsTheNewRecordsFlag) {
+TEST_F(TemplateMgr, EditLogsTheNewRecordsFlag) {
     TemplateStore::AddTemplate({"A", "a"});
     const CTemplateMgr::Record pNew = Record(L"ORVAL_SUB_CFG_DLP_TEMPLATEA");
     pNew->SetIsBuildIn(true);
@@ -223,7 +223,7 @@ TEST_F(TemplateManager, EditLogsTheNewRecordsFlag) {
     EXPECT_EQ(log.Lines().at(2), "0x102 DLPTemplateMgr.cpp isBuildin = 1");
 }
 
-TEST_F(TemplateManager, EditNeverAdds) {
+TEST_F(TemplateMgr, EditNeverAdds) {
     TemplateStore::AddTemplate({"A", "a"});
     const std::string strBefore = TemplateStore::Dump();
     CLogRecorder log;
@@ -235,7 +235,7 @@ TEST_F(TemplateManager, EditNeverAdds) {
     EXPECT_EQ(TemplateStore::Dump(), strBefore);
 }
 
-TEST_F(TemplateManager, EditOfNothingDoesNotReadTheStore) {
+TEST_F(TemplateMgr, EditOfNothingDoesNotReadTheStore) {
     CStoreFaults faults;
     CSettingsStore::Open(TemplateStore::MEMORY);
     faults.CountOnly();
@@ -246,7 +246,7 @@ TEST_F(TemplateManager, EditOfNothingDoesNotReadTheStore) {
                                   "0x1003 DLPTemplateMgr.cpp pTemplate is NULL."}));
 }
 
-TEST_F(TemplateManager, EditOverAFailingStoreIsLoggedAndChangesNothing) {
+TEST_F(TemplateMgr, EditOverAFailingStoreIsLoggedAndChangesNothing) {
     CStoreFaults faults;
     CSettingsStore::Open(TemplateStore::MEMORY);
     TemplateStore::AddTemplate({"A", "a"});
@@ -269,7 +269,7 @@ TEST_F(TemplateManager, EditOverAFailingStoreIsLoggedAndChangesNothing) {
     }
 }
 
-TEST_F(TemplateManager, SizeIsNotCountedWhenNobodyListens) {
+TEST_F(TemplateMgr, SizeIsNotCountedWhenNobodyListens) {
     CStoreFaults faults;
     CSettingsStore::Open(TemplateStore::MEMORY);
     TemplateStore::AddTemplate({"A", "a"});
@@ -278,7 +278,7 @@ TEST_F(TemplateManager, SizeIsNotCountedWhenNobodyListens) {
     EXPECT_EQ(faults.GetOperations(), (Lines{"Find", "Save"}));
 }
 
-TEST_F(TemplateManager, EditRefusesTextThatNoStoreKeeps) {
+TEST_F(TemplateMgr, EditRefusesTextThatNoStoreKeeps) {
     TemplateStore::AddTemplate({"A", "a"});
     const std::string strBefore = TemplateStore::Dump();
     const CTemplateMgr::Record pNew = Record(L"ORVAL_SUB_CFG_DLP_TEMPLATEA");
@@ -287,7 +287,7 @@ TEST_F(TemplateManager, EditRefusesTextThatNoStoreKeeps) {
     EXPECT_EQ(TemplateStore::Dump(), strBefore);
 }
 
-TEST_F(TemplateManager, KnownRecordIsReplacedWithTheSameLines) {
+TEST_F(TemplateMgr, KnownRecordIsReplacedWithTheSameLines) {
     TemplateStore::AddTemplate({"A", "a"});
     const CTemplateMgr::Record pNew = Record(L"ORVAL_SUB_CFG_DLP_TEMPLATEA");
     pNew->SetDescription(L"new");
