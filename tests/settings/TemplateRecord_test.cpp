@@ -283,7 +283,7 @@ TEST(TemplateComparator, OrdersByInstanceNameWithNullFirst) {
     EXPECT_FALSE(fnBefore(pA, MakeTemplate(L"a")));
 }
 
-TEST(TemplateManager, IsOne) {
+TEST(TemplateRecordManager, IsOne) {
     EXPECT_EQ(TemplateMgr::Instance(), TemplateMgr::Instance());
 }
 
