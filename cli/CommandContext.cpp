@@ -1,0 +1,204 @@
+#include "cli/CommandContext.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <iostream>
+#include <iterator>
+#include <new>
+#include <system_error>
+
+#include <unistd.h>
+
+#include <nlohmann/json.hpp>
+
+#include "api/CDLPDigitalAssetsParser.h"
+#include "cli/InputFile.h"
+#include "cli/LogFile.h"
+#include "cli/OutputFile.h"
+#include "cli/Signals.h"
+#include "cli/StoreSession.h"
+#include "cli/Text.h"
+#include "cli/Verdict.h"
+#include "platform/common/CException.h"
+#include "platform/common/TextConversion.h"
+#include "platform/store/CSettingsStore.h"
+#include "platform/system/InstallPath.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using Json = nlohmann::ordered_json;
+
+constexpr const char PROGRAM[] = "dlpctl: ";
+constexpr const char WARNING[] = "warning: ";
+constexpr const char STANDARD_OUTPUT[] = "standard output";
+constexpr const char INTERRUPTED[] = "interrupted";
+constexpr const char OUT_OF_MEMORY[] = "memory ran out";
+constexpr const char STANDARD_STREAM[] = "-";
+constexpr const char RED[] = "\x1b[31m";
+constexpr const char YELLOW[] = "\x1b[33m";
+constexpr const char PLAIN[] = "\x1b[0m";
+constexpr std::string_view SQLITE = "sqlite:";
+
+bool IsTerminal(const std::ostream& err) {
+    return &err == &std::cerr && ::isatty(STDERR_FILENO) == 1;
+}
+
+std::string ToLine(const Json& object) {
+    return object.dump(-1, ' ', false, Json::error_handler_t::replace);
+}
+
+}  // namespace
+
+CCommandContext::CCommandContext(std::istream& in, std::ostream& out, std::ostream& err)
+    : m_in(in), m_out(out), m_err(err), m_bTerminal(IsTerminal(err)) {
+    std::error_code error;
+    m_start = fs::current_path(error);
+}
+
+CCommandContext::~CCommandContext() {
+    std::error_code error;
+    fs::current_path(m_start, error);
+}
+
+void CCommandContext::Prepare() {
+    if (!m_options.strHome.empty()) {
+        SYS::SetInstallPath(OS::WideText(GetAbsolute(m_options.strHome)));
+    }
+    if (!m_options.strLanguage.empty()) {
+        CDLPDigitalAssetsParser::SetLanguage(OS::WideText(m_options.strLanguage));
+    }
+    if (!m_options.strLog.empty() || !m_options.strLogLevels.empty()) {
+        const bool bFile = !m_options.strLog.empty() && m_options.strLog != STANDARD_STREAM;
+        m_pLog = std::make_unique<CLogFile>(bFile ? GetAbsolute(m_options.strLog) : std::string(),
+                                            m_options.strLogLevels, m_err);
+    }
+    // A missing directory is no error here: whatever looks for a file in it says so.
+    std::error_code error;
+    fs::current_path(OS::Utf8Lenient(SYS::GetInstallPath()), error);
+}
+
+std::string CCommandContext::GetAbsolute(const std::string& strPath) const {
+    return (m_start / strPath).string();
+}
+
+OS::x_wstring CCommandContext::GetScope() const {
+    return OS::WideText(m_options.strScope);
+}
+
+std::string CCommandContext::ReadStandardInput() {
+    if (&m_in == &std::cin) {
+        return ReadDescriptor(STDIN_FILENO);
+    }
+    return {std::istreambuf_iterator<char>(m_in), std::istreambuf_iterator<char>()};
+}
+
+CStoreSession& CCommandContext::GetStore() {
+    if (m_pStore == nullptr) {
+        m_pStore = std::make_unique<CStoreSession>(GetStoreUrl());
+    }
+    return *m_pStore;
+}
+
+std::string CCommandContext::GetStoreUrl() const {
+    std::string strUrl = m_options.strStore;
+    if (strUrl.empty()) {
+        try {
+            strUrl = CSettingsStore::GetDefaultUrl();
+        } catch (const OS::CException& error) {
+            throw CToolError(EVerdict::USAGE, Text::Printable(error.what()));
+        }
+    }
+    const bool bFile = strUrl.compare(0, SQLITE.size(), SQLITE) == 0 && strUrl.size() > SQLITE.size();
+    return bFile ? std::string(SQLITE) + GetAbsolute(strUrl.substr(SQLITE.size())) : strUrl;
+}
+
+CToolError CCommandContext::ExplainException() const {
+    if (Signals::IsCaught()) {
+        return {EVerdict::INTERRUPTED, INTERRUPTED};
+    }
+    try {
+        if (m_pStore != nullptr) {
+            m_pStore->ThrowIfFailed();
+        }
+        throw;
+    } catch (const CToolError& error) {
+        return error;
+    } catch (const std::bad_alloc&) {
+        return {EVerdict::MEMORY, OUT_OF_MEMORY};
+    } catch (const std::exception& error) {
+        return {EVerdict::INVALID, Text::Printable(error.what())};
+    }
+}
+
+void CCommandContext::Write(std::string_view strText) {
+    m_bData = true;
+    Put(strText);
+}
+
+void CCommandContext::Put(std::string_view strText) {
+    errno = 0;
+    m_out.write(strText.data(), static_cast<std::streamsize>(strText.size()));
+    CheckOutput();
+}
+
+void CCommandContext::Flush() {
+    errno = 0;
+    m_out.flush();
+    CheckOutput();
+}
+
+void CCommandContext::CheckOutput() const {
+    if (!m_out) {
+        ThrowOutputError(STANDARD_OUTPUT, errno == 0 ? EIO : errno);
+    }
+}
+
+void CCommandContext::WriteJson(const Json& object) {
+    const std::string strLine = ToLine(object) + '\n';
+    const std::size_t iWritten = m_pHead == nullptr ? 0 : ToLine(*m_pHead).size() - 1;
+    m_pHead = nullptr;
+    Put(std::string_view(strLine).substr(iWritten));
+    Flush();
+}
+
+void CCommandContext::StartJson(const Json& head) {
+    const std::string strLine = ToLine(head);
+    Put(std::string_view(strLine).substr(0, strLine.size() - 1));
+    Flush();
+    m_pHead = std::make_unique<Json>(head);
+}
+
+void CCommandContext::Fail(const char* pFormat, const CToolError& error) {
+    const std::string strMessage = error.what();
+    if (!strMessage.empty()) {
+        Error(strMessage);
+    }
+    if (!IsJson() || m_bData || !m_out) {
+        return;
+    }
+    Json object = m_pHead == nullptr ? Json{{"format", pFormat}} : *m_pHead;
+    object["verdict"] = GetVerdictName(error.GetVerdict());
+    object["message"] = strMessage;
+    WriteJson(object);
+}
+
+void CCommandContext::Error(const std::string& strMessage) {
+    m_err << PROGRAM << Paint(RED, strMessage) << '\n' << std::flush;
+}
+
+void CCommandContext::Warn(const std::string& strMessage) {
+    m_err << PROGRAM << Paint(YELLOW, WARNING + strMessage) << '\n' << std::flush;
+}
+
+void CCommandContext::Note(const std::string& strMessage) {
+    if (!m_options.bQuiet) {
+        m_err << strMessage << '\n' << std::flush;
+    }
+}
+
+std::string CCommandContext::Paint(const char* pColour, const std::string& strText) const {
+    const char* pNoColour = std::getenv("NO_COLOR");
+    const bool bColour = m_bTerminal && (pNoColour == nullptr || *pNoColour == '\0');
+    return bColour ? pColour + strText + PLAIN : strText;
+}

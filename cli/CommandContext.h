@@ -1,0 +1,100 @@
+#pragma once
+
+#include <filesystem>
+#include <iosfwd>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include <nlohmann/json_fwd.hpp>
+
+#include "cli/Verdict.h"
+#include "platform/common/x_wstring.h"
+
+class CLogFile;
+class CStoreSession;
+
+/** What may stand on the command line of every command. */
+struct SGlobalOptions {
+    std::string strStore;
+    std::string strHome;
+    std::string strLanguage;
+    std::string strScope;
+    std::string strLog;
+    std::string strLogLevels;
+    bool bJson = false;
+    bool bQuiet = false;
+};
+
+/** What a command works with: the global options, the streams, the store. Data goes to out, all else to err. */
+class CCommandContext {
+  public:
+    CCommandContext(std::istream& in, std::ostream& out, std::ostream& err);
+    CCommandContext(const CCommandContext&) = delete;
+    CCommandContext& operator=(const CCommandContext&) = delete;
+    /** Goes back to the working directory of the start and closes what is open. */
+    ~CCommandContext();
+
+    SGlobalOptions& Options() { return m_options; }
+    bool IsJson() const { return m_options.bJson; }
+
+    /**
+     * Puts the global options into effect; the installation directory becomes the working directory, since the name map
+     * is looked for there.
+     * @throws CToolError (USAGE)
+     */
+    void Prepare();
+
+    /** @return the path as it was meant where the tool was started */
+    std::string GetAbsolute(const std::string& strPath) const;
+    /** @return the scope option, as the library takes it */
+    OS::x_wstring GetScope() const;
+    /** @return all that is to be read from standard input */
+    std::string ReadStandardInput();
+    /** The store; opened when first asked for. @throws CToolError (USAGE, STORE) */
+    CStoreSession& GetStore();
+
+    /**
+     * Called while an exception is handled.
+     * @return what it means for the command: an interruption before all else, then a failure of the store or of memory
+     */
+    CToolError ExplainException() const;
+
+    /** Writes data. @throws CToolError (OUTPUT) */
+    void Write(std::string_view strText);
+    /** @throws CToolError (OUTPUT) when something of all that was written could not be */
+    void Flush();
+    /** Writes one object on one line, and all that waits to be written. */
+    void WriteJson(const nlohmann::ordered_json& object);
+    /**
+     * Writes the first members of the next object, so that an output that takes nothing shows before anything is
+     * decided. The object that WriteJson gets next begins with the same members.
+     */
+    void StartJson(const nlohmann::ordered_json& head);
+    /** Tells of a failure: as an error, and as the JSON object of that format unless other data went before. */
+    void Fail(const char* pFormat, const CToolError& error);
+
+    /** One line each, printable, for people. Notes are left out with -q, and progress as well. */
+    void Error(const std::string& strMessage);
+    void Warn(const std::string& strMessage);
+    void Note(const std::string& strMessage);
+    bool ShowsProgress() const { return m_bTerminal && !m_options.bQuiet; }
+    std::ostream& GetError() { return m_err; }
+
+  private:
+    std::string GetStoreUrl() const;
+    std::string Paint(const char* pColour, const std::string& strText) const;
+    void Put(std::string_view strText);
+    void CheckOutput() const;
+
+    std::istream& m_in;
+    std::ostream& m_out;
+    std::ostream& m_err;
+    bool m_bTerminal;
+    SGlobalOptions m_options;
+    std::filesystem::path m_start;
+    std::unique_ptr<nlohmann::ordered_json> m_pHead;  ///< what StartJson has written
+    bool m_bData = false;
+    std::unique_ptr<CLogFile> m_pLog;
+    std::unique_ptr<CStoreSession> m_pStore;
+};

@@ -1,0 +1,149 @@
+#include "cli/InputFile.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <filesystem>
+#include <system_error>
+#include <utility>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include "cli/CommandContext.h"
+#include "cli/Signals.h"
+#include "cli/Text.h"
+#include "platform/common/CException.h"
+#include "platform/common/Paths.h"
+#include "platform/common/TextConversion.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr const char STANDARD_STREAM[] = "-";
+constexpr const char EMPTY[] = "the file is empty";
+constexpr const char NO_MARKUP[] = "there is no \"<\" in it, so it is no XML";
+constexpr const char NOT_UTF8[] = "not UTF-8: save the file in that encoding";
+
+/** A pipe has no size to read by. */
+bool IsStream(const std::string& strPath) {
+    std::error_code error;
+    const fs::file_type eType = fs::status(strPath, error).type();
+    return eType == fs::file_type::fifo || eType == fs::file_type::character || eType == fs::file_type::socket;
+}
+
+std::string ReadStream(const std::string& strPath) {
+    const int iFile = ::open(strPath.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY);
+    if (iFile < 0) {
+        Signals::ThrowIfCaught();
+        throw std::system_error(errno, std::generic_category());
+    }
+    try {
+        std::string strBytes = ReadDescriptor(iFile);
+        ::close(iFile);
+        return strBytes;
+    } catch (...) {
+        ::close(iFile);
+        throw;
+    }
+}
+
+/** @return in the system's words why a file cannot be read */
+std::string ExplainUnreadable(const std::string& strPath) {
+    std::error_code error;
+    if (fs::is_directory(strPath, error)) {
+        return std::generic_category().message(EISDIR);
+    }
+    const int iFile = ::open(strPath.c_str(), O_RDONLY | O_CLOEXEC);
+    const int iError = iFile < 0 ? errno : EIO;
+    if (iFile >= 0) {
+        ::close(iFile);
+    }
+    return std::generic_category().message(iError);
+}
+
+/** Reads bytes by fnStream or fnFile, whichever fits, and puts the file's name to what goes wrong. */
+template <class Stream, class File>
+auto Read(CCommandContext& context, const std::string& strFile, Stream&& fnStream, File&& fnFile) {
+    const std::string strPath = context.GetAbsolute(strFile);
+    try {
+        if (strFile == STANDARD_STREAM) {
+            return fnStream(context.ReadStandardInput());
+        }
+        return IsStream(strPath) ? fnStream(ReadStream(strPath)) : fnFile(strPath);
+    } catch (const std::system_error& error) {
+        throw CInputError(strFile, error.code().message());
+    } catch (const std::runtime_error&) {
+        throw CInputError(strFile, ExplainUnreadable(strPath));
+    } catch (const OS::CException&) {
+        throw CInputError(strFile, ExplainUnreadable(strPath));
+    }
+}
+
+void CheckText(const std::string& strFile, const SPolicyFile& file) {
+    if (file.Text().empty()) {
+        throw CInputError(strFile, file.strBytes.empty() ? EMPTY : NO_MARKUP);
+    }
+    const std::size_t iInvalid = OS::FindInvalidUtf8(file.Text());
+    if (iInvalid != std::string::npos) {
+        throw CInputError(strFile, NOT_UTF8, CSourcePlaces(file.strBytes).Find(file.iStart + iInvalid));
+    }
+}
+
+SPolicyFile TakeBytes(std::string strBytes) {
+    const std::size_t iStart = std::min(strBytes.find('<'), strBytes.size());
+    return {std::move(strBytes), iStart};
+}
+
+}  // namespace
+
+CInputError::CInputError(const std::string& strFile, const std::string& strReason, SPlace place)
+    : CToolError(EVerdict::INVALID, FormatPlace(strFile, place) + ": " + strReason),
+      m_strReason(strReason),
+      m_place(place) {}
+
+std::string FormatPlace(const std::string& strFile, SPlace place) {
+    std::string strPlace = Text::Printable(strFile);
+    if (place.iLine != 0) {
+        strPlace.append(":").append(std::to_string(place.iLine)).append(":").append(std::to_string(place.iColumn));
+    }
+    return strPlace;
+}
+
+SPolicyFile ReadPolicy(CCommandContext& context, const std::string& strFile) {
+    SPolicyFile file = Read(context, strFile, TakeBytes, [&](const std::string& strPath) {
+        try {
+            return ReadPolicyFile(strPath);
+        } catch (const OS::CException&) {
+            // Its text is not UTF-8; the place is found below.
+            return TakeBytes(OS::ReadWholeFile(strPath));
+        }
+    });
+    CheckText(strFile, file);
+    return file;
+}
+
+std::string ReadBytes(CCommandContext& context, const std::string& strFile) {
+    return Read(
+        context, strFile, [](std::string strBytes) { return strBytes; }, OS::ReadWholeFile);
+}
+
+std::string ReadDescriptor(int iDescriptor) {
+    std::string strBytes;
+    std::array<char, 65536> aBuffer;
+    for (;;) {
+        const ssize_t iRead = ::read(iDescriptor, aBuffer.data(), aBuffer.size());
+        if (iRead == 0) {
+            return strBytes;
+        }
+        if (iRead > 0) {
+            strBytes.append(aBuffer.data(), static_cast<std::size_t>(iRead));
+            continue;
+        }
+        Signals::ThrowIfCaught();
+        if (errno != EINTR) {
+            throw std::system_error(errno, std::generic_category());
+        }
+    }
+}

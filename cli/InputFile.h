@@ -1,0 +1,38 @@
+#pragma once
+
+#include <string>
+
+#include "cli/SourcePlaces.h"
+#include "cli/Verdict.h"
+#include "templates/PolicyFile.h"
+
+class CCommandContext;
+
+/** A file that cannot be worked on: why, and where in it. Its message is the one line "FILE:LINE:COLUMN: reason". */
+class CInputError : public CToolError {
+  public:
+    /** @param strReason printable @param place none when the file as a whole is meant */
+    CInputError(const std::string& strFile, const std::string& strReason, SPlace place = {});
+    const std::string& GetReason() const { return m_strReason; }
+    SPlace GetPlace() const { return m_place; }
+
+  private:
+    std::string m_strReason;
+    SPlace m_place;
+};
+
+/** @return "FILE:LINE:COLUMN", or "FILE" alone without a place; printable */
+std::string FormatPlace(const std::string& strFile, SPlace place);
+
+/**
+ * Reads a policy file as every file import does; what is no regular file is read to its end.
+ * @param strFile as it was given; "-" is standard input
+ * @throws CInputError when it cannot be read, is empty, holds no "<" or is not UTF-8
+ */
+SPolicyFile ReadPolicy(CCommandContext& context, const std::string& strFile);
+
+/** Reads a file whole. @throws CInputError when it cannot be read */
+std::string ReadBytes(CCommandContext& context, const std::string& strFile);
+
+/** Reads a descriptor to its end. @throws std::system_error; Signals::SInterrupted when a signal came meanwhile */
+std::string ReadDescriptor(int iDescriptor);

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+
+class CCommandContext;
+class COutputFile;
+
+/**
+ * Where a command's document goes: the file that -o names, or standard output. Writes in large pieces, so that a short
+ * document that fails on its way leaves nothing behind.
+ */
+class COutput {
+  public:
+    /** @param strFile as it was given; empty or "-": standard output @throws CToolError (OUTPUT), as all below */
+    COutput(CCommandContext& context, const std::string& strFile);
+    ~COutput();
+
+    void Write(std::string_view strText);
+    /** Until then a regular file is as it was. */
+    void Commit();
+
+    static bool IsStandard(const std::string& strFile);
+
+  private:
+    void Flush();
+
+    CCommandContext& m_context;
+    std::string m_strWaiting;
+    std::unique_ptr<COutputFile> m_pFile;
+};

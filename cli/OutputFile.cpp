@@ -1,0 +1,148 @@
+#include "cli/OutputFile.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <system_error>
+#include <utility>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "cli/Signals.h"
+#include "cli/Verdict.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr int MAX_LINKS = 40;
+constexpr mode_t NEW_FILE_MODE = 0666;
+constexpr mode_t MODE_BITS = 07777;
+
+/** @return the open descriptor that a path such as /proc/self/fd/1 stands for; -1 when it stands for none */
+int GetDescriptor(const fs::path& path) {
+    std::error_code error;
+    const fs::path folder = fs::canonical(path.parent_path(), error);
+    const bool bDescriptors = !error && folder.filename() == "fd" && folder.parent_path().parent_path() == "/proc";
+    return bDescriptors ? std::atoi(path.filename().c_str()) : -1;
+}
+
+/** Follows links one by one, also into nothing, but not out of the folder of open descriptors. */
+fs::path FollowLinks(fs::path path) {
+    std::error_code error;
+    for (int i = 0; i < MAX_LINKS && fs::is_symlink(path, error) && GetDescriptor(path) < 0; ++i) {
+        const fs::path target = fs::read_symlink(path, error);
+        path = target.is_absolute() ? target : path.parent_path() / target;
+    }
+    return path;
+}
+
+mode_t GetNewFileMode() {
+    const mode_t mask = ::umask(0);
+    ::umask(mask);
+    return NEW_FILE_MODE & ~mask;
+}
+
+/** A rename survives a power cut once its folder does; a folder that cannot be synchronised is no reason to fail. */
+void SynchroniseFolder(const fs::path& folder) {
+    const int iFolder = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (iFolder >= 0) {
+        ::fsync(iFolder);
+        ::close(iFolder);
+    }
+}
+
+}  // namespace
+
+void ThrowOutputError(const std::string& strName, int iError) {
+    throw CToolError(
+        EVerdict::OUTPUT,
+        iError == EPIPE ? std::string() : "cannot write " + strName + ": " + std::generic_category().message(iError));
+}
+
+COutputFile::COutputFile(std::string strName) : m_strName(std::move(strName)) {}
+
+// Once the other constructor has run, the destructor cleans up whatever this one began.
+COutputFile::COutputFile(const std::string& strPath, std::string strName) : COutputFile(std::move(strName)) {
+    const fs::path target = FollowLinks(strPath);
+    m_strTarget = target.string();
+    std::error_code error;
+    const fs::file_type eType = fs::status(target, error).type();
+    if (const int iDescriptor = GetDescriptor(target); iDescriptor >= 0) {
+        m_iFile = ::fcntl(iDescriptor, F_DUPFD_CLOEXEC, 0);
+    } else if (eType == fs::file_type::regular || eType == fs::file_type::not_found) {
+        OpenTemporary();
+    } else {
+        m_iFile = ::open(m_strTarget.c_str(), O_WRONLY | O_CLOEXEC | O_NOCTTY);
+    }
+    if (m_iFile < 0) {
+        Fail(errno);
+    }
+}
+
+COutputFile::~COutputFile() {
+    if (m_iFile >= 0) {
+        ::close(m_iFile);
+    }
+    if (!m_strTemporary.empty()) {
+        ::unlink(m_strTemporary.c_str());
+    }
+}
+
+void COutputFile::OpenTemporary() {
+    struct stat old {};
+    const bool bExists = ::stat(m_strTarget.c_str(), &old) == 0;
+    if (bExists && ::access(m_strTarget.c_str(), W_OK) != 0) {
+        Fail(errno);
+    }
+    const fs::path target(m_strTarget);
+    std::string strTemplate = (target.parent_path() / ("." + target.filename().string() + ".XXXXXX")).string();
+    m_iFile = ::mkostemp(strTemplate.data(), O_CLOEXEC);
+    if (m_iFile < 0) {
+        Fail(errno);
+    }
+    m_strTemporary = strTemplate;
+    // Another owner's file keeps its owner where the system lets us; its mode in any case.
+    if (bExists && ::fchown(m_iFile, old.st_uid, old.st_gid) != 0) {
+        errno = 0;
+    }
+    if (::fchmod(m_iFile, bExists ? old.st_mode & MODE_BITS : GetNewFileMode()) != 0) {
+        Fail(errno);
+    }
+}
+
+void COutputFile::Write(std::string_view strText) {
+    while (!strText.empty()) {
+        const ssize_t iWritten = ::write(m_iFile, strText.data(), strText.size());
+        if (iWritten >= 0) {
+            strText.remove_prefix(static_cast<std::size_t>(iWritten));
+        } else if (errno == EINTR) {
+            Signals::ThrowIfCaught();
+        } else {
+            Fail(errno);
+        }
+    }
+}
+
+void COutputFile::Commit() {
+    if (m_strTemporary.empty()) {
+        if (::close(std::exchange(m_iFile, -1)) != 0) {
+            Fail(errno);
+        }
+        return;
+    }
+    if (::fsync(m_iFile) != 0 || ::close(std::exchange(m_iFile, -1)) != 0 ||
+        std::rename(m_strTemporary.c_str(), m_strTarget.c_str()) != 0) {
+        Fail(errno);
+    }
+    m_strTemporary.clear();
+    SynchroniseFolder(fs::path(m_strTarget).parent_path());
+}
+
+void COutputFile::Fail(int iError) const {
+    Signals::ThrowIfCaught();
+    ThrowOutputError(m_strName, iError);
+}

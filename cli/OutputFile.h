@@ -1,0 +1,39 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+/**
+ * Where a command's result goes when -o names it. A regular file, or none yet, is replaced whole or not at all, with
+ * the mode it had; a link stays and its target is replaced; anything else (a device, a pipe, an open descriptor such as
+ * /dev/stdout) is written to directly.
+ */
+class COutputFile {
+  public:
+    /**
+     * @param strPath absolute @param strName how messages call it
+     * @throws CToolError (OUTPUT) when it cannot be written, as the operations below
+     */
+    COutputFile(const std::string& strPath, std::string strName);
+    COutputFile(const COutputFile&) = delete;
+    COutputFile& operator=(const COutputFile&) = delete;
+    /** Unless committed, a regular file is as it was. */
+    ~COutputFile();
+
+    void Write(std::string_view strText);
+    /** Makes what was written the file, and waits until the disk holds it. */
+    void Commit();
+
+  private:
+    explicit COutputFile(std::string strName);
+    void OpenTemporary();
+    [[noreturn]] void Fail(int iError) const;
+
+    std::string m_strName;
+    std::string m_strTarget;
+    std::string m_strTemporary;  ///< empty: writing directly
+    int m_iFile = -1;
+};
+
+/** @throws CToolError (OUTPUT) for that error of a write; without a word for a closed pipe @param strName printable */
+[[noreturn]] void ThrowOutputError(const std::string& strName, int iError);

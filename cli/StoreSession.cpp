@@ -1,0 +1,69 @@
+#include "cli/StoreSession.h"
+
+#include <new>
+#include <utility>
+
+#include "cli/Text.h"
+#include "platform/common/CException.h"
+#include "platform/store/CForwardingStore.h"
+#include "platform/store/CSettingsStore.h"
+
+struct CStoreSession::SFailure {
+    EVerdict eVerdict = EVerdict::DONE;
+    std::string strMessage;
+};
+
+namespace {
+
+constexpr const char OUT_OF_MEMORY[] = "memory ran out in the settings store";
+
+/** Keeps the first failure; the ones that follow from it say less. */
+class CRecordingStore : public CForwardingStore {
+  public:
+    CRecordingStore(std::unique_ptr<CSettingsStore> pInner, std::shared_ptr<CStoreSession::SFailure> pFailure)
+        : CForwardingStore(std::move(pInner)), m_pFailure(std::move(pFailure)) {}
+
+  protected:
+    void Failed(const char*) override {
+        if (m_pFailure->eVerdict != EVerdict::DONE) {
+            return;
+        }
+        try {
+            throw;
+        } catch (const std::bad_alloc&) {
+            m_pFailure->eVerdict = EVerdict::MEMORY;
+        } catch (const std::exception& error) {
+            m_pFailure->eVerdict = EVerdict::STORE;
+            m_pFailure->strMessage = Text::Printable(error.what());
+        }
+    }
+
+  private:
+    std::shared_ptr<CStoreSession::SFailure> m_pFailure;
+};
+
+}  // namespace
+
+CStoreSession::CStoreSession(const std::string& strUrl) : m_pFailure(std::make_shared<SFailure>()) {
+    try {
+        CSettingsStore::Open(strUrl);
+    } catch (const OS::CException& error) {
+        throw CToolError(EVerdict::STORE, Text::Printable(error.what()));
+    }
+    CSettingsStore::PutInFront([this](std::unique_ptr<CSettingsStore> pInner) {
+        return std::make_unique<CRecordingStore>(std::move(pInner), m_pFailure);
+    });
+}
+
+CStoreSession::~CStoreSession() {
+    CSettingsStore::Close();
+}
+
+void CStoreSession::ThrowIfFailed() const {
+    if (m_pFailure->eVerdict == EVerdict::MEMORY) {
+        throw CToolError(EVerdict::MEMORY, OUT_OF_MEMORY);
+    }
+    if (m_pFailure->eVerdict != EVerdict::DONE) {
+        throw CToolError(m_pFailure->eVerdict, m_pFailure->strMessage);
+    }
+}

@@ -1,0 +1,114 @@
+#include "cli/LogFile.h"
+
+#include <gtest/gtest.h>
+
+#include <ctime>
+
+#include <regex>
+#include <sstream>
+
+#include "platform/logging/DebugLog.h"
+#include "tests/cli/ToolRun.h"
+
+namespace {
+
+using LogFile = CToolTest;
+
+constexpr const char LOG_SOURCE[] = ".\\LogFile_test.cpp";
+
+std::vector<std::string> Lines(const std::string& strText) {
+    std::istringstream stream(strText);
+    std::vector<std::string> vecLines;
+    for (std::string strLine; std::getline(stream, strLine);) {
+        vecLines.push_back(strLine);
+    }
+    return vecLines;
+}
+
+/** @return the words for the levels of the lines */
+std::string Levels(const std::string& strLog) {
+    std::string strLevels;
+    for (const std::string& strLine : Lines(strLog)) {
+        const std::size_t iStart = strLine.find(' ') + 1;
+        strLevels += strLine.substr(iStart, strLine.find(' ', iStart) - iStart) + ' ';
+    }
+    return strLevels;
+}
+
+void LogAtEveryLevel() {
+    DLP_LOG(DBG::LEVEL_INFO, L"1");
+    DLP_LOG(DBG::LEVEL_ENTER, L"2");
+    DLP_LOG(DBG::LEVEL_LEAVE, L"3");
+    DLP_LOG(DBG::LEVEL_CONTENT, L"4");
+    DLP_LOG(DBG::LEVEL_ERROR, L"5");
+    DLP_LOG(DBG::LEVEL_FAILURE, L"6");
+}
+
+}  // namespace
+
+TEST_F(LogFile, ALineHasTimeLevelSourceAndTheEscapedMessage) {
+    std::ostringstream err;
+    {
+        const CLogFile log("", "", err);
+        DLP_LOG(DBG::LEVEL_FAILURE, L"name %s", std::wstring(L"a\nb \x1b é"));
+    }
+    DLP_LOG(DBG::LEVEL_FAILURE, L"nobody listens any more");
+    const std::regex pattern(R"(\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d\.\d{3}Z failure 0x1004 \.\\LogFile_test\.cpp:\d+ )"
+                             R"(name a\\u000Ab \\u001B é\n)");
+    EXPECT_TRUE(std::regex_match(err.str(), pattern)) << err.str();
+}
+
+TEST_F(LogFile, TheTimeIsUtc) {
+    ::setenv("TZ", "Pacific/Kiritimati", 1);  // fourteen hours ahead
+    ::tzset();
+    std::ostringstream err;
+    const std::time_t now = std::time(nullptr);
+    {
+        const CLogFile log("", "", err);
+        DLP_LOG(DBG::LEVEL_INFO, L"now");
+    }
+    char aHour[20];
+    std::tm utc{};
+    std::strftime(aHour, sizeof(aHour), "%Y-%m-%dT%H:", ::gmtime_r(&now, &utc));
+    EXPECT_EQ(err.str().substr(0, 14), aHour);
+}
+
+TEST_F(LogFile, LevelsAreChosenByName) {
+    const std::pair<const char*, const char*> aChoices[] = {
+        {"", "info content error failure "},
+        {"all", "info enter leave content error failure "},
+        {"enter,leave", "enter leave "},
+        {"failure", "failure "},
+        {"info,all", "info enter leave content error failure "},
+    };
+    for (const auto& [pNames, pLevels] : aChoices) {
+        std::ostringstream err;
+        {
+            const CLogFile log("", pNames, err);
+            LogAtEveryLevel();
+        }
+        EXPECT_EQ(Levels(err.str()), pLevels);
+    }
+}
+
+TEST_F(LogFile, TheToolAppendsToAFile) {
+    const std::string strLog = m_dir.Path("log");
+    EXPECT_EQ(Run({"--log", strLog, "import", "-"}, "<a/>").iCode, 2);
+    const std::vector<std::string> vecFirst = Lines(m_dir.Read("log"));
+    ASSERT_EQ(vecFirst.size(), 1U);
+    EXPECT_NE(vecFirst[0].find(" failure 0x1004 .\\DLPTemplateMgr.cpp:"), std::string::npos) << vecFirst[0];
+    EXPECT_EQ(Run({"--log", strLog, "import", "-"}, "<a/>").iCode, 2);
+    EXPECT_EQ(Lines(m_dir.Read("log")).size(), 2U);
+}
+
+TEST_F(LogFile, ADashIsStandardError) {
+    const SToolRun run = Run({"--log", "-", "--log-level", "leave", "import", "-"}, "<a/>");
+    const std::vector<std::string> vecLines = Lines(run.strErr);
+    ASSERT_EQ(vecLines.size(), 2U) << run.strErr;
+    EXPECT_NE(vecLines[0].find(" leave 0x111 "), std::string::npos);
+    EXPECT_EQ(vecLines[1].find("dlpctl: -: no policy"), 0U);
+}
+
+TEST_F(LogFile, ALevelAloneGoesToStandardError) {
+    EXPECT_EQ(Lines(Run({"--log-level", "leave", "import", "-"}, "<a/>").strErr).size(), 2U);
+}

@@ -1,0 +1,144 @@
+#include "cli/OutputFile.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "cli/Verdict.h"
+#include "tests/support/TempDir.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+void Write(const std::string& strPath, const std::string& strText) {
+    COutputFile file(strPath, "FILE");
+    file.Write(strText);
+    file.Commit();
+}
+
+/** @return the message with which writing fails */
+std::string Refusal(const std::string& strPath) {
+    try {
+        Write(strPath, "text");
+    } catch (const CToolError& error) {
+        EXPECT_EQ(error.GetVerdict(), EVerdict::OUTPUT);
+        return error.what();
+    }
+    return "written";
+}
+
+std::size_t CountEntries(const std::string& strFolder) {
+    return static_cast<std::size_t>(std::distance(fs::directory_iterator(strFolder), fs::directory_iterator()));
+}
+
+mode_t GetMode(const std::string& strPath) {
+    struct stat status {};
+    ::stat(strPath.c_str(), &status);
+    return status.st_mode & 07777;
+}
+
+}  // namespace
+
+TEST(OutputFile, ANewFileGetsTheModeOfNewFiles) {
+    const CTempDir dir;
+    ::umask(027);
+    Write(dir.Path("new"), "text");
+    EXPECT_EQ(dir.Read("new"), "text");
+    EXPECT_EQ(GetMode(dir.Path("new")), 0640U);
+    EXPECT_EQ(CountEntries(dir.Path()), 1U);
+}
+
+TEST(OutputFile, AnOldFileIsReplacedWholeAndKeepsItsMode) {
+    const CTempDir dir;
+    const std::string strPath = dir.Write("old", "a much longer text than the new one");
+    ::chmod(strPath.c_str(), 0604);
+    Write(strPath, "new");
+    EXPECT_EQ(dir.Read("old"), "new");
+    EXPECT_EQ(GetMode(strPath), 0604U);
+    EXPECT_EQ(CountEntries(dir.Path()), 1U);
+}
+
+TEST(OutputFile, WithoutCommitTheOldFileStaysAndNothingIsLeftBehind) {
+    const CTempDir dir;
+    const std::string strPath = dir.Write("old", "old");
+    {
+        COutputFile file(strPath, "FILE");
+        file.Write("new");
+        COutputFile other(dir.Path("other"), "FILE");
+        other.Write("new");
+    }
+    EXPECT_EQ(dir.Read("old"), "old");
+    EXPECT_EQ(CountEntries(dir.Path()), 1U);
+}
+
+TEST(OutputFile, ALinkStaysAndItsTargetIsReplaced) {
+    const CTempDir dir;
+    dir.Write("folder/target", "old");
+    fs::create_symlink("folder/target", dir.Path("link"));
+    fs::create_symlink("link", dir.Path("chain"));
+    Write(dir.Path("chain"), "new");
+    EXPECT_TRUE(fs::is_symlink(dir.Path("link")));
+    EXPECT_TRUE(fs::is_symlink(dir.Path("chain")));
+    EXPECT_EQ(dir.Read("folder/target"), "new");
+    EXPECT_EQ(CountEntries(dir.Path("folder")), 1U);
+}
+
+TEST(OutputFile, ALinkIntoNothingMakesItsTarget) {
+    const CTempDir dir;
+    fs::create_symlink("target", dir.Path("link"));
+    Write(dir.Path("link"), "new");
+    EXPECT_TRUE(fs::is_symlink(dir.Path("link")));
+    EXPECT_EQ(dir.Read("target"), "new");
+}
+
+TEST(OutputFile, DevicesAndPipesAreWrittenDirectly) {
+    const CTempDir dir;
+    Write("/dev/null", "text");
+    const std::string strPipe = dir.Path("pipe");
+    ASSERT_EQ(::mkfifo(strPipe.c_str(), 0600), 0);
+    const int iReader = ::open(strPipe.c_str(), O_RDONLY | O_NONBLOCK);
+    Write(strPipe, "text");
+    char aRead[8] = {};
+    EXPECT_EQ(::read(iReader, aRead, sizeof(aRead)), 4);
+    EXPECT_STREQ(aRead, "text");
+    EXPECT_TRUE(fs::is_fifo(strPipe));
+    ::close(iReader);
+}
+
+TEST(OutputFile, AnOpenDescriptorIsWrittenWhereItStands) {
+    const CTempDir dir;
+    dir.Write("file", "begin ");
+    const int iFile = ::open(dir.Path("file").c_str(), O_WRONLY | O_APPEND);
+    Write("/dev/fd/" + std::to_string(iFile), "middle ");
+    Write("/proc/self/fd/" + std::to_string(iFile), "end");
+    ::close(iFile);
+    EXPECT_EQ(dir.Read("file"), "begin middle end");
+}
+
+TEST(OutputFile, WhatCannotBeWrittenIsSaidWithItsReason) {
+    const CTempDir dir;
+    EXPECT_EQ(Refusal(dir.Path()), "cannot write FILE: Is a directory");
+    EXPECT_EQ(Refusal(dir.Path("none/file")), "cannot write FILE: No such file or directory");
+    EXPECT_EQ(Refusal(dir.Write("file", "") + "/file"), "cannot write FILE: Not a directory");
+    EXPECT_EQ(Refusal("/dev/full"), "cannot write FILE: No space left on device");
+    EXPECT_EQ(Refusal("/dev/fd/99"), "cannot write FILE: Bad file descriptor");
+    fs::create_symlink("loop", dir.Path("loop"));
+    EXPECT_EQ(Refusal(dir.Path("loop")), "cannot write FILE: Too many levels of symbolic links");
+    EXPECT_EQ(CountEntries(dir.Path()), 2U);
+}
+
+TEST(OutputFile, AFileThatMayNotBeWrittenIsNotReplaced) {
+    if (::geteuid() == 0) {
+        GTEST_SKIP() << "root may write every file";
+    }
+    const CTempDir dir;
+    const std::string strPath = dir.Write("file", "old");
+    ::chmod(strPath.c_str(), 0400);
+    EXPECT_EQ(Refusal(strPath), "cannot write FILE: Permission denied");
+    EXPECT_EQ(dir.Read("file"), "old");
+}
