@@ -1,0 +1,200 @@
+#include "cli/CommandLine.h"
+
+#include <algorithm>
+#include <utility>
+
+#include <CLI/Config.hpp>
+#include <CLI/Formatter.hpp>
+
+#include "cli/CommandContext.h"
+#include "cli/LogFile.h"
+#include "cli/NearestName.h"
+#include "cli/Text.h"
+
+namespace {
+
+constexpr const char PROGRAM[] = "dlpctl";
+constexpr const char GENERAL_FORMAT[] = "dlpctl/1";
+constexpr const char SUMMARY[] = "Moves data-loss-prevention policies between a settings store and XML.";
+constexpr const char SEE_OPTIONS[] = "\nOptions of every command: dlpctl --help\n";
+constexpr const char FIRST_STEPS[] =
+    "First steps:\n"
+    "  dlpctl import examples/starter-policy.xml   read a policy into the store\n"
+    "  dlpctl list templates                       see what is there\n"
+    "  dlpctl show template NAME                   see one with its rules\n"
+    "  dlpctl export --all --indent -o policy.xml  write it all out again\n"
+    "\n"
+    "dlpctl COMMAND --help says more about a command. \"-\" as a FILE is standard input or output.\n"
+    "Exit codes: 0 done; 1 done, but something was skipped, left out or not found; 2 invalid input, nothing\n"
+    "written; 3 usage or configuration; 4 the store, the output or memory failed; 130, 143 interrupted.\n";
+
+/**
+ * The parser takes a value in square brackets for a list. An argument that looks like one goes through it behind this
+ * mark, and so does one that begins with the mark.
+ */
+constexpr char MARK = '\x01';
+
+std::string Protect(const std::string& strArgument) {
+    const bool bLooksLikeList = strArgument.size() > 1 && strArgument.front() == '[' && strArgument.back() == ']';
+    const bool bMarked = !strArgument.empty() && strArgument.front() == MARK;
+    return bLooksLikeList || bMarked ? MARK + strArgument : strArgument;
+}
+
+std::string Unprotect(const std::string& strArgument) {
+    return !strArgument.empty() && strArgument.front() == MARK ? strArgument.substr(1) : strArgument;
+}
+
+CLI::Option* Finish(CLI::Option* pOption, const char* pValue) {
+    return pOption->transform(Unprotect, "", "")->type_name(pOption->get_positional() ? "" : pValue);
+}
+
+void AddGlobalOptions(CLI::App& app, SGlobalOptions& options) {
+    static const std::string s_strLevels = "which of them, separated by commas: " + CLogFile::GetLevelNames();
+    CCommandLine::AddText(app, "--store", "URL", options.strStore,
+                          "the store: sqlite:PATH or memory:; otherwise $DLP_STORE, else a file below your home")
+        ->take_last();
+    CCommandLine::AddText(app, "--home", "DIR", options.strHome,
+                          "the installation directory, which holds config/; otherwise $DLP_INSTALL_PATH")
+        ->take_last();
+    CCommandLine::AddText(app, "--language", "NAME", options.strLanguage,
+                          "the language of documents: written into them, and asked of those imported")
+        ->take_last();
+    CCommandLine::AddText(app, "--scope", "TEXT", options.strScope, "kept with each record that is written")
+        ->take_last();
+    CCommandLine::AddText(app, "--log", "FILE", options.strLog,
+                          "append the library's log lines to FILE; - is standard error")
+        ->take_last();
+    CCommandLine::AddText(app, "--log-level", "NAMES", options.strLogLevels, s_strLevels.c_str())->take_last();
+    CCommandLine::AddFlag(app, "--json", options.bJson, "answer in JSON, also when something fails");
+    CCommandLine::AddFlag(app, "-q,--quiet", options.bQuiet, "no notes and no progress; errors are always shown");
+}
+
+std::string Capitalised(std::string strText) {
+    strText[0] = static_cast<char>(strText[0] - 'a' + 'A');
+    return strText;
+}
+
+std::string ListOptions(const CLI::App& app) {
+    CTextTable table;
+    for (const CLI::Option* pOption : app.get_options()) {
+        if (!pOption->get_positional()) {
+            const std::string strType = pOption->get_type_name();
+            table.Add({"  " + pOption->get_name(false, true) + (strType.empty() ? "" : ' ' + strType),
+                       pOption->get_description()});
+        }
+    }
+    return table.ToString();
+}
+
+}  // namespace
+
+CCommandLine::CCommandLine(SGlobalOptions& options) : m_app(SUMMARY, PROGRAM) {
+    m_app.fallthrough();
+    m_app.require_subcommand(1);
+    m_app.set_help_flag("-h,--help", "show this help");
+    m_app.set_version_flag("--version", DLP_VERSION, "show the version");
+    AddGlobalOptions(m_app, options);
+}
+
+CLI::App& CCommandLine::AddGroup(const char* pName, const char* pSummary) {
+    CLI::App* pGroup = m_app.add_subcommand(pName, pSummary);
+    pGroup->require_subcommand(1);
+    return *pGroup;
+}
+
+CLI::App& CCommandLine::AddCommand(CLI::App& parent, const SCommandHelp& help, Run fnRun) {
+    CLI::App* pCommand = parent.add_subcommand(help.pName, help.pSummary);
+    m_vecCommands.push_back({pCommand, help, std::move(fnRun)});
+    return *pCommand;
+}
+
+CLI::Option* CCommandLine::AddText(CLI::App& command, const char* pNames, const char* pValue, std::string& strText,
+                                   const char* pSummary) {
+    return Finish(command.add_option(pNames, strText, pSummary), pValue);
+}
+
+CLI::Option* CCommandLine::AddTexts(CLI::App& command, const char* pNames, const char* pValue,
+                                    std::vector<std::string>& vecTexts, const char* pSummary) {
+    CLI::Option* pOption = command.add_option(pNames, vecTexts, pSummary);
+    pOption->allow_extra_args(pOption->get_positional());
+    return Finish(pOption, pValue);
+}
+
+void CCommandLine::AddFlag(CLI::App& command, const char* pNames, bool& bFlag, const char* pSummary) {
+    command.add_flag(pNames, bFlag, pSummary);
+}
+
+CCommandLine::SParsed CCommandLine::Parse(const std::vector<std::string>& vecArguments) {
+    std::vector<std::string> vecReversed;
+    std::transform(vecArguments.rbegin(), vecArguments.rend(), std::back_inserter(vecReversed), Protect);
+    try {
+        m_app.parse(vecReversed);
+    } catch (const CLI::CallForHelp&) {
+        return {{}, MakeHelp()};
+    } catch (const CLI::CallForVersion& version) {
+        return {{}, version.what(), true};
+    } catch (const CLI::ParseError& error) {
+        Refuse(error.what());
+    }
+    return {FindGiven()->fnRun, {}};
+}
+
+const char* CCommandLine::GetFormat() const {
+    const SCommand* pGiven = FindGiven();
+    return pGiven == nullptr ? GENERAL_FORMAT : pGiven->help.pFormat;
+}
+
+const CCommandLine::SCommand* CCommandLine::FindGiven() const {
+    const auto itGiven = std::find_if(m_vecCommands.begin(), m_vecCommands.end(),
+                                      [](const SCommand& command) { return command.pApp->parsed(); });
+    return itGiven == m_vecCommands.end() ? nullptr : &*itGiven;
+}
+
+std::string CCommandLine::MakeHelp() const {
+    if (m_app.get_subcommands().empty()) {
+        return std::string(SUMMARY) + "\n\nUsage: dlpctl [OPTIONS] COMMAND …\n\nCommands:\n" + ListCommands(m_app) +
+               "\nOptions, before or after the command:\n" + ListOptions(m_app) + '\n' + FIRST_STEPS;
+    }
+    const SCommand* pGiven = FindGiven();
+    if (pGiven == nullptr) {
+        return "Commands:\n" + ListCommands(*m_app.get_subcommands().front()) + SEE_OPTIONS;
+    }
+    const SCommandHelp& help = pGiven->help;
+    return std::string("Usage: dlpctl ") + help.pSynopsis + "\n\n" + Capitalised(help.pSummary) + ".\n" +
+           help.pDetails + "\nOptions:\n" + ListOptions(*pGiven->pApp) + "\nExamples:\n" + help.pExamples + SEE_OPTIONS;
+}
+
+std::string CCommandLine::ListCommands(const CLI::App& parent) const {
+    CTextTable table;
+    for (const SCommand& command : m_vecCommands) {
+        if (&parent == &m_app || command.pApp->get_parent() == &parent) {
+            table.Add({std::string("  ") + command.help.pSynopsis, command.help.pSummary});
+        }
+    }
+    return table.ToString();
+}
+
+void CCommandLine::Refuse(const std::string& strWhy) const {
+    if (const SCommand* pGiven = FindGiven(); pGiven != nullptr) {
+        const CLI::App* pGroup = pGiven->pApp->get_parent();
+        const std::string strGroup = pGroup == &m_app ? std::string() : pGroup->get_name() + ' ';
+        throw CToolError(EVerdict::USAGE,
+                         Text::Printable(strWhy) + "; see dlpctl " + strGroup + pGiven->help.pName + " --help");
+    }
+    const std::vector<std::string> vecRest = m_app.remaining(true);
+    const auto itWord = std::find_if(vecRest.begin(), vecRest.end(),
+                                     [](const std::string& strWord) { return strWord.rfind('-', 0) != 0; });
+    if (itWord == vecRest.end()) {
+        throw CToolError(EVerdict::USAGE, (vecRest.empty() ? "no command is given" : Text::Printable(strWhy)) +
+                                              std::string("; dlpctl --help lists the commands"));
+    }
+    const CLI::App* pParent = m_app.get_subcommands().empty() ? &m_app : m_app.get_subcommands().front();
+    std::vector<std::string> vecNames;
+    for (const CLI::App* pCommand : pParent->get_subcommands([](const CLI::App*) { return true; })) {
+        vecNames.push_back(pCommand->get_name());
+    }
+    const std::string strNearest = FindNearestName(*itWord, vecNames);
+    throw CToolError(EVerdict::USAGE, "there is no command " + Text::Quoted(*itWord) +
+                                          (strNearest.empty() ? "; dlpctl --help lists the commands"
+                                                              : "; did you mean " + Text::Quoted(strNearest) + '?'));
+}

@@ -1,0 +1,68 @@
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include <CLI/App.hpp>
+
+#include "cli/Verdict.h"
+
+class CCommandContext;
+struct SGlobalOptions;
+
+/** What the help says of a command. */
+struct SCommandHelp {
+    const char* pName;      ///< its last word
+    const char* pSynopsis;  ///< whole, without the program's name
+    const char* pSummary;   ///< one line
+    const char* pDetails;   ///< more lines, or ""
+    const char* pExamples;  ///< lines
+    const char* pFormat;    ///< name of its JSON form
+};
+
+/** The command line: which commands there are, what they take, and what a given one asks for. */
+class CCommandLine {
+  public:
+    using Run = std::function<EVerdict(CCommandContext&)>;
+
+    explicit CCommandLine(SGlobalOptions& options);
+
+    /** Adds a word that several commands begin with. */
+    CLI::App& AddGroup(const char* pName, const char* pSummary);
+    /** @param fnRun called when this command was given @return where its own options are added */
+    CLI::App& AddCommand(CLI::App& parent, const SCommandHelp& help, Run fnRun);
+    CLI::App& GetTop() { return m_app; }
+
+    /** @param pNames as -o,--output; without dashes: by its place @param pValue how the help calls the value */
+    static CLI::Option* AddText(CLI::App& command, const char* pNames, const char* pValue, std::string& strText,
+                                const char* pSummary);
+    static CLI::Option* AddTexts(CLI::App& command, const char* pNames, const char* pValue,
+                                 std::vector<std::string>& vecTexts, const char* pSummary);
+    static void AddFlag(CLI::App& command, const char* pNames, bool& bFlag, const char* pSummary);
+
+    struct SParsed {
+        Run fnRun;  ///< empty: show strShow, and be done
+        std::string strShow;
+        bool bVersion = false;
+    };
+    /** @param vecArguments without the program's name @throws CToolError (USAGE) */
+    SParsed Parse(const std::vector<std::string>& vecArguments);
+    /** @return the name of the JSON form of the command that was given, as far as it is known */
+    const char* GetFormat() const;
+
+  private:
+    struct SCommand {
+        const CLI::App* pApp;
+        SCommandHelp help;
+        Run fnRun;
+    };
+
+    const SCommand* FindGiven() const;
+    std::string MakeHelp() const;
+    std::string ListCommands(const CLI::App& parent) const;
+    [[noreturn]] void Refuse(const std::string& strWhy) const;
+
+    CLI::App m_app;
+    std::vector<SCommand> m_vecCommands;
+};

@@ -1,0 +1,12 @@
+#pragma once
+
+class CCommandLine;
+
+/** Each adds commands to the command line. */
+void AddImportCommand(CCommandLine& line);
+void AddExportCommand(CCommandLine& line);
+void AddAssetCommands(CCommandLine& line);
+void AddListCommand(CCommandLine& line);
+void AddShowCommand(CCommandLine& line);
+void AddMetadataCommand(CCommandLine& line);
+void AddStoreCommands(CCommandLine& line);

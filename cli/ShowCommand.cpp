@@ -1,0 +1,144 @@
+#include <algorithm>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <nlohmann/json.hpp>
+
+#include "cli/CommandContext.h"
+#include "cli/CommandLine.h"
+#include "cli/Commands.h"
+#include "cli/Kinds.h"
+#include "cli/RecordJson.h"
+#include "cli/StoreSession.h"
+#include "cli/Suggestion.h"
+#include "cli/Text.h"
+#include "platform/common/TextConversion.h"
+#include "platform/store/CSettingsStore.h"
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+constexpr SCommandHelp HELP = {
+    "show",
+    "show template|expression|keyword NAME",
+    "show one record with all it holds",
+    "NAME is the internal name, the first column of dlpctl list. Rules read as P:expression(hits) and K:keyword "
+    "list.\n",
+    "  dlpctl show template NAME\n"
+    "  dlpctl --json show keyword NAME\n",
+    "dlpctl-show/1",
+};
+
+/** Markup is for machines; people get what it says below the fields. */
+bool IsMarkup(ESettingsKind eKind, std::size_t iColumn) {
+    return (eKind == ESettingsKind::KEYWORD && iColumn == KeywordColumn::TEXT) ||
+           (eKind == ESettingsKind::TEMPLATE && iColumn == TemplateColumn::ELEMENT);
+}
+
+std::string Join(const std::vector<std::string>& vecTexts) {
+    std::string strJoined;
+    for (const std::string& strText : vecTexts) {
+        strJoined += (strJoined.empty() ? "" : ", ") + strText;
+    }
+    return strJoined;
+}
+
+std::string ToCell(const CSettingsRow& row, EColumnType eType, std::size_t iColumn) {
+    switch (eType) {
+        case EColumnType::NUMBER:
+            return std::to_string(row.GetNumber(iColumn));
+        case EColumnType::FLAG:
+            return Text::YesNo(row.GetFlag(iColumn));
+        case EColumnType::TEXT_LIST:
+            return Join(row.GetList(iColumn));
+        case EColumnType::TEXT:
+        case EColumnType::NULLABLE_TEXT:
+            break;
+    }
+    return row.GetText(iColumn);
+}
+
+std::string MakeFields(const CSettingsRow& row) {
+    const STable& table = GetSettingsTable(row.GetKind());
+    CTextTable fields;
+    for (std::size_t i = 0; i < table.iColumns; ++i) {
+        if (!IsMarkup(row.GetKind(), i)) {
+            fields.Add({table.pColumns[i].pName, ToCell(row, table.pColumns[i].eType, i)});
+        }
+    }
+    return fields.ToString();
+}
+
+std::string MakeKeywords(const CSettingsRow& row) {
+    CTextTable keywords({"KEYWORD", "SCORE", "CASE", "DESCRIPTION"});
+    for (const SKeyword& keyword : ReadKeywords(row)) {
+        keywords.Add({keyword.strKeyword, std::to_string(keyword.iScore), Text::YesNo(keyword.bCaseSensitive),
+                      keyword.strDescription});
+    }
+    return '\n' + keywords.ToString();
+}
+
+std::string MakeRules(const CSettingsRow& row) {
+    const std::vector<SMatchRule> vecRules = ReadRules(row);
+    std::vector<OS::x_wstring> vecTexts;
+    std::vector<OS::x_wstring> vecOperators;
+    FormatMatchRules(vecRules, vecTexts, vecOperators);
+    CTextTable rules({"OPERATOR", "RULE"});
+    for (std::size_t i = 0; i < vecTexts.size(); ++i) {
+        std::replace(vecTexts[i].begin(), vecTexts[i].end(), L'\t', L' ');
+        rules.Add({vecRules[i].eOperator == EOperator::UNKNOWN ? "" : OperatorText(vecRules[i].eOperator),
+                   OS::Utf8Lenient(vecTexts[i])});
+    }
+    return '\n' + rules.ToString();
+}
+
+std::string MakeText(const CSettingsRow& row) {
+    switch (row.GetKind()) {
+        case ESettingsKind::KEYWORD:
+            return MakeFields(row) + MakeKeywords(row);
+        case ESettingsKind::TEMPLATE:
+            return MakeFields(row) + MakeRules(row);
+        case ESettingsKind::EXPRESSION:
+            break;
+    }
+    return MakeFields(row);
+}
+
+EVerdict Show(CCommandContext& context, const std::string& strKind, const std::string& strName) {
+    const SKind& kind = FindKind(strKind);
+    const CStoreSession& store = context.GetStore();
+    const CSettingsTransaction unit(EUnitOfWork::READ);
+    const std::unique_ptr<CSettingsRow> pRow = CSettingsStore::Current().FindOne(kind.eKind, NAME_COLUMN, strName);
+    if (pRow == nullptr) {
+        throw CToolError(EVerdict::FINDINGS, std::string("no ") + kind.pWord + " is named " + Text::Quoted(strName) +
+                                                 "; " + SuggestStoredName(kind, strName));
+    }
+    store.ThrowIfFailed();
+    if (context.IsJson()) {
+        context.WriteJson({{"format", HELP.pFormat},
+                           {"verdict", GetVerdictName(EVerdict::DONE)},
+                           {"kind", kind.pSingular},
+                           {"record", RecordToJson(*pRow)}});
+    } else {
+        context.Write(MakeText(*pRow));
+    }
+    return EVerdict::DONE;
+}
+
+struct SArguments {
+    std::string strKind;
+    std::string strName;
+};
+
+}  // namespace
+
+void AddShowCommand(CCommandLine& line) {
+    const auto pArguments = std::make_shared<SArguments>();
+    CLI::App& command = line.AddCommand(line.GetTop(), HELP, [pArguments](CCommandContext& context) {
+        return Show(context, pArguments->strKind, pArguments->strName);
+    });
+    CCommandLine::AddText(command, "KIND", "KIND", pArguments->strKind, "what to show")->required();
+    CCommandLine::AddText(command, "NAME", "NAME", pArguments->strName, "its internal name")->required();
+}

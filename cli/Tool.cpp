@@ -1,0 +1,87 @@
+#include "cli/Tool.h"
+
+#include <algorithm>
+
+#include <nlohmann/json.hpp>
+
+#include "cli/CommandContext.h"
+#include "cli/CommandLine.h"
+#include "cli/Commands.h"
+#include "cli/Verdict.h"
+#include "platform/common/TextConversion.h"
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+constexpr const char VERSION_FORMAT[] = "dlpctl-version/1";
+constexpr const char HELP_FORMAT[] = "dlpctl-help/1";
+
+/** In the order of the help. */
+constexpr void (*ADD_COMMANDS[])(CCommandLine&) = {
+    AddImportCommand, AddExportCommand,   AddAssetCommands, AddListCommand,
+    AddShowCommand,   AddMetadataCommand, AddStoreCommands,
+};
+
+void CheckArguments(const std::vector<std::string>& vecArguments) {
+    for (std::size_t i = 0; i < vecArguments.size(); ++i) {
+        if (OS::FindInvalidUtf8(vecArguments[i]) != std::string::npos) {
+            throw CToolError(EVerdict::USAGE, "argument " + std::to_string(i + 1) + " is not UTF-8");
+        }
+    }
+}
+
+EVerdict Show(CCommandContext& context, const CCommandLine::SParsed& parsed) {
+    if (context.IsJson()) {
+        context.WriteJson({{"format", parsed.bVersion ? VERSION_FORMAT : HELP_FORMAT},
+                           {"verdict", GetVerdictName(EVerdict::DONE)},
+                           {parsed.bVersion ? "version" : "help", parsed.strShow}});
+    } else {
+        context.Write(parsed.bVersion ? "dlpctl " + parsed.strShow + '\n' : parsed.strShow);
+    }
+    return EVerdict::DONE;
+}
+
+EVerdict Run(const std::vector<std::string>& vecArguments, CCommandLine& line, CCommandContext& context) {
+    CheckArguments(vecArguments);
+    const CCommandLine::SParsed parsed = line.Parse(vecArguments);
+    if (!parsed.fnRun) {
+        return Show(context, parsed);
+    }
+    context.Prepare();
+    return parsed.fnRun(context);
+}
+
+/** A failure to say so cannot be told to anyone. */
+EVerdict Tell(CCommandContext& context, const char* pFormat, const CToolError& error) {
+    try {
+        context.Fail(pFormat, error);
+    } catch (const CToolError&) {
+        return EVerdict::OUTPUT;
+    }
+    return error.GetVerdict();
+}
+
+}  // namespace
+
+int RunTool(const std::vector<std::string>& vecArguments, std::istream& in, std::ostream& out, std::ostream& err) {
+    CCommandContext context(in, out, err);
+    // Read before the rest, so that a command line that cannot be read is answered in the form that was asked for.
+    context.Options().bJson = std::find(vecArguments.begin(), vecArguments.end(), "--json") != vecArguments.end();
+    CCommandLine line(context.Options());
+    for (const auto fnAdd : ADD_COMMANDS) {
+        fnAdd(line);
+    }
+    EVerdict eVerdict = EVerdict::DONE;
+    try {
+        eVerdict = Run(vecArguments, line, context);
+        if (eVerdict != EVerdict::OUTPUT) {
+            context.Flush();
+        }
+    } catch (const CToolError& error) {
+        eVerdict = Tell(context, line.GetFormat(), error);
+    } catch (...) {
+        eVerdict = Tell(context, line.GetFormat(), context.ExplainException());
+    }
+    return GetExitCode(eVerdict);
+}

@@ -1,0 +1,178 @@
+#include "cli/CommandLine.h"
+
+#include <gtest/gtest.h>
+
+#include <nlohmann/json.hpp>
+
+#include "tests/cli/ToolRun.h"
+
+namespace {
+
+using CommandLine = CToolTest;
+using Json = nlohmann::json;
+
+struct SRefused {
+    std::vector<std::string> vecArguments;
+    const char* pMessage;
+    const char* pFormat;
+};
+
+const SRefused REFUSED[] = {
+    {{}, "no command is given; dlpctl --help lists the commands", "dlpctl/1"},
+    {{"nope"}, "there is no command \"nope\"; dlpctl --help lists the commands", "dlpctl/1"},
+    {{"exprot", "--all"}, "there is no command \"exprot\"; did you mean \"export\"?", "dlpctl/1"},
+    {{"assets"}, "no command is given; dlpctl --help lists the commands", "dlpctl/1"},
+    {{"assets", "improt", "x"}, "there is no command \"improt\"; did you mean \"import\"?", "dlpctl/1"},
+    {{"--nope"}, "A subcommand is required; dlpctl --help lists the commands", "dlpctl/1"},
+    {{"import"}, "FILE is required; see dlpctl import --help", "dlpctl-import/1"},
+    {{"import", "--nope", "x"},
+     "The following argument was not expected: --nope; see dlpctl import --help",
+     "dlpctl-import/1"},
+    {{"assets", "import"}, "FILE is required; see dlpctl assets import --help", "dlpctl-assets-import/1"},
+    {{"export"}, "nothing is asked for; write names or --all", "dlpctl-export/1"},
+    {{"export", "x", "--all"}, "write either names or --all, not both", "dlpctl-export/1"},
+    {{"assets", "export"}, "nothing is asked for; write names or --all", "dlpctl-assets-export/1"},
+    {{"assets", "export", "--all", "--keyword", "x"},
+     "write either names or --all, not both",
+     "dlpctl-assets-export/1"},
+    {{"list"}, "KIND is required; see dlpctl list --help", "dlpctl-list/1"},
+    {{"list", "things"}, "there is no kind \"things\"; write templates, expressions or keywords", "dlpctl-list/1"},
+    {{"show", "template"}, "NAME is required; see dlpctl show --help", "dlpctl-show/1"},
+    {{"show", "thing", "x"}, "there is no kind \"thing\"; write templates, expressions or keywords", "dlpctl-show/1"},
+    {{"store", "load"}, "FILE is required; see dlpctl store load --help", "dlpctl-store-load/1"},
+    {{"store", "dump", "x"},
+     "The following argument was not expected: x; see dlpctl store dump --help",
+     "dlpctl-dump/1"},
+    {{"metadata", "x"}, "The following argument was not expected: x; see dlpctl metadata --help", "dlpctl-metadata/1"},
+    {{"list", "templates", "--log", "/dev/null/log"},
+     "--log: Failed opening file /dev/null/log for writing: Not a directory",
+     "dlpctl-list/1"},
+    {{"list", "templates", "--log-level", "info,loud"},
+     "--log-level: there is no level \"loud\"; the levels are info, enter, leave, content, error, failure, all",
+     "dlpctl-list/1"},
+    {{"list", "\xff"}, "argument 2 is not UTF-8", "dlpctl/1"},
+};
+
+}  // namespace
+
+TEST_F(CommandLine, WhatIsWrongIsSaidInOneLine) {
+    for (const SRefused& refused : REFUSED) {
+        const SToolRun run = Run(refused.vecArguments);
+        EXPECT_EQ(run.iCode, 3) << refused.pMessage;
+        EXPECT_EQ(run.strOut, "");
+        EXPECT_EQ(run.strErr, std::string("dlpctl: ") + refused.pMessage + '\n');
+    }
+}
+
+TEST_F(CommandLine, WhatIsWrongIsSaidInJsonToo) {
+    for (const SRefused& refused : REFUSED) {
+        if (std::string(refused.pMessage).rfind("argument", 0) == 0) {
+            continue;  // numbered differently
+        }
+        std::vector<std::string> vecArguments = refused.vecArguments;
+        vecArguments.insert(vecArguments.begin(), "--json");
+        const SToolRun run = Run(vecArguments);
+        EXPECT_EQ(run.iCode, 3);
+        EXPECT_EQ(Json::parse(run.strOut),
+                  Json({{"format", refused.pFormat}, {"verdict", "usage"}, {"message", refused.pMessage}}));
+    }
+}
+
+TEST_F(CommandLine, ExportInJsonNeedsAFile) {
+    for (const std::vector<std::string>& vecArguments : {std::vector<std::string>{"--json", "export", "--all"},
+                                                         {"export", "--all", "-o", "-", "--json"},
+                                                         {"assets", "export", "--all", "--json"}}) {
+        const SToolRun run = Run(vecArguments);
+        EXPECT_EQ(run.iCode, 3);
+        EXPECT_EQ(run.strErr,
+                  "dlpctl: --json needs -o FILE here: the document and the answer cannot share standard output\n");
+        EXPECT_EQ(Json::parse(run.strOut)["verdict"], "usage");
+    }
+}
+
+TEST_F(CommandLine, GlobalOptionsStandBeforeOrAfterTheCommand) {
+    Import(Documents::Small());
+    const std::string strExpected = Get({"--json", "list", "keywords"});
+    EXPECT_EQ(Get({"list", "--json", "keywords"}), strExpected);
+    EXPECT_EQ(Get({"list", "keywords", "--json"}), strExpected);
+    EXPECT_EQ(RunOn("memory:", {"--store=" + Url("store.db"), "list", "keywords", "--json"}).strOut, strExpected);
+    EXPECT_EQ(Get({"store", "dump", "--store", Url("store.db")}), Dump());
+}
+
+TEST_F(CommandLine, ValuesAreTakenAsTheyStand) {
+    const std::pair<const char*, const char*> aNames[] = {
+        {"[draft]", "[draft]"}, {"[a,b]", "[a,b]"}, {"\x01[x]", "\\u0001[x]"},     {"a,b", "a,b"},
+        {"{}", "{}"},           {"%%", "%%"},       {"it's \"it\"", "it's \"it\""}};
+    for (const auto& [pName, pShown] : aNames) {
+        const SToolRun run = Run({"export", pName, "-q"});
+        EXPECT_EQ(run.iCode, 1);
+        EXPECT_EQ(run.strErr, std::string("dlpctl: warning: template \"") + pShown +
+                                  "\" is left out: it is not stored; dlpctl list templates lists the names\n");
+        EXPECT_EQ(Run({"show", "template", pName}).strErr, std::string("dlpctl: no template is named \"") + pShown +
+                                                               "\"; dlpctl list templates lists the names\n");
+    }
+    EXPECT_EQ(Run({"export", "-q", "--", "--all"}).strErr,
+              "dlpctl: warning: template \"--all\" is left out: it is not stored; dlpctl list templates lists the "
+              "names\n");
+}
+
+TEST_F(CommandLine, TopHelpHasOneLinePerCommandAndTheFirstSteps) {
+    const SToolRun run = Run({"--help"});
+    EXPECT_EQ(run.iCode, 0);
+    EXPECT_EQ(run.strErr, "");
+    for (const char* pLine :
+         {"\n  import FILE…  ", "\n  export NAME… | --all  ", "\n  assets import FILE…  ",
+          "\n  assets export [--expression NAME]… [--keyword NAME]… | --all  ",
+          "\n  list templates|expressions|keywords  ", "\n  show template|expression|keyword NAME  ", "\n  metadata  ",
+          "\n  store dump [-o FILE]  ", "\n  store load FILE  ", "\n  store info  ", "\n  --store URL  ",
+          "\n  -q,--quiet  ", "\nFirst steps:\n"}) {
+        EXPECT_NE(run.strOut.find(pLine), std::string::npos) << pLine;
+    }
+}
+
+TEST_F(CommandLine, EveryCommandHasHelpWithExamples) {
+    const std::vector<std::string> aCommands[] = {
+        {"import"}, {"export"},   {"assets", "import"}, {"assets", "export"}, {"list"},
+        {"show"},   {"metadata"}, {"store", "dump"},    {"store", "load"},    {"store", "info"}};
+    for (std::vector<std::string> vecCommand : aCommands) {
+        const std::string strName = vecCommand.front() + (vecCommand.size() > 1 ? ' ' + vecCommand.back() : "");
+        vecCommand.emplace_back("--help");
+        const SToolRun run = Run(vecCommand);
+        EXPECT_EQ(run.iCode, 0);
+        EXPECT_EQ(run.strOut.find("Usage: dlpctl " + strName), 0U) << run.strOut;
+        EXPECT_NE(run.strOut.find("\nExamples:\n  dlpctl "), std::string::npos) << run.strOut;
+    }
+    EXPECT_EQ(Run({"store", "-h"}).strOut,
+              "Commands:\n"
+              "  store dump [-o FILE]  write the whole store as JSON\n"
+              "  store load FILE       replace the whole store by what a dump holds\n"
+              "  store info            show which store, which files and which versions are in use\n"
+              "\n"
+              "Options of every command: dlpctl --help\n");
+}
+
+TEST_F(CommandLine, HelpOfOneCommandIsWhole) {
+    EXPECT_EQ(Run({"list", "--help"}).strOut,
+              "Usage: dlpctl list templates|expressions|keywords\n"
+              "\n"
+              "List what the store holds.\n"
+              "One line per record, in the order of the store, which is also that of export --all.\n"
+              "\n"
+              "Options:\n"
+              "  -h,--help  show this help\n"
+              "\n"
+              "Examples:\n"
+              "  dlpctl list templates\n"
+              "  dlpctl --json list expressions\n"
+              "\n"
+              "Options of every command: dlpctl --help\n");
+}
+
+TEST_F(CommandLine, HelpAndVersionHaveAJsonForm) {
+    EXPECT_EQ(Run({"--version"}).strOut, "dlpctl 0.1.0\n");
+    EXPECT_EQ(Json::parse(Run({"--version", "--json"}).strOut),
+              Json({{"format", "dlpctl-version/1"}, {"verdict", "done"}, {"version", "0.1.0"}}));
+    const Json help = Json::parse(Run({"--json", "list", "--help"}).strOut);
+    EXPECT_EQ(help["format"], "dlpctl-help/1");
+    EXPECT_EQ(help["help"], Run({"list", "--help"}).strOut);
+}
