@@ -1,0 +1,149 @@
+#include <memory>
+#include <set>
+#include <string>
+#include <unordered_set>
+#include <utility>
+#include <vector>
+
+#include "cli/CommandContext.h"
+#include "cli/CommandLine.h"
+#include "cli/Commands.h"
+#include "cli/ExportReport.h"
+#include "cli/InstalledFiles.h"
+#include "cli/Kinds.h"
+#include "cli/StoreSession.h"
+#include "cli/Suggestion.h"
+#include "cli/Text.h"
+#include "digital_assets/ExportObserver.h"
+#include "platform/common/TextConversion.h"
+#include "platform/store/CSettingsStore.h"
+#include "templates/DLPTemplateMgr.h"
+
+namespace {
+
+constexpr SCommandHelp HELP = {
+    "export",
+    "export NAME… | --all",
+    "write templates with all they refer to as one document",
+    "NAMEs are internal names, the first column of dlpctl list templates; --all takes them all, in that order.\n"
+    "What is asked for and not in the document is named, with the reason.\n",
+    "  dlpctl export --all --indent -o policy.xml\n"
+    "  dlpctl export NAME > one.xml\n",
+    "dlpctl-export/1",
+};
+
+struct SArguments : SExportOptions {
+    std::vector<std::string> vecNames;
+};
+
+struct SReason {
+    const char* pCode;
+    const char* pWhy;  ///< more follows
+};
+
+/** By ELeftOut. */
+constexpr SReason REASONS[] = {
+    {"not-stored", "it is not stored; "},
+    {"invalid-assets", "a rule refers to what is not stored: "},
+    {"no-template", "its stored element is no template"},
+};
+constexpr SReason NO_NAME = {"no-name", "its element has no name to ask for; its display name is "};
+constexpr SReason SAME_NAME = {"same-name", "another template of this name comes first in the store: "};
+
+class CTemplateExportCommand : public CExportObserver {
+  public:
+    CTemplateExportCommand(CCommandContext& context, const SArguments& arguments)
+        : m_context(context), m_arguments(arguments) {
+        m_report.pFormat = HELP.pFormat;
+    }
+
+    EVerdict Run() {
+        CheckExportOptions(m_context, m_arguments, !m_arguments.vecNames.empty());
+        WarnOfMissing(m_context, FindPolicyFile(), NO_POLICY_FILE);
+        const CStoreSession& store = m_context.GetStore();
+        {
+            const CSettingsTransaction unit(EUnitOfWork::READ);
+            Export(m_arguments.bAll ? ListAllNames() : m_arguments.vecNames);
+            store.ThrowIfFailed();
+        }
+        if (m_report.strDocument.empty()) {
+            throw CToolError(EVerdict::INVALID, m_strFailure + "; nothing was written");
+        }
+        return FinishExport(m_context, m_arguments, m_report);
+    }
+
+    void OnLeftOut(const std::string& strName, ELeftOut eReason, const std::string& strDetail) override {
+        const bool bNotStored = eReason == ELeftOut::NOT_STORED;
+        LeaveOut(
+            strName, REASONS[static_cast<std::size_t>(eReason)],
+            bNotStored ? SuggestStoredName(GetKind(ESettingsKind::TEMPLATE), strName) : Text::Printable(strDetail));
+    }
+
+    void OnRecordFailed(const std::string& strSubject, const std::string& strMessage) override {
+        m_strFailure = Text::Printable(strSubject) + " cannot be written: " + Text::Printable(strMessage);
+    }
+
+  private:
+    /** @param strMore printable */
+    void LeaveOut(const std::string& strName, const SReason& reason, const std::string& strMore) {
+        m_report.vecLeftOut.push_back(
+            {&GetKind(ESettingsKind::TEMPLATE), strName, reason.pCode, reason.pWhy + strMore});
+    }
+
+    /** Names the templates that no name leads to, and returns the names of the others. */
+    std::vector<std::string> ListAllNames() {
+        CSettingsStore& settings = CSettingsStore::Current();
+        std::vector<std::string> vecStored;
+        std::vector<std::string> vecDisplayNames;
+        settings.ReadColumn(ESettingsKind::TEMPLATE, NAME_COLUMN, vecStored);
+        settings.ReadColumn(ESettingsKind::TEMPLATE, DISPLAY_NAME_COLUMN, vecDisplayNames);
+        std::vector<std::string> vecNames;
+        std::unordered_set<std::string> lstSeen;
+        for (std::size_t i = 0; i < vecStored.size(); ++i) {
+            if (vecStored[i].empty()) {
+                LeaveOut(vecStored[i], NO_NAME, Text::Quoted(vecDisplayNames[i]));
+            } else if (!lstSeen.insert(vecStored[i]).second) {
+                LeaveOut(vecStored[i], SAME_NAME, Text::Quoted(vecDisplayNames[i]));
+            } else {
+                vecNames.push_back(vecStored[i]);
+            }
+        }
+        return vecNames;
+    }
+
+    void Export(const std::vector<std::string>& vecNames) {
+        std::vector<OS::x_wstring> vecWide;
+        for (const std::string& strName : vecNames) {
+            vecWide.push_back(OS::WideText(strName));
+        }
+        std::set<std::wstring> lstExpressions;
+        std::set<std::wstring> lstKeywords;
+        m_report.strDocument =
+            CTemplateMgr(m_context.GetScope()).ExportDocument(vecWide, this, &lstExpressions, &lstKeywords);
+        m_report.counts[ESettingsKind::EXPRESSION] = {lstExpressions.size(), Count(ESettingsKind::EXPRESSION)};
+        m_report.counts[ESettingsKind::KEYWORD] = {lstKeywords.size(), Count(ESettingsKind::KEYWORD)};
+        std::set<std::string> lstTemplates(vecNames.begin(), vecNames.end());
+        for (const SLeftOut& leftOut : m_report.vecLeftOut) {
+            lstTemplates.erase(leftOut.pReason == SAME_NAME.pCode ? std::string() : leftOut.strName);
+        }
+        m_report.counts[ESettingsKind::TEMPLATE] = {lstTemplates.size(), Count(ESettingsKind::TEMPLATE)};
+    }
+
+    static std::size_t Count(ESettingsKind eKind) { return CSettingsStore::Current().Count(eKind); }
+
+    CCommandContext& m_context;
+    const SArguments& m_arguments;
+    SExportReport m_report;
+    std::string m_strFailure = "the export failed; --log - --log-level all shows where";
+};
+
+}  // namespace
+
+void AddExportCommand(CCommandLine& line) {
+    const auto pArguments = std::make_shared<SArguments>();
+    CLI::App& command = line.AddCommand(line.GetTop(), HELP, [pArguments](CCommandContext& context) {
+        return CTemplateExportCommand(context, *pArguments).Run();
+    });
+    CCommandLine::AddTexts(command, "NAME", "NAME", pArguments->vecNames, "internal names of templates");
+    AddExportOptions(command, *pArguments);
+}

@@ -1,0 +1,95 @@
+#include "cli/ExportReport.h"
+
+#include <nlohmann/json.hpp>
+
+#include "cli/CommandContext.h"
+#include "cli/IndentXml.h"
+#include "cli/Output.h"
+#include "cli/Signals.h"
+#include "cli/Text.h"
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+Json MakeHead(const SExportReport& report) {
+    return {{"format", report.pFormat}, {"output", report.strOutput}};
+}
+
+Json MakeJson(const SExportReport& report, EVerdict eVerdict) {
+    Json object = MakeHead(report);
+    object["verdict"] = GetVerdictName(eVerdict);
+    for (const auto& [eKind, count] : report.counts) {
+        object["exported"][GetKind(eKind).pList] = count.iCarried;
+        object["not_carried"][GetKind(eKind).pList] = count.iStored - count.iCarried;
+    }
+    object["left_out"] = Json::array();
+    for (const SLeftOut& leftOut : report.vecLeftOut) {
+        object["left_out"].push_back({{"kind", leftOut.pKind->pSingular},
+                                      {"name", leftOut.strName},
+                                      {"reason", leftOut.pReason},
+                                      {"message", leftOut.strWhy}});
+    }
+    return object;
+}
+
+void TellCounts(CCommandContext& context, const SExportReport& report) {
+    std::string strCarried;
+    std::string strOthers;
+    for (const auto& [eKind, count] : report.counts) {
+        const SKind& kind = GetKind(eKind);
+        const std::string strComma = strCarried.empty() ? "" : ", ";
+        strCarried += strComma + Text::Counted(count.iCarried, kind.pWord, kind.pWords);
+        if (eKind != ESettingsKind::TEMPLATE && count.iStored > count.iCarried) {
+            strOthers += (strOthers.empty() ? "" : ", ") +
+                         Text::Counted(count.iStored - count.iCarried, kind.pWord, kind.pWords);
+        }
+    }
+    context.Note("Exported: " + strCarried + ".");
+    if (!strOthers.empty()) {
+        context.Note("In the store but not in the document: " + strOthers + "; dlpctl assets export writes those.");
+    }
+}
+
+}  // namespace
+
+void AddExportOptions(CLI::App& command, SExportOptions& options) {
+    CCommandLine::AddFlag(command, "--all", options.bAll, "everything that the store holds");
+    CCommandLine::AddFlag(command, "--indent", options.bIndent, "one element per line, indented; it means the same");
+    CCommandLine::AddText(command, "-o,--output", "FILE", options.strOutput,
+                          "write to FILE, which is replaced whole or not at all");
+}
+
+void CheckExportOptions(CCommandContext& context, const SExportOptions& options, bool bNames) {
+    if (bNames == options.bAll) {
+        throw CToolError(EVerdict::USAGE, bNames ? "write either names or --all, not both"
+                                                 : "nothing is asked for; write names or --all");
+    }
+    if (context.IsJson() && COutput::IsStandard(options.strOutput)) {
+        throw CToolError(EVerdict::USAGE,
+                         "--json needs -o FILE here: the document and the answer cannot share "
+                         "standard output");
+    }
+}
+
+EVerdict FinishExport(CCommandContext& context, const SExportOptions& options, SExportReport& report) {
+    Signals::ThrowIfCaught();
+    report.strOutput = options.strOutput;
+    COutput output(context, options.strOutput);
+    output.Write(options.bIndent ? IndentXml(report.strDocument) : report.strDocument);
+    if (context.IsJson()) {
+        context.StartJson(MakeHead(report));
+    }
+    output.Commit();
+    const EVerdict eVerdict = report.vecLeftOut.empty() ? EVerdict::DONE : EVerdict::FINDINGS;
+    for (const SLeftOut& leftOut : report.vecLeftOut) {
+        context.Warn(std::string(leftOut.pKind->pWord) + ' ' + Text::Quoted(leftOut.strName) +
+                     " is left out: " + leftOut.strWhy);
+    }
+    if (context.IsJson()) {
+        context.WriteJson(MakeJson(report, eVerdict));
+    } else {
+        TellCounts(context, report);
+    }
+    return eVerdict;
+}

@@ -1,0 +1,53 @@
+#pragma once
+
+#include <cstddef>
+#include <map>
+#include <string>
+#include <vector>
+
+#include <nlohmann/json_fwd.hpp>
+
+#include "cli/CommandLine.h"
+#include "cli/Kinds.h"
+#include "cli/Verdict.h"
+
+class CCommandContext;
+
+/** Something that was asked for and is not in the document. */
+struct SLeftOut {
+    const SKind* pKind;
+    std::string strName;
+    const char* pReason;  ///< its code in JSON
+    std::string strWhy;   ///< in words, with what to do
+};
+
+/** Records of one kind. */
+struct SExportCount {
+    std::size_t iCarried = 0;  ///< in the document
+    std::size_t iStored = 0;   ///< in the store
+};
+
+/** What an export made. */
+struct SExportReport {
+    const char* pFormat = "";
+    std::string strOutput;
+    std::vector<SLeftOut> vecLeftOut;
+    std::map<ESettingsKind, SExportCount> counts;  ///< of the kinds that the export is about
+    std::string strDocument;
+};
+
+/** How an export is to be written. */
+struct SExportOptions {
+    std::string strOutput;
+    bool bIndent = false;
+    bool bAll = false;
+};
+
+/** Adds the options of every export to a command. */
+void AddExportOptions(CLI::App& command, SExportOptions& options);
+
+/** @throws CToolError (USAGE) for a wish that cannot be met @param bNames whether anything is named */
+void CheckExportOptions(CCommandContext& context, const SExportOptions& options, bool bNames);
+
+/** Writes the document, then tells what is not in it. @return FINDINGS when something that was asked for is missing */
+EVerdict FinishExport(CCommandContext& context, const SExportOptions& options, SExportReport& report);

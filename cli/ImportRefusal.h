@@ -1,0 +1,13 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+
+class CXMLView;
+
+/** @return how many expressions, keyword lists and templates a document holds */
+std::size_t CountItems(const CXMLView& root);
+/** @return whether this is the root of a policy of the older layout, whose root has no version */
+bool IsOlderLayout(const CXMLView& root);
+/** @return in words why the library answered a document with that result, which is not 0, and what to do */
+std::string ExplainRefusal(const CXMLView& root, int iResult);

@@ -1,0 +1,180 @@
+#include "cli/ImportReport.h"
+
+#include <algorithm>
+#include <array>
+
+#include <nlohmann/json.hpp>
+
+#include "cli/InputFile.h"
+#include "cli/Text.h"
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+struct SItemKind {
+    const char* pCode;
+    const char* pWord;
+    const char* pWords;
+};
+
+constexpr SItemKind ITEM_KINDS[] = {
+    {"expression", "expression", "expressions"}, {"keyword", "keyword list", "keyword lists"},
+    {"template", "template", "templates"},       {"category", "category entry", "category entries"},
+    {"section", "section", "sections"},
+};
+constexpr std::size_t KIND_COUNT = std::size(ITEM_KINDS);
+
+constexpr const char* DISPOSITIONS[] = {"created", "updated", "unchanged", "skipped", "failed"};
+constexpr std::size_t DISPOSITION_COUNT = std::size(DISPOSITIONS);
+
+struct SReason {
+    const char* pCode;
+    const char* pWhy;  ///< the detail follows; of a category entry what it names
+    const char* pAdvice;
+};
+
+constexpr SReason REASONS[] = {
+    {"", "", ""},
+    {"no-name", "it has no name", "give it one"},
+    {"no-display-name", "it has no display_name", "give it one"},
+    {"built-in", "the stored one is built in and this one is not",
+     "give it another name, or set pre-defined=\"true\" to replace the built-in one"},
+    {"missing-child", "a child element is missing: ", "add it"},
+    {"unsupported-assets", "a rule cannot be imported: ", "correct it"},
+    {"older-built-in", "built-in templates of the older layout are not taken",
+     "set builtin=\"0\" to import it as one of your own"},
+    {"older-section", "this section of the older layout is not taken",
+     "move it into a document of the present layout, whose root has a template_version"},
+    {"unknown-template", "no template of the document has this name: ", "correct the name or remove the entry"},
+    {"store", "the store could not write it", "nothing of the file was kept"},
+};
+
+const SItemKind& Row(EItemKind eKind) {
+    return ITEM_KINDS[static_cast<std::size_t>(eKind)];
+}
+const SReason& Row(EReason eReason) {
+    return REASONS[static_cast<std::size_t>(eReason)];
+}
+const char* Code(EDisposition eDisposition) {
+    return DISPOSITIONS[static_cast<std::size_t>(eDisposition)];
+}
+
+bool IsTaken(const SImportItem& item) {
+    return item.eDisposition != EDisposition::SKIPPED && item.eDisposition != EDisposition::FAILED;
+}
+
+Json LineOrNull(SPlace place) {
+    return place.iLine == 0 ? Json() : Json(place.iLine);
+}
+Json ColumnOrNull(SPlace place) {
+    return place.iLine == 0 ? Json() : Json(place.iColumn);
+}
+
+Json ItemToJson(const SReportItem& item) {
+    return {{"kind", Row(item.eKind).pCode},       {"name", item.strName},
+            {"display_name", item.strDisplayName}, {"disposition", Code(item.eDisposition)},
+            {"reason", Row(item.eReason).pCode},   {"line", LineOrNull(item.place)},
+            {"column", ColumnOrNull(item.place)},  {"detail", item.strDetail}};
+}
+
+std::string MakeTable(const std::vector<SReportItem>& vecItems) {
+    std::array<std::array<std::size_t, DISPOSITION_COUNT>, KIND_COUNT> aCounts{};
+    for (const SReportItem& item : vecItems) {
+        ++aCounts[static_cast<std::size_t>(item.eKind)][static_cast<std::size_t>(item.eDisposition)];
+    }
+    CTextTable table({"", "CREATED", "UPDATED", "UNCHANGED", "SKIPPED", "FAILED"});
+    table.AlignRight(1);
+    for (std::size_t i = 0; i < KIND_COUNT; ++i) {
+        const bool bAny = std::any_of(aCounts[i].begin(), aCounts[i].end(), [](std::size_t n) { return n != 0; });
+        if (bAny) {
+            std::vector<std::string> vecCells{ITEM_KINDS[i].pWords};
+            std::transform(aCounts[i].begin(), aCounts[i].end(), std::back_inserter(vecCells),
+                           [](std::size_t n) { return std::to_string(n); });
+            table.Add(vecCells);
+        }
+    }
+    return table.ToString();
+}
+
+std::string NameOf(const SReportItem& item) {
+    return std::string(Row(item.eKind).pWord) + ' ' + Text::Quoted(item.strName);
+}
+
+std::string Why(const SReportItem& item) {
+    const SReason& reason = Row(item.eReason);
+    if (!item.bUnknownReference) {
+        const std::string& strMore = item.eKind == EItemKind::CATEGORY ? item.strDisplayName : item.strDetail;
+        return std::string(reason.pWhy) + Text::Printable(strMore) + "; " + reason.pAdvice;
+    }
+    return std::string("it refers to the ") + Row(item.eReferenceKind).pWord + ' ' + Text::Quoted(item.strReference) +
+           ", which is not stored; " +
+           (item.strNearest.empty() ? "import that first, or correct the name"
+                                    : "did you mean " + Text::Quoted(item.strNearest) + '?');
+}
+
+std::string MakeFinding(const std::string& strFile, const SReportItem& item) {
+    const std::string strStart = FormatPlace(strFile, item.place) + ": " + NameOf(item);
+    std::string strLines;
+    if (!IsTaken(item)) {
+        strLines += strStart + ' ' + Code(item.eDisposition) + ": " + Why(item) + '\n';
+    }
+    if (item.iForeignChildren != 0) {
+        strLines += strStart + ": " +
+                    Text::Counted(item.iForeignChildren, "child element read as an empty rule",
+                                  "child elements read as empty rules") +
+                    '\n';
+    }
+    return strLines;
+}
+
+}  // namespace
+
+bool SImportReport::HasFindings() const {
+    return !std::all_of(vecItems.begin(), vecItems.end(), IsTaken);
+}
+
+void SImportReport::Undo(EVerdict eWhy, const std::string& strWhy) {
+    eVerdict = eWhy;
+    strReason = strWhy;
+    vecImported.clear();
+    vecItems.erase(std::remove_if(vecItems.begin(), vecItems.end(), IsTaken), vecItems.end());
+}
+
+Json MakeReportHead(const SImportReport& report) {
+    return {{"format", report.pFormat}, {"file", report.strFile}};
+}
+
+Json MakeReportJson(const SImportReport& report) {
+    Json object = MakeReportHead(report);
+    object["verdict"] = GetVerdictName(report.eVerdict);
+    object["result"] = report.iResult ? Json(*report.iResult) : Json();
+    object["imported"] = report.vecImported;
+    object["skipped"] = report.vecSkipped;
+    object["skipped_assets"] = report.vecSkippedAssets;
+    Json& items = object["items"] = Json::array();
+    for (const SReportItem& item : report.vecItems) {
+        items.push_back(ItemToJson(item));
+    }
+    if (!report.strReason.empty()) {
+        object["message"] = report.strReason;
+        object["line"] = LineOrNull(report.place);
+        object["column"] = ColumnOrNull(report.place);
+    }
+    return object;
+}
+
+std::string MakeReportText(const SImportReport& report) {
+    if (report.vecItems.empty()) {
+        return "nothing to import\n";
+    }
+    std::string strText = MakeTable(report.vecItems);
+    for (const SReportItem& item : report.vecItems) {
+        strText += MakeFinding(report.strFile, item);
+    }
+    return strText;
+}
+
+std::string MakeRefusal(const SImportReport& report) {
+    return FormatPlace(report.strFile, report.place) + ": " + report.strReason + "; nothing was written";
+}

@@ -1,0 +1,46 @@
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <nlohmann/json_fwd.hpp>
+
+#include "cli/SourcePlaces.h"
+#include "cli/Verdict.h"
+#include "digital_assets/ImportObserver.h"
+
+/** An item of the file, and what there is to say about it. */
+struct SReportItem : SImportItem {
+    SPlace place;
+    std::string strNearest;  ///< the stored name that an unknown reference most likely means; "" when none is near
+};
+
+/** What became of one file. Text and JSON are views of it. */
+struct SImportReport {
+    const char* pFormat = "";
+    std::string strFile;
+    EVerdict eVerdict = EVerdict::DONE;
+    std::optional<int> iResult;  ///< the library's; none when the file gave no document to import
+    std::string strReason;       ///< why nothing was written
+    SPlace place;                ///< where in the file that shows
+    std::vector<std::string> vecImported;
+    std::vector<std::string> vecSkipped;
+    std::vector<std::string> vecSkippedAssets;
+    std::vector<SReportItem> vecItems;
+
+    /** @return whether an item was not taken */
+    bool HasFindings() const;
+    /** Nothing was written: only the items that would not have been taken anyway stay listed. */
+    void Undo(EVerdict eWhy, const std::string& strWhy);
+};
+
+/** @return the members that are known before the import is decided */
+nlohmann::ordered_json MakeReportHead(const SImportReport& report);
+/** @return the whole object, which begins with the head */
+nlohmann::ordered_json MakeReportJson(const SImportReport& report);
+/** @return a table of what became of how many items, then what was not taken, where, why and what to do */
+std::string MakeReportText(const SImportReport& report);
+/** @return one line without its end: why nothing was written */
+std::string MakeRefusal(const SImportReport& report);

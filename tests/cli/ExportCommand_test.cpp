@@ -1,0 +1,191 @@
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include <nlohmann/json.hpp>
+
+#include "platform/store/CSettingsStore.h"
+#include "tests/cli/ToolRun.h"
+
+namespace {
+
+using ExportCommand = CToolTest;
+using Json = nlohmann::ordered_json;
+using Documents::Dictionary;
+using Documents::Entity;
+using Documents::Policy;
+using Documents::Template;
+
+constexpr const char SMALL_EXPORT[] =
+    R"(<?xml version="1.0" encoding="UTF-8"?><SAPolicy template_version="3.0.1000" localization_language="">)"
+    R"(<digitalAssets command="overwrite"><entity name="one" type="Generic" caseSensitive="false" validator="" )"
+    R"(display_name="Expression one" description="" pre-defined="false"><regularExpression>\d+</regularExpression>)"
+    R"(<alphabetCharset/><patternForDisplay/><examples/></entity><dictionary name="words" type="Any" )"
+    R"(display_name="List words" description="" pre-defined="false"><keyword description="" score="1" )"
+    R"(caseSensitive="false">one</keyword><keyword description="second" score="5" caseSensitive="true">two</keyword>)"
+    R"(</dictionary></digitalAssets><complianceTemplates command="overwrite"><template name="cards" )"
+    R"(display_name="Template cards" description="What it is for" pre-defined="false"><matchRule>)"
+    R"(<buildingBlock sourceType="ENTITY" entityHits="2" sourceName="one"/><buildingBlock sourceType="KEYWORD" )"
+    R"(sourceName="words" operation="AND"/></matchRule></template></complianceTemplates><industries>)"
+    R"(<industry name="finance" display_name="Finance"><template_id>cards</template_id></industry></industries>)"
+    R"(<regions><region name="eu" display_name="Europe"><template_id>cards</template_id></region>)"
+    R"(<region name="us" display_name=""><template_id>cards</template_id></region></regions></SAPolicy>)";
+
+constexpr const char SMALL_COUNTS[] =
+    "Exported: 1 expression, 1 keyword list, 1 template.\n"
+    "In the store but not in the document: 1 expression; dlpctl assets export writes those.\n";
+
+/** Adds a template to the store as it stands, element and all. */
+void Store(const std::string& strUrl, const std::string& strSubject, const std::string& strDisplayName,
+           const std::string& strElement, const char* pElementName = nullptr) {
+    CSettingsRow row(ESettingsKind::TEMPLATE);
+    row.SetText(TemplateColumn::SUBJECT, strSubject);
+    row.SetText(TemplateColumn::DISPLAY_NAME, strDisplayName);
+    row.SetText(TemplateColumn::ELEMENT, strElement);
+    if (pElementName != nullptr) {
+        row.SetText(TemplateColumn::ELEMENT_NAME, pElementName);
+    }
+    CSettingsStore::Make(strUrl)->Save(row);
+}
+
+}  // namespace
+
+TEST_F(ExportCommand, WritesTheDocumentAndNothingElseToStandardOutput) {
+    Import(Documents::Small());
+    const SToolRun run = Run({"export", "cards"});
+    EXPECT_EQ(run.iCode, 0);
+    EXPECT_EQ(run.strOut, SMALL_EXPORT);
+    EXPECT_EQ(run.strErr, SMALL_COUNTS);
+    EXPECT_EQ(Run({"-q", "export", "--all"}).strErr, "");
+    EXPECT_EQ(Run({"export", "--all", "-o", "-"}).strOut, SMALL_EXPORT);
+}
+
+TEST_F(ExportCommand, JsonTellsOfTheFileItWrote) {
+    Import(Documents::Small());
+    const std::string strFile = m_dir.Path("out.xml");
+    const SToolRun run = Run({"--json", "export", "cards", "gone", "--output", strFile});
+    EXPECT_EQ(run.iCode, 1);
+    EXPECT_EQ(m_dir.Read("out.xml"), SMALL_EXPORT);
+    const Json expected = {{"format", "dlpctl-export/1"},
+                           {"output", strFile},
+                           {"verdict", "findings"},
+                           {"exported", {{"expressions", 1}, {"keyword_lists", 1}, {"templates", 1}}},
+                           {"not_carried", {{"expressions", 1}, {"keyword_lists", 0}, {"templates", 0}}},
+                           {"left_out",
+                            {{{"kind", "template"},
+                              {"name", "gone"},
+                              {"reason", "not-stored"},
+                              {"message", "it is not stored; dlpctl list templates lists the names"}}}}};
+    EXPECT_EQ(Json::parse(run.strOut), expected);
+    EXPECT_EQ(Json::parse(Run({"--json", "export", "cards", "-o", strFile}).strOut)["verdict"], "done");
+}
+
+TEST_F(ExportCommand, IndentedItMeansTheSame) {
+    Import(Documents::Small());
+    const std::string strIndented = Get({"export", "--all", "--indent"});
+    EXPECT_NE(strIndented.find("\n    <entity name=\"one\""), std::string::npos) << strIndented;
+    const std::string strPlain = Get({"export", "--all"});
+    EXPECT_EQ(RunOn(Url("plain.db"), {"import", "-"}, strPlain).iCode, 0);
+    EXPECT_EQ(RunOn(Url("indented.db"), {"import", "-"}, strIndented).iCode, 0);
+    EXPECT_EQ(RunOn(Url("indented.db"), {"store", "dump"}).strOut, RunOn(Url("plain.db"), {"store", "dump"}).strOut);
+}
+
+TEST_F(ExportCommand, TheOrderIsThatOfTheRequestOrOfTheStore) {
+    Import(Policy(Entity("one") + Dictionary("words"),
+                  Template("c", "one", "words") + Template("a", "one", "words") + Template("b", "one", "words")));
+    const auto fnOrder = [](const std::string& strDocument) {
+        std::string strOrder;
+        for (std::size_t i = strDocument.find("<template name="); i != std::string::npos;
+             i = strDocument.find("<template name=", i + 1)) {
+            strOrder += strDocument[i + 16];
+        }
+        return strOrder;
+    };
+    EXPECT_EQ(fnOrder(Get({"export", "--all"})), "abc");
+    EXPECT_EQ(fnOrder(Get({"export", "c", "a", "c"})), "cac");
+}
+
+TEST_F(ExportCommand, EachTemplateThatIsNotInTheDocumentIsNamedWithTheReason) {
+    Import(Documents::Small());
+    Store(Url("store.db"), "T1", "Bad reference",
+          "<template name=\"bad\"><matchRule><buildingBlock sourceType=\"KEYWORD\" sourceName=\"x\"/></matchRule>"
+          "</template>",
+          "bad");
+    Store(Url("store.db"), "T2", "No template", "<other/>");
+    Store(Url("store.db"), "T3", "Twin", "<template name=\"cards\"/>", "cards");
+    const SToolRun run = Run({"export", "--all", "-q"});
+    EXPECT_EQ(run.iCode, 1);
+    EXPECT_EQ(run.strOut, SMALL_EXPORT);
+    EXPECT_EQ(
+        run.strErr,
+        "dlpctl: warning: template \"\" is left out: its element has no name to ask for; its display name is \"No "
+        "template\"\n"
+        "dlpctl: warning: template \"cards\" is left out: another template of this name comes first in the "
+        "store: \"Twin\"\n"
+        "dlpctl: warning: template \"bad\" is left out: a rule refers to what is not stored: KEYWORD \"x\"\n");
+    EXPECT_EQ(Run({"-q", "export", "card"}).strErr,
+              "dlpctl: warning: template \"card\" is left out: it is not stored; did you mean \"cards\"?\n");
+}
+
+TEST_F(ExportCommand, ARecordThatCannotBeWrittenIsNamedAndNothingIsWritten) {
+    Import(Documents::Small());
+    CSettingsRow row(ESettingsKind::TEMPLATE);
+    row.SetText(TemplateColumn::SUBJECT, "T\x01");
+    row.SetText(TemplateColumn::DISPLAY_NAME, "a\x01z");
+    row.SetText(TemplateColumn::ELEMENT, "<template name=\"damaged\"/>");
+    row.SetText(TemplateColumn::ELEMENT_NAME, "damaged");
+    CSettingsStore::Make(Url("store.db"))->Save(row);
+    const std::string strFile = m_dir.Write("out.xml", "old");
+    const SToolRun run = Run({"export", "--all", "-o", strFile});
+    EXPECT_EQ(run.iCode, 2);
+    EXPECT_EQ(run.strErr.find("dlpctl: T\\u0001 cannot be written: "), 0U) << run.strErr;
+    EXPECT_NE(run.strErr.find("U+0001"), std::string::npos) << run.strErr;
+    EXPECT_NE(run.strErr.find("; nothing was written\n"), std::string::npos) << run.strErr;
+    EXPECT_EQ(m_dir.Read("out.xml"), "old");
+    const Json report = Json::parse(Run({"--json", "export", "--all", "-o", strFile}).strOut);
+    EXPECT_EQ(report["format"], "dlpctl-export/1");
+    EXPECT_EQ(report["verdict"], "invalid");
+}
+
+TEST_F(ExportCommand, AnOutputThatCannotBeWrittenIsFourAndNothingIsLeft) {
+    Import(Documents::Small());
+    const SToolRun run = Run({"export", "--all", "-o", m_dir.Path("none/out.xml")});
+    EXPECT_EQ(run.iCode, 4);
+    EXPECT_EQ(run.strErr, "dlpctl: cannot write " + m_dir.Path("none/out.xml") + ": No such file or directory\n");
+    const Json report = Json::parse(Run({"--json", "export", "--all", "-o", m_dir.Path("none/out.xml")}).strOut);
+    EXPECT_EQ(report["verdict"], "output");
+    EXPECT_EQ(CProgram::Shell("\"$DLPCTL\" export --all >/dev/full").strErr,
+              "dlpctl: cannot write standard output: No space left on device\n");
+}
+
+TEST_F(ExportCommand, AClosedPipeIsFourWithoutAWord) {
+    Import(Documents::Small());
+    const SToolRun run =
+        CProgram::Shell("{ sleep 0.3; \"$DLPCTL\" export --all; echo $? >'" + m_dir.Path("code") + "'; } | true");
+    EXPECT_EQ(run.strErr, "");
+    EXPECT_EQ(m_dir.Read("code"), "4\n");
+}
+
+TEST_F(ExportCommand, AnEmptyStoreGivesAnEmptyPolicy) {
+    const SToolRun run = Run({"export", "--all"});
+    EXPECT_EQ(run.iCode, 0);
+    EXPECT_EQ(run.strOut,
+              R"(<?xml version="1.0" encoding="UTF-8"?><SAPolicy template_version="3.0.1000" localization_language="">)"
+              R"(<digitalAssets command="overwrite"/><complianceTemplates command="overwrite"/><industries/><regions/>)"
+              R"(</SAPolicy>)");
+    EXPECT_EQ(run.strErr, "Exported: 0 expressions, 0 keyword lists, 0 templates.\n");
+}
+
+TEST_F(ExportCommand, TheLanguageStandsInTheDocument) {
+    EXPECT_NE(Get({"--language", "Latin", "export", "--all"}).find("localization_language=\"Latin\""),
+              std::string::npos);
+}
+
+TEST_F(ExportCommand, WithoutThePredefinedListsAWarningSaysWhere) {
+    m_dir.MakeFolder("empty");
+    const SToolRun run = Run({"-q", "--home", m_dir.Path("empty"), "export", "--all"});
+    EXPECT_EQ(run.iCode, 0);
+    EXPECT_EQ(run.strErr, "dlpctl: warning: " + m_dir.Path("empty/config/PredefinedDLPPolicy.xml") +
+                              " is missing: industries and regions are exported without display names; --home DIR or "
+                              "$DLP_INSTALL_PATH sets the installation directory\n");
+}
