@@ -1,0 +1,111 @@
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "tests/cli/ToolRun.h"
+
+namespace {
+
+/** The built program, run by a shell. */
+using Program = CToolTest;
+
+constexpr const char SMALL_TABLE[] =
+    "               CREATED  UPDATED  UNCHANGED  SKIPPED  FAILED\n"
+    "expressions          2        0          0        0       0\n"
+    "keyword lists        1        0          0        0       0\n"
+    "templates            1        0          0        0       0\n";
+
+}  // namespace
+
+TEST_F(Program, RunsTheTool) {
+    const std::string strFile = m_dir.Write("small.xml", Documents::Small());
+    const SToolRun run = CProgram::Shell("\"$DLPCTL\" -q import '" + strFile + "' && \"$DLPCTL\" list templates");
+    EXPECT_EQ(run.iCode, 0);
+    EXPECT_EQ(run.strOut, strFile + ":\n" + SMALL_TABLE +
+                              "NAME   DISPLAY NAME    BUILT-IN  RULES\n"
+                              "cards  Template cards  no        1\n");
+    EXPECT_EQ(run.strErr, "");
+    EXPECT_EQ(CProgram::Shell("\"$DLPCTL\"").iCode, 3);
+}
+
+TEST_F(Program, PathsAreMeantWhereItWasStarted) {
+    m_dir.Write("work/small.xml", Documents::Small());
+    const SToolRun run = CProgram::Shell("cd '" + m_dir.Path("work") +
+                                         "' && \"$DLPCTL\" -q --store sqlite:here.db --log here.log --log-level all "
+                                         "--home ../home import small.xml && DLP_STORE=sqlite:here.db \"$DLPCTL\" -q "
+                                         "export --all -o here.xml && \"$DLPCTL\" -q store load missing.json");
+    EXPECT_EQ(run.strErr, "dlpctl: missing.json: No such file or directory\n");
+    EXPECT_EQ(run.strOut, std::string("small.xml:\n") + SMALL_TABLE);
+    for (const char* pFile : {"work/here.db", "work/here.log", "work/here.xml"}) {
+        EXPECT_NE(m_dir.Read(pFile), "") << pFile;
+    }
+}
+
+TEST_F(Program, ReadsAndWritesStandardStreamsAndPipes) {
+    const std::string strFile = m_dir.Write("small.xml", Documents::Small());
+    const std::string strPipe = m_dir.Path("pipe");
+    ASSERT_EQ(::mkfifo(strPipe.c_str(), 0600), 0);
+    const SToolRun run = CProgram::Shell("\"$DLPCTL\" -q import - <'" + strFile + "' && { cat '" + strFile + "' >'" +
+                                         strPipe + "' & \"$DLPCTL\" -q import '" + strPipe + "'; } && cat '" + strFile +
+                                         "' | \"$DLPCTL\" -q import /dev/stdin");
+    EXPECT_EQ(run.iCode, 0) << run.strErr;
+    EXPECT_EQ(run.strErr, "");
+    const std::string strExport = Get({"export", "--all"});
+    EXPECT_EQ(CProgram::Shell("\"$DLPCTL\" -q export --all -o /dev/stdout").strOut, strExport);
+    EXPECT_EQ(
+        CProgram::Shell("{ cat '" + strPipe + "' & \"$DLPCTL\" -q export --all -o '" + strPipe + "'; wait; }").strOut,
+        strExport);
+    EXPECT_TRUE(std::filesystem::is_fifo(strPipe));
+}
+
+TEST_F(Program, DumpAndLoadMakeAPipeline) {
+    Import(Documents::Small());
+    const SToolRun run =
+        CProgram::Shell("\"$DLPCTL\" store dump | \"$DLPCTL\" --store '" + Url("copy.db") +
+                        "' store load - >/dev/null && \"$DLPCTL\" --store '" + Url("copy.db") + "' store dump");
+    EXPECT_EQ(run.iCode, 0) << run.strErr;
+    EXPECT_EQ(run.strOut, Dump());
+}
+
+TEST_F(Program, ASignalEndsItAlsoWhileItWaitsForInput) {
+    for (const auto& [pSignal, iCode] : {std::pair("INT", 130), std::pair("TERM", 143)}) {
+        // A shell lets background jobs ignore SIGINT; env sets it back.
+        const SToolRun run = CProgram::Shell(
+            "mkfifo '" + m_dir.Path("in") + "'; exec 9<>'" + m_dir.Path("in") +
+            "'; env --default-signal=INT \"$DLPCTL\" import - <&9 & sleep 0.5; kill -" + pSignal + " $!; wait $!");
+        EXPECT_EQ(run.iCode, iCode);
+        EXPECT_EQ(run.strOut, "");
+        EXPECT_EQ(run.strErr, "dlpctl: -: interrupted; nothing was written\n");
+        std::filesystem::remove(m_dir.Path("in"));
+    }
+}
+
+TEST_F(Program, AFileThatMayNotBeReadIsSaid) {
+    if (::geteuid() == 0) {
+        GTEST_SKIP() << "root may read every file";
+    }
+    const std::string strFile = m_dir.Write("secret.xml", Documents::Small());
+    ::chmod(strFile.c_str(), 0);
+    EXPECT_EQ(Run({"import", strFile}).strErr, "dlpctl: " + strFile + ": Permission denied; nothing was written\n");
+}
+
+TEST_F(Program, ThereIsNoColourOrProgressWithoutATerminal) {
+    const SToolRun run = CProgram::Shell("\"$DLPCTL\" nope");
+    EXPECT_EQ(run.strErr, "dlpctl: there is no command \"nope\"; dlpctl --help lists the commands\n");
+}
+
+TEST_F(Program, OnATerminalErrorsAreRedUnlessNoColorIsSet) {
+    if (CProgram::Shell("command -v script").iCode != 0) {
+        GTEST_SKIP() << "script(1) is not there to make a terminal";
+    }
+    const auto fnOnTerminal = [](const std::string& strCommand) {
+        return CProgram::Shell("script -qec '" + strCommand + "' /dev/null").strOut;
+    };
+    EXPECT_EQ(fnOnTerminal("\"$DLPCTL\" nope"),
+              "dlpctl: \x1b[31mthere is no command \"nope\"; dlpctl --help lists the commands\x1b[0m\r\n");
+    EXPECT_EQ(fnOnTerminal("NO_COLOR=1 \"$DLPCTL\" nope"),
+              "dlpctl: there is no command \"nope\"; dlpctl --help lists the commands\r\n");
+}
