@@ -22,13 +22,6 @@ void RequireElement(pugi::xml_node node, const char* pWhat) {
     }
 }
 
-bool IsSelfOrAncestor(pugi::xml_node node, pugi::xml_node of) {
-    while (of && of != node) {
-        of = of.parent();
-    }
-    return of == node;
-}
-
 /** Nodes taken out may have holders, so they are put aside, not destroyed. */
 void RemoveChildren(CXMLTree& tree, pugi::xml_node element) {
     while (const pugi::xml_node child = element.first_child()) {
@@ -93,7 +86,7 @@ void CXMLNode::AppendChild(OS::CAutoObjPtr<CXMLNode>& pNode) {
     pugi::xml_node parent = XmlTree::Node(m_pNode);
     RequireElement(parent, SUBJECT);
     pugi::xml_node child = XmlTree::Node(pNode->m_pNode);
-    if (IsSelfOrAncestor(child, parent)) {
+    if (XmlTree::IsSelfOrAncestor(child, parent)) {
         XmlText::Throw(SUBJECT, "element " + std::string(child.name()) + " cannot hold itself");
     }
     const std::vector<XmlMarkup::CDeclaration> vecDeclarations = XmlMarkup::DeclarationsInScope(child);

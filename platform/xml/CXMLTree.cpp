@@ -159,6 +159,13 @@ pugi::xml_node ParentElement(pugi::xml_node node) {
     return IsElement(parent) ? parent : pugi::xml_node();
 }
 
+bool IsSelfOrAncestor(pugi::xml_node node, pugi::xml_node of) {
+    while (of && of != node) {
+        of = of.parent();
+    }
+    return of == node;
+}
+
 pugi::xml_node Top(pugi::xml_node node) {
     while (const pugi::xml_node parent = ParentElement(node)) {
         node = parent;

@@ -59,6 +59,8 @@ inline void* Handle(pugi::xml_node node) {
 bool IsElement(pugi::xml_node node);
 /** @return the parent element; null for a root and for a node that is not attached */
 pugi::xml_node ParentElement(pugi::xml_node node);
+/** @return whether a node is another one or holds it, at any depth */
+bool IsSelfOrAncestor(pugi::xml_node node, pugi::xml_node of);
 /** @return the topmost node of the tree that the node is in: an element, or the document when it is attached */
 pugi::xml_node Top(pugi::xml_node node);
 

@@ -4,6 +4,7 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <unordered_set>
 
 #include "platform/common/TextConversion.h"
 #include "platform/xml/XMLText.hpp"
@@ -93,12 +94,38 @@ CHandles SelectChildren(pugi::xml_node context, const SChildPath& path, bool bFi
     return Walk(XmlTree::FirstElement(root, path.vecNames[1].c_str()), path.vecNames, 1, bFirstOnly);
 }
 
+/**
+ * The engine sorts siblings that were not loaded by counting from one to the other, which many of them must not cost.
+ * @return the matches in document order, found by one walk over what holds them all
+ */
+CHandles OrderByWalk(const CHandles& vecMatches) {
+    pugi::xml_node top = XmlTree::Node(vecMatches[0]);
+    for (void* const pMatch : vecMatches) {
+        while (!XmlTree::IsSelfOrAncestor(top, XmlTree::Node(pMatch))) {
+            top = top.parent();
+        }
+    }
+    const std::unordered_set<void*> lstMatches(vecMatches.begin(), vecMatches.end());
+    CHandles vecOrdered;
+    for (pugi::xml_node node = top; node; node = XmlTree::Next(node, top)) {
+        if (lstMatches.count(XmlTree::Handle(node)) > 0) {
+            vecOrdered.push_back(XmlTree::Handle(node));
+        }
+    }
+    return vecOrdered;
+}
+
 CHandles Query(pugi::xml_node context, const std::string& strXPath) {
+    constexpr std::size_t FEW = 64;
     const std::string strSubject = "XPath \"" + strXPath + "\"";
     CHandles vecMatches;
+    bool bOrdered = true;
     try {
         pugi::xpath_node_set setMatches = pugi::xpath_query(strXPath.c_str()).evaluate_node_set(context);
-        setMatches.sort();
+        bOrdered = setMatches.type() != pugi::xpath_node_set::type_unsorted || setMatches.size() <= FEW;
+        if (bOrdered) {
+            setMatches.sort();
+        }
         for (const pugi::xpath_node& match : setMatches) {
             if (match.attribute()) {
                 XmlText::Throw(strSubject, "selects attributes; select their element and read them there");
@@ -110,7 +137,7 @@ CHandles Query(pugi::xml_node context, const std::string& strXPath) {
     } catch (const pugi::xpath_exception& error) {
         XmlText::Throw(strSubject, error.what());
     }
-    return vecMatches;
+    return bOrdered ? vecMatches : OrderByWalk(vecMatches);
 }
 
 /**

@@ -121,6 +121,27 @@ TEST_F(XPathTest, AttributesCannotBeSelected) {
               Thrown([&] { m_document.XPathSelectSingleNode(L"/r/a/@i"); }));
 }
 
+TEST_F(XPathTest, ManyMatchesOfNewNodesTakeNoTime) {
+    constexpr int COUNT = 60000;
+    CXMLParser document;
+    ASSERT_TRUE(document.LoadUtf8("<r><even/><odd/></r>"));
+    std::string strExpected;
+    for (int i = 0; i < COUNT; ++i) {
+        auto pNode = document.CreateNode(XMLPARSER_NODE_ELEMENT, L"a");
+        pNode->ToElement()->SetAttribute(L"i", std::to_wstring(i));
+        document.XPathSelectSingleNode(i % 2 == 0 ? L"/r/even" : L"/r/odd")->AppendChild(pNode);
+        if (i % 2 == 0) {
+            strExpected += (i > 0 ? " " : "") + std::to_string(i);
+        }
+    }
+    for (int i = 1; i < COUNT; i += 2) {
+        strExpected += " " + std::to_string(i);
+    }
+    EXPECT_TRUE(strExpected == Ids(document.XPathSelectNodes(L"//odd/a | //even/a")));
+    EXPECT_EQ("0", FirstId(document.XPathSelectSingleNode(L"//odd/a | //even/a")));
+    EXPECT_EQ(COUNT + 2, document.XPathSelectNodes(L"//a | //a/..")->GetLength());
+}
+
 TEST_F(XPathTest, DeepNestingOfAnXPathIsRefusedNotRecursedInto) {
     EXPECT_NE("nothing thrown", Thrown([&] { m_document.XPathSelectNodes(std::wstring(100000, L'(')); }));
     std::wstring strDeep = L"/r";
