@@ -33,6 +33,7 @@ constexpr const char PROGRAM[] = "dlpctl: ";
 constexpr const char WARNING[] = "warning: ";
 constexpr const char STANDARD_OUTPUT[] = "standard output";
 constexpr const char INTERRUPTED[] = "interrupted";
+constexpr const char UNKNOWN_FAILURE[] = "an unknown failure";
 constexpr const char OUT_OF_MEMORY[] = "memory ran out";
 constexpr const char STANDARD_STREAM[] = "-";
 constexpr const char RED[] = "\x1b[31m";
@@ -59,12 +60,13 @@ CCommandContext::CCommandContext(std::istream& in, std::ostream& out, std::ostre
 CCommandContext::~CCommandContext() {
     std::error_code error;
     fs::current_path(m_start, error);
+    SYS::SetInstallPath(OS::x_wstring());
 }
 
 void CCommandContext::Prepare() {
-    if (!m_options.strHome.empty()) {
-        SYS::SetInstallPath(OS::WideText(GetAbsolute(m_options.strHome)));
-    }
+    const std::string strFound = OS::Utf8Lenient(SYS::GetInstallPath());
+    const std::string strHome = GetAbsolute(m_options.strHome.empty() ? strFound : m_options.strHome);
+    SYS::SetInstallPath(OS::WideText(strHome));
     if (!m_options.strLanguage.empty()) {
         CDLPDigitalAssetsParser::SetLanguage(OS::WideText(m_options.strLanguage));
     }
@@ -75,7 +77,7 @@ void CCommandContext::Prepare() {
     }
     // A missing directory is no error here: whatever looks for a file in it says so.
     std::error_code error;
-    fs::current_path(OS::Utf8Lenient(SYS::GetInstallPath()), error);
+    fs::current_path(strHome, error);
 }
 
 std::string CCommandContext::GetAbsolute(const std::string& strPath) const {
@@ -128,6 +130,8 @@ CToolError CCommandContext::ExplainException() const {
         return {EVerdict::MEMORY, OUT_OF_MEMORY};
     } catch (const std::exception& error) {
         return {EVerdict::INVALID, Text::Printable(error.what())};
+    } catch (...) {
+        return {EVerdict::INVALID, UNKNOWN_FAILURE};
     }
 }
 

@@ -32,7 +32,7 @@ class CCommandContext {
     CCommandContext(std::istream& in, std::ostream& out, std::ostream& err);
     CCommandContext(const CCommandContext&) = delete;
     CCommandContext& operator=(const CCommandContext&) = delete;
-    /** Goes back to the working directory of the start and closes what is open. */
+    /** Goes back to the working and installation directory of the start, and closes what is open. */
     ~CCommandContext();
 
     SGlobalOptions& Options() { return m_options; }

@@ -64,6 +64,7 @@ class CFileImport {
 
   private:
     void Import() {
+        Signals::ThrowIfCaught();
         const SPolicyFile file = ReadPolicy(m_context, m_report.strFile);
         CPolicyDocument document(file.Text());
         const CXMLView root = Parse(file, document);

@@ -1,6 +1,7 @@
 #include "cli/LogFile.h"
 
 #include <algorithm>
+#include <functional>
 #include <memory>
 #include <ostream>
 #include <utility>
@@ -63,6 +64,16 @@ std::vector<int> ReadLevels(const std::string& strNames) {
     return vecLevels;
 }
 
+/** @return what tells, once, that lines are lost */
+std::function<void(const std::string&)> MakeErrorHandler(std::ostream& err) {
+    return [&err, bTold = false](const std::string& strMessage) mutable {
+        if (!bTold) {
+            err << "dlpctl: the log cannot be written: " << Text::Printable(strMessage) << '\n' << std::flush;
+            bTold = true;
+        }
+    };
+}
+
 std::shared_ptr<spdlog::logger> MakeLogger(const std::string& strPath, std::ostream& err) {
     spdlog::sink_ptr pSink;
     try {
@@ -76,7 +87,7 @@ std::shared_ptr<spdlog::logger> MakeLogger(const std::string& strPath, std::ostr
     }
     auto pLogger = std::make_shared<spdlog::logger>(LOGGER, std::move(pSink));
     pLogger->set_formatter(std::make_unique<spdlog::pattern_formatter>(PATTERN, spdlog::pattern_time_type::utc));
-    pLogger->set_level(spdlog::level::trace);
+    pLogger->set_error_handler(MakeErrorHandler(err));
     return pLogger;
 }
 
@@ -90,18 +101,19 @@ const char* GetLevelName(int iLevel) {
 
 CLogFile::CLogFile(const std::string& strPath, const std::string& strLevels, std::ostream& err) {
     const std::vector<int> vecLevels = ReadLevels(strLevels);
-    const std::shared_ptr<spdlog::logger> pLogger = MakeLogger(strPath, err);
+    m_pLogger = MakeLogger(strPath, err);
     DBG::SetLogFilter(
         [vecLevels](int iLevel) { return std::find(vecLevels.begin(), vecLevels.end(), iLevel) != vecLevels.end(); });
-    DBG::SetLogSink([pLogger](const DBG::CLogRecord& record) {
-        pLogger->info("{} 0x{:x} {}:{} {}", GetLevelName(record.iLevel), record.iLevel, record.strSource, record.iLine,
-                      OS::Utf8Lenient(DBG::EscapeControls(record.strMessage)));
+    DBG::SetLogSink([this](const DBG::CLogRecord& record) {
+        m_pLogger->info("{} 0x{:x} {}:{} {}", GetLevelName(record.iLevel), record.iLevel, record.strSource,
+                        record.iLine, OS::Utf8Lenient(DBG::EscapeControls(record.strMessage)));
     });
 }
 
 CLogFile::~CLogFile() {
     DBG::SetLogSink({});
     DBG::SetLogFilter({});
+    m_pLogger->flush();
 }
 
 std::string CLogFile::GetLevelNames() {

@@ -1,7 +1,12 @@
 #pragma once
 
 #include <iosfwd>
+#include <memory>
 #include <string>
+
+namespace spdlog {
+class logger;
+}
 
 /**
  * Writes the library's log lines while it lives, one each: UTC time in ISO 8601 with milliseconds, level by name and
@@ -21,4 +26,7 @@ class CLogFile {
 
     /** The names of levels, for the help. */
     static std::string GetLevelNames();
+
+  private:
+    std::shared_ptr<spdlog::logger> m_pLogger;
 };

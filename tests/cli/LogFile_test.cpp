@@ -112,3 +112,12 @@ TEST_F(LogFile, ADashIsStandardError) {
 TEST_F(LogFile, ALevelAloneGoesToStandardError) {
     EXPECT_EQ(Lines(Run({"--log-level", "leave", "import", "-"}, "<a/>").strErr).size(), 2U);
 }
+
+TEST_F(LogFile, ThatCannotBeWrittenIsSaidOnceAndStopsNothing) {
+    const SToolRun run = Run({"-q", "--log", "/dev/full", "--log-level", "all", "import", "-"}, Documents::Small());
+    EXPECT_EQ(run.iCode, 0);
+    const std::vector<std::string> vecLines = Lines(run.strErr);
+    ASSERT_EQ(vecLines.size(), 1U) << run.strErr;
+    EXPECT_EQ(vecLines[0].find("dlpctl: the log cannot be written: "), 0U) << run.strErr;
+    EXPECT_NE(vecLines[0].find("No space left on device"), std::string::npos) << run.strErr;
+}

@@ -44,6 +44,19 @@ TEST_F(Program, PathsAreMeantWhereItWasStarted) {
     }
 }
 
+TEST_F(Program, ARelativeInstallationDirectoryIsMeantWhereItWasStarted) {
+    const SToolRun run = CProgram::Shell("cd '" + m_dir.Path() +
+                                         "' && DLP_INSTALL_PATH=home \"$DLPCTL\" store info && "
+                                         "DLP_INSTALL_PATH=home \"$DLPCTL\" metadata");
+    EXPECT_EQ(run.iCode, 0) << run.strErr;
+    EXPECT_NE(run.strOut.find("policy_file             " + m_dir.Path("home/config/PredefinedDLPPolicy.xml") + "\n"),
+              std::string::npos)
+        << run.strOut;
+    EXPECT_NE(run.strOut.find("map_file                " + m_dir.Path("home/config/cfg_dlp_da_map.txt") + "\n"),
+              std::string::npos)
+        << run.strOut;
+}
+
 TEST_F(Program, ReadsAndWritesStandardStreamsAndPipes) {
     const std::string strFile = m_dir.Write("small.xml", Documents::Small());
     const std::string strPipe = m_dir.Path("pipe");
