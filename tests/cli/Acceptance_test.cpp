@@ -57,7 +57,8 @@ TEST_F(Acceptance, ASecondImportChangesNothing) {
     const std::string strDump = Dump();
     const SToolRun run = Run({"--json", "import", STARTER});
     EXPECT_EQ(run.iCode, 0);
-    for (const Json& item : Json::parse(run.strOut)["items"]) {
+    const Json report = Json::parse(run.strOut);
+    for (const Json& item : report["items"]) {
         EXPECT_EQ(item["disposition"], "unchanged") << item.dump();
     }
     EXPECT_EQ(Dump(), strDump);
