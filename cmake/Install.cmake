@@ -10,10 +10,13 @@ install(TARGETS dlpplatform dlpparser EXPORT dlpparserTargets
 install(TARGETS dlpctl RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 
 set(DLP_INCLUDE_DIR ${CMAKE_INSTALL_INCLUDEDIR}/dlpparser)
-foreach(room api settings platform/common platform/xml platform/logging platform/system platform/localization
-        platform/store)
+foreach(room api settings platform/common platform/xml platform/logging platform/system platform/localization)
     install(DIRECTORY ${PROJECT_SOURCE_DIR}/${room}/ DESTINATION ${DLP_INCLUDE_DIR}/${room}
-            FILES_MATCHING PATTERN "*.h")
+            FILES_MATCHING PATTERN "*.h" PATTERN "StoredRecords.h" EXCLUDE PATTERN "FaultPoint.h" EXCLUDE)
+endforeach()
+# Of the store its interface alone, and what helps to stand in front of it.
+foreach(header CSettingsStore CSettingsRow SettingsSchema CForwardingStore)
+    install(FILES ${PROJECT_SOURCE_DIR}/platform/store/${header}.h DESTINATION ${DLP_INCLUDE_DIR}/platform/store)
 endforeach()
 
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/config ${PROJECT_SOURCE_DIR}/examples

@@ -20,6 +20,18 @@ for room in api settings platform/common platform/xml platform/logging platform/
 done
 [ -f "$prefix/share/dlpparser/examples/starter-policy.xml" ]
 
+# The store's own headers and the managers' stay inside; every header that is installed compiles alone, as C++17.
+cd "$prefix/include/dlpparser"
+actual=$(ls platform/store settings | sed -n 's/\.h$//p' | tr '\n' ' ')
+expected='CForwardingStore CSettingsRow CSettingsStore SettingsSchema '\
+'CCfgSettingDLPDigitalAsset CCfgSettingDLPFilterExpression CCfgSettingDLPFilterKeyword CCfgSettingDLPFilterTemplate '\
+'CMgmtClass CSubjectID '
+[ "$actual" = "$expected" ] || { printf 'expected:\n%s\nactual:\n%s\n' "$expected" "$actual"; exit 1; }
+for header in $(find . -name '*.h'); do
+    echo "#include \"$header\"" | c++ -std=c++17 -Wall -Wextra -Werror -fsyntax-only -I. -x c++ -
+done
+cd "$scratch"
+
 cmake -S "$source/tests/install/consumer" -B "$scratch/consumer" -DCMAKE_PREFIX_PATH="$prefix" >"$scratch/consumer.log"
 cmake --build "$scratch/consumer" >>"$scratch/consumer.log"
 expected='<dictionary><keyword description="" score="1" caseSensitive="false">word</keyword></dictionary>
