@@ -50,12 +50,17 @@ class CTemplateMgr {
      * @return false, logged, when there is none or the store cannot be read
      */
     bool FindTemplate(int iSearchField, const OS::x_wstring& strFieldValue, Record& pFound);
-    /** As FindTemplate, for a value in UTF-8. @return null when there is none @throws OS::CException, logged likewise
+    /**
+     * As FindTemplate, for a value in UTF-8.
+     * @return null when there is none
+     * @throws OS::CException, logged likewise, when the store cannot be read
      */
     Record FindStored(int iSearchField, const std::string& strFieldValue);
     /** Replaces the stored template of the same subject identifier, whole. @return false, logged, when there is none */
     bool EditTemplate(const Record& pTemplate);
-    /** As EditTemplate, for a record that is known to be stored. @param bWrite false: the stored one is equal already
+    /**
+     * As EditTemplate, for a record that is known to be stored.
+     * @param bWrite false: the stored one is equal already
      */
     bool ReplaceStored(const Record& pTemplate, bool bWrite);
 

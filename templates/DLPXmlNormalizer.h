@@ -69,7 +69,9 @@ class CDLPXmlNormalizer {
     bool GetAllTemplateNodes(const OS::x_wstring& strXml, OS::CAutoObjPtr<CXMLNodeList>& pNodes);
     bool GetAllTemplateNodes(CPolicyDocument& document, OS::CAutoObjPtr<CXMLNodeList>& pNodes);
 
-    /** Rewrites a template in place. @param strText receives its markup; empty for a built-in template, which is left
+    /**
+     * Rewrites a template in place.
+     * @param strText receives its markup; empty for a built-in template, which is left as it is
      */
     void NormalizeTemplate(OS::CAutoObjPtr<CXMLNode>& pTemplate, OS::x_wstring& strText);
     /** Gives the references of a template's rules their names of today. */

@@ -12,9 +12,11 @@
  *     a  .  [a-z] [^a-z]    one character: itself, any, one of a class
  *     ( )  { }              a group; a group that captures, numbered from 0 by its opening brace
  *     *  +  ?  *?  +?  ??   the unit before it repeated, as often as possible or as seldom as possible
- *     a|b                   the unit on the left or else the one on the right; binds tighter than concatenation: P|p:
- * is P or p, then a colon \a \b \c \d \h        [a-zA-Z0-9], blank or TAB, [a-zA-Z], [0-9], [0-9a-fA-F] \n \q \w \z a
- * line end, a quoted text, [a-zA-Z]+, [0-9]+ \ and another one     that character; inside a class any character
+ *     a|b                   the unit on the left or else the one on the right; binds tighter than concatenation:
+ *                           P|p: is P or p, then a colon
+ *     \a \b \c \d \h        [a-zA-Z0-9], blank or TAB, [a-zA-Z], [0-9], [0-9a-fA-F]
+ *     \n \q \w \z           a line end, a quoted text, [a-zA-Z]+, [0-9]+
+ *     \ and another one     that character; inside a class any character
  */
 class CPattern {
   public:
