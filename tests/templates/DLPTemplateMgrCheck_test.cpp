@@ -135,6 +135,10 @@ INSTANTIATE_TEST_SUITE_P(
                     SCase{R"(<matchRule><buildingBlock sourceType="ENTITY" sourceName="Card"/></matchRule>)"
                           R"(<matchRule><buildingBlock sourceType="C"/></matchRule>)",
                           "this digital asset type is not supported type = C"},
+                    SCase{R"(<matchRule><buildingBlock sourceType="ENTITY" sourceName="Card"/>)"
+                          R"(<buildingBlock sourceType="KEYWORD" sourceName="Words" operation="AND"/></matchRule>)"
+                          R"(<matchRule><buildingBlock sourceType="KEYWORD" sourceName="none"/></matchRule>)",
+                          "keyword internal name none is invalid"},
                     SCase{R"(<other operation="x"><buildingBlock sourceType="C"/></other>)", ""},                     //
                     SCase{R"(<matchRule><other sourceType="C"/><deeper><buildingBlock/></deeper></matchRule>)", ""},  //
                     SCase{R"(<deeper><matchRule operation="x"/></deeper>)", ""}));

@@ -161,6 +161,21 @@ TEST_F(XmlNormalizer, MissingFileIsTriedAgain) {
     EXPECT_EQ(CDLPXmlNormalizer().MapDigitalAssetsSourceName(L"Old"), L"New");
 }
 
+TEST_F(XmlNormalizer, UnreadableFileLeavesEveryNameAndIsTriedAgain) {
+    m_folder.MakeFolder(MAP_FILE);
+    m_normalizer.InitDigitalAssetsMappingTable();
+    CLogRecorder log;
+    EXPECT_EQ(NormalizedTemplate(R"(<template><matchRule><buildingBlock sourceName="Old"/><buildingBlock/></matchRule>)"
+                                 R"(</template>)"),
+              R"(<template display_name="" pre-defined="false" severity="medium"><matchRule>)"
+              R"(<buildingBlock sourceName="Old"/><buildingBlock sourceName=""/></matchRule></template>)");
+    EXPECT_EQ(log.Messages(0x1003), (Lines{"can't map digital asset source name: Old",  //
+                                           "can't map digital asset source name: "}));
+    std::filesystem::remove(m_folder.Path(MAP_FILE));
+    WriteMap("Old\tNew\n");
+    EXPECT_EQ(Map(L"Old"), "New");
+}
+
 TEST_F(XmlNormalizer, TemplateGetsTheAttributesOfToday) {
     EXPECT_EQ(NormalizedTemplate(R"(<template name="n" displayName="Shown" builtin="0" description="x"/>)"),
               R"(<template name="n" description="x" display_name="Shown" pre-defined="false" severity="medium"/>)");
