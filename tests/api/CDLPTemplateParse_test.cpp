@@ -5,6 +5,7 @@
 #include <filesystem>
 
 #include "api/CDLPDigitalAssetsParser.h"
+#include "digital_assets/ImportObserver.h"
 #include "templates/DLPTemplateMgr.h"
 #include "tests/support/FaultStore.h"
 #include "tests/support/LogRecorder.h"
@@ -72,6 +73,13 @@ struct SOutcome {
     Names vecAssets;
     Lines vecLog;
     std::string strDump;
+};
+
+/** Listens, as the shell's tool does. */
+class CListener : public CImportObserver {
+  public:
+    void OnItem(const SImportItem&) override { ++m_iItems; }
+    std::size_t m_iItems = 0;
 };
 
 /** Runs an import on the same store each time. */
@@ -333,11 +341,15 @@ TEST_F(TemplateParse, EachDoorDoesTheSame) {
             outcome.iResult = m_parse.DoTemplateImport(L"", OS::WideText(strXml), outcome.vecImported,
                                                        outcome.vecSkipped, outcome.vecAssets);
         });
+        CListener listener;
         const SOutcome utf8 = OutcomeOf([&](SOutcome& outcome) {
+            CSettingsTransaction unit;
             CPolicyDocument document{std::string_view(strXml)};
             outcome.iResult = CTemplateMgr(L"").ImportDocument(document, outcome.vecImported, outcome.vecSkipped,
-                                                               outcome.vecAssets, nullptr);
+                                                               outcome.vecAssets, &listener);
+            unit.Commit();
         });
+        EXPECT_GE(listener.m_iItems, wide.vecImported.size() + wide.vecSkipped.size());
         const std::string strPath = m_folder.Write("policy.xml", strXml);
         const SOutcome file = OutcomeOf([&](SOutcome&) { EXPECT_TRUE(ImportFile(strPath)); });
         EXPECT_EQ(utf8.iResult, wide.iResult);

@@ -203,6 +203,12 @@ TEST_F(TemplateExport, CategoryOutsideThePolicyListsHasNoDisplayName) {
               R"(<region name="Mars" display_name=""><template_id>T</template_id></region>)");
 }
 
+TEST_F(TemplateExport, CategoryNamesAreLookedUpAsThePolicyListsEscapeThem) {
+    TemplateStore::AddTemplate({"T", "t", "", false, {"R&amp;D"}});
+    EXPECT_EQ(Section({L"T"}, "industries"),
+              R"(<industry name="R&amp;amp;D" display_name="Research"><template_id>T</template_id></industry>)");
+}
+
 TEST_F(TemplateExport, WithoutPolicyListsNoCategoryHasADisplayName) {
     SYS::SetInstallPath(OS::WideText(m_folder.Path("nowhere")));
     TemplateStore::AddTemplate({"T", "t", "", false, {"Finance"}});

@@ -213,6 +213,23 @@ TEST_F(TemplateImport, StepsOfAnUpdateAreLogged) {
     EXPECT_EQ(vecLines.at(26).find(Line("0x110", "EditTemplate (pTemplate = ")), 0U);
 }
 
+TEST_F(TemplateImport, SizeOfTheListCountsTheTemplatesCreatedBefore) {
+    TemplateStore::AddTemplate({"U", "old"});
+    CLogRecorder log;
+    EXPECT_EQ(Import(Policy(Template("U") + Template("A") + Template("B") + Template("U", "description=\"d\"") +
+                            Template("A"))),
+              "0 imported: U shown,A shown,B shown,U shown,A shown skipped:  assets: ");
+    Lines vecSizes;
+    for (const std::string& strMessage : log.Messages(0x110)) {
+        if (strMessage.find("vecTemplateList.size()") != std::string::npos) {
+            vecSizes.push_back(strMessage);
+        }
+    }
+    EXPECT_EQ(vecSizes, (Lines{"CTemplateMgr::SaveSetting, vecTemplateList.size() = 1",
+                               "CTemplateMgr::SaveSetting, vecTemplateList.size() = 3",
+                               "CTemplateMgr::SaveSetting, vecTemplateList.size() = 3"}));
+}
+
 TEST_F(TemplateImport, UpdateReplacesEveryField) {
     TemplateStore::AddTemplate(
         {"T", "old", Rule(Block("ENTITY", "Card")), true, {"Finance"}, {"Europe"}, "old", "Key"});
