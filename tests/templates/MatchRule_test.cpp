@@ -58,13 +58,16 @@ TEST(MatchRuleNames, EachValueHasItsText) {
     EXPECT_STREQ(ElementTypeText(static_cast<EElementType>(0)), "ENTITY");
     EXPECT_STREQ(ElementTypeText(static_cast<EElementType>(1)), "KEYWORD");
     EXPECT_STREQ(ElementTypeText(static_cast<EElementType>(2)), "UNKNOWN");
+    EXPECT_STREQ(ElementTypeText(static_cast<EElementType>(3)), "UNKNOWN");
     EXPECT_STREQ(ElementTypeText(static_cast<EElementType>(7)), "UNKNOWN");
     EXPECT_STREQ(ElementTypeText(static_cast<EElementType>(-1)), "UNKNOWN");
     EXPECT_STREQ(OperatorText(static_cast<EOperator>(0)), "AND");
     EXPECT_STREQ(OperatorText(static_cast<EOperator>(1)), "OR");
     EXPECT_STREQ(OperatorText(static_cast<EOperator>(2)), "EXCEPT");
     EXPECT_STREQ(OperatorText(static_cast<EOperator>(3)), "UNKNOWN");
+    EXPECT_STREQ(OperatorText(static_cast<EOperator>(4)), "UNKNOWN");
     EXPECT_STREQ(OperatorText(static_cast<EOperator>(7)), "UNKNOWN");
+    EXPECT_STREQ(OperatorText(static_cast<EOperator>(-1)), "UNKNOWN");
 }
 
 TEST(MatchRuleNames, TextsAreReadWithoutCaseAndBlanksAround) {
