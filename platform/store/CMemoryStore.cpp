@@ -95,6 +95,7 @@ void CMemoryStore::ReplaceAll(ESettingsKind eKind, const std::vector<CSettingsRo
 }
 
 void CMemoryStore::Begin(EUnitOfWork eUnit) {
+    m_vecMarks.reserve(m_vecMarks.size() + 1);  // lack of memory must not leave a unit without its mark
     m_units.Push(eUnit);
     m_vecMarks.push_back(m_vecUndo.size());
 }

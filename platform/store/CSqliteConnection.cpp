@@ -98,7 +98,7 @@ void CSqliteConnection::CheckOwner(std::int64_t iApplication, std::int64_t iVers
 /** Comes before the change to WAL mode, so that the marks of a new store stand in the header that others look at. */
 void CSqliteConnection::CreateSchema() {
     if (Number(GET_APPLICATION) != APPLICATION_ID) {
-        Execute("BEGIN IMMEDIATE");
+        Execute(SqlText::BEGIN_WRITE);
         if (Number("SELECT count(*) FROM sqlite_schema") == 0) {  // else another process was faster
             for (const ESettingsKind eKind : ALL_SETTINGS_KINDS) {
                 Execute(SqlText::CreateTable(GetSettingsTable(eKind)));
@@ -106,7 +106,7 @@ void CSqliteConnection::CreateSchema() {
             Execute(GET_APPLICATION + (" = " + std::to_string(APPLICATION_ID)));
             Execute(GET_VERSION + (" = " + std::to_string(SETTINGS_SCHEMA_VERSION)));
         }
-        Execute("COMMIT");
+        Execute(SqlText::COMMIT);
     }
     CheckOwner(Number(GET_APPLICATION), Number(GET_VERSION));
 }

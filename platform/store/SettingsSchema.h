@@ -37,7 +37,7 @@ inline constexpr int SETTINGS_SCHEMA_VERSION = 1;
 
 DLP_PLATFORM_API const STable& GetSettingsTable(ESettingsKind eKind) noexcept;
 
-/** Columns by position; the first five stand alike in the two asset tables. */
+/** Columns by position; those of AssetColumn stand alike in the two asset tables. */
 namespace AssetColumn {
 enum : std::size_t { SUBJECT, NAME, DISPLAY_NAME, DESCRIPTION, PRE_DEFINED, MODIFIED, SCOPE, COUNT };
 }

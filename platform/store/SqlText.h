@@ -8,6 +8,10 @@
 /** The SQL of the settings tables, made from their descriptions. Values are parameters, never part of a text. */
 namespace SqlText {
 
+/** Begins a transaction that writes, at once, so that two writers meet here and not at their first write. */
+inline constexpr char BEGIN_WRITE[] = "BEGIN IMMEDIATE";
+inline constexpr char COMMIT[] = "COMMIT";
+
 /** The statements that make the table and its indexes. */
 std::string CreateTable(const STable& table);
 /** Adds a row or replaces the one of its key; one parameter per column. */
