@@ -230,6 +230,15 @@ TEST_F(AssetImportFaults, DocumentOfAnotherLanguageDoesNotReachTheStore) {
     EXPECT_EQ(m_faults.GetCount(), 0u);
 }
 
+TEST_F(AssetImportFaults, VersionOfADocumentWhosePassFailsStays) {
+    const OS::x_wstring strDocument =
+        L"<SAPolicy template_version='9'><digitalAssets><entity name='a' display_name='A'><regularExpression/></entity>"
+        L"</digitalAssets></SAPolicy>";
+    m_faults.FailAt(2);
+    EXPECT_EQ(CDLPDigitalAssetsParser().ImportDigitalAssets(L"", strDocument, m_vecSkipped), 3);
+    EXPECT_EQ(CDLPDigitalAssetsParser::GetVersion(), L"9");
+}
+
 TEST_F(AssetImportFaults, UnchangedItemIsNotWritten) {
     ASSERT_EQ(Import(EImport::ALL), 0);
     m_faults.CountOnly();

@@ -213,6 +213,15 @@ TEST_F(AssetImport, KeywordListsAloneAreRead) {
     EXPECT_THAT(Dump(), testing::Not(testing::HasSubstr("expressions")));
 }
 
+TEST_F(AssetImport, EveryOperationNamesWhatItSkips) {
+    SaveBuiltIn(L"n");
+    const char FLAG[] = " pre-defined=\"false\"";
+    const OS::x_wstring strXml = OS::WideText(Policy(Entity("n", "E", FLAG) + List("n", "K", FLAG)));
+    EXPECT_EQ(CDLPDigitalAssetsParser().ImportKeyword(L"", strXml, m_vecSkipped), 0);
+    EXPECT_EQ(CDLPDigitalAssetsParser().ImportExpression(L"", strXml, m_vecSkipped), 0);
+    EXPECT_THAT(Skipped(), ElementsAre("K", "E"));
+}
+
 TEST_F(AssetImport, EveryOperationChecksTheLanguage) {
     const OS::x_wstring strXml = L"<SAPolicy localization_language='x'/>";
     CLogRecorder log;
@@ -497,6 +506,16 @@ TEST_F(AssetImport, TypedExpressionWithoutACharacterSetIsSkipped) {
         EXPECT_THAT(Skipped(), ElementsAre("Abc"));
         EXPECT_EQ(Dump(), "");
     }
+}
+
+TEST_F(AssetImport, StoredExpressionIsLeftAsItIsByOneWithoutACharacterSet) {
+    Expression(L"n").SaveThis();
+    const std::string strBefore = Dump();
+    CLogRecorder log;
+    EXPECT_EQ(Import(Policy(Entity("n", "Abc", " type=\"Type 2\""))), 0);
+    EXPECT_THAT(log.Messages(DBG::LEVEL_FAILURE), ElementsAre("Fail to find tag ./alphabetCharset, skip entity: Abc"));
+    EXPECT_THAT(Skipped(), ElementsAre("Abc"));
+    EXPECT_EQ(Dump(), strBefore);
 }
 
 TEST_F(AssetImport, SkippedExpressionMayBeAddedLater) {
