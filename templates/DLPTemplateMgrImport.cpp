@@ -1,3 +1,5 @@
+#include <utility>
+
 #include "platform/common/CException.h"
 #include "platform/common/TextConversion.h"
 #include "platform/logging/DebugLog.h"
@@ -34,9 +36,8 @@ int CTemplateMgr::ImportDocument(CPolicyDocument& document, std::vector<OS::x_ws
             static_cast<int>(document.GetLength()));
     int iResult = RESULT_NO_POLICY;
     bool bNeedConvert = false;
-    if (!CheckFormat(document, bNeedConvert)) {
-        iResult = RESULT_NO_POLICY;
-    } else if (bNeedConvert) {
+    const bool bPolicy = CheckFormat(document, bNeedConvert);
+    if (bPolicy && bNeedConvert) {
         CDLPXmlNormalizer normalizer;
         normalizer.InitDigitalAssetsMappingTable();
         SNormalizedDocument normalized;
@@ -45,7 +46,7 @@ int CTemplateMgr::ImportDocument(CPolicyDocument& document, std::vector<OS::x_ws
             CPolicyDocument standard(std::move(normalized.document), std::move(normalized.vecOrigins));
             iResult = ImportTemplateImpl(standard, vecImported, vecSkipped, vecAssets, pObserver);
         }
-    } else {
+    } else if (bPolicy) {
         iResult = ImportTemplateImpl(document, vecImported, vecSkipped, vecAssets, pObserver);
     }
     DLP_LOG(DBG::LEVEL_LEAVE, L"CTemplateMgr::ImportTemplate result = %d", iResult);
