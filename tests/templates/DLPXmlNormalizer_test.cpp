@@ -125,6 +125,16 @@ TEST_F(XmlNormalizer, FurtherFieldsAreIgnored) {
     EXPECT_EQ(Map(L"Old"), "New");
 }
 
+TEST_F(XmlNormalizer, SplittingStopsAtACommentAndAfterTwoFields) {
+    CDLPXmlNormalizer::CLineReaderTokenCallback fields(L"");
+    EXPECT_FALSE(fields.OnToken(0, L"#Old"));
+    EXPECT_TRUE(fields.OnToken(0, L"Old "));
+    EXPECT_TRUE(fields.OnToken(1, L"#New "));
+    EXPECT_FALSE(fields.OnToken(2, L"more"));
+    EXPECT_EQ(fields.GetSource(), L"Old");
+    EXPECT_EQ(fields.GetDestination(), L"#New");
+}
+
 TEST_F(XmlNormalizer, LaterLineReplacesAnEarlierOne) {
     WriteMap("Old\tFirst\nOld\tSecond\n");
     EXPECT_EQ(Map(L"Old"), "Second");
