@@ -50,7 +50,7 @@ int Import(CCommandContext& context, CPolicyDocument& document, SImportReport& r
         report.vecSkippedAssets.push_back(OS::Utf8Lenient(strSkipped));
     }
     for (const SReportItem& item : report.vecItems) {
-        if (item.eDisposition < EDisposition::SKIPPED) {
+        if (item.IsTaken()) {
             report.vecImported.push_back(item.strDisplayName);
         }
     }

@@ -113,6 +113,7 @@ class CTemplateExportCommand : public CExportObserver {
 
     void Export(const std::vector<std::string>& vecNames) {
         std::vector<OS::x_wstring> vecWide;
+        vecWide.reserve(vecNames.size());
         for (const std::string& strName : vecNames) {
             vecWide.push_back(OS::WideText(strName));
         }

@@ -65,9 +65,9 @@ class CFileImport {
   private:
     void Import() {
         Signals::ThrowIfCaught();
-        const SPolicyFile file = ReadPolicy(m_context, m_report.strFile);
-        CPolicyDocument document(file.Text());
-        const CXMLView root = Parse(file, document);
+        m_file = ReadPolicy(m_context, m_report.strFile);
+        CPolicyDocument document(m_file.Text());
+        const CXMLView root = Parse(document);
         if (m_door.bTemplates && IsOlderLayout(root)) {
             WarnOfMissing(m_context, FindMapFile(), NO_MAP_FILE);
         }
@@ -76,7 +76,6 @@ class CFileImport {
         ImportDocument(root, document);
         Signals::ThrowIfCaught();
         store.ThrowIfFailed();
-        FindPlaces(file);
         if (*m_report.iResult != 0) {
             m_report.Undo(EVerdict::INVALID, ExplainRefusal(root, *m_report.iResult));
             return;
@@ -87,12 +86,12 @@ class CFileImport {
         unit.Commit();
     }
 
-    CXMLView Parse(const SPolicyFile& file, CPolicyDocument& document) {
+    CXMLView Parse(CPolicyDocument& document) {
         const CXMLParser& parser = document.Load();
         const SXMLLoadError& error = parser.GetLoadError();
         if (!error.strMessage.empty()) {
             throw CInputError(m_report.strFile, Text::Printable(error.strMessage),
-                              CSourcePlaces(file.strBytes).Find(file.iStart + error.iOffset));
+                              CSourcePlaces(m_file.strBytes).Find(m_file.iStart + error.iOffset));
         }
         return parser.RootView();
     }
@@ -102,15 +101,6 @@ class CFileImport {
                            CountItems(root));
         CReportObserver observer(m_report, progress);
         m_report.iResult = m_door.fnImport(m_context, document, m_report, observer);
-    }
-
-    void FindPlaces(const SPolicyFile& file) {
-        const CSourcePlaces places(file.strBytes);
-        for (SReportItem& item : m_report.vecItems) {
-            if (item.iOffset != std::string::npos) {
-                item.place = places.Find(file.iStart + item.iOffset);
-            }
-        }
     }
 
     /** Part of the unit of work: after its end the store must not be able to fail any more. */
@@ -146,6 +136,7 @@ class CFileImport {
     }
 
     void Tell() {
+        FindPlaces();
         const bool bUndone = !m_report.strReason.empty();
         if (bUndone) {
             m_context.Error(MakeRefusal(m_report));
@@ -161,8 +152,22 @@ class CFileImport {
         }
     }
 
+    /** Text shows the places of few items, so those of the others are not looked for. */
+    void FindPlaces() {
+        std::optional<CSourcePlaces> places;
+        for (SReportItem& item : m_report.vecItems) {
+            if (item.iOffset != std::string::npos && (m_context.IsJson() || item.IsShown())) {
+                if (!places) {
+                    places.emplace(m_file.strBytes);
+                }
+                item.place = places->Find(m_file.iStart + item.iOffset);
+            }
+        }
+    }
+
     CCommandContext& m_context;
     const SImportDoor& m_door;
+    SPolicyFile m_file;
     SImportReport m_report;
 };
 

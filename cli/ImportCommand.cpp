@@ -26,6 +26,7 @@ constexpr SCommandHelp HELP = {
 
 std::vector<std::string> ToUtf8(const std::vector<OS::x_wstring>& vecTexts) {
     std::vector<std::string> vecUtf8;
+    vecUtf8.reserve(vecTexts.size());
     for (const OS::x_wstring& strText : vecTexts) {
         vecUtf8.push_back(OS::Utf8Lenient(strText));
     }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <functional>
 
 #include <nlohmann/json.hpp>
 
@@ -60,10 +61,6 @@ const char* Code(EDisposition eDisposition) {
     return DISPOSITIONS[static_cast<std::size_t>(eDisposition)];
 }
 
-bool IsTaken(const SImportItem& item) {
-    return item.eDisposition != EDisposition::SKIPPED && item.eDisposition != EDisposition::FAILED;
-}
-
 Json LineOrNull(SPlace place) {
     return place.iLine == 0 ? Json() : Json(place.iLine);
 }
@@ -116,7 +113,7 @@ std::string Why(const SReportItem& item) {
 std::string MakeFinding(const std::string& strFile, const SReportItem& item) {
     const std::string strStart = FormatPlace(strFile, item.place) + ": " + NameOf(item);
     std::string strLines;
-    if (!IsTaken(item)) {
+    if (!item.IsTaken()) {
         strLines += strStart + ' ' + Code(item.eDisposition) + ": " + Why(item) + '\n';
     }
     if (item.iForeignChildren != 0) {
@@ -131,14 +128,15 @@ std::string MakeFinding(const std::string& strFile, const SReportItem& item) {
 }  // namespace
 
 bool SImportReport::HasFindings() const {
-    return !std::all_of(vecItems.begin(), vecItems.end(), IsTaken);
+    return !std::all_of(vecItems.begin(), vecItems.end(), std::mem_fn(&SReportItem::IsTaken));
 }
 
 void SImportReport::Undo(EVerdict eWhy, const std::string& strWhy) {
     eVerdict = eWhy;
     strReason = strWhy;
     vecImported.clear();
-    vecItems.erase(std::remove_if(vecItems.begin(), vecItems.end(), IsTaken), vecItems.end());
+    vecItems.erase(std::remove_if(vecItems.begin(), vecItems.end(), std::mem_fn(&SReportItem::IsTaken)),
+                   vecItems.end());
 }
 
 Json MakeReportHead(const SImportReport& report) {

@@ -15,6 +15,10 @@
 struct SReportItem : SImportItem {
     SPlace place;
     std::string strNearest;  ///< the stored name that an unknown reference most likely means; "" when none is near
+
+    bool IsTaken() const { return eDisposition != EDisposition::SKIPPED && eDisposition != EDisposition::FAILED; }
+    /** Whether the text says more of it than its number. */
+    bool IsShown() const { return !IsTaken() || iForeignChildren != 0; }
 };
 
 /** What became of one file. Text and JSON are views of it. */

@@ -5,7 +5,7 @@
 #include "cli/Text.h"
 
 namespace {
-constexpr std::size_t PIECE = 256 * 1024;
+constexpr std::size_t PIECE = 262144;
 }
 
 COutput::COutput(CCommandContext& context, const std::string& strFile) : m_context(context) {
@@ -17,14 +17,17 @@ COutput::COutput(CCommandContext& context, const std::string& strFile) : m_conte
 COutput::~COutput() = default;
 
 void COutput::Write(std::string_view strText) {
-    m_strWaiting += strText;
-    if (m_strWaiting.size() >= PIECE) {
-        Flush();
+    if (m_strWaiting.size() + strText.size() < PIECE) {
+        m_strWaiting += strText;
+        return;
     }
+    Put(m_strWaiting);
+    m_strWaiting.clear();
+    Put(strText);
 }
 
 void COutput::Commit() {
-    Flush();
+    Put(m_strWaiting);
     if (m_pFile != nullptr) {
         m_pFile->Commit();
     } else {
@@ -32,13 +35,12 @@ void COutput::Commit() {
     }
 }
 
-void COutput::Flush() {
+void COutput::Put(std::string_view strText) {
     if (m_pFile != nullptr) {
-        m_pFile->Write(m_strWaiting);
+        m_pFile->Write(strText);
     } else {
-        m_context.Write(m_strWaiting);
+        m_context.Write(strText);
     }
-    m_strWaiting.clear();
 }
 
 bool COutput::IsStandard(const std::string& strFile) {

@@ -24,7 +24,7 @@ class COutput {
     static bool IsStandard(const std::string& strFile);
 
   private:
-    void Flush();
+    void Put(std::string_view strText);
 
     CCommandContext& m_context;
     std::string m_strWaiting;

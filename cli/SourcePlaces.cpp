@@ -5,7 +5,7 @@
 namespace {
 
 /** Code points are counted up front for every so many bytes, and the rest when asked. */
-constexpr std::size_t BLOCK = 4096;
+constexpr std::size_t BLOCK = 256;
 
 /** Every byte but one that continues a sequence. */
 std::size_t CountStarts(std::string_view strText) {
@@ -16,11 +16,14 @@ std::size_t CountStarts(std::string_view strText) {
 }  // namespace
 
 CSourcePlaces::CSourcePlaces(std::string_view strText) : m_strText(strText), m_vecLines{0}, m_vecBlocks{0} {
-    for (std::size_t i = strText.find_first_of("\r\n"); i != std::string_view::npos;
-         i = strText.find_first_of("\r\n", i + 1)) {
-        const bool bPair = strText[i] == '\r' && i + 1 < strText.size() && strText[i + 1] == '\n';
-        i += bPair ? 1 : 0;
-        m_vecLines.push_back(i + 1);
+    // LF, CR and CR LF each end a line; what of them does not occur is looked for once.
+    std::size_t iLf = strText.find('\n');
+    std::size_t iCr = strText.find('\r');
+    while (std::min(iLf, iCr) != std::string_view::npos) {
+        const std::size_t iEnd = iCr < iLf && iCr + 1 != iLf ? iCr : iLf;
+        m_vecLines.push_back(iEnd + 1);
+        iLf = iLf <= iEnd ? strText.find('\n', iEnd + 1) : iLf;
+        iCr = iCr <= iEnd ? strText.find('\r', iEnd + 1) : iCr;
     }
     for (std::size_t i = 0; i + BLOCK <= strText.size(); i += BLOCK) {
         m_vecBlocks.push_back(m_vecBlocks.back() + CountStarts(strText.substr(i, BLOCK)));

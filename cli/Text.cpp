@@ -52,7 +52,7 @@ std::string Unescaped(std::string_view strText) {
 
 }  // namespace Text
 
-CTextTable::CTextTable(std::vector<std::string> vecHeads) {
+CTextTable::CTextTable(const std::vector<std::string>& vecHeads) {
     if (!vecHeads.empty()) {
         Add(vecHeads);
     }

@@ -25,7 +25,7 @@ std::string Unescaped(std::string_view strText);
 class CTextTable {
   public:
     /** @param vecHeads the first line; empty: no such line */
-    explicit CTextTable(std::vector<std::string> vecHeads = {});
+    explicit CTextTable(const std::vector<std::string>& vecHeads = {});
     /** @param vecCells made printable; shorter rows leave columns empty */
     void Add(const std::vector<std::string>& vecCells);
     /** Columns of numbers stand to the right. */

@@ -39,8 +39,8 @@ TEST(SourcePlaces, LongLinesAreCountedInBlocks) {
     strText[5000] = '\n';
     strText.replace(8000, 2, "é");
     const CSourcePlaces places(strText);
-    EXPECT_EQ(Find(places, 4095), Place(1, 4096));
-    EXPECT_EQ(Find(places, 4096), Place(1, 4097));
+    EXPECT_EQ(Find(places, 255), Place(1, 256));
+    EXPECT_EQ(Find(places, 256), Place(1, 257));
     EXPECT_EQ(Find(places, 5001), Place(2, 1));
     EXPECT_EQ(Find(places, 9000), Place(2, 3999));
     EXPECT_EQ(Find(places, 10000), Place(2, 4999));

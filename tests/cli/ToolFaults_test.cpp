@@ -151,6 +151,26 @@ TEST_F(ToolFaults, MemoryThatRunsOutInTheStoreIsSaidAndChangesNothing) {
     }
 }
 
+TEST_F(ToolFaults, TheItemThatCouldNotBeWrittenIsListedWithItsPlace) {
+    MakeCopy();
+    const SCommand command = {"import", {"--json", "import", "-"}, Second(), false};
+    Count(command);
+    const auto itSave = std::find(m_vecOperations.begin(), m_vecOperations.end(), "Save");
+    ASSERT_NE(itSave, m_vecOperations.end());
+    MakeCopy();
+    CStoreFaults faults;
+    faults.FailAt(static_cast<std::size_t>(itSave - m_vecOperations.begin()) + 1);
+    const Json report = Json::parse(RunOn(Url("copy.db"), command.vecArguments, command.strInput).strOut);
+    EXPECT_EQ(report["result"], 3);
+    EXPECT_EQ(report["verdict"], "store");
+    ASSERT_EQ(report["items"].size(), 1U);
+    EXPECT_EQ(report["items"][0]["name"], "one");
+    EXPECT_EQ(report["items"][0]["disposition"], "failed");
+    EXPECT_EQ(report["items"][0]["reason"], "store");
+    EXPECT_EQ(report["items"][0]["line"], 1);
+    EXPECT_EQ(report["items"][0]["column"], Second().find("<entity") + 1);
+}
+
 TEST_F(ToolFaults, FilesFinishedBeforeTheFailureStayAndLaterOnesAreNotTried) {
     const std::string strFirst = m_dir.Write("first.xml", Policy(Entity("x"), "<template name='x' display_name='X'/>"));
     const std::string strSecond = m_dir.Write("second.xml", Second());
