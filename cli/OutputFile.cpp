@@ -95,7 +95,7 @@ COutputFile::~COutputFile() {
 void COutputFile::OpenTemporary() {
     struct stat old {};
     const bool bExists = ::stat(m_strTarget.c_str(), &old) == 0;
-    if (bExists && ::access(m_strTarget.c_str(), W_OK) != 0) {
+    if (bExists && ::faccessat(AT_FDCWD, m_strTarget.c_str(), W_OK, AT_EACCESS) != 0) {
         Fail(errno);
     }
     const fs::path target(m_strTarget);

@@ -2,11 +2,14 @@
 
 #include <csignal>
 
+#include <sys/stat.h>
+
 #include <nlohmann/json.hpp>
 
 #include "cli/Signals.h"
 #include "platform/store/CForwardingStore.h"
 #include "tests/cli/ToolRun.h"
+#include "tests/cli/Unprivileged.h"
 
 namespace {
 
@@ -367,6 +370,14 @@ TEST_F(ImportCommand, AFileThatCannotBeReadIsSaidInTheSystemsWords) {
                             {"message", "No such file or directory"},
                             {"line", nullptr},
                             {"column", nullptr}}));
+}
+
+TEST_F(ImportCommand, AFileThatMayNotBeReadIsSaid) {
+    const std::string strFile = m_dir.Write("secret.xml", Documents::Small());
+    ::chmod(m_dir.Path().c_str(), 0755);
+    ::chmod(strFile.c_str(), 0);
+    const CUnprivileged unprivileged;
+    EXPECT_EQ(Run({"import", strFile}).strErr, "dlpctl: " + strFile + ": Permission denied; nothing was written\n");
 }
 
 TEST_F(ImportCommand, NamesInMessagesCannotForgeLines) {

@@ -9,6 +9,7 @@
 #include <unistd.h>
 
 #include "cli/Verdict.h"
+#include "tests/cli/Unprivileged.h"
 #include "tests/support/TempDir.h"
 
 namespace {
@@ -133,12 +134,13 @@ TEST(OutputFile, WhatCannotBeWrittenIsSaidWithItsReason) {
 }
 
 TEST(OutputFile, AFileThatMayNotBeWrittenIsNotReplaced) {
-    if (::geteuid() == 0) {
-        GTEST_SKIP() << "root may write every file";
-    }
     const CTempDir dir;
     const std::string strPath = dir.Write("file", "old");
-    ::chmod(strPath.c_str(), 0400);
-    EXPECT_EQ(Refusal(strPath), "cannot write FILE: Permission denied");
+    ::chmod(dir.Path().c_str(), 0777);
+    ::chmod(strPath.c_str(), 0444);
+    {
+        const CUnprivileged unprivileged;
+        EXPECT_EQ(Refusal(strPath), "cannot write FILE: Permission denied");
+    }
     EXPECT_EQ(dir.Read("file"), "old");
 }

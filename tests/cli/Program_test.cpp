@@ -3,7 +3,6 @@
 #include <filesystem>
 
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include "tests/cli/ToolRun.h"
 
@@ -94,15 +93,6 @@ TEST_F(Program, ASignalEndsItAlsoWhileItWaitsForInput) {
         EXPECT_EQ(run.strErr, "dlpctl: -: interrupted; nothing was written\n");
         std::filesystem::remove(m_dir.Path("in"));
     }
-}
-
-TEST_F(Program, AFileThatMayNotBeReadIsSaid) {
-    if (::geteuid() == 0) {
-        GTEST_SKIP() << "root may read every file";
-    }
-    const std::string strFile = m_dir.Write("secret.xml", Documents::Small());
-    ::chmod(strFile.c_str(), 0);
-    EXPECT_EQ(Run({"import", strFile}).strErr, "dlpctl: " + strFile + ": Permission denied; nothing was written\n");
 }
 
 TEST_F(Program, ThereIsNoColourOrProgressWithoutATerminal) {
