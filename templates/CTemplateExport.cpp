@@ -87,6 +87,8 @@ std::string CTemplateExport::Run() {
         MakeCategories(TagUtf8::INDUSTRIES, TagUtf8::INDUSTRY, &DLPMetaDataLoaderImpl::GetIndustries, m_industries);
     const std::string strRegions =
         MakeCategories(TagUtf8::REGIONS, TagUtf8::REGION, &DLPMetaDataLoaderImpl::GetRegions, m_regions);
+    strOut.reserve(strOut.size() + strAssets.size() + strTemplates.size() + strIndustries.size() + strRegions.size() +
+                   Tag::SA_POLICY.size() + std::string_view("></>").size());
     writer.Raw(strAssets);
     writer.Raw(strTemplates);
     writer.Raw(strIndustries);
