@@ -115,6 +115,11 @@ std::string CCommandContext::GetStoreUrl() const {
     return bFile ? std::string(SQLITE) + GetAbsolute(strUrl.substr(SQLITE.size())) : strUrl;
 }
 
+std::string CCommandContext::GetStorePath() const {
+    const std::string strUrl = GetStoreUrl();
+    return strUrl.compare(0, SQLITE.size(), SQLITE) == 0 ? strUrl.substr(SQLITE.size()) : std::string();
+}
+
 CToolError CCommandContext::ExplainException() const {
     if (Signals::IsCaught()) {
         return {EVerdict::INTERRUPTED, INTERRUPTED};

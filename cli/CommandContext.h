@@ -47,6 +47,8 @@ class CCommandContext {
 
     /** @return the path as it was meant where the tool was started */
     std::string GetAbsolute(const std::string& strPath) const;
+    /** @return the absolute path of the store's file; empty when the store is none */
+    std::string GetStorePath() const;
     /** @return the scope option, as the library takes it */
     OS::x_wstring GetScope() const;
     /** @return all that is to be read from standard input */

@@ -80,6 +80,20 @@ TEST_F(ExportCommand, JsonTellsOfTheFileItWrote) {
     EXPECT_EQ(Json::parse(Run({"--json", "export", "cards", "-o", strFile}).strOut)["verdict"], "done");
 }
 
+TEST_F(ExportCommand, TheStoreItselfIsNoOutputFile) {
+    Import(Documents::Small());
+    const std::string strDump = Dump();
+    const std::string strStore = m_dir.Path("own.db");
+    EXPECT_EQ(RunOn(Url("own.db"), {"store", "load", "-"}, strDump).iCode, 0);
+    for (const std::vector<std::string>& vecCommand :
+         {std::vector<std::string>{"export", "--all", "-o", strStore}, {"store", "dump", "-o", strStore}}) {
+        const SToolRun run = RunOn(Url("own.db"), vecCommand);
+        EXPECT_EQ(run.iCode, 3);
+        EXPECT_EQ(run.strErr, "dlpctl: " + strStore + ": is the store itself; name another file\n");
+        EXPECT_EQ(RunOn(Url("own.db"), {"store", "dump"}).strOut, strDump);
+    }
+}
+
 TEST_F(ExportCommand, IndentedItMeansTheSame) {
     Import(Documents::Small());
     const std::string strIndented = Get({"export", "--all", "--indent"});
