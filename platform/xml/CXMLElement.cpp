@@ -37,12 +37,18 @@ void CXMLElement::RemoveAttribute(const wchar_t* pName) {
 
 OS::CAutoObjPtr<CXMLNode> CXMLElement::XPathSelectSingleNode(const wchar_t* pXPath) const {
     XML_STEP("XPathSelectSingleNode");
+    if (XML_FINDS_NOTHING()) {
+        return nullptr;
+    }
     const XmlPath::CHandles vecMatches = XmlPath::Select(*m_pTree, XmlTree::Node(m_pNode), pXPath, true);
     return vecMatches.empty() ? nullptr : OS::CAutoObjPtr<CXMLNode>(new CXMLNode(m_pTree, vecMatches[0]));
 }
 
 OS::CAutoObjPtr<CXMLNodeList> CXMLElement::XPathSelectNodes(const wchar_t* pXPath) const {
     XML_STEP("XPathSelectNodes");
+    if (XML_FINDS_NOTHING()) {
+        return OS::CAutoObjPtr<CXMLNodeList>(new CXMLNodeList(m_pTree, {}));
+    }
     return OS::CAutoObjPtr<CXMLNodeList>(
         new CXMLNodeList(m_pTree, XmlPath::Select(*m_pTree, XmlTree::Node(m_pNode), pXPath, false)));
 }

@@ -126,12 +126,12 @@ bool CXMLParser::SaveXML(OS::x_wstring& strOut) const {
     std::string strText;
     SaveUtf8(strText);
     strOut = OS::WideText(strText);
-    return static_cast<bool>(RootView());
+    return static_cast<bool>(Root());
 }
 
 void CXMLParser::SaveUtf8(std::string& strOut) const {
     XML_STEP("SaveXML");
-    if (!RootView()) {
+    if (!Root()) {
         return;
     }
     strOut += m_pTree->Declaration();
@@ -143,7 +143,8 @@ void CXMLParser::SaveUtf8(std::string& strOut) const {
 }
 
 OS::CAutoObjPtr<CXMLElement> CXMLParser::GetRootElement() const {
-    return RootView() ? OS::CAutoObjPtr<CXMLElement>(new CXMLElement(m_pTree, RootView().Handle())) : nullptr;
+    const CXMLView root = RootView();
+    return root ? OS::CAutoObjPtr<CXMLElement>(new CXMLElement(m_pTree, root.Handle())) : nullptr;
 }
 
 OS::CAutoObjPtr<CXMLNode> CXMLParser::CreateNode(XMLPARSER_NODETYPE eType, const wchar_t* pName) {
@@ -165,7 +166,7 @@ OS::CAutoObjPtr<CXMLNode> CXMLParser::CreateNode(XMLPARSER_NODETYPE eType, const
 
 OS::CAutoObjPtr<CXMLNode> CXMLParser::XPathSelectSingleNode(const wchar_t* pXPath) const {
     XML_STEP("XPathSelectSingleNode");
-    if (!RootView()) {
+    if (XML_FINDS_NOTHING() || !Root()) {
         return nullptr;
     }
     const XmlPath::CHandles vecMatches = XmlPath::Select(*m_pTree, m_pTree->Document(), pXPath, true);
@@ -174,7 +175,7 @@ OS::CAutoObjPtr<CXMLNode> CXMLParser::XPathSelectSingleNode(const wchar_t* pXPat
 
 OS::CAutoObjPtr<CXMLNodeList> CXMLParser::XPathSelectNodes(const wchar_t* pXPath) const {
     XML_STEP("XPathSelectNodes");
-    if (!RootView()) {
+    if (XML_FINDS_NOTHING() || !Root()) {
         return nullptr;
     }
     return OS::CAutoObjPtr<CXMLNodeList>(
@@ -182,5 +183,9 @@ OS::CAutoObjPtr<CXMLNodeList> CXMLParser::XPathSelectNodes(const wchar_t* pXPath
 }
 
 CXMLView CXMLParser::RootView() const {
+    return XML_FINDS_NOTHING() ? CXMLView() : Root();
+}
+
+CXMLView CXMLParser::Root() const {
     return m_pTree == nullptr ? CXMLView() : CXMLView(XmlTree::Handle(m_pTree->Root()));
 }

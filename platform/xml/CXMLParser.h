@@ -85,6 +85,7 @@ class DLP_PLATFORM_API CXMLParser {
 
   private:
     bool Load(std::string strText);
+    CXMLView Root() const;
 
     std::shared_ptr<CXMLTree> m_pTree;
     SXMLLoadError m_error;

@@ -37,6 +37,9 @@ CXMLView CXMLView::Parent() const {
 }
 
 CXMLView CXMLView::FirstChild(const char* pName) const {
+    if (pName != nullptr && XML_FINDS_NOTHING()) {
+        return CXMLView();
+    }
     return CXMLView(XmlTree::Handle(XmlTree::FirstElement(XmlTree::Node(m_pNode), pName)));
 }
 

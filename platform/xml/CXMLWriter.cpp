@@ -78,11 +78,24 @@ void CXMLWriter::EndElement() {
     m_vecOpen.pop_back();
 }
 
+bool CXMLWriter::IsIn(const char* pName) const {
+    return !XML_FINDS_NOTHING() && !m_vecOpen.empty() && std::string_view(m_vecOpen.back()) == pName;
+}
+
 void CXMLWriter::CloseStartTag() {
     if (m_bInStartTag) {
         m_strOut += '>';
         m_bInStartTag = false;
     }
+}
+
+bool StartsWithElement(std::string_view strMarkup, std::string_view strName) {
+    constexpr std::string_view NAME_ENDS = " />";
+    if (XML_FINDS_NOTHING() || strMarkup.substr(0, 1) != "<" || strMarkup.substr(1, strName.size()) != strName) {
+        return false;
+    }
+    const std::size_t iEnd = 1 + strName.size();
+    return iEnd < strMarkup.size() && NAME_ENDS.find(strMarkup[iEnd]) != std::string_view::npos;
 }
 
 void AppendEscaped(std::string& strOut, std::string_view strText, bool bAttribute) {

@@ -34,6 +34,9 @@ class DLP_PLATFORM_API CXMLWriter {
     void Node(const CXMLView& node);
     void EndElement();
 
+    /** @return whether content would now go into an element of this name */
+    bool IsIn(const char* pName) const;
+
   private:
     void CloseStartTag();
 
@@ -41,6 +44,9 @@ class DLP_PLATFORM_API CXMLWriter {
     std::vector<const char*> m_vecOpen;
     bool m_bInStartTag = false;
 };
+
+/** @return whether markup that a writer has written begins with an element of this name */
+DLP_PLATFORM_API bool StartsWithElement(std::string_view strMarkup, std::string_view strName);
 
 /** Appends text escaped for an attribute value or for element content. @throws as CXMLWriter */
 DLP_PLATFORM_API void AppendEscaped(std::string& strOut, std::string_view strText, bool bAttribute);

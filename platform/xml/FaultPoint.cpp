@@ -9,6 +9,8 @@ namespace XmlFaults {
 namespace {
 int s_iFailAt = 0;
 int s_iCount = 0;
+int s_iFindNothingAt = 0;
+int s_iLookups = 0;
 }  // namespace
 
 void FailAt(int iOperation) {
@@ -24,6 +26,19 @@ void Step(const char*) {
     if (++s_iCount == s_iFailAt) {
         throw CXMLException(0, L"injected fault", 0);
     }
+}
+
+void FindNothingAt(int iLookup) {
+    s_iFindNothingAt = iLookup;
+    s_iLookups = 0;
+}
+
+int GetLookupCount() {
+    return s_iLookups;
+}
+
+bool FindsNothing() {
+    return ++s_iLookups == s_iFindNothingAt;
 }
 
 }  // namespace XmlFaults

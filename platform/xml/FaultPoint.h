@@ -1,8 +1,8 @@
 #pragma once
 
 /**
- * One operation of the XML layer. In the build for fault tests the n-th one throws, chosen by the test; in every other
- * build this is nothing.
+ * Faults of the XML layer, chosen by a test: the n-th operation throws, or the n-th lookup finds nothing. In every
+ * build but the one for fault tests these are nothing.
  */
 #ifdef DLP_FAULTS
 namespace XmlFaults {
@@ -11,8 +11,20 @@ void FailAt(int iOperation);
 /** @return the number of operations since FailAt */
 int GetCount();
 void Step(const char* pOperation);
+
+/**
+ * Makes the n-th lookup from now on find nothing; 0: none. A lookup is a selection by XPath, asking a document for its
+ * root, an element for a child by name, and a writer or written markup for an element. Finding nothing is null, false,
+ * or from XPathSelectNodes of an element an empty list.
+ */
+void FindNothingAt(int iLookup);
+/** @return the number of lookups since FindNothingAt */
+int GetLookupCount();
+bool FindsNothing();
 }  // namespace XmlFaults
 #define XML_STEP(pOperation) XmlFaults::Step(pOperation)
+#define XML_FINDS_NOTHING() XmlFaults::FindsNothing()
 #else
 #define XML_STEP(pOperation) static_cast<void>(0)
+#define XML_FINDS_NOTHING() false
 #endif

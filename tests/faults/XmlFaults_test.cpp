@@ -1,5 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <functional>
+#include <iterator>
+
 #include "platform/xml/CXMLWriter.h"
 #include "platform/xml/FaultPoint.h"
 #include "tests/support/TempDir.h"
@@ -77,4 +80,43 @@ TEST(XmlFaults, PolicyDocumentIsReadAgainAfterAFailure) {
     XmlFaults::FailAt(1);
     EXPECT_EQ("injected fault", Xml::Thrown([&] { document.Load(); }));
     EXPECT_EQ("<a/>", Xml::Saved(document.Load()));
+}
+
+TEST(XmlFaults, EveryLookupFindsNothingAtItsTurn) {
+    CXMLParser document;
+    ASSERT_TRUE(document.LoadXML(L"<x><b/></x>"));
+    const auto pRoot = document.GetRootElement();
+    const CXMLView root = document.RootView();
+    std::string strOut;
+    CXMLWriter writer(strOut);
+    writer.StartElement("e");
+    const std::function<bool()> aLookups[] = {
+        [&] { return document.GetRootElement() != nullptr; },
+        [&] { return static_cast<bool>(document.RootView()); },
+        [&] { return document.XPathSelectSingleNode(L"/x/b") != nullptr; },
+        [&] { return document.XPathSelectNodes(L"/x/b") != nullptr; },
+        [&] { return pRoot->XPathSelectSingleNode(L"./b") != nullptr; },
+        [&] { return pRoot->XPathSelectNodes(L"./b")->GetLength() == 1; },
+        [&] { return static_cast<bool>(root.FirstChild("b")); },
+        [&] { return writer.IsIn("e"); },
+        [&] { return StartsWithElement("<e/>", "e"); },
+    };
+    const int iLookups = static_cast<int>(std::size(aLookups));
+    for (int iAt = 0; iAt <= iLookups; ++iAt) {
+        XmlFaults::FindNothingAt(iAt);
+        for (int i = 1; i <= iLookups; ++i) {
+            EXPECT_EQ(i != iAt, aLookups[i - 1]()) << i << " of " << iAt;
+            EXPECT_EQ(i, XmlFaults::GetLookupCount());
+        }
+    }
+}
+
+TEST(XmlFaults, WalkingAndWritingAreNoLookups) {
+    CXMLParser document;
+    ASSERT_TRUE(document.LoadXML(L"<x><b/></x>"));
+    const auto pRoot = document.GetRootElement();
+    XmlFaults::FindNothingAt(1);
+    EXPECT_EQ("<b/>", Xml::Markup(pRoot->GetFirstChild()));
+    EXPECT_EQ("<x><b/></x>", Xml::Saved(document));
+    EXPECT_EQ(0, XmlFaults::GetLookupCount());
 }

@@ -140,3 +140,28 @@ TEST(XmlWriter, LoaderRefusesWhatTheWriterRefuses) {
         }
     }
 }
+
+TEST(XmlWriter, KnowsWhichElementItIsIn) {
+    std::string strOut;
+    CXMLWriter writer(strOut);
+    EXPECT_FALSE(writer.IsIn("a"));
+    writer.StartElement("a");
+    EXPECT_TRUE(writer.IsIn("a"));
+    writer.StartElement("b");
+    EXPECT_FALSE(writer.IsIn("a"));
+    EXPECT_TRUE(writer.IsIn("b"));
+    writer.EndElement();
+    EXPECT_TRUE(writer.IsIn("a"));
+    EXPECT_FALSE(writer.IsIn("A"));
+    writer.EndElement();
+    EXPECT_FALSE(writer.IsIn("a"));
+}
+
+TEST(XmlWriter, WrittenMarkupIsKnownByItsElement) {
+    for (const char* const pMarkup : {"<a/>", "<a b=\"c\"/>", "<a>t</a>"}) {
+        EXPECT_TRUE(StartsWithElement(pMarkup, "a")) << pMarkup;
+    }
+    for (const char* const pMarkup : {"", "<", "<a", "a/>", "<A/>", "<ab/>", "<b/>", "t<a/>"}) {
+        EXPECT_FALSE(StartsWithElement(pMarkup, "a")) << pMarkup;
+    }
+}
