@@ -47,7 +47,8 @@ class DigitalAssets:
             self.lines.add(log.FAILED, log.ASSETS, message, error.message)
             return None
 
-    def generate_digital_assets_xml(self, expressions: list[str], keywords: list[str]) -> str | None:
+    def generate_digital_assets_xml(self, expressions: list[str],
+                                    keywords: list[str]) -> str | None:
         """The `digitalAssets` element of the records of these subjects; None on any failure."""
         return assets_export.digital_assets_xml(self.store, self.lines, expressions, keywords)
 

@@ -15,6 +15,7 @@ DECLARATION = '<?xml version="1.0" encoding="UTF-8"?>'
 BLANKS = " \t\r\n"
 _BYTE_ORDER_MARK = "\ufeff"
 _ESCAPES = {"&": "&amp;", "<": "&lt;", ">": "&gt;", '"': "&quot;", "\r": "&#13;"}
+_NO_ELEMENTS = expat.errors.codes[expat.errors.XML_ERROR_NO_ELEMENTS]
 _NO_XML_CHARACTER = re.compile("[^\t\n\r\x20-\ud7ff\ue000-\ufffd\U00010000-\U0010ffff]")
 _TEXT_ESCAPES = str.maketrans(_ESCAPES)
 _ATTRIBUTE_ESCAPES = str.maketrans(_ESCAPES | {"\t": "&#9;", "\n": "&#10;"})
@@ -155,7 +156,7 @@ class Document:
         try:
             self._load(decode_file(data))
         except (expat.ExpatError, UnicodeError, XmlError) as error:
-            if getattr(error, "code", None) != expat.errors.codes[expat.errors.XML_ERROR_NO_ELEMENTS]:
+            if getattr(error, "code", None) != _NO_ELEMENTS:
                 raise XmlError(UNSTATED) from error
 
     def save_xml(self) -> str:
