@@ -9,6 +9,9 @@ from xmltree import Document, Element
 
 POLICY_FILE = "PredefinedDLPPolicy.xml"
 SECTIONS = ("validators", "entity_types", "dictionary_types", "industries", "regions")
+LISTS = {"validators": "validators", "expression_types": "entity_types",
+         "keyword_conditions": "dictionary_types", "industries": "industries",
+         "regions": "regions"}
 LOADER = "DLPMetaDataLoaderImpl::"
 
 NameLists = tuple[bool, list[str], list[str]]
@@ -23,8 +26,9 @@ class MetaData:
         self._lines = lines
         self._load(policy)
 
-    def get(self, section: str) -> NameLists:
-        """Success, names and display names; validators ascend by display name."""
+    def get(self, which: str) -> NameLists:
+        """Success, names and display names of one of LISTS; validators ascend by display name."""
+        section = LISTS[which]
         result, names, display_names = self._name_list("/" + section, self._sections[section])
         if result and section == "validators":
             pairs = sorted(zip(display_names, names), key=lambda pair: pair[0])
