@@ -5,14 +5,13 @@ from __future__ import annotations
 import re
 from dataclasses import dataclass, field
 
+from texts import trim, upper, wtoi
+
 ENTITY, KEYWORD, UNKNOWN_TYPE = 0, 1, 2
 AND, OR, EXCEPT, UNKNOWN_OPERATOR = 0, 1, 2, 3
 
 TYPE_TEXTS = {"ENTITY": ENTITY, "KEYWORD": KEYWORD}
 OPERATOR_TEXTS = {"AND": AND, "OR": OR, "EXCEPT": EXCEPT}
-
-BLANKS = " \t\n\v\f\r"
-INT_MIN, INT_MAX = -(2**31), 2**31 - 1
 
 # The pattern dialect's `|` joins single units only: "P|p:" is one of two letters, then a colon.
 FIND_OPERATOR = re.compile("(AND|OR|EXCEPT)")
@@ -38,17 +37,12 @@ class MatchRule:
     operator: int = UNKNOWN_OPERATOR
 
 
-def upper_ascii(text: str) -> str:
-    """Upper case of a to z alone; every other character stays."""
-    return "".join(chr(ord(c) - 32) if "a" <= c <= "z" else c for c in text)
-
-
 def type_from_text(text: str) -> int:
-    return TYPE_TEXTS.get(upper_ascii(text.strip(BLANKS)), UNKNOWN_TYPE)
+    return TYPE_TEXTS.get(upper(trim(text)), UNKNOWN_TYPE)
 
 
 def operator_from_text(text: str) -> int:
-    return OPERATOR_TEXTS.get(upper_ascii(text.strip(BLANKS)), UNKNOWN_OPERATOR)
+    return OPERATOR_TEXTS.get(upper(trim(text)), UNKNOWN_OPERATOR)
 
 
 def type_to_text(value: int) -> str:
@@ -57,18 +51,6 @@ def type_to_text(value: int) -> str:
 
 def operator_to_text(value: int) -> str:
     return {AND: "AND", OR: "OR", EXCEPT: "EXCEPT"}.get(value, "UNKNOWN")
-
-
-def wtoi(text: str) -> int:
-    """Blanks, one sign, decimal digits; 0 without digits; held at the 32-bit edges."""
-    found = re.match("[ \t\n\v\f\r]*([+-]?[0-9]+)", text)
-    if found is None:
-        return 0
-    digits = found.group(1)
-    sign = -1 if digits[0] == "-" else 1
-    digits = digits.lstrip("+-").lstrip("0")
-    # Eleven digits are beyond either edge already, and int() refuses very long texts.
-    return max(INT_MIN, min(INT_MAX, sign * int(digits[:11] or "0")))
 
 
 def parse_rule_element(text: str, operator: int) -> RuleElement:
@@ -90,11 +72,11 @@ def parse_match_rule(rule_text: str, operator_text: str) -> MatchRule:
     pending = UNKNOWN_OPERATOR
     position = 0
     while found := FIND_OPERATOR.search(rule_text, position):
-        element_text = rule_text[position : found.start(1)].strip(BLANKS)
+        element_text = trim(rule_text[position : found.start(1)])
         rule.elements.append(parse_rule_element(element_text, pending))
         pending = operator_from_text(found.group(1))
         position = found.end()
-    rule.elements.append(parse_rule_element(rule_text[position:].strip(BLANKS), pending))
+    rule.elements.append(parse_rule_element(trim(rule_text[position:]), pending))
     return rule
 
 
