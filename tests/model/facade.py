@@ -47,7 +47,8 @@ class TemplateParse:
     def do_template_export(
         self, scope: str, names: list[str], expressions: set[str], keywords: set[str]
     ) -> str:
-        return TemplateExport(TemplateManager(self.process, scope), expressions, keywords).run(names)
+        manager = TemplateManager(self.process, scope)
+        return TemplateExport(manager, expressions, keywords).run(names)
 
     def import_from_file(self, data: bytes | None) -> bool:
         """False only when the file cannot be read as text; the import's code is logged."""
