@@ -10,13 +10,10 @@ from errors import CommonError
 from facade import TemplateParse
 from importing import TemplateImport
 from manager import TemplateManager
-from metadata import LISTS
 from normalizer import XmlNormalizer
 from process import Process
 from records import KINDS, record_from_entry
 from template import dump_rules
-
-LIST_OF_SECTION = {section: name for name, section in LISTS.items()}
 
 
 class Model:
@@ -149,8 +146,7 @@ class Model:
         return {"returned": found is not None, "subject": found and found.subject}
 
     def metadata(self, operation: dict) -> dict:
-        which = LIST_OF_SECTION[operation["list"]]
-        returned, names, display_names = self.process.new_policy_lists().get(which)
+        returned, names, display_names = self.process.new_policy_lists().get(operation["list"])
         return {"returned": returned, "names": names, "display_names": display_names}
 
 
