@@ -335,13 +335,13 @@ def shallow_copy(node: Node) -> Node:
 
 
 def inherited_declarations(element: Element) -> dict[str, str]:
-    """Namespace declarations of the elements above, the nearest of each prefix."""
+    """Namespace declarations of the elements above, the nearest of each; xmlns="" is none."""
     found: dict[str, str] = {}
     for above in ancestors(element):
         for name, value in above.attributes.items():
             if is_declaration(name) and name not in element.attributes:
                 found.setdefault(name, value)
-    return found
+    return {name: value for name, value in found.items() if value}
 
 
 def is_declaration(name: str) -> bool:
@@ -349,14 +349,19 @@ def is_declaration(name: str) -> bool:
 
 
 def drop_blanks_between_elements(top_node: Element) -> None:
-    """Forgets text of white space alone in elements that have element children."""
+    """Forgets blank text where elements stand without any other text, as in indented files."""
     for node in list(walk(top_node)):
-        if isinstance(node, Element) and node.children():
-            node.nodes = [child for child in node.nodes if not is_blank(child)]
+        if isinstance(node, Element) and node.children() and all(map(is_blank, texts_of(node))):
+            node.nodes = [child for child in node.nodes
+                          if not isinstance(child, Text) or child.cdata]
 
 
-def is_blank(node: Node) -> bool:
-    return isinstance(node, Text) and not node.cdata and not node.data.strip(BLANKS)
+def texts_of(element: Element) -> list[Text]:
+    return [node for node in element.nodes if isinstance(node, Text)]
+
+
+def is_blank(text: Text) -> bool:
+    return not text.data.strip(BLANKS)
 
 
 def write_node(node: Node) -> str:

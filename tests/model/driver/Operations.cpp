@@ -216,8 +216,8 @@ void Find(const Json& operation, Json& result) {
 void Metadata(const Json& operation, Json& result) {
     static const std::map<std::string, decltype(&DLPMetaDataLoaderImpl::GetRegions)> LISTS = {
         {"validators", &DLPMetaDataLoaderImpl::GetValidators},
-        {"entity_types", &DLPMetaDataLoaderImpl::GetExpressionTypes},
-        {"dictionary_types", &DLPMetaDataLoaderImpl::GetKeywordConditions},
+        {"expression_types", &DLPMetaDataLoaderImpl::GetExpressionTypes},
+        {"keyword_conditions", &DLPMetaDataLoaderImpl::GetKeywordConditions},
         {"industries", &DLPMetaDataLoaderImpl::GetIndustries},
         {"regions", &DLPMetaDataLoaderImpl::GetRegions},
     };
