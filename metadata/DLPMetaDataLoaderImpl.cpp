@@ -74,7 +74,7 @@ OS::CAutoObjPtr<CXMLNode> DLPMetaDataLoaderImpl::MakeDOMNode(const OS::x_wstring
         if (!document.LoadXML(strXml)) {
             return nullptr;
         }
-        OS::CAutoObjPtr<CXMLNode> pNode = document.GetRootElement()->XPathSelectSingleNode(pRootNodeName);
+        OS::CAutoObjPtr<CXMLNode> pNode = document.XPathSelectSingleNode(pRootNodeName);
         DLP_LOG(DBG::LEVEL_LEAVE, L"DLPMetaDataLoaderImpl::MakeDOMNode() return %p", pNode.Get());
         return pNode;
     } catch (const CXMLException& error) {

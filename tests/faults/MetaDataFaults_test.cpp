@@ -22,6 +22,8 @@ thread_local int s_iFailAllocation = 0;
 class MetaDataFaults : public testing::Test {
   protected:
     MetaDataFaults() {
+        XmlFaults::FailAt(0);
+        XmlFaults::FindNothingAt(0);
         m_dir.Write("config/PredefinedDLPPolicy.xml",
                     "<SAPolicy><validators><v name='a' display_name='A'/></validators><regions/></SAPolicy>");
         SYS::SetInstallPath(OS::WideText(m_dir.Path()));
@@ -105,7 +107,6 @@ TEST_F(MetaDataFaults, FailedLoadKeepsTheSectionsReadBeforeInTheirOrder) {
 }
 
 TEST_F(MetaDataFaults, ListThatFailsAnywhereIsEmptyAndMayBeAskedForAgain) {
-    XmlFaults::FailAt(0);
     DLPMetaDataLoaderImpl loader;
     for (int i = 1;; ++i) {
         XmlFaults::FailAt(i);
@@ -123,8 +124,31 @@ TEST_F(MetaDataFaults, ListThatFailsAnywhereIsEmptyAndMayBeAskedForAgain) {
     }
 }
 
+TEST_F(MetaDataFaults, LookupThatFindsNothingLeavesTheOtherSections) {
+    for (int i = 1; i <= 6; ++i) {
+        XmlFaults::FindNothingAt(i);
+        CLogRecorder log;
+        DLPMetaDataLoaderImpl loader;
+        EXPECT_EQ(XmlFaults::GetLookupCount(), i == 1 ? 1 : 6);  // the root, five sections
+        EXPECT_THAT(log.Messages(DBG::LEVEL_LEAVE), ElementsAre("DLPMetaDataLoaderImpl::Load(), loaded = 1"));
+        EXPECT_EQ(HasValidators(loader), i > 2) << i;
+    }
+}
+
+TEST_F(MetaDataFaults, ListWhoseNodeIsNotFoundIsFalse) {
+    DLPMetaDataLoaderImpl loader;
+    XmlFaults::FindNothingAt(1);
+    CLogRecorder log;
+    EXPECT_FALSE(HasValidators(loader));
+    EXPECT_THAT(log.Lines(),
+                ElementsAre("0x110 util_ParseDLPTemplate.cpp DLPMetaDataLoaderImpl::MakeDOMNode(xmllength=55, "
+                            "rootNodeName='/validators')",
+                            "0x111 util_ParseDLPTemplate.cpp DLPMetaDataLoaderImpl::MakeDOMNode() return (nil)"));
+    EXPECT_EQ(XmlFaults::GetLookupCount(), 1);
+    EXPECT_TRUE(HasValidators(loader));
+}
+
 TEST_F(MetaDataFaults, LackOfMemoryIsAnUnknownExceptionAndLeavesItNotLoaded) {
-    XmlFaults::FailAt(0);
     int iFailed = 0;
     for (int i = 1;; ++i) {
         CLogRecorder log;

@@ -258,6 +258,17 @@ TEST_F(MetaData, CopiesHoldTheListsThemselves) {
     }
 }
 
+TEST_F(MetaData, CopiesOfOneThatIsNotLoadedAreNotLoaded) {
+    const DLPMetaDataLoaderImpl loader;
+    DLPMetaDataLoaderImpl assigned = Load(WholePolicy());
+    DLPMetaDataLoaderImpl copy(loader);
+    assigned = loader;
+    for (const SListRow& row : LISTS) {
+        EXPECT_EQ(List(copy, row.fnGet), "false");
+        EXPECT_EQ(List(assigned, row.fnGet), "false");
+    }
+}
+
 TEST_F(MetaData, ProcessHasOneLoadedOnce) {
     m_dir.Write(POLICY_FILE, WholePolicy());
     CLogRecorder log;
