@@ -1,7 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <cstdint>
-#include <cstring>
 #include <iterator>
 #include <type_traits>
 #include <utility>
@@ -11,6 +9,7 @@
 #include "settings/CCfgSettingDLPFilterTemplate.h"
 #include "settings/CMgmtClass.h"
 #include "settings/CSubjectID.h"
+#include "tests/support/VirtualSlot.h"
 
 // Programs are compiled against these operations: each line fails to compile when one of them changes.
 namespace {
@@ -134,17 +133,7 @@ HAS(CMgmtObjectBase* (CMgmtClass::*)(const wchar_t*), &CMgmtClass::CreateInstanc
 static_assert(std::is_constructible_v<CMgmtClass, const wchar_t*, bool>);
 static_assert(std::has_virtual_destructor_v<CMgmtClass> && std::has_virtual_destructor_v<CMgmtObjectBase>);
 
-/** The place of a virtual operation in the class's table: a pointer to it is 1 + its offset there. */
-template <class Operation>
-std::size_t Slot(Operation pOperation) {
-    static_assert(sizeof(pOperation) == 2 * sizeof(std::uintptr_t));
-    std::uintptr_t aWords[2];
-    std::memcpy(aWords, &pOperation, sizeof(aWords));
-    return (aWords[0] - 1) / sizeof(void*);
-}
-
 TEST(SettingsOperations, VirtualsStandInTheirSlots) {
-    constexpr std::size_t AFTER_DESTRUCTOR = 2;  // it takes two slots
     const std::size_t SLOTS[] = {
         Slot(&Asset::GetNameA),
         Slot(&Asset::GetNameW),
@@ -162,7 +151,7 @@ TEST(SettingsOperations, VirtualsStandInTheirSlots) {
         Slot(&Asset::Delete),
     };
     for (std::size_t i = 0; i < std::size(SLOTS); ++i) {
-        EXPECT_EQ(AFTER_DESTRUCTOR + i, SLOTS[i]);
+        EXPECT_EQ(SLOT_AFTER_DESTRUCTOR + i, SLOTS[i]);
     }
 }
 

@@ -1,8 +1,10 @@
 #include <gtest/gtest.h>
 
+#include <iterator>
 #include <type_traits>
 
 #include "platform/xml/CXMLParser.h"
+#include "tests/support/VirtualSlot.h"
 
 // Callers and their own libraries rely on these signatures; each line fails to compile when one changes.
 
@@ -59,4 +61,27 @@ TEST(XmlInterface, DocumentsAreValuesAndNodesAreNot) {
 TEST(XmlInterface, ExceptionIsTheCommonOneToldApartByItsType) {
     EXPECT_TRUE((std::is_base_of_v<OS::CException, CXMLCOMException<OS::CException>>));
     EXPECT_TRUE((std::is_base_of_v<std::exception, CXMLCOMException<OS::CException>>));
+}
+
+TEST(XmlInterface, VirtualsStandInTheirSlots) {
+    const std::size_t NODE_SLOTS[] = {
+        Slot(&CXMLNode::GetText),
+        Slot(static_cast<void (CXMLNode::*)(CText)>(&CXMLNode::SetText)),
+        Slot(&CXMLNode::GetParentNode),
+        Slot(&CXMLNode::GetFirstChild),
+        Slot(&CXMLNode::GetNextSibling),
+        Slot(&CXMLNode::AppendChild),
+        Slot(&CXMLNode::ToElement),
+        Slot(static_cast<OS::x_wstring (CXMLNode::*)(CText) const>(&CXMLNode::GetAttribute)),
+        Slot(static_cast<void (CXMLElement::*)(CText, CText)>(&CXMLElement::SetAttribute)),
+        Slot(static_cast<void (CXMLElement::*)(CText)>(&CXMLElement::RemoveAttribute)),
+        Slot(static_cast<CNodePtr (CXMLElement::*)(CText) const>(&CXMLElement::XPathSelectSingleNode)),
+        Slot(static_cast<CListPtr (CXMLElement::*)(CText) const>(&CXMLElement::XPathSelectNodes)),
+        Slot(&CXMLElement::GetXML),
+    };
+    for (std::size_t i = 0; i < std::size(NODE_SLOTS); ++i) {
+        EXPECT_EQ(SLOT_AFTER_DESTRUCTOR + i, NODE_SLOTS[i]);
+    }
+    EXPECT_EQ(SLOT_AFTER_DESTRUCTOR, Slot(&CXMLNodeList::GetLength));
+    EXPECT_EQ(SLOT_AFTER_DESTRUCTOR + 1, Slot(&CXMLNodeList::GetItem));
 }
