@@ -145,7 +145,7 @@ class Document:
         """Loads wide text, whatever encoding it declares; False leaves the document empty."""
         self.declaration, self._top = "", Root()
         try:
-            self._load(text)
+            self._take(Reader(), text)
         except (expat.ExpatError, UnicodeError, XmlError):
             return False
         return True
@@ -153,10 +153,11 @@ class Document:
     def load_bytes(self, data: bytes) -> None:
         """Loads a file's content; raises XmlError. A file without any element has no root."""
         self.declaration, self._top = "", Root()
+        reader = Reader()
         try:
-            self._load(decode_file(data))
+            self._take(reader, decode_file(data))
         except (expat.ExpatError, UnicodeError, XmlError) as error:
-            if getattr(error, "code", None) != _NO_ELEMENTS:
+            if getattr(error, "code", None) != _NO_ELEMENTS or reader.top.children():
                 raise XmlError(UNSTATED) from error
 
     def save_xml(self) -> str:
@@ -180,8 +181,7 @@ class Document:
         """All matches; None when there is no root."""
         return None if self.root() is None else self._top.select_nodes(xpath)
 
-    def _load(self, text: str) -> None:
-        reader = Reader()
+    def _take(self, reader: Reader, text: str) -> None:
         reader.read(text.removeprefix(_BYTE_ORDER_MARK))
         drop_blanks_between_elements(reader.top)
         self.declaration, self._top = reader.declaration, reader.top
