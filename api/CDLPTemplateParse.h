@@ -47,7 +47,7 @@ class DLP_PARSER_API CDLPTemplateParse {
      * @param vecSkippedAssets display names of the assets not taken are appended
      * @return 0 processed (some templates may be skipped); 1 no policy document; 2 another language; 3 failed: what was
      *         saved before stays
-     * @throws OS::CException when the store fails outside the steps that report it by code
+     * @throws std::bad_alloc and whatever else is no failure of the store or the document; nothing of it is kept then
      */
     int DoTemplateImport(const OS::x_wstring& strScope, const OS::x_wstring& strXml,
                          std::vector<OS::x_wstring>& vecImported, std::vector<OS::x_wstring>& vecSkipped,

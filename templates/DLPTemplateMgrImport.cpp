@@ -135,6 +135,9 @@ int CTemplateMgr::ImportTemplateImpl(CPolicyDocument& document, std::vector<OS::
         vecImported.resize(iImportedBefore);
         LogImportFailure(exception);
         return RESULT_FAILED;
+    } catch (...) {
+        vecImported.resize(iImportedBefore);  // the unit of work undoes what the names stood for
+        throw;
     }
     if (iResult == RESULT_DONE) {
         DLP_LOG(DBG::LEVEL_LEAVE, L"CTemplateMgr::ImportTemplateImpl");

@@ -227,6 +227,7 @@ TEST_F(TemplateImportStore, LackOfMemoryPassesAndUndoesTheImport) {
         Fill();
         faults.FailAt(n, CStoreFaults::MemoryFault);
         EXPECT_THROW(Import(), std::bad_alloc) << n;
+        EXPECT_EQ(m_vecImported, Names{L"before"}) << n;
         EXPECT_EQ(TemplateStore::Dump(), strBefore) << n;
     }
 }
