@@ -26,10 +26,11 @@ std::string Template(const std::string& strName, const std::string& strAttribute
            strRules + "</template>";
 }
 
+/** An empty name shows as "-". */
 std::string Joined(const Names& vecNames) {
     std::string strText;
     for (const OS::x_wstring& strName : vecNames) {
-        strText += (&strName == &vecNames.front() ? "" : ",") + OS::Utf8Lenient(strName);
+        strText += (&strName == &vecNames.front() ? "" : ",") + (strName.empty() ? "-" : OS::Utf8Lenient(strName));
     }
     return strText;
 }
@@ -182,7 +183,10 @@ TEST_F(TemplateImport, AssetsAreImportedBeforeTheTemplatesThatNeedThem) {
                             "<digitalAssets><entity name=\"New\" display_name=\"N\"><regularExpression/></entity>"
                             "<entity name=\"Bad\" display_name=\"B\"/></digitalAssets>")),
               "0 imported: T shown skipped:  assets: B");
-    EXPECT_NE(TemplateStore::Dump().find("ORVAL_SUB_CFG_DLP_EXPRESSIONNew"), std::string::npos);
+    const std::string strDump = TemplateStore::Dump();
+    const std::size_t iAsset = strDump.find("ORVAL_SUB_CFG_DLP_EXPRESSIONNew");
+    ASSERT_NE(iAsset, std::string::npos);
+    EXPECT_NE(strDump.substr(iAsset, strDump.find('\n', iAsset) - iAsset).find("scope=\"scope\""), std::string::npos);
 }
 
 TEST_F(TemplateImport, StepsOfANewTemplateAreLogged) {
@@ -296,8 +300,8 @@ TEST_F(TemplateImport, TemplateWithoutNameOrDisplayNameIsSkipped) {
     const SCase aCases[] = {
         {"<template display_name=\"D\"/>", "D", "(strInternalName = , strDisplayName = D)"},
         {"<template name=\"\" display_name=\"D\"/>", "D", "(strInternalName = , strDisplayName = D)"},
-        {"<template name=\"N\"/>", "", "(strInternalName = N, strDisplayName = )"},
-        {"<template/>", "", "(strInternalName = , strDisplayName = )"},
+        {"<template name=\"N\"/>", "-", "(strInternalName = N, strDisplayName = )"},
+        {"<template/>", "-", "(strInternalName = , strDisplayName = )"},
     };
     for (const SCase& row : aCases) {
         const std::string strXml = Policy(row.pTemplate);
@@ -313,12 +317,59 @@ TEST_F(TemplateImport, TemplateWithoutNameOrDisplayNameIsSkipped) {
     }
 }
 
-TEST_F(TemplateImport, EmptyNameIsInTheSkippedListToo) {
-    Names vecImported;
-    Names vecSkipped;
-    Names vecAssets;
-    m_manager.ImportTemplate(OS::WideText(Policy("<template/>")), vecImported, vecSkipped, vecAssets);
-    EXPECT_EQ(vecSkipped, Names{L""});
+TEST_F(TemplateImport, EmptyDisplayNameIsNoticedBeforeUnsupportedAssets) {
+    const std::string strXml = Policy("<template name=\"N\"><matchRule operation=\"x\"/></template>");
+    CLogRecorder log;
+    EXPECT_EQ(Import(strXml), "0 imported:  skipped: - assets: ");
+    EXPECT_EQ(log.Messages(0x1003), Lines{"Skip this template since it's name attribute is empty (strInternalName = N, "
+                                          "strDisplayName = )"});
+}
+
+TEST_F(TemplateImport, ListsAreAppendedTo) {
+    Names vecImported = {L"1"};
+    Names vecSkipped = {L"2"};
+    Names vecAssets = {L"3"};
+    EXPECT_EQ(m_manager.ImportTemplate(
+                  OS::WideText(Policy(Template("T") + "<template display_name=\"D\"/>",
+                                      "<digitalAssets><entity name=\"e\" display_name=\"E\"/></digitalAssets>")),
+                  vecImported, vecSkipped, vecAssets),
+              0);
+    EXPECT_EQ(vecImported, (Names{L"1", L"T shown"}));
+    EXPECT_EQ(vecSkipped, (Names{L"2", L"D"}));
+    EXPECT_EQ(vecAssets, (Names{L"3", L"E"}));
+}
+
+TEST_F(TemplateImport, OnlyTheTemplatesOwnAttributesAreTakenOut) {
+    Import(Policy(R"(<template name="T" display_name="D" display_Name="x"><matchRule display_name="a" description="b" )"
+                  R"(pre-defined="true"><x pre-defined="c"/></matchRule></template>)"));
+    EXPECT_EQ(Templates(),
+              "templates subject=\"ORVAL_SUB_CFG_DLP_TEMPLATET\" name=\"T\" display_name=\"D\" scope=\"scope\" "
+              "element=\"<template name=\\\"T\\\" display_Name=\\\"x\\\"><matchRule display_name=\\\"a\\\" "
+              "description=\\\"b\\\" pre-defined=\\\"true\\\"><x pre-defined=\\\"c\\\"/></matchRule></template>"
+              "\"\n");
+}
+
+TEST_F(TemplateImport, ReplacedTemplateBecomesWhatItsDocumentSays) {
+    TemplateStore::AddTemplate({"T", "old"});
+    Import(Policy(Template("T", "pre-defined=\"True\"")));
+    EXPECT_NE(Templates().find(" pre_defined=1 "), std::string::npos);
+}
+
+TEST_F(TemplateImport, NamesOfAnyCharactersAndLengthAreKept) {
+    const std::string strName = " \xF0\x9F\x98\x80\xC2\x85\xE2\x80\xA8 " + std::string(100000, 'n') + " ";
+    const std::string strXml = Policy(
+        "<template name=\"" + strName + "&#9;\" display_name=\"" + strName + "&#10;\"/>",
+        "<industries><industry name=\"i\"><template_id>" + strName + "&#9;</template_id></industry></industries>");
+    EXPECT_EQ(Import(strXml), "0 imported: " + strName + "\n skipped:  assets: ");
+    EXPECT_EQ(Import(strXml), "0 imported: " + strName + "\n skipped:  assets: ");
+    CCfgSettingDLPFilterTemplateMgr::List lstTemplates;
+    ASSERT_TRUE(CCfgSettingDLPFilterTemplateMgr::Instance()->GetTemplateList(lstTemplates));
+    ASSERT_EQ(lstTemplates.size(), 1U);
+    const CSettingsRow& row = (*lstTemplates.begin())->Row();
+    EXPECT_EQ(row.GetSubject(), "ORVAL_SUB_CFG_DLP_TEMPLATE" + strName + "\t");
+    EXPECT_EQ(row.GetText(TemplateColumn::DISPLAY_NAME), strName + "\n");
+    EXPECT_EQ(row.GetText(TemplateColumn::ELEMENT), "<template name=\"" + strName + "&#9;\"/>");
+    EXPECT_EQ(row.GetList(TemplateColumn::INDUSTRIES), Lines{"i"});
 }
 
 TEST_F(TemplateImport, TemplateWithUnsupportedAssetsIsSkipped) {
@@ -383,6 +434,18 @@ TEST_F(TemplateImport, TextWithEmbeddedZeroIsRefused) {
         std::string strXml = Policy(Template("T"));
         strXml.insert(iPlace, 1, '\0');
         EXPECT_EQ(Import(strXml), "1 imported:  skipped:  assets: ");
+    }
+    EXPECT_EQ(Templates(), "");
+}
+
+TEST_F(TemplateImport, TextWithWhatIsNoCharacterIsRefused) {
+    for (const wchar_t c : {wchar_t{1}, wchar_t{0xD800}, wchar_t{0xFFFE}, wchar_t{0x110000}}) {
+        OS::x_wstring strXml = OS::WideText(Policy(Template("T")));
+        strXml.insert(strXml.find(L"\"T"), 1, c);
+        Names vecImported;
+        Names vecSkipped;
+        Names vecAssets;
+        EXPECT_EQ(m_manager.ImportTemplate(strXml, vecImported, vecSkipped, vecAssets), 1);
     }
     EXPECT_EQ(Templates(), "");
 }
@@ -460,7 +523,7 @@ TEST_F(TemplateImport, ConvertedTextIsShownOfTheOlderLayout) {
 TEST_F(TemplateImport, OlderLayoutWithoutADisplayNameIsSkipped) {
     EXPECT_EQ(Import("<SAPolicy><complianceTemplates><template name=\"T\" display_name=\"D\"/></complianceTemplates>"
                      "</SAPolicy>"),
-              "0 imported:  skipped:  assets: ");
+              "0 imported:  skipped: - assets: ");
 }
 
 TEST_F(TemplateImport, OlderLayoutWithNothingToTakeFails) {
