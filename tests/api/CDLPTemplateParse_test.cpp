@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <type_traits>
 
 #include "api/CDLPDigitalAssetsParser.h"
 #include "digital_assets/ImportObserver.h"
@@ -65,6 +66,28 @@ class TemplateParse : public testing::Test {
     CDLPTemplateParse m_parse{L""};
 };
 
+using Door = CDLPTemplateParse;
+using SubjectSet = boost::shared_ptr<std::set<std::wstring>>;
+using Export = void (Door::*)(const OS::x_wstring&, const Names&, OS::x_wstring&);
+using ExportWithSets = void (Door::*)(const OS::x_wstring&, const Names&, OS::x_wstring&, SubjectSet&, SubjectSet&);
+
+template <class Expected, class Actual>
+constexpr bool IsOfType(Actual) {
+    return std::is_same_v<Expected, Actual>;
+}
+
+static_assert(!std::is_default_constructible_v<Door> && std::is_constructible_v<Door, OS::x_wstring>);
+static_assert(std::is_copy_constructible_v<Door> && std::is_copy_assignable_v<Door> && !std::is_polymorphic_v<Door>);
+static_assert(IsOfType<void (Door::*)(OS::x_wstring&)>(&Door::GetXMLContent));
+static_assert(IsOfType<bool (Door::*)(Names&, Names&)>(&Door::ParseContent));
+static_assert(IsOfType<bool (Door::*)(const Names&, const Names&, OS::x_wstring, OS::x_wstring, OS::x_wstring)>(
+    &Door::SaveToXMLStr));
+static_assert(IsOfType<int (Door::*)(const OS::x_wstring&, const OS::x_wstring&, Names&, Names&, Names&)>(
+    &Door::DoTemplateImport));
+static_assert(IsOfType<Export>(static_cast<Export>(&Door::DoTemplateExport)));
+static_assert(IsOfType<ExportWithSets>(static_cast<ExportWithSets>(&Door::DoTemplateExport)));
+static_assert(IsOfType<bool (Door::*)(OS::x_wstring&)>(&Door::ImportDLPTemplateFromFile));
+
 /** What one way of importing a document does. */
 struct SOutcome {
     int iResult = 0;
@@ -119,6 +142,10 @@ TEST_F(TemplateParse, CopiesShareNothing) {
     EXPECT_EQ(Content(second), Content(first));
     first.SaveToXMLStr({}, {}, L"m", L"", L"");
     EXPECT_NE(Content(second), Content(first));
+    const OS::x_wstring strContent = Content(first);
+    CDLPTemplateParse& same = first;
+    first = same;
+    EXPECT_EQ(Content(first), strContent);
 }
 
 TEST_F(TemplateParse, RulesAreAppendedOnEachCall) {

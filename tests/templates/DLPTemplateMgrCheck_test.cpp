@@ -195,10 +195,14 @@ TEST_F(TemplateCheck, StoreThatCannotAnswerThrows) {
             faults.FailAt(iOperation);
             Names vecImported;
             Names vecInvalid;
+            CLogRecorder log;
             EXPECT_EQ(
                 ExceptionText([&] { m_manager.CheckImportTemplate(OS::WideText(strXml), vecImported, vecInvalid); }),
                 OS::Utf8Lenient(STORE_FAULT));
             EXPECT_TRUE(vecInvalid.empty());
+            EXPECT_EQ(
+                log.Lines(),
+                Lines{"0x110 DLPTemplateMgr.cpp CTemplateMgr::CheckImportTemplate(strXmlContent = " + strXml + ")"});
         }
     }
 }
