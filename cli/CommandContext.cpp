@@ -12,6 +12,7 @@
 #include <nlohmann/json.hpp>
 
 #include "api/CDLPDigitalAssetsParser.h"
+#include "cli/FileIdentity.h"
 #include "cli/InputFile.h"
 #include "cli/LogFile.h"
 #include "cli/OutputFile.h"
@@ -64,20 +65,49 @@ CCommandContext::~CCommandContext() {
 }
 
 void CCommandContext::Prepare() {
-    const std::string strFound = OS::Utf8Lenient(SYS::GetInstallPath());
-    const std::string strHome = GetAbsolute(m_options.strHome.empty() ? strFound : m_options.strHome);
-    SYS::SetInstallPath(OS::WideText(strHome));
+    SetHome();
     if (!m_options.strLanguage.empty()) {
         CDLPDigitalAssetsParser::SetLanguage(OS::WideText(m_options.strLanguage));
     }
     if (!m_options.strLog.empty() || !m_options.strLogLevels.empty()) {
-        const bool bFile = !m_options.strLog.empty() && m_options.strLog != STANDARD_STREAM;
-        m_pLog = std::make_unique<CLogFile>(bFile ? GetAbsolute(m_options.strLog) : std::string(),
-                                            m_options.strLogLevels, m_err);
+        OpenLog();
     }
-    // A missing directory is no error here: whatever looks for a file in it says so.
+}
+
+void CCommandContext::SetHome() {
+    const bool bGiven = !m_options.strHome.empty();
+    const std::string strHome = GetAbsolute(bGiven ? m_options.strHome : OS::Utf8Lenient(SYS::GetInstallPath()));
     std::error_code error;
+    if (bGiven && !fs::is_directory(strHome, error)) {
+        throw CToolError(EVerdict::USAGE, "--home: there is no directory " + Text::Quoted(m_options.strHome));
+    }
+    SYS::SetInstallPath(OS::WideText(strHome));
+    // Found by itself, a missing one is no error here: whatever looks for a file in it says so.
     fs::current_path(strHome, error);
+}
+
+void CCommandContext::OpenLog() {
+    std::string strPath;
+    if (!m_options.strLog.empty() && m_options.strLog != STANDARD_STREAM) {
+        strPath = GetAbsolute(m_options.strLog);
+        if (IsDatabase(strPath) || IsSameFile(strPath, GetStorePath())) {
+            throw CToolError(EVerdict::USAGE, "--log: " + Text::Printable(m_options.strLog) + " is a store");
+        }
+        std::error_code error;
+        if (!fs::is_directory(fs::path(strPath).parent_path(), error)) {
+            throw CToolError(EVerdict::USAGE, "--log: the folder of " + Text::Printable(m_options.strLog) +
+                                                  " does not exist; make it first");
+        }
+    }
+    m_pLog = std::make_unique<CLogFile>(strPath, m_options.strLogLevels, m_err);
+}
+
+void CCommandContext::CheckIsNoLog(const std::string& strFile) const {
+    if (m_pLog != nullptr && !m_options.strLog.empty() && m_options.strLog != STANDARD_STREAM &&
+        IsSameFile(GetAbsolute(strFile), GetAbsolute(m_options.strLog))) {
+        throw CToolError(EVerdict::USAGE, "--log: " + Text::Printable(m_options.strLog) +
+                                              " has another use in this command; name another file");
+    }
 }
 
 std::string CCommandContext::GetAbsolute(const std::string& strPath) const {

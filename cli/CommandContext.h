@@ -49,6 +49,8 @@ class CCommandContext {
     std::string GetAbsolute(const std::string& strPath) const;
     /** @return the absolute path of the store's file; empty when the store is none */
     std::string GetStorePath() const;
+    /** Another file of the command must not be the one that the log is appended to. @throws CToolError (USAGE) */
+    void CheckIsNoLog(const std::string& strFile) const;
     /** @return the scope option, as the library takes it */
     OS::x_wstring GetScope() const;
     /** @return all that is to be read from standard input */
@@ -85,6 +87,8 @@ class CCommandContext {
 
   private:
     std::string GetStoreUrl() const;
+    void SetHome();
+    void OpenLog();
     std::string Paint(const char* pColour, const std::string& strText) const;
     void Put(std::string_view strText);
     void CheckOutput() const;

@@ -16,6 +16,9 @@ namespace {
 constexpr const char PROGRAM[] = "dlpctl";
 constexpr const char GENERAL_FORMAT[] = "dlpctl/1";
 constexpr const char SUMMARY[] = "Moves data-loss-prevention policies between a settings store and XML.";
+constexpr const char EMPTY_VALUE[] = "the value is empty";
+constexpr const char NOT_EMPTY[] = "not empty";
+constexpr const char LIST_COMMANDS[] = "; dlpctl --help lists the commands";
 constexpr const char SEE_OPTIONS[] = "\nOptions of every command: dlpctl --help\n";
 constexpr const char FIRST_STEPS[] =
     "First steps:\n"
@@ -29,23 +32,34 @@ constexpr const char FIRST_STEPS[] =
     "written; 3 usage or configuration; 4 the store, the output or memory failed; 130, 143 interrupted.\n";
 
 /**
- * The parser takes a value in square brackets for a list. An argument that looks like one goes through it behind this
- * mark, and so does one that begins with the mark.
+ * The parser takes a value in square brackets for a list, and looks for an empty one in the next argument. Both go
+ * through it behind this mark, and so does a value that begins with the mark.
  */
 constexpr char MARK = '\x01';
+
+bool IsOption(const std::string& strWord) {
+    return strWord.size() > 1 && strWord.front() == '-';
+}
 
 std::string Protect(const std::string& strArgument) {
     const bool bLooksLikeList = strArgument.size() > 1 && strArgument.front() == '[' && strArgument.back() == ']';
     const bool bMarked = !strArgument.empty() && strArgument.front() == MARK;
-    return bLooksLikeList || bMarked ? MARK + strArgument : strArgument;
+    const bool bEmptyValue = IsOption(strArgument) && strArgument.back() == '=';
+    return bEmptyValue ? strArgument + MARK : bLooksLikeList || bMarked ? MARK + strArgument : strArgument;
 }
 
 std::string Unprotect(const std::string& strArgument) {
     return !strArgument.empty() && strArgument.front() == MARK ? strArgument.substr(1) : strArgument;
 }
 
+std::string RefuseEmpty(const std::string& strValue) {
+    return strValue.empty() ? EMPTY_VALUE : "";
+}
+
 CLI::Option* Finish(CLI::Option* pOption, const char* pValue) {
-    return pOption->transform(Unprotect, "", "")->type_name(pOption->get_positional() ? "" : pValue);
+    return pOption->transform(Unprotect, "", "")
+        ->check(RefuseEmpty, "", NOT_EMPTY)
+        ->type_name(pOption->get_positional() ? "" : pValue);
 }
 
 void AddGlobalOptions(CLI::App& app, SGlobalOptions& options) {
@@ -60,7 +74,9 @@ void AddGlobalOptions(CLI::App& app, SGlobalOptions& options) {
                           "the language of documents: written into them, and asked of those imported")
         ->take_last();
     CCommandLine::AddText(app, "--scope", "TEXT", options.strScope, "kept with each record that is written")
-        ->take_last();
+        ->take_last()
+        ->get_validator(NOT_EMPTY)
+        ->active(false);
     CCommandLine::AddText(app, "--log", "FILE", options.strLog,
                           "append the library's log lines to FILE; - is standard error")
         ->take_last();
@@ -72,6 +88,34 @@ void AddGlobalOptions(CLI::App& app, SGlobalOptions& options) {
 std::string Capitalised(std::string strText) {
     strText[0] = static_cast<char>(strText[0] - 'a' + 'A');
     return strText;
+}
+
+/** @return a question after the nearest name, or strElse when there is none */
+std::string Ask(const std::string& strNearest, const std::string& strElse) {
+    return strNearest.empty() ? strElse : "; did you mean " + Text::Quoted(strNearest) + '?';
+}
+
+/** @param pCommand null: none was given */
+std::string ExplainOption(const std::string& strWord, const CLI::App& top, const CLI::App* pCommand,
+                          const std::string& strSeeHelp) {
+    std::vector<std::string> vecNames;
+    for (const CLI::App* pApp : {&top, pCommand == nullptr ? &top : pCommand}) {
+        for (const CLI::Option* pOption : pApp->get_options()) {
+            for (const std::string& strName : pOption->get_lnames()) {
+                vecNames.push_back(strName);
+            }
+        }
+    }
+    const std::string strOption = strWord.substr(0, strWord.find('='));
+    const std::string strNearest = FindNearestName(strOption.substr(strOption.find_first_not_of('-')), vecNames);
+    return "there is no option " + Text::Quoted(strOption) +
+           Ask(strNearest.empty() ? "" : "--" + strNearest, strSeeHelp);
+}
+
+/** The parser names the option first, then what it lacks. */
+std::string ExplainMissingValue(const CLI::ArgumentMismatch& error) {
+    const std::string strWhy = error.what();
+    return strWhy.substr(0, strWhy.find(':')) + " needs a value";
 }
 
 std::string ListOptions(const CLI::App& app) {
@@ -133,6 +177,10 @@ CCommandLine::SParsed CCommandLine::Parse(const std::vector<std::string>& vecArg
         return {{}, MakeHelp()};
     } catch (const CLI::CallForVersion& version) {
         return {{}, version.what(), true};
+    } catch (const CLI::RequiredError& error) {
+        Refuse(FindGiven() == nullptr ? std::string() : error.what());
+    } catch (const CLI::ArgumentMismatch& error) {
+        Refuse(ExplainMissingValue(error));
     } catch (const CLI::ParseError& error) {
         Refuse(error.what());
     }
@@ -175,26 +223,43 @@ std::string CCommandLine::ListCommands(const CLI::App& parent) const {
 }
 
 void CCommandLine::Refuse(const std::string& strWhy) const {
-    if (const SCommand* pGiven = FindGiven(); pGiven != nullptr) {
-        const CLI::App* pGroup = pGiven->pApp->get_parent();
-        const std::string strGroup = pGroup == &m_app ? std::string() : pGroup->get_name() + ' ';
+    const SCommand* pGiven = FindGiven();
+    const std::string strSeeHelp = "; see dlpctl " + GetWords(pGiven) + "--help";
+    std::vector<std::string> vecRest = m_app.remaining(true);
+    std::transform(vecRest.begin(), vecRest.end(), vecRest.begin(), Unprotect);
+    // Before a command is known, a word is where one was meant, and what follows may be its options.
+    const auto itEnd = pGiven == nullptr && !vecRest.empty() ? vecRest.begin() + 1 : vecRest.end();
+    const auto itOption = std::find_if(vecRest.begin(), itEnd, IsOption);
+    if (itOption != itEnd) {
         throw CToolError(EVerdict::USAGE,
-                         Text::Printable(strWhy) + "; see dlpctl " + strGroup + pGiven->help.pName + " --help");
+                         ExplainOption(*itOption, m_app, pGiven == nullptr ? nullptr : pGiven->pApp, strSeeHelp));
     }
-    const std::vector<std::string> vecRest = m_app.remaining(true);
-    const auto itWord = std::find_if(vecRest.begin(), vecRest.end(),
-                                     [](const std::string& strWord) { return strWord.rfind('-', 0) != 0; });
-    if (itWord == vecRest.end()) {
-        throw CToolError(EVerdict::USAGE, (vecRest.empty() ? "no command is given" : Text::Printable(strWhy)) +
-                                              std::string("; dlpctl --help lists the commands"));
+    if (pGiven != nullptr && !vecRest.empty()) {
+        throw CToolError(EVerdict::USAGE, Text::Quoted(vecRest.front()) + " is one argument too many" + strSeeHelp);
+    }
+    if (!strWhy.empty()) {
+        throw CToolError(EVerdict::USAGE, Text::Printable(strWhy) + strSeeHelp);
+    }
+    RefuseCommand(vecRest);
+}
+
+void CCommandLine::RefuseCommand(const std::vector<std::string>& vecRest) const {
+    if (vecRest.empty()) {
+        throw CToolError(EVerdict::USAGE, std::string("no command is given") + LIST_COMMANDS);
     }
     const CLI::App* pParent = m_app.get_subcommands().empty() ? &m_app : m_app.get_subcommands().front();
     std::vector<std::string> vecNames;
     for (const CLI::App* pCommand : pParent->get_subcommands([](const CLI::App*) { return true; })) {
         vecNames.push_back(pCommand->get_name());
     }
-    const std::string strNearest = FindNearestName(*itWord, vecNames);
-    throw CToolError(EVerdict::USAGE, "there is no command " + Text::Quoted(*itWord) +
-                                          (strNearest.empty() ? "; dlpctl --help lists the commands"
-                                                              : "; did you mean " + Text::Quoted(strNearest) + '?'));
+    throw CToolError(EVerdict::USAGE, "there is no command " + Text::Quoted(vecRest.front()) +
+                                          Ask(FindNearestName(vecRest.front(), vecNames), LIST_COMMANDS));
+}
+
+std::string CCommandLine::GetWords(const SCommand* pCommand) const {
+    if (pCommand == nullptr) {
+        return {};
+    }
+    const CLI::App* pGroup = pCommand->pApp->get_parent();
+    return (pGroup == &m_app ? std::string() : pGroup->get_name() + ' ') + pCommand->help.pName + ' ';
 }

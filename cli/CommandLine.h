@@ -61,7 +61,11 @@ class CCommandLine {
     const SCommand* FindGiven() const;
     std::string MakeHelp() const;
     std::string ListCommands(const CLI::App& parent) const;
+    /** @return the command's words, each with a blank behind it; none for null */
+    std::string GetWords(const SCommand* pCommand) const;
+    /** @param strWhy empty: no known command is given */
     [[noreturn]] void Refuse(const std::string& strWhy) const;
+    [[noreturn]] void RefuseCommand(const std::vector<std::string>& vecRest) const;
 
     CLI::App m_app;
     std::vector<SCommand> m_vecCommands;

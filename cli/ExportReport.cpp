@@ -65,7 +65,7 @@ void CheckExportOptions(CCommandContext& context, const SExportOptions& options,
         throw CToolError(EVerdict::USAGE, bNames ? "write either names or --all, not both"
                                                  : "nothing is asked for; write names or --all");
     }
-    if (context.IsJson() && COutput::IsStandard(options.strOutput)) {
+    if (context.IsJson() && COutput::IsStandard(context, options.strOutput)) {
         throw CToolError(EVerdict::USAGE,
                          "--json needs -o FILE here: the document and the answer cannot share "
                          "standard output");

@@ -71,6 +71,7 @@ auto Read(CCommandContext& context, const std::string& strFile, Stream&& fnStrea
         if (strFile == STANDARD_STREAM) {
             return fnStream(context.ReadStandardInput());
         }
+        context.CheckIsNoLog(strFile);
         return IsStream(strPath) ? fnStream(ReadStream(strPath)) : fnFile(strPath);
     } catch (const std::system_error& error) {
         throw CInputError(strFile, error.code().message());

@@ -19,30 +19,38 @@ std::wstring Fold(const std::string& strName) {
     return strFolded;
 }
 
-/** The number of insertions, deletions and replacements; iLimit or more when it is no smaller than that. */
+/**
+ * The number of insertions, deletions, replacements and swaps of neighbours, none of which touches a place twice
+ * (optimal string alignment); iLimit or more when it is no smaller than that.
+ */
 std::size_t GetDistance(std::wstring_view strLeft, std::wstring_view strRight, std::size_t iLimit) {
     const std::size_t iLeft = strLeft.size();
     const std::size_t iRight = strRight.size();
     if (std::max(iLeft, iRight) - std::min(iLeft, iRight) >= iLimit) {
         return iLimit;
     }
+    std::vector<std::size_t> vecBefore(iRight + 1);
+    std::vector<std::size_t> vecLast(iRight + 1);
     std::vector<std::size_t> vecRow(iRight + 1);
-    std::iota(vecRow.begin(), vecRow.end(), std::size_t{0});
+    std::iota(vecLast.begin(), vecLast.end(), std::size_t{0});
     for (std::size_t i = 1; i <= iLeft; ++i) {
-        std::size_t iDiagonal = vecRow[0];
         vecRow[0] = i;
-        std::size_t iBest = i;
         for (std::size_t j = 1; j <= iRight; ++j) {
-            const std::size_t iReplaced = iDiagonal + (strLeft[i - 1] == strRight[j - 1] ? 0 : 1);
-            iDiagonal = vecRow[j];
-            vecRow[j] = std::min({vecRow[j] + 1, vecRow[j - 1] + 1, iReplaced});
-            iBest = std::min(iBest, vecRow[j]);
+            const std::size_t iReplaced = vecLast[j - 1] + (strLeft[i - 1] == strRight[j - 1] ? 0 : 1);
+            vecRow[j] = std::min({vecLast[j] + 1, vecRow[j - 1] + 1, iReplaced});
+            if (i > 1 && j > 1 && strLeft[i - 1] == strRight[j - 2] && strLeft[i - 2] == strRight[j - 1]) {
+                vecRow[j] = std::min(vecRow[j], vecBefore[j - 2] + 1);
+            }
         }
-        if (iBest >= iLimit) {
+        // A swap reaches back two rows.
+        if (std::min(*std::min_element(vecRow.begin(), vecRow.end()),
+                     *std::min_element(vecLast.begin(), vecLast.end())) >= iLimit) {
             return iLimit;
         }
+        vecBefore.swap(vecLast);
+        vecLast.swap(vecRow);
     }
-    return vecRow[iRight];
+    return vecLast[iRight];
 }
 
 }  // namespace

@@ -1,30 +1,38 @@
 #include "cli/Output.h"
 
-#include <filesystem>
-#include <system_error>
-
 #include "cli/CommandContext.h"
+#include "cli/FileIdentity.h"
 #include "cli/OutputFile.h"
 #include "cli/Text.h"
 
 namespace {
 
 constexpr std::size_t PIECE = 262144;
+constexpr const char STANDARD_OUTPUT[] = "/dev/stdout";
+constexpr const char NOWHERE[] = "/dev/null";
 
-/** Whether both name one file, through links too; files that are not there yet are told by their paths. */
-bool IsSameFile(const std::string& strLeft, const std::string& strRight) {
-    std::error_code error;
-    return strLeft == strRight || std::filesystem::equivalent(strLeft, strRight, error);
+bool IsDash(const std::string& strFile) {
+    return strFile.empty() || strFile == "-";
+}
+
+/** Refuses files that would be lost. */
+void CheckTarget(const CCommandContext& context, const std::string& strFile, const std::string& strPath) {
+    const bool bStore = IsSameFile(strPath, context.GetStorePath());
+    if (bStore || IsDatabase(strPath)) {
+        throw CToolError(
+            EVerdict::USAGE,
+            Text::Printable(strFile) + (bStore ? ": is the store itself" : ": is a store") + "; name another file");
+    }
+    context.CheckIsNoLog(strFile);
 }
 
 }  // namespace
 
 COutput::COutput(CCommandContext& context, const std::string& strFile) : m_context(context) {
-    if (!IsStandard(strFile)) {
-        if (IsSameFile(context.GetAbsolute(strFile), context.GetStorePath())) {
-            throw CToolError(EVerdict::USAGE, Text::Printable(strFile) + ": is the store itself; name another file");
-        }
-        m_pFile = std::make_unique<COutputFile>(context.GetAbsolute(strFile), Text::Printable(strFile));
+    if (!IsDash(strFile)) {
+        const std::string strPath = context.GetAbsolute(strFile);
+        CheckTarget(context, strFile, strPath);
+        m_pFile = std::make_unique<COutputFile>(strPath, Text::Printable(strFile));
     }
 }
 
@@ -57,6 +65,7 @@ void COutput::Put(std::string_view strText) {
     }
 }
 
-bool COutput::IsStandard(const std::string& strFile) {
-    return strFile.empty() || strFile == "-";
+bool COutput::IsStandard(const CCommandContext& context, const std::string& strFile) {
+    const std::string strPath = context.GetAbsolute(strFile);
+    return IsDash(strFile) || (IsSameFile(strPath, STANDARD_OUTPUT) && !IsSameFile(strPath, NOWHERE));
 }

@@ -21,7 +21,8 @@ class COutput {
     /** Until then a regular file is as it was. */
     void Commit();
 
-    static bool IsStandard(const std::string& strFile);
+    /** @return whether the file is standard output, under whatever name */
+    static bool IsStandard(const CCommandContext& context, const std::string& strFile);
 
   private:
     void Put(std::string_view strText);

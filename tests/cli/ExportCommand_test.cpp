@@ -80,6 +80,35 @@ TEST_F(ExportCommand, JsonTellsOfTheFileItWrote) {
     EXPECT_EQ(Json::parse(Run({"--json", "export", "cards", "-o", strFile}).strOut)["verdict"], "done");
 }
 
+TEST_F(ExportCommand, AnotherStoreIsNoOutputFileEither) {
+    Import(Documents::Small());
+    const std::string strDump = Dump();
+    ASSERT_EQ(RunOn(Url("other.db"), {"store", "load", "-"}, strDump).iCode, 0);
+    const std::string strBytes = m_dir.Read("other.db");
+    const std::string strOther = m_dir.Path("other.db");
+    for (const std::vector<std::string>& vecCommand :
+         {std::vector<std::string>{"export", "--all", "-o", strOther}, {"store", "dump", "-o", strOther}}) {
+        const SToolRun run = Run(vecCommand);
+        EXPECT_EQ(run.iCode, 3);
+        EXPECT_EQ(run.strErr, "dlpctl: " + strOther + ": is a store; name another file\n");
+        EXPECT_EQ(m_dir.Read("other.db"), strBytes);
+    }
+}
+
+TEST_F(ExportCommand, TheAnswerInJsonNeverSharesTheDocumentsFile) {
+    const std::string strDocument = m_dir.Path("small.xml");
+    m_dir.Write("small.xml", Documents::Small());
+    const std::string strTool = "\"$DLPCTL\" --store " + Url("own.db") + ' ';
+    ASSERT_EQ(CProgram::Shell(strTool + "-q import " + strDocument + " >/dev/null").iCode, 0);
+    for (const char* pPipe : {" | cat", " > " DLP_BINARY_DIR "/both.json"}) {
+        const SToolRun run =
+            CProgram::Shell("{ " + strTool + "--json export --all -o /dev/stdout; echo $? >&2; }" + pPipe);
+        EXPECT_EQ(run.strErr,
+                  "dlpctl: --json needs -o FILE here: the document and the answer cannot share standard output\n3\n");
+    }
+    EXPECT_EQ(CProgram::Shell(strTool + "--json export --all -o /dev/null >/dev/null").iCode, 0);
+}
+
 TEST_F(ExportCommand, TheStoreItselfIsNoOutputFile) {
     Import(Documents::Small());
     const std::string strDump = Dump();

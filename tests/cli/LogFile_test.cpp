@@ -101,6 +101,36 @@ TEST_F(LogFile, TheToolAppendsToAFile) {
     EXPECT_EQ(Lines(m_dir.Read("log")).size(), 2U);
 }
 
+TEST_F(LogFile, HasAFileOfItsOwn) {
+    m_dir.Write("policy.xml", Documents::Small());
+    const std::string strPolicy = m_dir.Path("policy.xml");
+    ASSERT_EQ(RunOn(Url("own.db"), {"import", strPolicy}).iCode, 0);
+    const std::string strStore = m_dir.Path("own.db");
+    const std::string strBytes = m_dir.Read("own.db");
+    const struct {
+        std::vector<std::string> vecArguments;
+        std::string strMessage;
+    } aRefused[] = {
+        {{"--log", strStore, "list", "templates"}, "--log: " + strStore + " is a store"},
+        {{"--log", m_dir.Path("new.db"), "--store", Url("new.db"), "list", "templates"},
+         "--log: " + m_dir.Path("new.db") + " is a store"},
+        {{"--log", strPolicy, "import", strPolicy},
+         strPolicy + ": --log: " + strPolicy +
+             " has another use in this command; name another file; nothing was written"},
+        {{"--log", strPolicy, "export", "--all", "-q", "-o", strPolicy},
+         "--log: " + strPolicy + " has another use in this command; name another file"},
+        {{"--log", m_dir.Path("no/log"), "list", "templates"},
+         "--log: the folder of " + m_dir.Path("no/log") + " does not exist; make it first"},
+    };
+    for (const auto& refused : aRefused) {
+        const SToolRun run = Run(refused.vecArguments);
+        EXPECT_EQ(run.iCode, 3);
+        EXPECT_EQ(run.strErr, "dlpctl: " + refused.strMessage + '\n');
+    }
+    EXPECT_EQ(m_dir.Read("own.db"), strBytes);
+    EXPECT_EQ(m_dir.Read("policy.xml").substr(0, Documents::Small().size()), Documents::Small());
+}
+
 TEST_F(LogFile, ADashIsStandardError) {
     const SToolRun run = Run({"--log", "-", "--log-level", "leave", "import", "-"}, "<a/>");
     const std::vector<std::string> vecLines = Lines(run.strErr);

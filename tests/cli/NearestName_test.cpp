@@ -12,6 +12,8 @@ TEST(NearestName, IsTheOneOfFewestChanges) {
         {"paymentcards", "payment-cards"},
         {"PAYMENT-CARD", "payment-card"},  // the case of letters is no change
         {"bnk", "bank"},
+        {"bakn", "bank"},  // neighbours that are swapped are one change
+        {"abnk", "bank"},
         {"grosser Name", "großer Name"},  // two changes of twelve code points
         {"bonds", ""},                    // two of five are too many
         {"health", ""},
