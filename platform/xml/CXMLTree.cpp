@@ -141,6 +141,14 @@ void CXMLTree::Detach(pugi::xml_node node) {
     Holder().append_move(node);
 }
 
+bool CXMLTree::HasDetached() {
+    if (m_holder && m_holder.first_child().empty()) {
+        m_document.remove_child(m_holder);
+        m_holder = pugi::xml_node();
+    }
+    return !m_holder.empty();
+}
+
 pugi::xml_node CXMLTree::Holder() {
     if (!m_holder) {
         m_holder = XmlTree::Append(m_document, pugi::node_element);

@@ -34,7 +34,8 @@ class CXMLTree {
     /** Takes a node of this tree out of its place. */
     void Detach(pugi::xml_node node);
     bool IsHolder(pugi::xml_node node) const { return node && node == m_holder; }
-    bool HasDetached() const { return !m_holder.first_child().empty(); }
+    /** Whether any node is not attached. A holder that holds none any more goes, so that no XPath meets it. */
+    bool HasDetached();
 
   private:
     pugi::xml_node Holder();

@@ -165,7 +165,7 @@ CHandles QueryApart(const CXMLTree& tree, pugi::xml_node context, const std::str
 
 }  // namespace
 
-CHandles Select(const CXMLTree& tree, pugi::xml_node context, const wchar_t* pXPath, bool bFirstOnly) {
+CHandles Select(CXMLTree& tree, pugi::xml_node context, const wchar_t* pXPath, bool bFirstOnly) {
     const std::string strXPath = OS::Utf8Lenient(pXPath == nullptr ? L"" : pXPath);
     SChildPath path;
     if (ParseChildPath(strXPath, path)) {

@@ -17,6 +17,6 @@ using CHandles = std::vector<void*>;
  * @return the matches in document order: elements and what stands in them, never the document itself
  * @throws CXMLCOMException<OS::CException> for a faulty XPath or one that selects anything but nodes of the tree
  */
-CHandles Select(const CXMLTree& tree, pugi::xml_node context, const wchar_t* pXPath, bool bFirstOnly);
+CHandles Select(CXMLTree& tree, pugi::xml_node context, const wchar_t* pXPath, bool bFirstOnly);
 
 }  // namespace XmlPath

@@ -180,6 +180,17 @@ TEST_F(XPathTest, NodesThatAreNotAttachedAreNotSeen) {
     EXPECT_EQ("1 6 new 9", Ids(m_document.XPathSelectNodes(L"//a")));
 }
 
+TEST_F(XPathTest, NodesPutInPlaceLeaveNothingBesideTheRoot) {
+    for (int i = 0; i < 2; ++i) {
+        auto pNode = m_document.CreateNode(XMLPARSER_NODE_ELEMENT, L"z");
+        m_document.GetRootElement()->AppendChild(pNode);
+        EXPECT_EQ(1, m_document.XPathSelectNodes(L"/*")->GetLength());
+        EXPECT_EQ(1, m_document.XPathSelectNodes(L"/node()")->GetLength());
+        EXPECT_EQ(16 + i, m_document.XPathSelectNodes(L"//*")->GetLength());
+        EXPECT_EQ(nullptr, Element(L"/r")->XPathSelectSingleNode(L"following::*"));
+    }
+}
+
 TEST_F(XPathTest, FromANodeThatIsNotAttachedTheTopIsItsOwn) {
     auto pTop = m_document.CreateNode(XMLPARSER_NODE_ELEMENT, L"a");
     auto pChild = m_document.CreateNode(XMLPARSER_NODE_ELEMENT, L"b");
