@@ -67,11 +67,11 @@ std::string ExplainUnreadable(const std::string& strPath) {
 template <class Stream, class File>
 auto Read(CCommandContext& context, const std::string& strFile, Stream&& fnStream, File&& fnFile) {
     const std::string strPath = context.GetAbsolute(strFile);
+    context.CheckIsNoLog(strFile);
     try {
         if (strFile == STANDARD_STREAM) {
             return fnStream(context.ReadStandardInput());
         }
-        context.CheckIsNoLog(strFile);
         return IsStream(strPath) ? fnStream(ReadStream(strPath)) : fnFile(strPath);
     } catch (const std::system_error& error) {
         throw CInputError(strFile, error.code().message());

@@ -37,6 +37,7 @@ TEST_F(MetadataCommand, JsonHoldsTheFiveLists) {
 }
 
 TEST_F(MetadataCommand, AMissingFileIsAMatterOfConfiguration) {
+    m_dir.Write("none/readme", "");
     const SToolRun run = Run({"--home", m_dir.Path("none"), "metadata"});
     EXPECT_EQ(run.iCode, 3);
     EXPECT_EQ(run.strErr, "dlpctl: " + m_dir.Path("none/config/PredefinedDLPPolicy.xml") +
