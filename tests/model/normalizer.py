@@ -7,7 +7,7 @@ from checking import TEMPLATES_PATH
 from errors import UNSTATED, CommonError
 from process import Process
 from texts import trim_right
-from xmltree import Document, Element
+from xmltree import Document, Element, detached_copy
 
 
 def map_fields(line: str) -> tuple[str, str] | None:
@@ -79,7 +79,8 @@ class XmlNormalizer:
             self.log.add(log.FAILED, log.MANAGER, missing, TEMPLATES_PATH)
             return None
         self.log.add(log.LEAVE, log.MANAGER, text)
-        return nodes
+        # They outlive their document, so each carries the namespaces that it stood in from here on.
+        return [detached_copy(node) for node in nodes]
 
     def normalize_template(self, node: Element) -> str:
         """The rewritten markup; a built-in template gives none."""
