@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <locale>
 #include <ostream>
 
 #include "platform/common/TextConversion.h"
@@ -39,6 +40,12 @@ std::string Formatted(const SMatchRule& rule) {
     FormatMatchRules({rule}, vecTexts, vecOperators);
     return OS::Utf8Lenient(vecTexts.at(0)) + " / " + OS::Utf8Lenient(vecOperators.at(0));
 }
+
+/** Writes 1000 as 1'000. */
+class CGrouping : public std::numpunct<wchar_t> {
+    wchar_t do_thousands_sep() const override { return L'\''; }
+    std::string do_grouping() const override { return "\3"; }
+};
 
 struct SCase {
     const wchar_t* pText;
@@ -119,6 +126,9 @@ INSTANTIATE_TEST_SUITE_P(Elements, RuleElementTexts,
                                          SCase{L"P:Brick:layer", "OR KEYWORD 0 <layer>"},         //
                                          SCase{L"P:x(1) and K:y", "OR ENTITY 1 <x>"},             //
                                          SCase{L"P:x(007)", "OR ENTITY 7 <x>"},                   //
+                                         SCase{L"P:x(2147483647)", "OR ENTITY 2147483647 <x>"},   //
+                                         SCase{L"P:x(2147483648)", "OR ENTITY 2147483647 <x>"},   //
+                                         SCase{L"P:x(4294967297)", "OR ENTITY 2147483647 <x>"},   //
                                          SCase{L"P:x(99999999999)", "OR ENTITY 2147483647 <x>"},  //
                                          SCase{L"P:x(\u0663)", "OR UNKNOWN 0 <>"},                //
                                          SCase{L"nothing here", "OR UNKNOWN 0 <>"},               //
@@ -152,6 +162,15 @@ TEST(MatchRule, OperatorTextOfTheRuleIsConverted) {
     EXPECT_EQ(Parsed(L"K:a", L"OR"), "OR: UNKNOWN KEYWORD 0 <a>");
     EXPECT_EQ(Parsed(L"K:a", L"SKIP"), "UNKNOWN: UNKNOWN KEYWORD 0 <a>");
     EXPECT_EQ(Parsed(L"K:a", L"whatever"), "UNKNOWN: UNKNOWN KEYWORD 0 <a>");
+}
+
+TEST(MatchRule, ZeroCharacterIsLikeAnyOther) {
+    const std::wstring strRule = {L'K', L':', L'a', L'\0', L'b', L' ', L'A', L'N', L'D', L' ', L'\0', L'K', L':'};
+    const SMatchRule rule = ParseMatchRule(strRule, std::wstring_view(L"OR\0", 3));
+    ASSERT_EQ(rule.vecElements.size(), 2U);
+    EXPECT_EQ(rule.eOperator, EOperator::UNKNOWN);
+    EXPECT_EQ(rule.vecElements[0].strName, std::wstring(L"a\0b", 3));
+    EXPECT_EQ(Dump(rule.vecElements[1]), "AND KEYWORD 0 <>");
 }
 
 TEST(MatchRule, StepsGrowWithTheTextAlone) {
@@ -223,8 +242,11 @@ TEST(MatchRuleFormat, ListsAreAppendedTo) {
 
 TEST(MatchRuleFormat, NumbersDoNotDependOnTheLocale) {
     SMatchRule rule;
-    rule.vecElements = {Element(L"a", 2147483647, EOperator::UNKNOWN, EElementType::ENTITY)};
-    EXPECT_EQ(Formatted(rule), "P:a(2147483647) / SKIP");
+    rule.vecElements = {Element(L"a", 2147483647, EOperator::UNKNOWN, EElementType::ENTITY),
+                        Element(L"b", -2147483647 - 1, EOperator::AND, EElementType::ENTITY)};
+    const std::locale before = std::locale::global(std::locale(std::locale(), new CGrouping));
+    EXPECT_EQ(Formatted(rule), "P:a(2147483647)\tAND\tP:b(-2147483648) / SKIP");
+    std::locale::global(before);
 }
 
 TEST(MatchRuleFormat, WhatIsWrittenIsReadBack) {

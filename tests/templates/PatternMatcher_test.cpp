@@ -205,6 +205,19 @@ TEST(PatternMatcher, EarlierSearchesDoNotSpoilLaterOnes) {
     }
 }
 
+TEST(PatternMatcher, LaterSearchesDoNotTryAgainWhatFailed) {
+    const CPattern pattern(L"(a.*b)|a");
+    const auto Steps = [&](std::size_t iLength) {
+        const std::wstring strText(iLength, L'a');
+        CPatternMatcher matcher(pattern, strText);
+        const std::uint64_t iBefore = CPatternMatcher::GetStepCount();
+        for (std::size_t iStart = 0; matcher.Search(iStart); iStart = matcher.GetMatch().iEnd) {
+        }
+        return static_cast<double>(CPatternMatcher::GetStepCount() - iBefore);
+    };
+    EXPECT_LE(Steps(2000) / Steps(1000), 2.1);
+}
+
 TEST(PatternMatcher, FailedSearchCanBeRepeated) {
     const CPattern pattern(L"a+b");
     CPatternMatcher matcher(pattern, L"aaa");
