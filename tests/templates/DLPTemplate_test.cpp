@@ -44,6 +44,7 @@ CComplianceTemplates Made(const Texts& vecRules, const Texts& vecOperators) {
 }
 
 const OS::x_wstring FORBIDDEN(1, L'\x01');
+const std::string CANNOT_WRITE = "0x1003 DLPTemplate.cpp Fail to construct CComplianceTemplates, Error: ";
 
 }  // namespace
 
@@ -72,6 +73,34 @@ TEST(TemplateRead, CountOfAKeywordIsReadAllTheSame) {
     EXPECT_EQ(Read(LR"(<template><matchRule><buildingBlock sourceType="KEYWORD" entityHits=" 12abc" sourceName="k"/>)"
                    LR"(</matchRule></template>)"),
               "|||0: UNKNOWN[UNKNOWN KEYWORD 12 <k>]");
+}
+
+TEST(TemplateRead, CountsEndAtTheEdgesOfTheirNumber) {
+    struct SCase {
+        const char* pText;
+        std::int32_t iCount;
+    };
+    const SCase aCases[] = {{"", 0},
+                            {"-", 0},
+                            {"- 5", 0},
+                            {"0x10", 0},
+                            {"+7", 7},
+                            {" \t-3 ", -3},
+                            {"2147483647", 2147483647},
+                            {"2147483648", 2147483647},
+                            {"4294967297", 2147483647},
+                            {"-2147483648", -2147483647 - 1},
+                            {"-2147483649", -2147483647 - 1},
+                            {"99999999999999999999", 2147483647}};
+    for (const SCase& row : aCases) {
+        const CComplianceTemplates compliance(
+            OS::WideText(std::string("<template><matchRule><buildingBlock sourceType=\"ENTITY\" entityHits=\"") +
+                         row.pText + "\"/></matchRule></template>"));
+        EXPECT_EQ(compliance.GetTemplate().vecRules.at(0).vecElements.at(0).iCount, row.iCount) << row.pText;
+        EXPECT_NE(compliance.ToXmlString().find(L" entityHits=\"" + std::to_wstring(row.iCount) + L"\""),
+                  std::wstring::npos)
+            << row.pText;
+    }
 }
 
 TEST(TemplateRead, TypesAndOperationsAreReadWithoutCaseAndBlanks) {
@@ -178,20 +207,21 @@ TEST(TemplateWrite, OperatorsAreReadBack) {
     EXPECT_EQ(Dump(CComplianceTemplates(first.ToXmlString()).GetTemplate()), Dump(first.GetTemplate()));
 }
 
-TEST(TemplateWrite, CharacterThatXmlCannotCarryGivesNothingAndALine) {
+TEST(TemplateWrite, TextThatXmlCannotCarryGivesNothingAndALine) {
     CLogRecorder log;
     EXPECT_EQ(CComplianceTemplates(FORBIDDEN, L"d", L"", {}, {}).ToXmlString(), L"");
-    const std::vector<std::string> vecLines = log.Lines();
-    ASSERT_EQ(vecLines.size(), 1U);
-    EXPECT_EQ(vecLines[0].find("0x1003 DLPTemplate.cpp Fail to construct CComplianceTemplates, Error: "), 0U);
-    EXPECT_NE(vecLines[0].find("U+0001"), std::string::npos) << vecLines[0];
-}
-
-TEST(TemplateWrite, LoneSurrogateGivesNothingAndALine) {
-    CLogRecorder log;
-    EXPECT_EQ(CComplianceTemplates(OS::x_wstring(1, static_cast<wchar_t>(0xD800)), L"", L"", {}, {}).ToXmlString(),
+    EXPECT_EQ(CComplianceTemplates(L"n", L"d", OS::x_wstring(1, L'\0'), {}, {}).ToXmlString(), L"");
+    EXPECT_EQ(CComplianceTemplates(L"n", L"d", L"", {L"K:\uFFFE"}, {L""}).ToXmlString(), L"");
+    EXPECT_EQ(CComplianceTemplates(L"n", OS::x_wstring(1, static_cast<wchar_t>(0xD800)), L"", {}, {}).ToXmlString(),
               L"");
-    EXPECT_EQ(log.Messages(0x1003).size(), 1U);
+    EXPECT_EQ(
+        log.Lines(),
+        (std::vector<std::string>{
+            CANNOT_WRITE + "attribute name of element template: the character U+0001 cannot be written in XML",
+            CANNOT_WRITE + "attribute description of element template: the character U+0000 cannot be written in XML",
+            CANNOT_WRITE +
+                "attribute sourceName of element buildingBlock: the character U+FFFE cannot be written in XML",
+            CANNOT_WRITE + "cannot write the text as UTF-8: U+D800 at position 0 is no Unicode character"}));
 }
 
 TEST(TemplateDocument, HoldsTheTemplatesInOrder) {
@@ -213,6 +243,8 @@ TEST(TemplateDocument, OneTemplateThatCannotBeWrittenSpoilsItWithOneLine) {
     EXPECT_EQ(CComplianceTemplates::MakeComplianceTemplatesXml(
                   {Made({}, {}), CComplianceTemplates(L"n", FORBIDDEN, L"", {}, {}), Made({}, {})}),
               L"");
-    ASSERT_EQ(log.Lines().size(), 1U);
-    EXPECT_EQ(log.Lines()[0].find("0x1003 DLPTemplate.cpp Fail to construct CComplianceTemplates, Error: "), 0U);
+    EXPECT_EQ(log.Lines(),
+              std::vector<std::string>{
+                  CANNOT_WRITE +
+                  "attribute display_name of element template: the character U+0001 cannot be written in XML"});
 }
