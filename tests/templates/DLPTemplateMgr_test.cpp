@@ -113,9 +113,14 @@ TEST_F(TemplateMgr, FindComparesTheFieldExactly) {
 }
 
 TEST_F(TemplateMgr, FindTakesTheFirstInTheListsOrder) {
-    TemplateStore::AddTemplate({"Same", "second", "", false, {}, {}, "", "b"});
-    TemplateStore::AddTemplate({"Same", "first", "", false, {}, {}, "", "a"});
-    EXPECT_EQ(Find(CTemplateMgr::SEARCH_ELEMENT_NAME, L"Same"), "first");
+    TemplateStore::AddTemplate({"Same", "Shown", "", false, {}, {}, "", "b"});
+    TemplateStore::AddTemplate({"Same", "Shown", "", false, {}, {}, "", "a"});
+    for (const auto& [iField, pValue] :
+         {std::pair(CTemplateMgr::SEARCH_NAME, L"Shown"), std::pair(CTemplateMgr::SEARCH_ELEMENT_NAME, L"Same")}) {
+        CTemplateMgr::Record pFound;
+        ASSERT_TRUE(m_manager.FindTemplate(iField, pValue, pFound));
+        EXPECT_EQ(pFound->Row().GetSubject(), "ORVAL_SUB_CFG_DLP_TEMPLATEa");
+    }
 }
 
 TEST_F(TemplateMgr, FindPassesOverElementsThatAreNoTemplate) {
@@ -165,7 +170,21 @@ TEST_F(TemplateMgr, FindByAnUnknownFieldReadsTheListAndFindsNothing) {
 TEST_F(TemplateMgr, FindInAnEmptyStoreFindsNothing) {
     CLogRecorder log;
     EXPECT_EQ(Find(CTemplateMgr::SEARCH_ELEMENT_NAME, L"A"), "none");
-    EXPECT_EQ(log.Lines().back(), "0x111 DLPTemplateMgr.cpp Unable to find the template");
+    EXPECT_EQ(log.Lines(),
+              (Lines{"0x110 DLPTemplateMgr.cpp CTemplateMgr::FindTemplate, iSearchField = 2, strFieldValue = A",
+                     "0x102 DLPTemplateMgr.cpp CTemplateMgr::GetTemplateList successfully",
+                     "0x111 DLPTemplateMgr.cpp Unable to find the template"}));
+}
+
+TEST_F(TemplateMgr, FindByTextThatNoStoreKeepsFindsNothing) {
+    TemplateStore::AddTemplate({"A", "A"});
+    for (const wchar_t character : {L'\0', static_cast<wchar_t>(0xD800), static_cast<wchar_t>(-1)}) {
+        for (const int iField : {0, 1, 2}) {
+            CLogRecorder log;
+            EXPECT_EQ(Find(iField, OS::x_wstring(L"A") + character), "none");
+            EXPECT_EQ(log.Lines().back(), "0x111 DLPTemplateMgr.cpp Unable to find the template");
+        }
+    }
 }
 
 TEST_F(TemplateMgr, FindInAnUnreadableStoreIsLogged) {
@@ -175,9 +194,9 @@ TEST_F(TemplateMgr, FindInAnUnreadableStoreIsLogged) {
         faults.FailAt(1);
         CLogRecorder log;
         EXPECT_EQ(Find(iField, L"A"), "none");
-        Lines vecLines = log.Lines();
-        vecLines.erase(vecLines.begin());
-        EXPECT_EQ(vecLines, UNREADABLE);
+        EXPECT_EQ(log.Lines(), (Lines{"0x110 DLPTemplateMgr.cpp CTemplateMgr::FindTemplate, iSearchField = " +
+                                          std::to_string(iField) + ", strFieldValue = A",
+                                      UNREADABLE[0], UNREADABLE[1]}));
     }
     faults.FailAt(1);
     EXPECT_EQ(ExceptionText([&] { m_manager.FindStored(CTemplateMgr::SEARCH_ELEMENT_NAME, "A"); }),
