@@ -55,6 +55,19 @@ class CExportRecorder : public CExportObserver {
     Lines m_vecHeard;
 };
 
+/** @return level and message of the lines that the template manager wrote */
+Lines OfManager(const CLogRecorder& log) {
+    const std::string strSource = " DLPTemplateMgr.cpp";
+    Lines vecLines;
+    for (std::string& strLine : log.Lines()) {
+        const std::size_t iSource = strLine.find(strSource);
+        if (iSource != std::string::npos) {
+            vecLines.push_back(strLine.erase(iSource, strSource.size()));
+        }
+    }
+    return vecLines;
+}
+
 /** A store that holds the expression Card and the keyword list Words, and policy lists of its own. */
 class TemplateExport : public testing::Test {
   protected:
@@ -76,17 +89,10 @@ class TemplateExport : public testing::Test {
         return iEnd == std::string::npos ? "" : strText.substr(iStart, iEnd - iStart);
     }
 
-    /** @return the lines of an export, as far as the template manager writes them */
     Lines ManagerLines(const Names& vecNames) {
         CLogRecorder log;
         Export(vecNames);
-        Lines vecLines;
-        for (const DBG::CLogRecord& record : log.Records()) {
-            if (record.strSource.find("DLPTemplateMgr") != std::string::npos) {
-                vecLines.push_back(OS::Utf8Lenient(record.strMessage));
-            }
-        }
-        return vecLines;
+        return OfManager(log);
     }
 
     /** @return what the observer of an export hears */
@@ -101,9 +107,9 @@ class TemplateExport : public testing::Test {
 };
 
 Lines FoundLines(const std::string& strName, bool bFound = true) {
-    return {"CTemplateMgr::FindTemplate, iSearchField = 2, strFieldValue = " + strName,
-            "CTemplateMgr::GetTemplateList successfully",
-            bFound ? "CTemplateMgr::FindTemplate" : "Unable to find the template"};
+    return {"0x110 CTemplateMgr::FindTemplate, iSearchField = 2, strFieldValue = " + strName,
+            "0x102 CTemplateMgr::GetTemplateList successfully",
+            bFound ? "0x111 CTemplateMgr::FindTemplate" : "0x111 Unable to find the template"};
 }
 
 Lines Joined(std::initializer_list<Lines> lstParts) {
@@ -114,14 +120,15 @@ Lines Joined(std::initializer_list<Lines> lstParts) {
     return vecAll;
 }
 
-const Lines CATEGORY_LINES = {"strTag = industries, strSubTag = industry", "strTag = regions, strSubTag = region"};
+const Lines CATEGORY_LINES = {"0x102 strTag = industries, strSubTag = industry",
+                              "0x102 strTag = regions, strSubTag = region"};
 
 Lines Entered(int iNames) {
-    return {"CTemplateMgr::ExportTemplate(lstTemplateName.size() = " + std::to_string(iNames)};
+    return {"0x110 CTemplateMgr::ExportTemplate(lstTemplateName.size() = " + std::to_string(iNames)};
 }
 
 Lines Left(const std::string& strText) {
-    return {"CTemplateMgr::ExportTemplate returns <" + strText + ">"};
+    return {"0x111 CTemplateMgr::ExportTemplate returns <" + strText + ">"};
 }
 
 }  // namespace
@@ -170,6 +177,14 @@ TEST_F(TemplateExport, ElementKeepsNothingButItsNameAndRules) {
                               R"(display_name="of the element" pre-defined="true" name=" T "><!-- c --></template>)");
     EXPECT_EQ(Section({L" T "}, "complianceTemplates"),
               R"(<template name=" T " display_name="" description="" pre-defined="false"/>)");
+}
+
+TEST_F(TemplateExport, TemplateWithoutANameIsExportedByTheEmptyName) {
+    TemplateStore::AddTemplate({"", "t", "", false, {"Finance"}});
+    EXPECT_EQ(Section({L""}, "complianceTemplates"),
+              R"(<template name="" display_name="t" description="" pre-defined="false"/>)");
+    EXPECT_EQ(Section({L""}, "industries"),
+              R"(<industry name="Finance" display_name="Banks"><template_id/></industry>)");
 }
 
 TEST_F(TemplateExport, TemplateRequestedTwiceIsThereTwice) {
@@ -247,7 +262,11 @@ TEST_F(TemplateExport, SubjectSetsAreAddedTo) {
     TemplateStore::AddTemplate({"T", "t", Rule(Block("ENTITY", "Card") + Block("KEYWORD", "Words"))});
     auto pExpressions = boost::make_shared<Subjects>(Subjects{L"before", L"ORVAL_SUB_CFG_DLP_EXPRESSIONCard"});
     auto pKeywords = boost::make_shared<Subjects>(Subjects{L"too"});
-    EXPECT_EQ(m_manager.ExportTemplate({L"T"}, pExpressions, pKeywords), m_manager.ExportTemplate({L"T"}));
+    CLogRecorder log;
+    const std::wstring strText = m_manager.ExportTemplate({L"T"}, pExpressions, pKeywords);
+    const Lines vecLines = OfManager(log);
+    EXPECT_EQ(strText, m_manager.ExportTemplate({L"T"}));
+    EXPECT_EQ(vecLines, ManagerLines({L"T"}));
     EXPECT_EQ(*pExpressions, (Subjects{L"before", L"ORVAL_SUB_CFG_DLP_EXPRESSIONCard"}));
     EXPECT_EQ(*pKeywords, (Subjects{L"too", L"ORVAL_SUB_CFG_DLP_KEYWORDWords"}));
 }
@@ -272,15 +291,15 @@ TEST_F(TemplateExport, InvalidReferenceLeavesTheTemplateOut) {
         const char* pDetail;
     };
     const SCase aCases[] = {
-        {Rule(Block("ENTITY", "card")), "template contain invalid expression card", "ENTITY \"card\""},
-        {Rule(Block("Entity", "Words")), "template contain invalid expression Words", "ENTITY \"Words\""},
-        {Rule(Block("KEYWORD", "Card")), "template contain invalid keyword Card", "KEYWORD \"Card\""},
-        {Rule(Block(" ENTITY ", "Card")), "this digital asset type is not supported type =  ENTITY ",
+        {Rule(Block("ENTITY", "card")), "0x1001 template contain invalid expression card", "ENTITY \"card\""},
+        {Rule(Block("Entity", "Words")), "0x1001 template contain invalid expression Words", "ENTITY \"Words\""},
+        {Rule(Block("KEYWORD", "Card")), "0x1001 template contain invalid keyword Card", "KEYWORD \"Card\""},
+        {Rule(Block(" ENTITY ", "Card")), "0x1001 this digital asset type is not supported type =  ENTITY ",
          "sourceType \" ENTITY \""},
-        {Rule("<buildingBlock/>"), "this digital asset type is not supported type = ", "sourceType \"\""},
+        {Rule("<buildingBlock/>"), "0x1001 this digital asset type is not supported type = ", "sourceType \"\""},
         {Rule(Block("ENTITY", "Card")) + Rule(Block("x", "1") + Block("ENTITY", "none")),
-         "this digital asset type is not supported type = x", "sourceType \"x\""},
-        {Rule(Block("ENTITY", "none") + Block("x", "1")), "template contain invalid expression none",
+         "0x1001 this digital asset type is not supported type = x", "sourceType \"x\""},
+        {Rule(Block("ENTITY", "none") + Block("x", "1")), "0x1001 template contain invalid expression none",
          "ENTITY \"none\""},
     };
     for (const SCase& row : aCases) {
@@ -288,7 +307,7 @@ TEST_F(TemplateExport, InvalidReferenceLeavesTheTemplateOut) {
         EXPECT_EQ(Export({L"T"}), EMPTY_DOCUMENT);
         EXPECT_EQ(ManagerLines({L"T"}), Joined({Entered(1),
                                                 FoundLines("T"),
-                                                {row.pLine, "template contain invalid digital assets."},
+                                                {row.pLine, "0x1003 template contain invalid digital assets."},
                                                 CATEGORY_LINES,
                                                 Left(EMPTY_DOCUMENT)}));
         EXPECT_EQ(Heard({L"T"}), Lines{std::string("T 1 ") + row.pDetail});
@@ -299,7 +318,7 @@ TEST_F(TemplateExport, NameThatIsNotStoredIsLeftOut) {
     TemplateStore::AddTemplate({"T", "t"});
     EXPECT_EQ(ManagerLines({L"t", L"T"}), Joined({Entered(2),
                                                   FoundLines("t", false),
-                                                  {"Unable to find template."},
+                                                  {"0x1003 Unable to find template."},
                                                   FoundLines("T"),
                                                   CATEGORY_LINES,
                                                   Left(Export({L"T"}))}));
@@ -312,7 +331,7 @@ TEST_F(TemplateExport, StoredElementThatIsNoTemplateIsLeftOut) {
     record.SaveThis();
     EXPECT_EQ(ManagerLines({L"T"}), Joined({Entered(1),
                                             FoundLines("T"),
-                                            {"Unable to find template node. skip this one."},
+                                            {"0x1003 Unable to find template node. skip this one."},
                                             CATEGORY_LINES,
                                             Left(EMPTY_DOCUMENT)}));
     EXPECT_EQ(Heard({L"T"}), Lines{"T 2 "});
@@ -373,14 +392,6 @@ TEST_F(TemplateExport, StepsAreLoggedInOrder) {
     EXPECT_NE(log.Lines().at(16).find("rootNodeName='/regions')"), std::string::npos);
 }
 
-TEST_F(TemplateExport, LogLevelsOfTheFailures) {
-    TemplateStore::AddTemplate({"T", "t", Rule(Block("x", "1"))});
-    CLogRecorder log;
-    Export({L"none", L"T"});
-    EXPECT_EQ(log.Messages(0x1003), (Lines{"Unable to find template.", "template contain invalid digital assets."}));
-    EXPECT_EQ(log.Messages(0x1001), Lines{"this digital asset type is not supported type = x"});
-}
-
 TEST_F(TemplateExport, RootThatCannotBeMadeFails) {
     CDLPDigitalAssetsParser::SetVersion(std::wstring(1, L'\x01'));
     CLogRecorder log;
@@ -433,14 +444,15 @@ TEST_F(TemplateExport, UnreadableTemplatesGiveTheEmptyDocument) {
     CSettingsStore::Open(TemplateStore::MEMORY);
     TemplateStore::AddTemplate({"T", "t"});
     faults.FailAt(1);
-    EXPECT_EQ(ManagerLines({L"T", L"U"}),
-              Joined({Entered(2),
-                      {"CTemplateMgr::FindTemplate, iSearchField = 2, strFieldValue = T",
-                       "Fail to call GetTemplateList", "Unable to get tempate list.", "Unable to find template.",
-                       "CTemplateMgr::FindTemplate, iSearchField = 2, strFieldValue = U",
-                       "Fail to call GetTemplateList", "Unable to get tempate list.", "Unable to find template."},
-                      CATEGORY_LINES,
-                      Left(EMPTY_DOCUMENT)}));
+    const Lines vecUnread = {"0x1003 Fail to call GetTemplateList", "0x1003 Unable to get tempate list.",
+                             "0x1003 Unable to find template."};
+    EXPECT_EQ(ManagerLines({L"T", L"U"}), Joined({Entered(2),
+                                                  {FoundLines("T").front()},
+                                                  vecUnread,
+                                                  {FoundLines("U").front()},
+                                                  vecUnread,
+                                                  CATEGORY_LINES,
+                                                  Left(EMPTY_DOCUMENT)}));
 }
 
 TEST_F(TemplateExport, UnreadableAssetNamesFailBeforeAnyTemplate) {
@@ -471,12 +483,14 @@ TEST_F(TemplateExport, StoreFailingAtAnyOperationIsReportedAndChangesNothing) {
     for (std::size_t n = 1;; ++n) {
         faults.FailAt(n);
         const std::string strText = Export({L"T"});
-        if (!faults.IsReached()) {
+        const bool bFailed = faults.IsReached();
+        faults.CountOnly();
+        EXPECT_EQ(TemplateStore::Dump(), strBefore);
+        if (!bFailed) {
             EXPECT_EQ(strText, strWhole);
             break;
         }
         EXPECT_EQ(strText, n == 1 ? EMPTY_DOCUMENT : "") << n;
-        EXPECT_EQ(TemplateStore::Dump(), strBefore);
     }
 }
 
