@@ -48,6 +48,15 @@ void AddTo(std::set<std::wstring>* pSubjects, const std::vector<OS::x_wstring>& 
     }
 }
 
+/** @return whether the section is there; a missing one is logged */
+bool IsMade(const std::string& strSection, const char* pTag) {
+    if (StartsWithElement(strSection, pTag)) {
+        return true;
+    }
+    DLP_LOG(DBG::LEVEL_FAILURE, TemplateLog::NODE_NOT_FOUND, OS::WideText(pTag));
+    return false;
+}
+
 }  // namespace
 
 CTemplateExport::CTemplateExport(const std::vector<OS::x_wstring>& vecNames, const SSubjectSets& sets,
@@ -61,7 +70,7 @@ CTemplateExport::CTemplateExport(const std::vector<OS::x_wstring>& vecNames, con
 std::string CTemplateExport::Run() {
     std::string strOut;
     CXMLWriter writer(strOut);
-    if (!DigitalAssets::StartRoot(writer)) {
+    if (!DigitalAssets::StartRoot(writer) || !writer.IsIn(TagUtf8::SA_POLICY)) {
         DLP_LOG(DBG::LEVEL_FAILURE, L"Fail to find %s.", Tag::SA_POLICY);
         return std::string();
     }
@@ -73,26 +82,14 @@ std::string CTemplateExport::Run() {
     for (std::size_t i = 0; i < m_vecNames.size(); ++i) {
         TakeTemplate(i);
     }
-    const std::string strTemplates = MakeTemplates();
-    if (strTemplates.empty()) {
-        DLP_LOG(DBG::LEVEL_FAILURE, TemplateLog::NODE_NOT_FOUND, Tag::COMPLIANCE_TEMPLATES);
+    if (!MakeTemplates() || !MakeAssets() || !MakeCategories()) {
         return std::string();
     }
-    std::string strAssets;
-    if (!MakeAssets(strAssets)) {
-        DLP_LOG(DBG::LEVEL_FAILURE, TemplateLog::NODE_NOT_FOUND, Tag::DIGITAL_ASSETS);
-        return std::string();
+    strOut.reserve(strOut.size() + m_strAssets.size() + m_strTemplates.size() + m_strIndustries.size() +
+                   m_strRegions.size() + Tag::SA_POLICY.size() + std::string_view("></>").size());
+    for (const std::string* pSection : {&m_strAssets, &m_strTemplates, &m_strIndustries, &m_strRegions}) {
+        writer.Raw(*pSection);
     }
-    const std::string strIndustries =
-        MakeCategories(TagUtf8::INDUSTRIES, TagUtf8::INDUSTRY, &DLPMetaDataLoaderImpl::GetIndustries, m_industries);
-    const std::string strRegions =
-        MakeCategories(TagUtf8::REGIONS, TagUtf8::REGION, &DLPMetaDataLoaderImpl::GetRegions, m_regions);
-    strOut.reserve(strOut.size() + strAssets.size() + strTemplates.size() + strIndustries.size() + strRegions.size() +
-                   Tag::SA_POLICY.size() + std::string_view("></>").size());
-    writer.Raw(strAssets);
-    writer.Raw(strTemplates);
-    writer.Raw(strIndustries);
-    writer.Raw(strRegions);
     writer.EndElement();
     DLP_LOG(DBG::LEVEL_LEAVE, L"CTemplateMgr::ExportTemplate returns <%s>", OS::WideText(strOut));
     return strOut;
@@ -199,15 +196,16 @@ void CTemplateExport::Fail(const CXMLException& exception, const std::string& st
                         exception.GetErrorLine());
 }
 
-std::string CTemplateExport::MakeTemplates() const {
-    return CComplianceTemplates::MakeDocument([this](CXMLWriter& writer) {
+bool CTemplateExport::MakeTemplates() {
+    m_strTemplates = CComplianceTemplates::MakeDocument([this](CXMLWriter& writer) {
         for (const SPreparedTemplate* pPrepared : m_vecTaken) {
             writer.Raw(pPrepared->strMarkup);
         }
     });
+    return IsMade(m_strTemplates, TagUtf8::COMPLIANCE_TEMPLATES);
 }
 
-bool CTemplateExport::MakeAssets(std::string& strAssets) {
+bool CTemplateExport::MakeAssets() {
     std::set<std::string> lstExpressions;
     std::set<std::string> lstKeywords;
     for (const SPreparedTemplate* pPrepared : m_vecTaken) {
@@ -217,7 +215,8 @@ bool CTemplateExport::MakeAssets(std::string& strAssets) {
     }
     const std::vector<OS::x_wstring> vecExpressions = MakeSubjects(SUBJECT_EXPRESSION, lstExpressions);
     const std::vector<OS::x_wstring> vecKeywords = MakeSubjects(SUBJECT_KEYWORD, lstKeywords);
-    if (!DigitalAssets::Generate(vecExpressions, vecKeywords, strAssets, m_pObserver)) {
+    DigitalAssets::Generate(vecExpressions, vecKeywords, m_strAssets, m_pObserver);
+    if (!IsMade(m_strAssets, TagUtf8::DIGITAL_ASSETS)) {
         return false;
     }
     AddTo(m_sets.pExpressions, vecExpressions);
@@ -225,13 +224,30 @@ bool CTemplateExport::MakeAssets(std::string& strAssets) {
     return true;
 }
 
-std::string CTemplateExport::MakeCategories(const char* pTag, const char* pSubTag, ListOperation pList,
-                                            const Categories& categories) {
+bool CTemplateExport::MakeCategories() {
+    if (!MakeCategory(TagUtf8::INDUSTRIES, TagUtf8::INDUSTRY, &DLPMetaDataLoaderImpl::GetIndustries, m_industries,
+                      m_strIndustries) ||
+        !MakeCategory(TagUtf8::REGIONS, TagUtf8::REGION, &DLPMetaDataLoaderImpl::GetRegions, m_regions, m_strRegions)) {
+        return false;
+    }
+    if (!StartsWithElement(m_strIndustries, TagUtf8::INDUSTRIES) ||
+        !StartsWithElement(m_strRegions, TagUtf8::REGIONS)) {
+        DLP_LOG(DBG::LEVEL_FAILURE, L"Fail to make category %s, %s", Tag::INDUSTRIES, Tag::REGIONS);
+        return false;
+    }
+    return true;
+}
+
+bool CTemplateExport::MakeCategory(const char* pTag, const char* pSubTag, ListOperation pList,
+                                   const Categories& categories, std::string& strOut) {
     const std::map<std::string, std::string> displayNames = ReadDisplayNames(pList);
     DLP_LOG(DBG::LEVEL_INFO, L"strTag = %s, strSubTag = %s", OS::WideText(pTag), OS::WideText(pSubTag));
-    std::string strOut;
     CXMLWriter writer(strOut);
     writer.StartElement(pTag);
+    if (!writer.IsIn(pTag)) {
+        DLP_LOG(DBG::LEVEL_ERROR, L"Unable to find node %s.", OS::WideText(pTag));
+        return false;
+    }
     for (const auto& [strName, vecTemplates] : categories) {
         const auto itDisplayName = displayNames.find(strName);
         writer.StartElement(pSubTag);
@@ -247,5 +263,5 @@ std::string CTemplateExport::MakeCategories(const char* pTag, const char* pSubTa
         writer.EndElement();
     }
     writer.EndElement();
-    return strOut;
+    return true;
 }

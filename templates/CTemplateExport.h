@@ -45,10 +45,11 @@ class CTemplateExport {
     std::optional<std::string> FindInvalidReference(const SPreparedTemplate& prepared) const;
     void LeaveOut(std::size_t iRequest, ELeftOut eReason, const std::string& strDetail);
     [[noreturn]] void Fail(const CXMLException& exception, const std::string& strSubject);
-    std::string MakeTemplates() const;
-    bool MakeAssets(std::string& strAssets);
-    std::string MakeCategories(const char* pTag, const char* pSubTag, ListOperation pList,
-                               const Categories& categories);
+    bool MakeTemplates();
+    bool MakeAssets();
+    bool MakeCategories();
+    bool MakeCategory(const char* pTag, const char* pSubTag, ListOperation pList, const Categories& categories,
+                      std::string& strOut);
 
     std::vector<std::string> m_vecNames;
     SSubjectSets m_sets;
@@ -60,4 +61,10 @@ class CTemplateExport {
     std::vector<const SPreparedTemplate*> m_vecTaken;
     Categories m_industries;
     Categories m_regions;
+
+    // The sections of the document, made one by one.
+    std::string m_strAssets;
+    std::string m_strTemplates;
+    std::string m_strIndustries;
+    std::string m_strRegions;
 };

@@ -9,6 +9,7 @@
 #include "platform/logging/DebugLog.h"
 #include "platform/xml/CXMLParser.h"
 #include "platform/xml/CXMLWriter.h"
+#include "templates/TemplateLog.h"
 #include "templates/TemplateXml.h"
 #include "xml/Vocabulary.h"
 #include "xml/XmlHelpers.h"
@@ -126,6 +127,10 @@ std::string CComplianceTemplates::MakeDocument(const std::function<void(CXMLWrit
         std::string strXml;
         CXMLWriter writer(strXml);
         writer.StartElement(TagUtf8::COMPLIANCE_TEMPLATES);
+        if (!writer.IsIn(TagUtf8::COMPLIANCE_TEMPLATES)) {
+            DLP_LOG(DBG::LEVEL_FAILURE, TemplateLog::NODE_NOT_FOUND, Tag::COMPLIANCE_TEMPLATES);
+            return;
+        }
         writer.Attribute(TagUtf8::COMMAND, Value::OVERWRITE);
         fnWrite(writer);
         writer.EndElement();

@@ -68,6 +68,8 @@ TEST_F(TemplateFaults, ReadingATemplateGivesWhatWasReadAndALine) {
     ForEveryFault([](int n) {
         CLogRecorder log;
         const CComplianceTemplates compliance(TEMPLATE);
+        EXPECT_EQ(compliance.GetTemplate().strName, Reached(n) ? L"" : L"T");
+        EXPECT_EQ(compliance.GetTemplate().vecRules.size(), Reached(n) ? 0U : 1U);
         EXPECT_EQ(log.Lines(), Reached(n) ? Lines{"0x1003 DLPTemplate.cpp Fail to construct CComplianceTemplates, "
                                                   "Error: injected fault"}
                                           : Lines());
@@ -90,6 +92,56 @@ TEST_F(TemplateFaults, WritingATemplateGivesNothingAndALine) {
         EXPECT_EQ(strText, Reached(n) ? OS::x_wstring() : strList);
         EXPECT_EQ(log.Messages(0x1003).size(), Reached(n) ? 1U : 0U);
     });
+}
+
+TEST_F(TemplateFaults, TextWhoseTemplateIsNotFoundIsAnEmptyTemplateWithoutALine) {
+    CLogRecorder log;
+    XmlFaults::FindNothingAt(1);
+    const CComplianceTemplates compliance(TEMPLATE);
+    EXPECT_EQ(compliance.GetTemplate().strName, L"");
+    EXPECT_TRUE(compliance.GetTemplate().vecRules.empty());
+    EXPECT_TRUE(log.Lines().empty());
+}
+
+TEST_F(TemplateFaults, ListWhoseRootIsNotFoundIsEmptyAndALine) {
+    CLogRecorder log;
+    XmlFaults::FindNothingAt(1);
+    EXPECT_EQ(CComplianceTemplates::MakeComplianceTemplatesXml({CComplianceTemplates(L"n", L"d", L"x", {}, {})}), L"");
+    EXPECT_EQ(log.Lines(), Lines{"0x1004 DLPTemplate.cpp Fail to find node complianceTemplates"});
+}
+
+TEST_F(TemplateFaults, ExportSaysWhichNodeItDidNotFind) {
+    TemplateStore::AddTemplate({"E", "e", Rule(Block("ENTITY", "Card")), false, {"i"}});
+    m_manager.ExportTemplate({});  // reads the policy lists
+    Lines vecHeard;
+    int n = 0;
+    do {
+        XmlFaults::FindNothingAt(++n);
+        std::set<std::wstring> lstExpressions;
+        CLogRecorder log;
+        std::string strHeard =
+            m_manager.ExportDocument({L"E"}, nullptr, &lstExpressions, nullptr).empty() ? "" : "text";
+        strHeard += lstExpressions.empty() ? "" : " with its asset";
+        for (const std::string& strLine : log.Lines()) {
+            const bool bFailure = strLine.find("0x1003") == 0 || strLine.find("0x1004") == 0;
+            strHeard += bFailure && strLine.find(" DLPTemplate") == 6 ? " | " + strLine : "";
+        }
+        if (vecHeard.empty() || vecHeard.back() != strHeard) {
+            vecHeard.push_back(strHeard);
+        }
+    } while (XmlFaults::GetLookupCount() >= n);
+    EXPECT_EQ(vecHeard,
+              (Lines{" | 0x1004 DLPTemplateMgr.cpp Fail to find SAPolicy.",
+                     "text | 0x1003 DLPTemplateMgr.cpp Unable to find template node. skip this one.",
+                     " | 0x1004 DLPTemplate.cpp Fail to find node complianceTemplates"
+                     " | 0x1004 DLPTemplateMgr.cpp Fail to find node complianceTemplates",
+                     " | 0x1004 DLPTemplateMgr.cpp Fail to find node complianceTemplates",
+                     " | 0x1004 DLPTemplateMgr.cpp Fail to find node digitalAssets",
+                     "text with its asset",  // the policy lists are optional
+                     " with its asset | 0x1003 DLPTemplateMgr.cpp Unable to find node industries.",
+                     "text with its asset", " with its asset | 0x1003 DLPTemplateMgr.cpp Unable to find node regions.",
+                     " with its asset | 0x1004 DLPTemplateMgr.cpp Fail to make category industries, regions",
+                     "text with its asset"}));
 }
 
 TEST_F(TemplateFaults, SavingTheEditedTemplateKeepsTheContent) {
