@@ -175,8 +175,7 @@ std::optional<std::string> CTemplateExport::FindInvalidReference(const SPrepared
         }
     }
     if (prepared.strUnsupportedType) {
-        DLP_LOG(DBG::LEVEL_CONTENT, L"this digital asset type is not supported type = %s",
-                OS::WideText(*prepared.strUnsupportedType));
+        DLP_LOG(DBG::LEVEL_CONTENT, TemplateLog::TYPE_NOT_SUPPORTED, OS::WideText(*prepared.strUnsupportedType));
         return std::string(TagUtf8::SOURCE_TYPE) + " \"" + *prepared.strUnsupportedType + '"';
     }
     return std::nullopt;

@@ -23,7 +23,7 @@ struct SFaultLine {
 constexpr SFaultLine FAULT_LINES[] = {
     {L"expression internal name %s is invalid", TagUtf8::SOURCE_NAME},
     {L"keyword internal name %s is invalid", TagUtf8::SOURCE_NAME},
-    {L"this digital asset type is not supported type = %s", TagUtf8::SOURCE_TYPE},
+    {TemplateLog::TYPE_NOT_SUPPORTED, TagUtf8::SOURCE_TYPE},
     {L"buildingblock operation %s is invalid", TagUtf8::OPERATION},
     {L"matchRule operation %s is invalid", TagUtf8::OPERATION},
 };

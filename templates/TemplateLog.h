@@ -8,6 +8,7 @@ namespace TemplateLog {
 inline constexpr char MANAGER_SOURCE[] = ".\\DLPTemplateMgr.cpp";
 
 inline constexpr wchar_t NODE_NOT_FOUND[] = L"Fail to find node %s";
+inline constexpr wchar_t TYPE_NOT_SUPPORTED[] = L"this digital asset type is not supported type = %s";
 
 /** FindTemplate is entered. @param strValue UTF-8 */
 void FindEntered(int iSearchField, std::string_view strValue);
