@@ -28,6 +28,15 @@ TEST(Exception, MessageThatUtf8CannotCarryIsReplaced) {
                  "b");
 }
 
+TEST(Exception, ZeroCharacterDoesNotCutTheMessage) {
+    const std::wstring strMessage(L"a\0b", 3);
+    const CException exception(0, strMessage, 0);
+    EXPECT_EQ(exception.GetErrorMessage(), strMessage);
+    EXPECT_STREQ(exception.what(),
+                 "a\xEF\xBF\xBD"
+                 "b");
+}
+
 TEST(Exception, CopyKeepsEverything) {
     const CException copy = CException(7, L"text", 42);
     EXPECT_EQ(copy.GetErrorCode(), 7);
