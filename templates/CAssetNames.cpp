@@ -36,5 +36,7 @@ void CAssetNames::Ask() {
 }
 
 bool CAssetNames::IsStored(EElementType eType, std::string_view strName) const {
-    return Of(eType).find(strName)->second;
+    const Names& names = Of(eType);
+    const auto itName = names.find(strName);
+    return itName != names.end() && itName->second;
 }

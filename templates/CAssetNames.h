@@ -28,7 +28,7 @@ class CAssetNames {
     const Entry& Add(EElementType eType, std::string_view strName);
     /** Finds out which of the names are stored. @throws OS::CException when the store cannot answer */
     void Ask();
-    /** @param strName one that was added */
+    /** @return whether the name was added and is stored */
     bool IsStored(EElementType eType, std::string_view strName) const;
 
   private:

@@ -58,7 +58,9 @@ int CTemplateImport::Run() {
     for (const STemplateFinding& finding : m_vecFindings) {
         m_invalid.try_emplace(finding.strTemplate, &finding);
     }
-    ImportTemplates();
+    if (!ImportTemplates()) {
+        return CTemplateMgr::RESULT_FAILED;
+    }
     if (m_pObserver != nullptr) {
         ReportUnknownTemplates(Tag::INDUSTRIES, Tag::INDUSTRY);
         ReportUnknownTemplates(Tag::REGIONS, Tag::REGION);
@@ -71,9 +73,14 @@ bool CTemplateImport::MakeCategoryMaps() {
            m_manager.MakeCategoryMap(m_document, Tag::REGIONS, Tag::REGION, m_regions);
 }
 
-void CTemplateImport::ImportTemplates() {
-    const OS::CAutoObjPtr<CXMLNodeList> pTemplates = m_document.Load().XPathSelectNodes(
-        XmlHelpers::RootPath({Tag::SA_POLICY, Tag::COMPLIANCE_TEMPLATES, Tag::TEMPLATE}));
+bool CTemplateImport::ImportTemplates() {
+    const std::wstring strPath = XmlHelpers::RootPath({Tag::SA_POLICY, Tag::COMPLIANCE_TEMPLATES, Tag::TEMPLATE});
+    const OS::CAutoObjPtr<CXMLNodeList> pTemplates = m_document.Load().XPathSelectNodes(strPath);
+    if (!pTemplates) {
+        DLP_LOG(DBG::LEVEL_FAILURE,
+                L"CTemplateMgr::ImportTemplate Unable to find node %s. The xml file format is incompatible.", strPath);
+        return false;
+    }
     const int iTemplates = pTemplates->GetLength();
     for (int i = 0; i < iTemplates; ++i) {
         SItem item;
@@ -87,6 +94,7 @@ void CTemplateImport::ImportTemplates() {
             m_names.insert(std::move(item.strName));
         }
     }
+    return true;
 }
 
 void CTemplateImport::ImportItem(const SItem& item) {
@@ -199,7 +207,8 @@ const STemplateFinding& CTemplateImport::FindingFor(const SItem& item) const {
 void CTemplateImport::ReportUnknownTemplates(const std::wstring& strContainer, const std::wstring& strItem) {
     const OS::CAutoObjPtr<CXMLNodeList> pEntries = m_document.Load().XPathSelectNodes(
         XmlHelpers::RootPath({Tag::SA_POLICY, strContainer, strItem, Tag::TEMPLATE_ID}));
-    for (int i = 0; i < pEntries->GetLength(); ++i) {
+    const int iEntries = pEntries ? pEntries->GetLength() : 0;
+    for (int i = 0; i < iEntries; ++i) {
         const CXMLView entry = pEntries->ViewAt(i);
         SImportItem report;
         report.strDisplayName = entry.Text();

@@ -43,7 +43,7 @@ class CTemplateImport {
     };
 
     bool MakeCategoryMaps();
-    void ImportTemplates();
+    bool ImportTemplates();
     void ImportItem(const SItem& item);
     void Store(const SItem& item);
     void Update(const SItem& item, const CTemplateMgr::Record& pRecord);

@@ -109,8 +109,7 @@ bool CDLPXmlNormalizer::NormailzeXml(const OS::x_wstring& strXml, OS::x_wstring&
     return Guard([&] {
         CPolicyDocument document(strXml);
         SNormalizedDocument normalized;
-        Convert(document, normalized, nullptr);
-        if (normalized.document.RootView()) {
+        if (Convert(document, normalized, nullptr)) {
             normalized.document.SaveXML(strResult);
         }
     });
@@ -120,15 +119,15 @@ bool CDLPXmlNormalizer::Normalize(CPolicyDocument& document, SNormalizedDocument
     return Guard([&] { Convert(document, result, pObserver); });
 }
 
-/** Works on copies of the templates, in a tree of their own. */
-void CDLPXmlNormalizer::Convert(CPolicyDocument& document, SNormalizedDocument& result, CImportObserver* pObserver) {
+/** Works on copies of the templates, in a tree of their own. @return false when the document has no root */
+bool CDLPXmlNormalizer::Convert(CPolicyDocument& document, SNormalizedDocument& result, CImportObserver* pObserver) {
     OS::CAutoObjPtr<CXMLNodeList> pNodes;
     if (!GetAllTemplateNodes(document, pNodes)) {
-        return;
+        return false;
     }
     CXMLParser templates;
     templates.LoadXML(XmlHelpers::EmptyElement(Tag::COMPLIANCE_TEMPLATES));
-    const OS::CAutoObjPtr<CXMLElement> pParent = templates.GetRootElement();
+    const OS::CAutoObjPtr<CXMLNode> pParent = RequireRoot(templates, Tag::COMPLIANCE_TEMPLATES);
     const int iNodes = pNodes->GetLength();
     for (int i = 0; i < iNodes; ++i) {
         DLP_LOG(DBG::LEVEL_ENTER, TEMPLATE_LINE);
@@ -144,6 +143,7 @@ void CDLPXmlNormalizer::Convert(CPolicyDocument& document, SNormalizedDocument& 
     }
     WrapTemplateList(templates, result.document);
     ReportDroppedSections(pObserver, document.Load().RootView());
+    return true;
 }
 
 bool CDLPXmlNormalizer::GetAllTemplateNodes(const OS::x_wstring& strXml, OS::CAutoObjPtr<CXMLNodeList>& pNodes) {

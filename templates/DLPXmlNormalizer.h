@@ -89,6 +89,6 @@ class CDLPXmlNormalizer {
     void WrapTemplateList(CXMLParser& templates, CXMLParser& result);
 
   private:
-    void Convert(CPolicyDocument& document, SNormalizedDocument& result, CImportObserver* pObserver);
+    bool Convert(CPolicyDocument& document, SNormalizedDocument& result, CImportObserver* pObserver);
     void Rewrite(OS::CAutoObjPtr<CXMLNode>& pTemplate);
 };
