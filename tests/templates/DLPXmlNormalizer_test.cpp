@@ -346,6 +346,50 @@ TEST_F(XmlNormalizer, ListIsWrapped) {
                                      R"(<template name="b"/></complianceTemplates></SAPolicy>)");
 }
 
+TEST_F(XmlNormalizer, StepsTakenOneByOneGiveTheSameTextAndLines) {
+    WriteMap("Old\tNew\n");
+    std::string strNested;
+    for (int i = 3; i < CXMLParser::MAX_DEPTH; ++i) {
+        strNested = "<d>" + strNested + "</d>";
+    }
+    const std::string aDocuments[] = {
+        "<SAPolicy/>",
+        "<?xml version=\"1.0\" encoding=\"x\"?><!-- before -->\n<SAPolicy>\n<complianceTemplates a='1'>\n"
+        "<template builtin=\"1\"><x/></template>text<template name='a&#10;&lt;\xF0\x9F\x98\x80' displayName='&quot;'>"
+        "<!-- c --><?p i?> <![CDATA[<]]]]><![CDATA[>]]>&#13;<matchRule><buildingBlock sourceName='Old'/> </matchRule>"
+        "</template></complianceTemplates><complianceTemplates><template/></complianceTemplates></SAPolicy>",
+        "<SAPolicy><complianceTemplates xmlns=''><template xmlns='u' xmlns:p='v' p:displayName='no'><p:matchRule/>"
+        "<matchRule xmlns=''><buildingBlock/></matchRule></template><p:template xmlns:p='v'/></complianceTemplates>"
+        "</SAPolicy>",
+        "<SAPolicy><complianceTemplates><template>" + strNested + "</template></complianceTemplates></SAPolicy>",
+    };
+    for (const std::string& strXml : aDocuments) {
+        CLogRecorder log;
+        OS::CAutoObjPtr<CXMLNodeList> pNodes;
+        ASSERT_TRUE(m_normalizer.GetAllTemplateNodes(OS::WideText(strXml), pNodes)) << strXml;
+        OS::x_wstring strTemplates;
+        for (int i = 0; i < pNodes->GetLength(); ++i) {
+            OS::CAutoObjPtr<CXMLNode> pNode = pNodes->GetItem(i);
+            OS::x_wstring strTemplate;
+            m_normalizer.NormalizeTemplate(pNode, strTemplate);
+            strTemplates += strTemplate;
+        }
+        OS::x_wstring strResult;
+        m_normalizer.WrapTemplateList(strTemplates, strResult);
+        const Lines vecSteps = log.Lines();
+        log.Clear();
+        EXPECT_EQ(Normalized(strXml), Narrow(strResult));
+        const Lines vecLines = log.Lines();
+        EXPECT_EQ(Lines(vecLines.begin() + 1, vecLines.end() - 1), vecSteps);
+    }
+}
+
+TEST_F(XmlNormalizer, ResultMayBeTheTextItself) {
+    OS::x_wstring strText = L"<SAPolicy/>";
+    EXPECT_TRUE(m_normalizer.NormailzeXml(strText, strText));
+    EXPECT_EQ(Narrow(strText), std::string(ROOT_START) + R"(<complianceTemplates command="overwrite"/></SAPolicy>)");
+}
+
 TEST_F(XmlNormalizer, DocumentHandedInStaysAsItWasRead) {
     const std::string strXml =
         R"(<SAPolicy><complianceTemplates><template name="n" displayName="d"><matchRule/></template>)"
