@@ -21,6 +21,7 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
+constexpr const char NAME[] = "name";
 constexpr const char KEYWORDS[] = "keywords";
 constexpr const char MATCH_RULES[] = "match_rules";
 
@@ -117,11 +118,16 @@ void ColumnFromJson(const Json& value, EColumnType eType, std::size_t iColumn, c
     }
 }
 
-/** The element's name is what the element says, whatever the document says beside it. */
-CSettingsRow WithElementName(CSettingsRow&& row) {
+/** The name is the element's; a document that says another one has been edited in one place only. */
+CSettingsRow WithElementName(CSettingsRow&& row, const std::string& strPath) {
+    const std::string strName = row.GetText(TemplateColumn::ELEMENT_NAME);
     const OS::x_wstring strElement = OS::WideText(row.GetText(TemplateColumn::ELEMENT));
     CCfgSettingDLPFilterTemplate record(std::move(row));
     record.SetElement(strElement);
+    const std::string strElementName = record.Row().GetText(TemplateColumn::ELEMENT_NAME);
+    if (strName != strElementName) {
+        Refuse(strPath + '/' + NAME, "the element's name is " + Text::Quoted(strElementName) + "; write the same here");
+    }
     return record.Row();
 }
 
@@ -179,5 +185,5 @@ CSettingsRow RecordFromJson(ESettingsKind eKind, const Json& object, const std::
     } catch (const OS::CException& error) {
         Refuse(strPath, Text::Printable(error.what()));
     }
-    return eKind == ESettingsKind::TEMPLATE ? WithElementName(std::move(row)) : row;
+    return eKind == ESettingsKind::TEMPLATE ? WithElementName(std::move(row), strPath) : row;
 }

@@ -94,12 +94,41 @@ EVerdict Dump(CCommandContext& context, const std::string& strFile) {
     return EVerdict::DONE;
 }
 
+/** The parser keeps the last of two members of one name; here that would lose a field in silence. */
+class CTwiceChecker {
+  public:
+    bool operator()(int, Json::parse_event_t eEvent, Json& parsed) {
+        if (eEvent == Json::parse_event_t::object_start) {
+            m_vecOpen.emplace_back();
+        } else if (eEvent == Json::parse_event_t::object_end) {
+            m_vecOpen.pop_back();
+        } else if (eEvent == Json::parse_event_t::key && !m_vecOpen.back().insert(parsed.get<std::string>()).second) {
+            throw CToolError(EVerdict::INVALID,
+                             "the member " + Text::Quoted(parsed.get<std::string>()) + " stands twice in one object");
+        }
+        return true;
+    }
+
+  private:
+    std::vector<std::set<std::string>> m_vecOpen;
+};
+
+/** The parser's own words, behind its number and a place that it counts in bytes. */
+std::string ExplainParseError(const Json::parse_error& error) {
+    const std::string strWhat = error.what();
+    const std::size_t iPlace = strWhat.find(" column ");
+    const std::size_t iWords = iPlace == std::string::npos ? iPlace : strWhat.find(": ", iPlace);
+    return Text::Printable(iWords == std::string::npos ? strWhat : strWhat.substr(iWords + 2));
+}
+
 Json ParseJson(const std::string& strFile, const std::string& strBytes) {
     try {
-        return Json::parse(strBytes);
+        return Json::parse(strBytes, CTwiceChecker());
     } catch (const Json::parse_error& error) {
         const std::size_t iOffset = error.byte == 0 ? 0 : error.byte - 1;
-        throw CInputError(strFile, "no JSON: " + Text::Printable(error.what()), CSourcePlaces(strBytes).Find(iOffset));
+        throw CInputError(strFile, "no JSON: " + ExplainParseError(error), CSourcePlaces(strBytes).Find(iOffset));
+    } catch (const CToolError& error) {
+        throw CInputError(strFile, error.what());
     }
 }
 
