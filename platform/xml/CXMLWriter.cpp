@@ -75,11 +75,16 @@ void CXMLWriter::EndElement() {
     } else {
         m_strOut.append("</").append(m_vecOpen.back()).append(">");
     }
+    m_pEnded = m_vecOpen.back();
     m_vecOpen.pop_back();
 }
 
 bool CXMLWriter::IsIn(const char* pName) const {
     return !XML_FINDS_NOTHING() && !m_vecOpen.empty() && std::string_view(m_vecOpen.back()) == pName;
+}
+
+bool CXMLWriter::HasEnded(const char* pName) const {
+    return !XML_FINDS_NOTHING() && std::string_view(m_pEnded) == pName;
 }
 
 void CXMLWriter::CloseStartTag() {

@@ -20,7 +20,7 @@ class DLP_PLATFORM_API CXMLWriter {
 
     /** The declaration of version 1.0 and UTF-8; only at the very start. */
     void Declaration();
-    /** @param pName must outlive the element */
+    /** @param pName must outlive the writer */
     void StartElement(const char* pName);
     /** Only between StartElement and the first content. */
     void Attribute(const char* pName, std::string_view strValue);
@@ -36,12 +36,15 @@ class DLP_PLATFORM_API CXMLWriter {
 
     /** @return whether content would now go into an element of this name */
     bool IsIn(const char* pName) const;
+    /** @return whether the element ended last has this name */
+    bool HasEnded(const char* pName) const;
 
   private:
     void CloseStartTag();
 
     std::string& m_strOut;
     std::vector<const char*> m_vecOpen;
+    const char* m_pEnded = "";
     bool m_bInStartTag = false;
 };
 

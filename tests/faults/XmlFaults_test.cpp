@@ -90,6 +90,7 @@ TEST(XmlFaults, EveryLookupFindsNothingAtItsTurn) {
     std::string strOut;
     CXMLWriter writer(strOut);
     writer.StartElement("e");
+    writer.TextElement("f", "");
     const std::function<bool()> aLookups[] = {
         [&] { return document.GetRootElement() != nullptr; },
         [&] { return static_cast<bool>(document.RootView()); },
@@ -99,6 +100,7 @@ TEST(XmlFaults, EveryLookupFindsNothingAtItsTurn) {
         [&] { return pRoot->XPathSelectNodes(L"./b")->GetLength() == 1; },
         [&] { return static_cast<bool>(root.FirstChild("b")); },
         [&] { return writer.IsIn("e"); },
+        [&] { return writer.HasEnded("f"); },
         [&] { return StartsWithElement("<e/>", "e"); },
     };
     const int iLookups = static_cast<int>(std::size(aLookups));

@@ -157,6 +157,22 @@ TEST(XmlWriter, KnowsWhichElementItIsIn) {
     EXPECT_FALSE(writer.IsIn("a"));
 }
 
+TEST(XmlWriter, KnowsWhichElementHasEndedLast) {
+    std::string strOut;
+    CXMLWriter writer(strOut);
+    writer.StartElement("a");
+    EXPECT_FALSE(writer.HasEnded("a"));
+    writer.TextElement("b", "t");
+    EXPECT_TRUE(writer.HasEnded("b"));
+    EXPECT_FALSE(writer.HasEnded("B"));
+    writer.StartElement("c");
+    EXPECT_FALSE(writer.HasEnded("c"));
+    writer.EndElement();
+    writer.EndElement();
+    EXPECT_FALSE(writer.HasEnded("c"));
+    EXPECT_TRUE(writer.HasEnded("a"));
+}
+
 TEST(XmlWriter, WrittenMarkupIsKnownByItsElement) {
     for (const char* const pMarkup : {"<a/>", "<a b=\"c\"/>", "<a>t</a>"}) {
         EXPECT_TRUE(StartsWithElement(pMarkup, "a")) << pMarkup;
