@@ -55,6 +55,8 @@ boost::shared_ptr<CCfgSettingDLPDigitalAsset> Make(const OS::x_wstring& strSubje
     return boost::make_shared<Record>(strSubject);
 }
 
+constexpr wchar_t ENTITY_PASS[] = L"CDLPDigitalAssetsParser::ImportEntity()";
+
 }  // namespace
 
 constexpr SPass EXPRESSION_PASS = {
@@ -63,7 +65,7 @@ constexpr SPass EXPRESSION_PASS = {
     .fnFind = Find<CCfgSettingDLPFilterExpressionMgr>,
     .fnMake = Make<CCfgSettingDLPFilterExpression>,
     .fnCategory = CCfgSettingDLPFilterExpression::GetCategroyName,
-    .pEntered = L"CDLPDigitalAssetsParser::ImportEntity()",
+    .pEntered = ENTITY_PASS,
     .pNoNodes =
         L"CDLPDigitalAssetsParser::ImportEntity() Unable to find node %s.                    The xml file format is "
         L"incompatible.",
@@ -74,7 +76,7 @@ constexpr SPass EXPRESSION_PASS = {
     .pEdited = L"CDLPDigitalAssetsParser::EditExpression()",
     .pAdded = L"CDLPDigitalAssetsParser::AddExpression()",
     .pNotAdded = L"CDLPDigitalAssetsParser::AddExpression() fail to add expression.",
-    .pLeft = L"CDLPDigitalAssetsParser::ImportEntity()",
+    .pLeft = ENTITY_PASS,
     .pException = L"Fail to import expression xml file, Error: %s",
     .pFailed = L"fail to import entity.",
 };
@@ -191,7 +193,7 @@ bool CAssetImport::ReadRoot() {
     DLP_LOG(DBG::LEVEL_ENTER, L"CDLPDigitalAssetsParser::CheckImportVersion()");
     const CXMLView root = m_document.Load().RootView();
     if (root.Name() != TagUtf8::SA_POLICY) {
-        DLP_LOG(DBG::LEVEL_FAILURE, L"Fail to find node %s", Tag::SA_POLICY);
+        DLP_LOG(DBG::LEVEL_FAILURE, NODE_NOT_FOUND, Tag::SA_POLICY);
         return false;
     }
     const OS::x_wstring strLanguage = OS::WideText(root.Attribute(TagUtf8::LOCALIZATION_LANGUAGE));
@@ -258,7 +260,7 @@ CAssetImport::SFate CAssetImport::Replace(const SPass& pass, const CXMLView& ele
                                           CCfgSettingDLPDigitalAsset& record) {
     DLP_LOG(DBG::LEVEL_INFO, pass.pExists, OS::WideText(element.Attribute(TagUtf8::NAME)));
     if (record.IsBuiltIn() && OS::EqualsNoCase(element.Attribute(TagUtf8::PRE_DEFINED), Value::FALSE_TEXT)) {
-        DLP_LOG(DBG::LEVEL_INFO, L"existed one is pre-defined but imported one is not, skip");
+        DLP_LOG(DBG::LEVEL_INFO, BUILT_IN_KEPT);
         return {EDisposition::SKIPPED, EReason::BUILT_IN};
     }
     return Edit(pass, element, record, true);

@@ -38,7 +38,7 @@ OS::x_wstring CDLPSubKeywordFormater::ToXmlFormat(std::vector<CDLPSubKeyword>& v
         const OS::CAutoObjPtr<CXMLNode> pDictionary =
             document.XPathSelectSingleNode(XmlHelpers::RootPath({Tag::DICTIONARY}));
         if (pDictionary == nullptr) {
-            DLP_LOG(DBG::LEVEL_FAILURE, L"Fail to find %s.", Tag::SA_POLICY);
+            DLP_LOG(DBG::LEVEL_FAILURE, DigitalAssets::NOT_FOUND, Tag::SA_POLICY);
             return strXml;
         }
         for (const CDLPSubKeyword& keyword : vecKeywords) {
@@ -59,7 +59,7 @@ void CDLPSubKeywordFormater::ToUIFormat(const OS::x_wstring& strXml, std::vector
         document.LoadXML(strXml);
         const std::wstring strPath = XmlHelpers::RootPath({Tag::DICTIONARY, Tag::KEYWORD});
         const OS::CAutoObjPtr<CXMLNodeList> pNodes = document.XPathSelectNodes(strPath);
-        if (!DigitalAssets::FindDictionary(document)) {
+        if (pNodes == nullptr || !DigitalAssets::FindDictionary(document)) {
             DLP_LOG(DBG::LEVEL_FAILURE,
                     L"CDLPSubKeywordFormater::ToUIFormat() Unable to find node %s.                    The xml file "
                     L"format is incompatible.",

@@ -52,6 +52,8 @@ constexpr SExport KEYWORDS = {
 };
 
 constexpr wchar_t NO_DICTIONARY[] = L"the stored keywords are no dictionary document";
+constexpr wchar_t ASSETS_GENERATED[] = L"CDLPDigitalAssetsParser::GenerateDigitalAssetsXML()";
+constexpr wchar_t PART_FAILED[] = L"Fail to generate xml file digital assets part.";
 
 /** What is appended to a text, taken back unless kept. */
 class CAppended {
@@ -78,6 +80,16 @@ void TellFailed(CExportObserver* pObserver, const OS::x_wstring& strSubject, con
     }
 }
 
+/** Both log why a step failed and answer false. */
+bool Failed(const wchar_t* pMessage) {
+    DLP_LOG(DBG::LEVEL_FAILURE, pMessage);
+    return false;
+}
+bool NotFound(const wchar_t* pFormat, const char* pElement) {
+    DLP_LOG(DBG::LEVEL_FAILURE, pFormat, OS::WideText(pElement));
+    return false;
+}
+
 /** @return false, logged, when the text is no dictionary document */
 bool WriteKeywords(const std::string& strText, CXMLWriter& writer) {
     CXMLParser document;
@@ -100,11 +112,14 @@ bool WriteKeywords(const std::string& strText, CXMLWriter& writer) {
 bool WriteElement(const SExport& kind, const CSettingsRow& row, const OS::x_wstring& strSubject, CXMLWriter& writer,
                   CExportObserver* pObserver) {
     try {
+        writer.StartElement(kind.format.pElement);
+        if (!writer.IsIn(kind.format.pElement)) {
+            return NotFound(NODE_NOT_FOUND, kind.format.pElement);
+        }
         const SType* pType = FindStoredType(kind.format, row);
         if (pType == nullptr) {
             DLP_LOG(DBG::LEVEL_CONTENT, kind.pUnknownType);
         }
-        writer.StartElement(kind.format.pElement);
         WriteAttributes(kind.format, row, pType, writer);
         WriteChildren(kind.format, row, writer);
         if (kind.format.iMarkupColumn != AssetColumn::SUBJECT &&
@@ -137,8 +152,10 @@ bool WriteRecords(const SExport& kind, const std::vector<OS::x_wstring>& vecSubj
     for (const OS::x_wstring& strSubject : vecSubjects) {
         const Record pRecord = Load(kind, strSubject, pObserver);
         if (!WriteElement(kind, pRecord->Row(), strSubject, writer, pObserver)) {
-            DLP_LOG(DBG::LEVEL_FAILURE, kind.pFailed);
-            return false;
+            return Failed(kind.pFailed);
+        }
+        if (!writer.HasEnded(kind.format.pElement)) {
+            return NotFound(NODE_NOT_FOUND, kind.format.pElement);
         }
     }
     return true;
@@ -150,10 +167,13 @@ bool WriteRecords(const SExport& kind, const std::vector<OS::x_wstring>& vecSubj
  */
 bool WriteAssets(const std::vector<OS::x_wstring>& vecExpressions, const std::vector<OS::x_wstring>& vecKeywords,
                  CXMLWriter& writer, CExportObserver* pObserver) {
-    DLP_LOG(DBG::LEVEL_ENTER, L"CDLPDigitalAssetsParser::GenerateDigitalAssetsXML()");
+    DLP_LOG(DBG::LEVEL_ENTER, ASSETS_GENERATED);
     try {
         CSettingsTransaction unit(EUnitOfWork::READ);
         writer.StartElement(TagUtf8::DIGITAL_ASSETS);
+        if (!writer.IsIn(TagUtf8::DIGITAL_ASSETS)) {
+            return NotFound(NODE_NOT_FOUND, TagUtf8::DIGITAL_ASSETS);
+        }
         writer.Attribute(TagUtf8::COMMAND, Value::OVERWRITE);
         if (!WriteRecords(EXPRESSIONS, vecExpressions, writer, pObserver) ||
             !WriteRecords(KEYWORDS, vecKeywords, writer, pObserver)) {
@@ -165,7 +185,7 @@ bool WriteAssets(const std::vector<OS::x_wstring>& vecExpressions, const std::ve
         DLP_LOG(DBG::LEVEL_ERROR, L"Fail to generate digital access xml, Error: %s", error.GetErrorMessage());
         return false;
     }
-    DLP_LOG(DBG::LEVEL_LEAVE, L"CDLPDigitalAssetsParser::GenerateDigitalAssetsXML()");
+    DLP_LOG(DBG::LEVEL_LEAVE, ASSETS_GENERATED);
     return true;
 }
 
@@ -174,6 +194,9 @@ bool WriteRoot(CXMLWriter& writer, bool bWhole) {
     try {
         writer.Declaration();
         writer.StartElement(TagUtf8::SA_POLICY);
+        if (!writer.IsIn(TagUtf8::SA_POLICY)) {
+            return NotFound(NODE_NOT_FOUND, TagUtf8::SA_POLICY);
+        }
         writer.Attribute(TagUtf8::TEMPLATE_VERSION, OS::WCharToChar(CDLPDigitalAssetsParser::GetVersion()));
         writer.Attribute(TagUtf8::LOCALIZATION_LANGUAGE, OS::WCharToChar(CDLPDigitalAssetsParser::GetLanguage()));
         if (bWhole) {
@@ -213,9 +236,17 @@ bool Export(const std::vector<OS::x_wstring>& vecExpressions, const std::vector<
     CAppended appended(strOut);
     try {
         CXMLWriter writer(strOut);
-        if (!StartRoot(writer) || !WriteAssets(vecExpressions, vecKeywords, writer, pObserver)) {
-            DLP_LOG(DBG::LEVEL_FAILURE, L"Fail to generate xml file digital assets part.");
-            return false;
+        if (!StartRoot(writer)) {
+            return Failed(PART_FAILED);
+        }
+        if (!writer.IsIn(TagUtf8::SA_POLICY)) {
+            return NotFound(NOT_FOUND, TagUtf8::SA_POLICY);
+        }
+        if (!WriteAssets(vecExpressions, vecKeywords, writer, pObserver)) {
+            return Failed(PART_FAILED);
+        }
+        if (!writer.HasEnded(TagUtf8::DIGITAL_ASSETS)) {
+            return NotFound(NOT_FOUND, TagUtf8::DIGITAL_ASSETS);
         }
         writer.EndElement();
     } catch (const OS::CException& error) {

@@ -23,10 +23,16 @@ constexpr char DICTIONARY_FAILED[] =
     "Fail to generate dictionary xml, Error: ORVAL_SUB_CFG_DLP_KEYWORDk: injected fault";
 constexpr char DICTIONARY_NODE[] = "Fail to generate dictionary node.";
 constexpr char PART_FAILED[] = "Fail to generate xml file digital assets part.";
+constexpr char GENERATED[] = "CDLPDigitalAssetsParser::GenerateDigitalAssetsXML()";
 constexpr char EXPORT_FAILED[] = "Fail to export digital assets xml file, Error: injected fault";
 
 class DigitalAssetsFaults : public CAssetFixture {
   protected:
+    ~DigitalAssetsFaults() override {
+        XmlFaults::FailAt(0);
+        XmlFaults::FindNothingAt(0);
+    }
+
     static int Import(CImportObserver* pObserver = nullptr) {
         CPolicyDocument document{std::string_view(DOCUMENT)};
         std::vector<OS::x_wstring> vecSkipped;
@@ -81,6 +87,64 @@ TEST_F(DigitalAssetsFaults, ExportFailsInTheWordsOfTheStepAndLeavesTheTextAsItWa
         }
     }
     EXPECT_THAT(vecSteps, ElementsAre(vecRoot, vecAssets, vecEntity, vecDictionary, vecAssets, vecExport));
+}
+
+TEST_F(DigitalAssetsFaults, ExportThatMissesAnElementFailsInTheWordsOfTheStepAndLeavesTheTextAsItWas) {
+    ASSERT_EQ(Import(), 0);
+    const std::string strNoKeywords =
+        Line("0x1004",
+             "CDLPDigitalAssetsParser::GenerateDictionaryXml() Unable to find node /dictionary/keyword.               "
+             "     The xml file format is incompatible.");
+    const std::string strPart = Line("0x1004", PART_FAILED);
+    const auto node = [](const std::string& strElement) { return Line("0x1004", "Fail to find node " + strElement); };
+    const auto part = [](const std::string& strElement) { return Line("0x1004", "Fail to find " + strElement + "."); };
+    const std::vector<std::string> vecRoot{Line("0x110", "CDLPDigitalAssetsParser::ExportDigitalAssets()"),
+                                           Line("0x110", "CDLPDigitalAssetsParser::GenerateRootXML()")};
+    const std::vector<std::string> vecAssets{Line("0x110", GENERATED)};
+    const std::vector<std::string> vecLeft{Line("0x110", GENERATED), Line("0x111", GENERATED)};
+    const struct {
+        const char* pLookup;
+        std::vector<std::string> vecEntered;  ///< after those of the root
+        std::vector<std::string> vecLines;    ///< over what is missed
+    } aRows[] = {
+        {"root, to set its attributes", {}, {node("SAPolicy"), strPart}},
+        {"root, to append the assets", {}, {part("SAPolicy")}},
+        {"assets, to set the command", vecAssets, {node("digitalAssets"), strPart}},
+        {"expression, to fill it", vecAssets, {node("entity"), Line("0x1004", ENTITY_NODE), strPart}},
+        {"expression, to append it", vecAssets, {node("entity"), strPart}},
+        {"list, to fill it", vecAssets, {node("dictionary"), Line("0x1004", DICTIONARY_NODE), strPart}},
+        {"root of the stored keywords", vecAssets, {strNoKeywords, Line("0x1004", DICTIONARY_NODE), strPart}},
+        {"first of the stored keywords", vecLeft, {}},
+        {"list, to append it", vecAssets, {node("dictionary"), strPart}},
+        {"assets, to append them", vecLeft, {part("digitalAssets")}},
+        {"none", vecLeft, {}},
+    };
+    int iLookup = 0;
+    for (const auto& row : aRows) {
+        XmlFaults::FindNothingAt(++iLookup);
+        CLogRecorder log;
+        std::wstring strOut = L"as it was";
+        EXPECT_EQ(CDLPDigitalAssetsParser().ExportDigitalAssets(L"", Subjects(SUBJECT_EXPRESSION, {L"e"}),
+                                                                Subjects(SUBJECT_KEYWORD, {L"k"}), strOut),
+                  row.vecLines.empty())
+            << row.pLookup;
+        EXPECT_EQ(strOut == L"as it was", !row.vecLines.empty()) << row.pLookup;
+        std::vector<std::string> vecLines = vecRoot;
+        vecLines.insert(vecLines.end(), row.vecEntered.begin(), row.vecEntered.end());
+        vecLines.insert(vecLines.end(), row.vecLines.begin(), row.vecLines.end());
+        EXPECT_EQ(log.Lines(), vecLines) << row.pLookup;
+    }
+    EXPECT_EQ(XmlFaults::GetLookupCount(), iLookup - 1);
+}
+
+TEST_F(DigitalAssetsFaults, RootThatIsNotFoundLeavesTheTextAsItWas) {
+    XmlFaults::FindNothingAt(1);
+    CLogRecorder log;
+    std::wstring strOut = L"as it was";
+    EXPECT_FALSE(CDLPDigitalAssetsParser().GenerateRootXML(strOut));
+    EXPECT_EQ(strOut, L"as it was");
+    EXPECT_THAT(log.Lines(), ElementsAre(Line("0x110", "CDLPDigitalAssetsParser::GenerateRootXML()"),
+                                         Line("0x1004", "Fail to find node SAPolicy")));
 }
 
 TEST_F(DigitalAssetsFaults, RootFailsInItsOwnWords) {
@@ -141,6 +205,84 @@ TEST_F(DigitalAssetsFaults, ImportFailsInTheWordsOfThePassAndKeepsWhatWasSaved) 
     XmlFaults::FailAt(++iOperation);
     EXPECT_EQ(Import(), 0);
     EXPECT_LT(XmlFaults::GetCount(), iOperation);
+}
+
+TEST_F(DigitalAssetsFaults, ImportThatMissesAnElementAnswersForTheStep) {
+    const auto incompatible = [](const std::string& strStep, const std::string& strElement) {
+        return Failure(strStep + " Unable to find node /SAPolicy/digitalAssets/" + strElement +
+                       ".                    The xml file format is incompatible.");
+    };
+    const std::string strCreated = "expression e|E created";
+    const std::string strList = "keyword k|K created";
+    const struct {
+        const char* pLookup;
+        int iResult;
+        std::vector<std::string> vecLines;
+        std::vector<std::string> vecItems;
+    } aRows[] = {
+        {"root",
+         2,
+         {Failure("Fail to find node SAPolicy"), Failure("Invalid localization_language, skip import.")},
+         {}},
+        {"expressions",
+         3,
+         {incompatible("CDLPDigitalAssetsParser::ImportEntity()", "entity"), Failure("fail to import entity.")},
+         {}},
+        {"regularExpression",
+         0,
+         {Failure("Fail to find tag ., skip entity: E"),
+          Failure("CDLPDigitalAssetsParser::AddExpression() fail to add expression.")},
+         {"expression e|E skipped missing child (regularExpression)", strList}},
+        {"patternForDisplay", 0, {}, {strCreated, strList}},
+        {"examples", 0, {}, {strCreated, strList}},
+        {"lists",
+         3,
+         {incompatible("CDLPDigitalAssetsParser::ImportDictionary", "dictionary"),
+          Failure("fail to import dictionary.")},
+         {strCreated}},
+        {"none", 0, {}, {strCreated, strList}},
+    };
+    int iLookup = 0;
+    for (const auto& row : aRows) {
+        CSettingsStore::Open("memory:");
+        XmlFaults::FindNothingAt(++iLookup);
+        CLogRecorder log;
+        CImportListener listener;
+        EXPECT_EQ(Import(&listener), row.iResult) << row.pLookup;
+        EXPECT_EQ(Failures(log), row.vecLines) << row.pLookup;
+        EXPECT_EQ(listener.m_vecItems, row.vecItems) << row.pLookup;
+    }
+    EXPECT_EQ(XmlFaults::GetLookupCount(), iLookup - 1);
+}
+
+TEST_F(DigitalAssetsFaults, KeywordTextWhoseRootIsNotFoundIsEmpty) {
+    std::vector<CDLPSubKeyword> vecKeywords{{L"a", L"d", L"1", L"true"}};
+    XmlFaults::FindNothingAt(1);
+    CLogRecorder log;
+    EXPECT_EQ(CDLPSubKeywordFormater::ToXmlFormat(vecKeywords), L"");
+    EXPECT_THAT(log.Lines(), ElementsAre(Line("0x110", "CDLPSubKeywordFormater::ToXmlFormat()"),
+                                         Line("0x1004", "Fail to find SAPolicy.")));
+}
+
+TEST_F(DigitalAssetsFaults, KeywordTextInWhichNothingIsFoundLeavesTheListAsItWas) {
+    for (int i = 1;; ++i) {
+        XmlFaults::FindNothingAt(i);
+        CLogRecorder log;
+        std::vector<CDLPSubKeyword> vecKeywords{{L"b", L"", L"", L""}, {L"a", L"", L"", L""}};
+        CDLPSubKeywordFormater::ToUIFormat(L"<dictionary><keyword>c</keyword></dictionary>", vecKeywords);
+        if (XmlFaults::GetLookupCount() < i) {
+            EXPECT_EQ(vecKeywords.size(), 3u);
+            EXPECT_EQ(i, 3);
+            break;
+        }
+        EXPECT_EQ(vecKeywords.size(), 2u);
+        EXPECT_EQ(vecKeywords.at(0).m_strKeyword, L"b");
+        EXPECT_THAT(log.Lines(),
+                    ElementsAre(Line("0x110", "CDLPSubKeywordFormater::ToUIFormat()"),
+                                Line("0x1004",
+                                     "CDLPSubKeywordFormater::ToUIFormat() Unable to find node /dictionary/keyword.   "
+                                     "                 The xml file format is incompatible.")));
+    }
 }
 
 TEST_F(DigitalAssetsFaults, KeywordTextThatCannotBeMadeIsEmpty) {
