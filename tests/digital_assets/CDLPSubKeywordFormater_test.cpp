@@ -69,7 +69,8 @@ TEST(SubKeywordToXml, StepsAreLogged) {
 
 TEST(SubKeywordToXml, CharacterThatXmlCannotCarryGivesAnEmptyText) {
     const CDLPSubKeyword fine(L"a", L"", L"0", L"false");
-    for (const std::wstring& strBad : {std::wstring(L"x\x01"), std::wstring(L"x\0y", 3), std::wstring(L"\xfffe")}) {
+    for (const std::wstring& strBad :
+         {std::wstring(L"x\x01"), std::wstring(L"x\0y", 3), std::wstring(L"\xfffe"), std::wstring(1, L'\xd800')}) {
         for (const CDLPSubKeyword& bad :
              {CDLPSubKeyword(strBad, L"", L"", L""), CDLPSubKeyword(L"", strBad, L"", L""),
               CDLPSubKeyword(L"", L"", strBad, L""), CDLPSubKeyword(L"", L"", L"", strBad)}) {
@@ -79,7 +80,7 @@ TEST(SubKeywordToXml, CharacterThatXmlCannotCarryGivesAnEmptyText) {
                 log.Lines(),
                 ElementsAre("0x110 util_ParseDLPDigitalAssets.cpp CDLPSubKeywordFormater::ToXmlFormat()",
                             testing::MatchesRegex("0x1004 util_ParseDLPDigitalAssets.cpp Fail to convert "
-                                                  "subkeyword to xml format, Error: .*U\\+(0001|0000|FFFE).*")));
+                                                  "subkeyword to xml format, Error: .*U\\+(0001|0000|FFFE|D800).*")));
         }
     }
 }
@@ -100,6 +101,17 @@ TEST(SubKeywordToUI, OtherChildrenAndAttributesOfTheListAreIgnored) {
                 ElementsAre("a|||"));
 }
 
+TEST(SubKeywordToUI, KeywordIsAllTextBelowIt) {
+    EXPECT_THAT(ToUI("<dictionary><keyword> a<b>c </b><![CDATA[<d>]]><!-- e -->&amp;</keyword></dictionary>"),
+                ElementsAre(" ac <d>&|||"));
+}
+
+TEST(SubKeywordToUI, NamesAreThoseWithoutPrefix) {
+    EXPECT_THAT(ToUI("<dictionary xmlns=\"urn:x\" xmlns:p=\"urn:x\"><keyword p:score=\"1\">a</keyword>"
+                     "<p:keyword>b</p:keyword></dictionary>"),
+                ElementsAre("a|||"));
+}
+
 TEST(SubKeywordToUI, EntriesAreAppendedAndAllAreSorted) {
     EXPECT_THAT(ToUI("<dictionary><keyword>b</keyword></dictionary>", {{L"c", L"", L"", L""}, {L"a", L"", L"", L""}}),
                 ElementsAre("a|||", "b|||", "c|||"));
@@ -114,11 +126,21 @@ TEST(SubKeywordToUI, EmptyDictionarySortsWhatIsThere) {
 TEST(SubKeywordToUI, TextThatIsNoDictionaryLeavesTheListAsItWas) {
     for (const char* const pText :
          {"", "no markup", "<dictionary>", "<other><keyword>x</keyword></other>", "<Dictionary/>",
-          "<a><dictionary><keyword>x</keyword></dictionary></a>", "<!DOCTYPE dictionary><dictionary/>"}) {
+          "<a><dictionary><keyword>x</keyword></dictionary></a>", "<!DOCTYPE dictionary><dictionary/>",
+          "<p:dictionary xmlns:p='urn:x'><keyword>x</keyword></p:dictionary>", " <?xml version='1.0'?><dictionary/>"}) {
         CLogRecorder log;
         EXPECT_THAT(ToUI(pText, {{L"b", L"", L"", L""}, {L"a", L"", L"", L""}}), ElementsAre("b|||", "a|||")) << pText;
         EXPECT_THAT(log.Lines(), ElementsAre(UI_ENTERED, NO_NODE)) << pText;
     }
+}
+
+TEST(SubKeywordToUI, ZeroCharacterAnywhereLeavesTheListAsItWas) {
+    const OS::x_wstring strXml = L"<dictionary><keyword>x</keyword></dictionary>" + std::wstring(1, L'\0');
+    std::vector<CDLPSubKeyword> vecKeywords{{L"b", L"", L"", L""}, {L"a", L"", L"", L""}};
+    CLogRecorder log;
+    CDLPSubKeywordFormater::ToUIFormat(strXml, vecKeywords);
+    EXPECT_THAT(Texts(vecKeywords), ElementsAre("b|||", "a|||"));
+    EXPECT_THAT(log.Lines(), ElementsAre(UI_ENTERED, NO_NODE));
 }
 
 TEST(SubKeywordToUI, HundredsOfEqualKeywordsAreAllKept) {
@@ -141,6 +163,7 @@ TEST(SubKeywordToUI, HundredsOfEqualKeywordsAreAllKept) {
 
 TEST(SubKeywordFormater, WhatIsWrittenIsReadBack) {
     std::vector<CDLPSubKeyword> vecKeywords{
+        {L" ", L" ", L" ", L" "},
         {L" blanks ", L"tab\there, line\nthere\r", L"-3", L"true"},
         {L"<&>\"'", L"<&>\"'", L"1e9", L""},
         {L"\u00e4\u4e2d\U0001f600", L"\u00e4\u4e2d\U0001f600", L"", L"false"},

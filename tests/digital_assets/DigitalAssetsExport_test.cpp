@@ -186,6 +186,41 @@ TEST_F(AssetExport, KeywordListCarriesTheNumberOfItsCondition) {
     }
 }
 
+TEST_F(AssetExport, AssetsAloneAreLogged) {
+    CCfgSettingDLPFilterExpression expression = Expression(L"e");
+    expression.SetType(L"x");
+    expression.SaveThis();
+    CCfgSettingDLPFilterKeyword keyword = Keyword(L"k");
+    keyword.SetCondition(L"x");
+    keyword.SaveThis();
+    CLogRecorder log;
+    Assets({L"e"}, {L"k"});
+    EXPECT_THAT(log.Lines(),
+                ElementsAre(Line("0x110", "CDLPDigitalAssetsParser::GenerateDigitalAssetsXML()"),
+                            Line("0x1001", "Unknow expression type"), Line("0x1001", "Unknow dictionary type"),
+                            Line("0x111", "CDLPDigitalAssetsParser::GenerateDigitalAssetsXML()")));
+}
+
+TEST_F(AssetExport, StoredTextIsReadWhateverEncodingItDeclares) {
+    CCfgSettingDLPFilterKeyword record = Keyword(L"n");
+    record.SetSubkeywordList(
+        L"\ufeff<?xml version=\"1.0\" encoding=\"UTF-16\"?><dictionary><keyword>\u00e4</keyword></dictionary>");
+    record.SaveThis();
+    EXPECT_EQ(Assets({}, {L"n"}),
+              "<dictionary name=\"n\" type=\"All\" display_name=\"n\" description=\"\" pre-defined=\"false\">"
+              "<keyword>\xc3\xa4</keyword></dictionary>");
+}
+
+TEST_F(AssetExport, KeywordsTakeTheirNamespacesAlong) {
+    CCfgSettingDLPFilterKeyword record = Keyword(L"n");
+    record.SetSubkeywordList(
+        L"<dictionary xmlns=\"urn:x\" xmlns:p=\"urn:y\"><keyword p:a=\"1\">k</keyword><p:keyword/></dictionary>");
+    record.SaveThis();
+    EXPECT_EQ(Assets({}, {L"n"}),
+              "<dictionary name=\"n\" type=\"All\" display_name=\"n\" description=\"\" pre-defined=\"false\">"
+              "<keyword p:a=\"1\" xmlns=\"urn:x\" xmlns:p=\"urn:y\">k</keyword></dictionary>");
+}
+
 TEST_F(AssetExport, KeywordsAreWrittenAsTheyAreStored) {
     CCfgSettingDLPFilterKeyword record = Keyword(L"n");
     record.SetSubkeywordList(
@@ -270,16 +305,25 @@ TEST_F(AssetExport, CharacterThatXmlCannotCarryFailsTheWholeAndNamesTheRecord) {
     keyword.SaveThis();
     CLogRecorder log;
     EXPECT_EQ(Export({L"e"}), "failed");
+    EXPECT_THAT(log.Lines(),
+                ElementsAre(Line("0x110", "CDLPDigitalAssetsParser::ExportDigitalAssets()"),
+                            Line("0x110", "CDLPDigitalAssetsParser::GenerateRootXML()"),
+                            Line("0x110", "CDLPDigitalAssetsParser::GenerateDigitalAssetsXML()"),
+                            Line("0x1003",
+                                 "Fail to generate entity xml, Error: ORVAL_SUB_CFG_DLP_EXPRESSIONe: text "
+                                 "of element regularExpression: the character U+0001 cannot be written in XML"),
+                            Line("0x1004", "Fail to generate entity node."),
+                            Line("0x1004", "Fail to generate xml file digital assets part.")));
+    log.Clear();
     EXPECT_EQ(Assets({}, {L"k"}), "failed");
-    EXPECT_THAT(log.Messages(DBG::LEVEL_ERROR),
-                ElementsAre(testing::MatchesRegex("Fail to generate entity xml, Error: "
-                                                  "ORVAL_SUB_CFG_DLP_EXPRESSIONe: .*U\\+0001.*"),
-                            testing::MatchesRegex("Fail to generate dictionary xml, Error: "
-                                                  "ORVAL_SUB_CFG_DLP_KEYWORDk: .*U\\+FFFE.*")));
-    EXPECT_THAT(log.Messages(DBG::LEVEL_FAILURE),
-                ElementsAre("Fail to generate entity node.", "Fail to generate xml file digital assets part.",
-                            "Fail to generate dictionary node."));
-    EXPECT_THAT(log.Messages(DBG::LEVEL_CONTENT), ElementsAre("Unknow dictionary type"));
+    EXPECT_THAT(log.Lines(),
+                ElementsAre(Line("0x110", "CDLPDigitalAssetsParser::GenerateDigitalAssetsXML()"),
+                            Line("0x1001", "Unknow dictionary type"),
+                            Line("0x1003",
+                                 "Fail to generate dictionary xml, Error: ORVAL_SUB_CFG_DLP_KEYWORDk: "
+                                 "attribute description of element dictionary: the character U+FFFE cannot be "
+                                 "written in XML"),
+                            Line("0x1004", "Fail to generate dictionary node.")));
 }
 
 TEST_F(AssetExport, ObserverHearsOverWhichRecordItFails) {

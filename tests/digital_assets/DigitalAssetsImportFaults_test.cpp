@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <stdexcept>
 
 #include "api/CDLPDigitalAssetsParser.h"
@@ -91,6 +92,11 @@ class AssetImportFaults : public CAssetFixture {
             EXPECT_EQ(iResult, 3);
             EXPECT_EQ(StoredNames(), row.pStored);
             EXPECT_EQ(listener.m_vecItems, row.vecItems);
+            // What was skipped before stays named; the item over which it failed is not.
+            EXPECT_EQ(static_cast<std::size_t>(std::count_if(
+                          row.vecItems.begin(), row.vecItems.end(),
+                          [](const std::string& strItem) { return strItem.find("skipped") != std::string::npos; })),
+                      m_vecSkipped.size());
             std::vector<std::string> vecLines;
             for (const std::string strLine : row.vecLines) {
                 vecLines.push_back(strLine.back() == ' ' ? strLine + strMessage : strLine);
@@ -144,6 +150,19 @@ TEST_F(AssetImportFaults, StoreFailingAtAnyCallKeepsWhatWasSaved) {
             {"Commit", "[n] | [n]", {CREATED_A, KEPT_EXPRESSION, CREATED_B, KEPT_LIST, CREATED_K}, vecKeyword},
         },
         CStoreFaults::StoreFault, OS::Utf8Lenient(STORE_FAULT));
+}
+
+TEST_F(AssetImportFaults, LookupThatFailsIsNotLoggedAsNotFound) {
+    m_faults.FailAt(2);
+    CLogRecorder log;
+    EXPECT_EQ(Import(EImport::ALL), 3);
+    EXPECT_THAT(log.Lines(),
+                ElementsAre(Line("0x110", "CDLPDigitalAssetsParser::CheckImportVersion()"),
+                            Line("0x111", "CDLPDigitalAssetsParser::CheckImportVersion(), result = 1"),
+                            Line("0x110", "CDLPDigitalAssetsParser::ImportEntity()"),
+                            Line("0x110", "CDLPDigitalAssetsParser::FindExpression, internalName = a"),
+                            Line("0x1004", "Fail to import expression xml file, Error: the store does not answer"),
+                            Line("0x1004", "fail to import entity.")));
 }
 
 TEST_F(AssetImportFaults, ImportOfExpressionsAloneFailsInItsOwnWords) {

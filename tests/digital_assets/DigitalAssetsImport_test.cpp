@@ -369,6 +369,39 @@ TEST_F(AssetImport, RecordIsFoundByItsInternalNameWhateverItsSubject) {
     EXPECT_THROW(Stored(L"n"), OS::CException);
 }
 
+TEST_F(AssetImport, FirstOfTwoStoredOfOneNameIsReplaced) {
+    for (const wchar_t* const pSubject : {L"2", L"1", L"3"}) {
+        CCfgSettingDLPFilterExpression expression = Expression(pSubject);
+        expression.SetInternalName(L"n");
+        expression.SaveThis();
+        CCfgSettingDLPFilterKeyword keyword = Keyword(pSubject);
+        keyword.SetInternalName(L"n");
+        keyword.SaveThis();
+    }
+    EXPECT_EQ(Import(Policy(Entity("n", "Mine") + List("n", "Mine"))), 0);
+    for (const wchar_t* const pSubject : {L"1", L"2", L"3"}) {
+        const bool bFirst = std::wstring(pSubject) == L"1";
+        OS::x_wstring strExpression;
+        OS::x_wstring strKeyword;
+        Stored(pSubject).GetNameW(strExpression);
+        StoredList(pSubject).GetNameW(strKeyword);
+        EXPECT_EQ(strExpression, bFirst ? L"Mine" : pSubject);
+        EXPECT_EQ(strKeyword, bFirst ? L"Mine" : pSubject);
+    }
+}
+
+TEST_F(AssetImport, NamesAreThoseWithoutPrefix) {
+    EXPECT_EQ(Import("<SAPolicy xmlns='urn:x' xmlns:p='urn:x'><digitalAssets command='append'>" + Entity("a", "A") +
+                     "<p:entity name='b' display_name='B'><regularExpression/></p:entity>" +
+                     Entity("c", "C", "", "<p:regularExpression/>") + "</digitalAssets></SAPolicy>"),
+              0);
+    EXPECT_THAT(Skipped(), ElementsAre("C"));
+    EXPECT_EQ(Dump(),
+              "expressions subject=\"ORVAL_SUB_CFG_DLP_EXPRESSIONa\" name=\"a\" display_name=\"A\" type=\"Generic\" "
+              "pattern=\"p\"\n");
+    EXPECT_EQ(Import("<p:SAPolicy xmlns:p='urn:x'/>"), 2);
+}
+
 TEST_F(AssetImport, SecondItemOfANameMeetsTheFirst) {
     EXPECT_EQ(Import(Policy(Entity("n", "One", " pre-defined=\"true\"") +
                             Entity("n", "Two", " pre-defined=\"false\"", "<regularExpression>q</regularExpression>"))),
@@ -430,6 +463,45 @@ TEST_F(AssetImport, ReplacedExpressionLosesEveryFieldThatTheItemDoesNotCarry) {
     EXPECT_THAT(Skipped(), IsEmpty());
 }
 
+TEST_F(AssetImport, ExpressionHasTheNumbersOfItsTypeAlone) {
+    const std::string strNumbers =
+        " minLength=\"1\" maxLength=\"2\" suffixLength=\"3\" minLeftRadius=\"4\" maxLeftRadius=\"5\" "
+        "maxRightRadius=\"6\"";
+    const struct {
+        const char* pType;
+        const char* pStored;
+    } aRows[] = {
+        {"Generic", "\n"},
+        {"Type 1", " min_length=1 max_length=2 alphabet_charset=\"c\"\n"},
+        {"Type 2", " min_length=1 max_length=2 suffix_length=3 alphabet_charset=\"c\"\n"},
+        {"Type 3", " min_left_radius=4 max_left_radius=5 max_right_radius=6 alphabet_charset=\"c\"\n"},
+    };
+    for (const auto& row : aRows) {
+        EXPECT_EQ(Import(Policy(Entity("n", "N", std::string(" type=\"") + row.pType + '"' + strNumbers,
+                                       "<regularExpression/><alphabetCharset>c</alphabetCharset>"))),
+                  0);
+        EXPECT_EQ(Dump(), std::string("expressions subject=\"ORVAL_SUB_CFG_DLP_EXPRESSIONn\" name=\"n\" "
+                                      "display_name=\"N\" type=\"") +
+                              row.pType + '"' + row.pStored);
+    }
+}
+
+TEST_F(AssetImport, FlagIsSetByTheWordTrueAlone) {
+    const std::pair<const char*, bool> aRows[] = {{"true", true},   {"TRUE", true},   {"tRuE", true},
+                                                  {"false", false}, {" true", false}, {"true ", false},
+                                                  {"1", false},     {"yes", false},   {"", false}};
+    for (const auto& [pText, bSet] : aRows) {
+        const std::string strFlag = std::string("=\"") + pText + '"';
+        EXPECT_EQ(Import(Policy(Entity("n", "N", " caseSensitive" + strFlag + " pre-defined" + strFlag) +
+                                List("n", "N", " pre-defined" + strFlag))),
+                  0);
+        EXPECT_EQ(Stored(L"n").IsCaseSensitive(), bSet) << pText;
+        EXPECT_EQ(Stored(L"n").IsBuiltIn(), bSet) << pText;
+        EXPECT_EQ(StoredList(L"n").IsBuiltIn(), bSet) << pText;
+        CSettingsStore::Open("memory:");
+    }
+}
+
 TEST_F(AssetImport, TypeIsReadWithoutCaseAndStoredAsItIsSpelled) {
     const struct {
         const char* pType;
@@ -457,6 +529,17 @@ TEST_F(AssetImport, NumbersAreReadAsFarAsTheyGo) {
                  {"", 0},
                  {"abc", 0},
                  {"007", 7},
+                 {"+", 0},
+                 {"+-7", 0},
+                 {"7 8", 7},
+                 {"\xc2\xa0"
+                  "7",
+                  0},
+                 {"\xd9\xa7", 0},
+                 {"2147483647", 2147483647},
+                 {"2147483648", 2147483647},
+                 {"-2147483648", -2147483647 - 1},
+                 {"-2147483649", -2147483647 - 1},
                  {"99999999999999999999", 2147483647},
                  {"-99999999999", -2147483647 - 1}};
     for (const auto& row : aRows) {
@@ -493,6 +576,26 @@ TEST_F(AssetImport, ExpressionWithoutAPatternIsSkipped) {
                             Line("0x111", "CDLPDigitalAssetsParser::ImportDigitalAssets()")));
     EXPECT_THAT(Skipped(), ElementsAre("Abc", "\xc3\xa4"));
     EXPECT_EQ(Dump(), strBefore);
+}
+
+TEST_F(AssetImport, MissingPatternIsLoggedWithTheFirstBytesOfTheDisplayName) {
+    const std::pair<const char*, const char*> aRows[] = {
+        {"\xc3\xa4", "\xc3\xa4"},  // U+00E4: E4, then zero
+        {"\xc4\x80", ""},          // U+0100: zero at once
+        {"\xe4\xb8\xad"
+         "A",
+         "-N"},                                    // U+4E2D: 2D 4E, then zero
+        {"\xf0\x9f\x98\x80", ""},                  // U+1F600: zero at once
+        {"\xf0\x9f\x98\x81", "\x01\xc3\xb6\x01"},  // U+1F601: 01 F6 01, then zero
+    };
+    for (const auto& [pDisplayName, pLogged] : aRows) {
+        CLogRecorder log;
+        EXPECT_EQ(Import(Policy(Entity("n", pDisplayName, "", ""))), 0);
+        EXPECT_THAT(log.Messages(DBG::LEVEL_FAILURE),
+                    ElementsAre(std::string("Fail to find tag ., skip entity: ") + pLogged,
+                                "CDLPDigitalAssetsParser::AddExpression() fail to add expression."));
+        EXPECT_THAT(Skipped(), testing::Contains(pDisplayName));
+    }
 }
 
 TEST_F(AssetImport, TypedExpressionWithoutACharacterSetIsSkipped) {
