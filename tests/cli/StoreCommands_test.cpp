@@ -235,7 +235,7 @@ TEST_F(StoreCommands, LoadRefusesWhatIsNoJsonWithItsPlace) {
         {"{} {}", ":1:4: no JSON: syntax error while parsing value - unexpected '{'; expected end of input"},
         {"{\"a\": \"\xff\"}",
          ":1:8: no JSON: syntax error while parsing value - invalid string: ill-formed UTF-8 byte; last read: "
-         "'\"\\xff'"},
+         "'\"\xEF\xBF\xBD'"},
         {R"({"format": "a", "format": "b"})", ": the member \"format\" stands twice in one object"},
         {R"([{"a": {}, "b": {"a": 1}, "c": {"d": 1, "d": 1}}])", ": the member \"d\" stands twice in one object"},
     };
