@@ -278,7 +278,8 @@ TEST_F(TemplateParse, FailedImportIsOnlyLogged) {
 
 TEST_F(TemplateParse, FileThatCannotBeOpenedIsLogged) {
     const std::string strFile = m_folder.Write("file", "x");
-    for (const std::string& strPath : {std::string(), m_folder.Path("none.xml"), m_folder.Path(), strFile + "/x"}) {
+    for (const std::string& strPath : {std::string(), m_folder.Path("none.xml"), m_folder.Path(), strFile + "/x",
+                                       strFile + '\0', strFile + '\0' + "x"}) {
         CLogRecorder log;
         EXPECT_FALSE(ImportFile(strPath)) << strPath;
         EXPECT_EQ(log.Lines(), Lines{CANNOT_OPEN});

@@ -76,6 +76,12 @@ TEST_F(XmlNormalizer, MapsTheNamesOfItsFile) {
     EXPECT_EQ(Map(L"Old words"), "Words");
 }
 
+TEST_F(XmlNormalizer, FileNamedAsTheTextStandsComesFirst) {
+    m_folder.Write("config\\cfg_dlp_da_map.txt", "Old\tAs it stands\n");
+    WriteMap("Old\tWith slashes\n");
+    EXPECT_EQ(Map(L"Old"), "As it stands");
+}
+
 TEST_F(XmlNormalizer, NameOutsideTheMapStaysAndIsLogged) {
     WriteMap("Old\tNew\n");
     CLogRecorder log;
