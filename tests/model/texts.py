@@ -16,7 +16,7 @@ _SPECIAL = (("&", "&amp;"), ("<", "&lt;"), (">", "&gt;"), ('"', "&quot;"), ("'",
 def wtoi(text: str) -> int:
     """Blanks, one sign, leading digits; 0 without digits, the nearest bound when too large."""
     sign, digits = _NUMBER.match(text).groups()
-    value = int(digits[:4000] or "0") * (-1 if sign == "-" else 1)
+    value = int(digits.lstrip("0")[:20] or "0") * (-1 if sign == "-" else 1)
     return max(INT_MIN, min(INT_MAX, value))
 
 
