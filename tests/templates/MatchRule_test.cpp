@@ -154,6 +154,7 @@ INSTANTIATE_TEST_SUITE_P(
                     SCase{L"K:WORD", "UNKNOWN KEYWORD 0 <W> | OR UNKNOWN 0 <>"},                       //
                     SCase{L"P:x(1) and K:y", "UNKNOWN ENTITY 1 <x>"},                                  //
                     SCase{L"\v K: a \f AND \tP:n(1)\n", "UNKNOWN KEYWORD 0 < a> | AND ENTITY 1 <n>"},  //
+                    SCase{L"K:a  AND  K:b \t", "UNKNOWN KEYWORD 0 <a> | AND KEYWORD 0 <b>"},           //
                     SCase{L"\u00A0K:a\u3000AND K:b", "UNKNOWN KEYWORD 0 <a\xE3\x80\x80> | AND KEYWORD 0 <b>"},
                     SCase{L"K:a EXCEPTION", "UNKNOWN KEYWORD 0 <a> | EXCEPT UNKNOWN 0 <>"}));
 
