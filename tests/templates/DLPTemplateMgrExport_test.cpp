@@ -350,7 +350,7 @@ TEST_F(TemplateExport, ChildrenThatAreNoRulesAreReadAsRules) {
 }
 
 TEST_F(TemplateExport, AssetThatTheCheckDoesNotSeeFailsTheExport) {
-    TemplateStore::AddTemplate({"T", "t", "<other><x sourceType=\"ENTITY\" sourceName=\"none\"/></other>"});
+    TemplateStore::AddTemplate({"T", "t", "<other>" + Block("ENTITY", "none") + "</other>"});
     Subjects lstExpressions;
     CExportRecorder observer;
     CLogRecorder log;
