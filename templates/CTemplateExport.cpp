@@ -71,7 +71,7 @@ std::string CTemplateExport::Run() {
     std::string strOut;
     CXMLWriter writer(strOut);
     if (!DigitalAssets::StartRoot(writer) || !writer.IsIn(TagUtf8::SA_POLICY)) {
-        DLP_LOG(DBG::LEVEL_FAILURE, L"Fail to find %s.", Tag::SA_POLICY);
+        DLP_LOG(DBG::LEVEL_FAILURE, TemplateLog::NOT_FOUND, Tag::SA_POLICY);
         return std::string();
     }
     ReadTemplates();

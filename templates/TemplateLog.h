@@ -2,12 +2,15 @@
 
 #include <string_view>
 
+#include "digital_assets/AssetLog.h"
+
 /** Lines of the template manager that more than one of its operations writes. */
 namespace TemplateLog {
 
 inline constexpr char MANAGER_SOURCE[] = ".\\DLPTemplateMgr.cpp";
 
-inline constexpr wchar_t NODE_NOT_FOUND[] = L"Fail to find node %s";
+using DigitalAssets::NODE_NOT_FOUND;
+using DigitalAssets::NOT_FOUND;
 inline constexpr wchar_t TYPE_NOT_SUPPORTED[] = L"this digital asset type is not supported type = %s";
 
 /** FindTemplate is entered. @param strValue UTF-8 */
