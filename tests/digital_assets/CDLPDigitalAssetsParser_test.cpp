@@ -1,5 +1,7 @@
 #include "api/CDLPDigitalAssetsParser.h"
 
+#include <type_traits>
+
 #include "platform/localization/StringTable.h"
 #include "tests/digital_assets/AssetFixture.h"
 
@@ -15,6 +17,10 @@ class DigitalAssetsParser : public CAssetFixture {
         return OS::Utf8Lenient(strOut);
     }
 };
+
+using Pair = CDLPDigitalAssetsParser::SKeyValuePair;
+static_assert(std::is_same_v<decltype(Pair::strKey), std::wstring>);
+static_assert(std::is_same_v<decltype(Pair::strValue), std::wstring>);
 
 constexpr char ROOT_ENTERED[] = "CDLPDigitalAssetsParser::GenerateRootXML()";
 
