@@ -9,7 +9,9 @@ import spellings as s
 from spellings import Taste
 
 DECLARATIONS = ['<?xml version="1.0" encoding="UTF-8"?>', "<?xml version='1.0'?>", "",
-                '<?xml version="1.0" encoding="UTF-8"?>\n', '<?xml version="1.0" encoding="UTF-16" standalone="yes"?>']
+                '<?xml version="1.0" encoding="UTF-8"?>\n', '<?xml version="1.0" encoding="UTF-16" standalone="yes"?>',
+                '<?xml version="1.0" encoding="no-such"?>', "<?xml version='1.0' encoding='utf-8' standalone='no'?>",
+                '<?xml version="1.1"?>', "<!-- first --><?first?>"]
 REFERENCES = {"&": ["&amp;", "&#38;", "&#x26;"], "<": ["&lt;", "&#60;", "&#x3C;"], ">": ["&gt;", ">", "&#62;"],
               '"': ["&quot;", "&#34;"], "'": ["&apos;", "&#39;"], "\t": ["&#9;", "&#x9;"], "\n": ["&#10;", "&#xA;"],
               "\r": ["&#13;", "&#xd;"]}
@@ -74,6 +76,12 @@ class Writer:
         return "".join(parts)
 
     def _text(self, text: str) -> str:
+        if text and self._taste.has("comments"):
+            middle = self._chance.randint(0, len(text))
+            return self._plain(text[:middle]) + self._chance.choice(COMMENTS) + self._plain(text[middle:])
+        return self._plain(text)
+
+    def _plain(self, text: str) -> str:
         if self._taste.has("cdata") and "]]>" not in text and not any(c in text for c in "\r"):
             half = self._chance.randint(0, len(text))
             return f"<![CDATA[{text[:half]}]]>" + self._escape(text[half:], "")
@@ -101,6 +109,7 @@ class Policies:
         self._taste = taste
         self._chance = taste.chance
         self._writer = Writer(taste)
+        self.met: dict[str, list[str]] = {"entity": [], "dictionary": [], "template": []}
 
     # -- the parts ---------------------------------------------------------------------------------------------------
 
@@ -122,6 +131,12 @@ class Policies:
                                 [("name", "f"), ("operation", "OR")], [self._taste.text()]))
         return Tag(name, _unique(kept, self._taste), children)
 
+    def _name(self, tag: str, pool: list[str]) -> str:
+        """A name of the pool, remembered for what refers to it."""
+        name = self._taste.name(pool)
+        self.met[tag].append(name)
+        return name
+
     def _display(self, name: str) -> str:
         """Display names: near the names, so that they meet."""
         return self._chance.choice([name, name.upper(), "The " + name, self._taste.text() or name])
@@ -135,7 +150,7 @@ class Policies:
 
     def entity(self) -> Tag:
         """An expression."""
-        name = self._taste.name(s.EXPRESSION_NAMES)
+        name = self._name("entity", s.EXPRESSION_NAMES)
         attributes = [("name", name), ("type", self._taste.pick(s.TYPES, s.ODD_TYPES, "odd types")),
                       ("caseSensitive", self._taste.pick(s.FLAGS, s.ODD_FLAGS, "odd flags")),
                       ("validator", self._chance.choice(["", "luhn"]))]
@@ -144,10 +159,17 @@ class Policies:
                 attributes.append((number, self._number()))
         attributes += [("display_name", self._display(name)), ("description", self._taste.text()),
                        ("pre-defined", self._predefined())]
-        children = [Tag(tag, [], [self._taste.text()] if self._chance.random() < 0.8 else [])
+        children = [self._asset_text(tag)
                     for tag in ("regularExpression", "alphabetCharset", "patternForDisplay", "examples")
-                    if not self._taste.has("missing attributes")]
+                    for _ in range(0 if self._taste.has("missing attributes") else 2 if self._taste.has("doubled sections") else 1)]
         return self._tag("entity", attributes, children)
+
+    def _asset_text(self, tag: str) -> Tag:
+        """An element that holds a text, or with foreign elements two."""
+        children: list[Tag | str] = [self._taste.text()] if self._chance.random() < 0.8 else []
+        if self._taste.has("foreign elements"):
+            children += [Tag("b", [], [self._taste.text()]), self._taste.text()]
+        return Tag(tag, [], children)
 
     def _keyword(self) -> Tag:
         attributes = [("description", self._taste.text()), ("score", self._number()),
@@ -156,7 +178,7 @@ class Policies:
 
     def dictionary(self) -> Tag:
         """A keyword list."""
-        name = self._taste.name(s.KEYWORD_NAMES)
+        name = self._name("dictionary", s.KEYWORD_NAMES)
         attributes = [("name", name), ("type", self._taste.pick(s.CONDITIONS, s.ODD_CONDITIONS, "odd types")),
                       ("threshold", self._number()), ("number", self._number()), ("display_name", self._display(name)),
                       ("description", self._taste.text()), ("pre-defined", self._predefined())]
@@ -164,10 +186,10 @@ class Policies:
 
     def _block(self, old: bool) -> Tag:
         kind = self._chance.choice(s.SOURCE_TYPES)
-        pool = s.EXPRESSION_NAMES if kind == "ENTITY" else s.KEYWORD_NAMES
+        met = self.met["entity" if kind == "ENTITY" else "dictionary"][-6:]
         if old:
-            pool = pool + s.OLD_NAMES
-        name = "nothing" if self._taste.has("references to nothing") else self._taste.name(pool)
+            met = met + s.OLD_NAMES[:2]
+        name = "nothing" if not met or self._taste.has("references to nothing") else self._chance.choice(met)
         attributes = [("sourceType", s_type(kind, self._taste)), ("entityHits", self._number()), ("sourceName", name)]
         if self._chance.random() < 0.6:
             attributes.append(("operation", self._operation()))
@@ -182,7 +204,7 @@ class Policies:
 
     def template(self, old: bool = False) -> Tag:
         """A template, of today's or the older layout."""
-        name = self._taste.name(s.TEMPLATE_NAMES)
+        name = self._name("template", s.TEMPLATE_NAMES)
         rules: list[Tag | str] = [self._rule(old) for _ in range(self._chance.randint(0, 3))]
         if old:
             attributes = [("name", name), ("displayName", self._display(name)),
@@ -196,7 +218,8 @@ class Policies:
         return self._tag("template", attributes, rules)
 
     def _category(self, tag: str) -> Tag:
-        ids = [Tag("template_id", [], [self._taste.name(s.TEMPLATE_NAMES)]) for _ in range(self._chance.randint(0, 3))]
+        names = self.met["template"][-4:] + s.TEMPLATE_NAMES[:1]
+        ids = [Tag("template_id", [], [self._chance.choice(names)]) for _ in range(self._chance.randint(0, 3))]
         name = self._taste.name(s.CATEGORY_NAMES)
         return self._tag(tag, [("name", name), ("display_name", self._display(name))], list(ids))
 
@@ -210,7 +233,7 @@ class Policies:
 
     def _sections(self, old: bool) -> list[Tag]:
         makers: list[tuple[str, Callable[[], list[Tag]]]] = [
-            ("digitalAssets", lambda: self._several(self.entity, 4) + self._several(self.dictionary, 3)),
+            ("digitalAssets", lambda: self._several(self.entity, 5) + self._several(self.dictionary, 4)),
             ("complianceTemplates", lambda: [self.template(old)] + self._several(lambda: self.template(old), 3)),
             ("industries", lambda: self._several(lambda: self._category("industry"), 3)),
             ("regions", lambda: self._several(lambda: self._category("region"), 3)),

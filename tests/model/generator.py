@@ -5,7 +5,6 @@ from __future__ import annotations
 
 import argparse
 import random
-import re
 from collections import Counter
 
 import spellings as s
@@ -93,10 +92,10 @@ class Sequences:
 
     def _met(self, tag: str, pool: list[str], prefix: str = "") -> list[str]:
         """Names of elements in the documents so far, which are probably stored; seldom any name."""
-        met = [name for text in self._seen for name in re.findall(f"<{tag}\\s[^>]*?\\sname=\"([^\"&]*)", text)]
+        met = self._policies.met[tag][-6:]
         if not met or self._chance.random() < 0.2:
             return self._names(pool, prefix)
-        return [prefix + name for name in self._chance.sample(met, self._chance.randint(0, min(4, len(met))))]
+        return [prefix + name for name in self._chance.sample(met, self._chance.randint(0, min(2, len(met))))]
 
     def _export(self) -> Operation:
         if self._chance.random() < 0.7:
@@ -149,9 +148,10 @@ class Sequences:
         return {"op": "keywords_from_xml", "text": self._policies.dictionary_text(), "keywords": keywords}
 
     def _find(self) -> Operation:
-        field = self._chance.choice([0, 1, 2, 2, 2, 3, -1])
-        value = self._chance.choice([self._taste.name(s.TEMPLATE_NAMES), "", TEMPLATE_PREFIX + "pay", "PAY", "The pay"])
-        return {"op": "find", "field": field, "value": value}
+        field = self._chance.choice([0, 0, 1, 1, 2, 2, 2, 3, -1])
+        name = self._chance.choice([*self._met("template", s.TEMPLATE_NAMES), ""])
+        by_field = {0: TEMPLATE_PREFIX + name, 1: self._chance.choice([name, name.upper(), "The " + name])}
+        return {"op": "find", "field": field, "value": by_field.get(field, name)}
 
     def _metadata(self) -> Operation:
         lists = ["validators", "expression_types", "keyword_conditions", "industries", "regions"]

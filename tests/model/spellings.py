@@ -63,7 +63,7 @@ class Taste:
     )
     # What stops a whole document stays rare, or the rest of the sequence would see an empty store.
     CEILINGS = {"wrong root": 0.06, "broken text": 0.1, "bad characters": 0.0004, "odd languages": 0.3,
-                "doubled attributes": 0.002, "missing sections": 0.2, "namespaces": 0.05, "missing attributes": 0.15,
+                "doubled attributes": 0.002, "missing sections": 0.08, "empty sections": 0.15, "namespaces": 0.05, "missing attributes": 0.15,
                 "misplaced sections": 0.15, "older layout": 0.5, "odd source types": 0.12, "odd operations": 0.15,
                 "references to nothing": 0.15, "nested": 0.01}
 

@@ -14,6 +14,7 @@
 #include "api/DLPMetaDataLoaderImpl.h"
 #include "cli/RecordJson.h"
 #include "platform/store/CSettingsStore.h"
+#include "settings/CCfgSettingDLPFilterTemplate.h"
 #include "templates/DLPTemplateMgr.h"
 #include "templates/DLPXmlNormalizer.h"
 #include "tests/model/driver/JsonText.h"
@@ -194,11 +195,21 @@ ESettingsKind KindOf(const Json& operation) {
     return Choose(KINDS, operation.at("kind"));
 }
 
+/** @return the name that the element of a template gives it */
+std::string ElementName(const Json& element) {
+    CCfgSettingDLPFilterTemplate record((OS::x_wstring()));
+    record.SetElement(WideOf(element));
+    return record.Row().GetText(TemplateColumn::ELEMENT_NAME);
+}
+
 /** Fields that the record leaves out have their empty value. */
 void Put(const Json& operation, Json&) {
     const ESettingsKind eKind = KindOf(operation);
     Json record = RecordToJson(CSettingsRow(eKind));
     record.update(operation.at("record"));
+    if (eKind == ESettingsKind::TEMPLATE) {
+        record["name"] = ElementName(record.at("element"));
+    }
     CSettingsStore::Current().Save(RecordFromJson(eKind, record, std::string()));
 }
 
