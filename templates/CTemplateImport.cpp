@@ -6,6 +6,7 @@
 
 #include <boost/make_shared.hpp>
 
+#include "digital_assets/AssetLog.h"
 #include "digital_assets/DigitalAssets.h"
 #include "platform/common/CException.h"
 #include "platform/common/TextConversion.h"
@@ -130,7 +131,7 @@ void CTemplateImport::Store(const SItem& item) {
 
 void CTemplateImport::Update(const SItem& item, const CTemplateMgr::Record& pRecord) {
     if (pRecord->IsBuiltIn() && !item.bPreDefined) {
-        DLP_LOG(DBG::LEVEL_INFO, L"existed one is pre-defined but imported one is not, skip");
+        DLP_LOG(DBG::LEVEL_INFO, DigitalAssets::BUILT_IN_KEPT);
         Skip(item, EDisposition::SKIPPED, EReason::BUILT_IN);
         return;
     }
