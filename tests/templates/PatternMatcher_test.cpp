@@ -235,6 +235,16 @@ TEST(PatternMatcher, MissingGroupsAreErrors) {
     EXPECT_EQ(ResultOf([&] { matcher.GetGroup(2); }), 0x80070057U);
 }
 
+TEST(PatternMatcher, GroupsOfAnEarlierMatchAreForgotten) {
+    const CPattern pattern(L"{a}|{b}");
+    CPatternMatcher matcher(pattern, L"ab");
+    ASSERT_TRUE(matcher.Search(0));
+    EXPECT_EQ(matcher.Text(matcher.GetGroup(0)), L"a");
+    ASSERT_TRUE(matcher.Search(1));
+    EXPECT_EQ(matcher.Text(matcher.GetGroup(1)), L"b");
+    EXPECT_EQ(ResultOf([&] { matcher.GetGroup(0); }), CResultException::FAIL);
+}
+
 TEST(PatternMatcher, EmptyGroupIsNoMissingGroup) {
     const CPattern pattern(L"a{b*}");
     CPatternMatcher matcher(pattern, L"a");
