@@ -143,7 +143,7 @@ TEST_F(TemplateExport, DocumentHoldsTemplatesAssetsAndCategories) {
                                 {"Finance", "Health"},
                                 {"Europe"},
                                 "about <1>"});
-    TemplateStore::AddTemplate({"T2", "Second", "", false, {"Finance"}});
+    TemplateStore::AddTemplate({"T2", "Second", "", false, {"Finance"}, {"Europe"}});
     EXPECT_EQ(Export({L"T2", L"T1"}),
               std::string(ROOT_START) + R"(<digitalAssets command="overwrite">)" + CARD + WORDS +
                   R"(</digitalAssets><complianceTemplates command="overwrite">)"
@@ -156,7 +156,7 @@ TEST_F(TemplateExport, DocumentHoldsTemplatesAssetsAndCategories) {
                   R"(<template_id>T1</template_id></industry>)"
                   R"(<industry name="Health" display_name="Health &amp;amp; Care"><template_id>T1</template_id>)"
                   R"(</industry></industries><regions><region name="Europe" display_name="All of Europe">)"
-                  R"(<template_id>T1</template_id></region></regions></SAPolicy>)");
+                  R"(<template_id>T2</template_id><template_id>T1</template_id></region></regions></SAPolicy>)");
 }
 
 TEST_F(TemplateExport, NothingRequestedGivesACompleteDocument) {
@@ -295,6 +295,8 @@ TEST_F(TemplateExport, InvalidReferenceLeavesTheTemplateOut) {
         {Rule(Block("Entity", "Words")), "0x1001 template contain invalid expression Words", "ENTITY \"Words\""},
         {Rule(Block("KEYWORD", "Card")), "0x1001 template contain invalid keyword Card", "KEYWORD \"Card\""},
         {Rule(Block(" ENTITY ", "Card")), "0x1001 this digital asset type is not supported type =  ENTITY ",
+         "sourceType \" ENTITY \""},
+        {Rule(Block(" ENTITY ", "none")), "0x1001 this digital asset type is not supported type =  ENTITY ",
          "sourceType \" ENTITY \""},
         {Rule("<buildingBlock/>"), "0x1001 this digital asset type is not supported type = ", "sourceType \"\""},
         {Rule(Block("ENTITY", "Card")) + Rule(Block("x", "1") + Block("ENTITY", "none")),
