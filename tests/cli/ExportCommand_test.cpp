@@ -100,9 +100,9 @@ TEST_F(ExportCommand, TheAnswerInJsonNeverSharesTheDocumentsFile) {
     m_dir.Write("small.xml", Documents::Small());
     const std::string strTool = "\"$DLPCTL\" --store " + Url("own.db") + ' ';
     ASSERT_EQ(CProgram::Shell(strTool + "-q import " + strDocument + " >/dev/null").iCode, 0);
-    for (const char* pPipe : {" | cat", " > " DLP_BINARY_DIR "/both.json"}) {
+    for (const std::string& strPipe : {std::string(" | cat"), " > " + m_dir.Path("both.json")}) {
         const SToolRun run =
-            CProgram::Shell("{ " + strTool + "--json export --all -o /dev/stdout; echo $? >&2; }" + pPipe);
+            CProgram::Shell("{ " + strTool + "--json export --all -o /dev/stdout; echo $? >&2; }" + strPipe);
         EXPECT_EQ(run.strErr,
                   "dlpctl: --json needs -o FILE here: the document and the answer cannot share standard output\n3\n");
     }

@@ -268,6 +268,29 @@ TEST_F(AssetExport, StoredTextThatIsNoDictionaryFailsTheWhole) {
     }
 }
 
+TEST_F(AssetExport, AssetsTooDeepToBeReadFailTheDocument) {
+    const auto save = [](int iDepth) {
+        OS::x_wstring strText;
+        for (int i = 0; i < iDepth; ++i) {
+            strText = L"<keyword>" + strText + L"</keyword>";
+        }
+        CCfgSettingDLPFilterKeyword record = Keyword(L"k");
+        record.SetSubkeywordList(L"<dictionary>" + strText + L"</dictionary>");
+        record.SaveThis();
+    };
+    save(254);
+    EXPECT_NE(Export({}, {L"k"}), "failed");
+    save(255);
+    EXPECT_NE(Assets({}, {L"k"}), "failed");
+    CLogRecorder log;
+    EXPECT_EQ(Export({}, {L"k"}), "failed");
+    EXPECT_THAT(log.Lines(), ElementsAre(Line("0x110", "CDLPDigitalAssetsParser::ExportDigitalAssets()"),
+                                         Line("0x110", "CDLPDigitalAssetsParser::GenerateRootXML()"),
+                                         Line("0x110", "CDLPDigitalAssetsParser::GenerateDigitalAssetsXML()"),
+                                         Line("0x111", "CDLPDigitalAssetsParser::GenerateDigitalAssetsXML()"),
+                                         Line("0x1004", "Fail to find digitalAssets.")));
+}
+
 TEST_F(AssetExport, RecordThatIsNotStoredFailsTheWhole) {
     Expression(L"e").SaveThis();
     CLogRecorder log;

@@ -17,7 +17,10 @@ REFERENCES = {"&": ["&amp;", "&#38;", "&#x26;"], "<": ["&lt;", "&#60;", "&#x3C;"
               "\r": ["&#13;", "&#xd;"]}
 BETWEEN = ["\n  ", "\n", " ", "\r\n\t", "&#32;", "&#10;"]
 COMMENTS = ["<!-- a comment -->", "<!---->", "<!-- <entity name='no'/> -->", "<?instruction with data?>", "<?alone?>",
-            "<?x >?>"]
+            "<?x >?>", "<?spaced   out  ?>", "<!--\r\n\u00e9\U0001f600]]>&amp;-->"]
+MARKUP = ["<", ">", "/>", "</a>", "<a/>", "<a>", "]]>", "<![CDATA[", "<![CDATA[]]>", "<![CDATA[\r\n<]]>", "&#x20;", "&#13;", "&amp;", "&",
+          '"', "'", " ", "=", " a='b'", " xmlns='u'", " xmlns:p='u'", "p:", "<!--", "-->", "<!-- \r -->", "<?", "?>", "<?p \r\n?>",
+          "\t", "\r", "\r\n", "\n", "\ufeff", "\u0085", "\u2028", "&#x1F600;", "&lt", "&quot;", "x", "<keyword>", "</keyword>"]
 
 
 @dataclass
@@ -48,7 +51,7 @@ class Writer:
         return f"{start}>{self._content(tag)}</{name}{self._chance.choice(['', '', ' '])}>"
 
     def _namespace(self, name: str, attributes: list[tuple[str, str]]) -> str:
-        declare = [("xmlns", "urn:a"), ("xmlns:p", "urn:p"), ("xmlns:q", "urn:q&amp;"), ("xmlns", "")]
+        declare = [("xmlns", "urn:a"), ("xmlns:p", "urn:p"), ("xmlns:q", "urn:q&\"'"), ("xmlns", ""), ("xmlns:p", "")]
         attributes.insert(self._chance.randint(0, len(attributes)), self._chance.choice(declare))
         if self._chance.random() < 0.2:
             attributes.append(("p:name", "prefixed"))
@@ -82,14 +85,14 @@ class Writer:
         return self._plain(text)
 
     def _plain(self, text: str) -> str:
-        if self._taste.has("cdata") and "]]>" not in text and not any(c in text for c in "\r"):
+        if self._taste.has("cdata") and "]]>" not in text:
             half = self._chance.randint(0, len(text))
             return f"<![CDATA[{text[:half]}]]>" + self._escape(text[half:], "")
         return self._escape(text, "")
 
     def _escape(self, text: str, quote: str) -> str:
         if self._taste.has("bad characters"):
-            text += self._chance.choice(s.NEVER_IN_XML)
+            text += self._chance.choice(s.NEVER_IN_XML + s.NEVER_STORED)
         return "".join(self._character(c, quote) for c in text)
 
     def _character(self, character: str, quote: str) -> str:
@@ -120,14 +123,14 @@ class Policies:
             kept.append((self._chance.choice(kept)[0], "again"))
         if self._taste.has("foreign attributes"):
             kept.insert(self._chance.randint(0, len(kept)),
-                        (self._chance.choice(["Name", "extra", "severity", "xml:lang", "builtin", "displayName"]),
+                        (self._chance.choice(["Name", "extra", "severity", "xml:lang", "xml:space", "builtin", "displayName", "\u540d"]),
                          self._taste.text()))
         if self._taste.has("shuffled sections"):
             self._chance.shuffle(kept)
         if self._taste.has("foreign elements"):
             children = list(children)
             children.insert(self._chance.randint(0, len(children)),
-                            Tag(self._chance.choice(["foreign", "Entity", "keyword", "matchRule", "template_id"]),
+                            Tag(self._chance.choice(["foreign", "Entity", "keyword", "matchRule", "template_id", "\u00e9", "_x.y-z", "buildingBlock"]),
                                 [("name", "f"), ("operation", "OR")], [self._taste.text()]))
         return Tag(name, _unique(kept, self._taste), children)
 
@@ -289,11 +292,20 @@ class Policies:
             lambda: text[:middle] + "&#0;" + text[middle:], lambda: text[:middle] + "&#xD800;" + text[middle:],
             lambda: text[:middle] + "]]>" + text[middle:], lambda: text[:middle] + "<!-- -- -->" + text[middle:],
             lambda: text.replace("</", "</ ", 1), lambda: "", lambda: "   ", lambda: "<?xml version='1.0'?>",
-            lambda: text[:middle] + "\ufffe" + text[middle:], lambda: text[:middle] + "<?xml x?>" + text[middle:],
+            lambda: text[:middle] + "\ufffe" + text[middle:], lambda: text[:middle] + "\ud800" + text[middle:], lambda: text[:middle] + "<?xml x?>" + text[middle:],
             lambda: text.replace('="', "=", 1), lambda: "<d>" * self._chance.choice([254, 255, 256, 257]) + text,
             lambda: _deep(text, self._chance.choice([250, 252, 253, 254, 255])), lambda: text + "\n<!-- end -->\n",
         ]
-        return self._chance.choice(faults)()
+        return self.scrambled(text) if self._chance.random() < 0.5 else self._chance.choice(faults)()
+
+    def scrambled(self, text: str) -> str:
+        """The text with a few pieces of markup put in, or short pieces taken out or doubled."""
+        for _ in range(self._chance.randint(1, 3)):
+            start = self._chance.randint(0, len(text))
+            end = start + self._chance.choice([0, 0, 0, 1, 2, 5])
+            piece = self._chance.choice([*MARKUP, text[start:end], ""])
+            text = text[:start] + piece + text[end if self._chance.random() < 0.5 else start:]
+        return text
 
     def edited(self, text: str) -> str:
         """A small change of a document seen before: a word becomes another one."""
@@ -313,18 +325,22 @@ class Policies:
                "<p:dictionary xmlns:p='urn:p'><keyword>a</keyword></p:dictionary>",
                "<dictionary xmlns:p='urn:p'><keyword p:x='1'>a</keyword><p:keyword>b</p:keyword></dictionary>",
                "<dictionary xmlns='urn:d'><keyword>a</keyword></dictionary>", "<!DOCTYPE dictionary><dictionary/>"]
-        if self._chance.random() < 0.4:
-            return self._chance.choice(odd)
-        return self._writer.write(self.dictionary())
+        return self._stored(odd, self.dictionary)
 
     def template_text(self) -> str:
         """A template element as it is stored, or what is none."""
         odd = ["", "<template/>", "<Template name='pay'/>", "<x><template name='pay'/></x>", "not xml", "<template name='pay'>",
                "<?xml version='1.0'?><template name='pay'><matchRule/></template>", "<p:template xmlns:p='urn:p' name='pay'/>",
                "<template xmlns='urn:t' name='pay'><matchRule><buildingBlock/></matchRule></template>"]
-        if self._chance.random() < 0.3:
+        return self._stored(odd, self.template)
+
+    def _stored(self, odd: list[str], make: Callable[[], Tag]) -> str:
+        """A text as a record may hold it: one of the odd ones, or an element, whole or scrambled."""
+        draw = self._chance.random()
+        if draw < 0.3:
             return self._chance.choice(odd)
-        return self._writer.write(self.template())
+        text = self._writer.write(make())
+        return self.scrambled(text) if draw < 0.45 else text
 
 
 def s_type(kind: str, taste: Taste) -> str:

@@ -58,6 +58,9 @@ class Sequences:
         return text
 
     def _scope(self) -> str:
+        """A scope; very seldom one that no store keeps."""
+        if self._chance.random() < 0.01:
+            return "no text" + self._chance.choice(s.NEVER_STORED)
         return self._chance.choice(["", "", "company", self._taste.text()])
 
     def _import(self) -> Operation:
@@ -71,9 +74,9 @@ class Sequences:
         return {"op": "assets_import", "which": which, "scope": self._scope(), "text": text}
 
     def _file(self, text: str) -> str | None:
-        data = text.encode()
+        data = text.encode(errors="surrogatepass")
         middle = self._chance.randint(0, len(data))
-        odd = [data[:middle] + b"\xff" + data[middle:], text.encode("utf-16"), b"", b"no markup", data[:middle] + b"\0" + data[middle:],
+        odd = [data[:middle] + b"\xff" + data[middle:], text.encode("utf-16", errors="surrogatepass"), b"", b"no markup", data[:middle] + b"\0" + data[middle:],
                data[:middle] + b"\xc0\xbc" + data[middle:], data[:-1], b"\xff\xfe" + data, b"\0" + data, data[:middle] + b"\xed\xa0\x80" + data[middle:]]
         draw = self._chance.random()
         if draw < 0.02:
@@ -87,7 +90,7 @@ class Sequences:
     def _names(self, pool: list[str], prefix: str = "") -> list[str]:
         names = [prefix + self._taste.name(pool) for _ in range(self._chance.randint(0, 5))]
         if self._chance.random() < 0.2:
-            names.append(self._chance.choice(["", prefix, prefix + "nothing", "card"]))
+            names.append(self._chance.choice(["", prefix, prefix + "nothing", "card", prefix + "\ud800"]))
         return names
 
     def _met(self, tag: str, pool: list[str], prefix: str = "") -> list[str]:
@@ -132,13 +135,13 @@ class Sequences:
         operators = [self._chance.choice(OPERATOR_TEXTS) for _ in range(self._chance.randint(0, 4))]
         if self._chance.random() < 0.5:
             return {"op": "template_to_rules", "text": self._policies.template_text(), "rules": rules[:1], "operators": operators[:1]}
-        bad = self._chance.choice(s.NEVER_IN_XML) if self._chance.random() < 0.05 else ""
+        bad = self._chance.choice(s.NEVER_IN_XML + s.NEVER_STORED) if self._chance.random() < 0.05 else ""
         return {"op": "rules_to_template", "before": self._policies.template_text(), "rules": rules, "operators": operators,
                 "name": self._taste.name(s.TEMPLATE_NAMES), "display_name": self._taste.text(), "description": self._taste.text() + bad}
 
     def _keyword(self) -> list[str]:
         keyword = self._chance.choice(["b", "A", "a", "aa", "", "\u00e9", "\U0001f600", "\ue000", self._taste.text()])
-        bad = self._chance.choice(s.NEVER_IN_XML) if self._chance.random() < 0.03 else ""
+        bad = self._chance.choice(s.NEVER_IN_XML + s.NEVER_STORED) if self._chance.random() < 0.03 else ""
         return [keyword + bad, self._taste.text(), self._chance.choice(s.NUMBERS + s.ODD_NUMBERS), self._chance.choice(s.FLAGS + s.ODD_FLAGS)]
 
     def _keywords(self) -> Operation:
@@ -176,13 +179,13 @@ class Sequences:
             name = "card"
         makers = {"expression": self._expression, "keyword": self._keyword_list, "template": self._template}
         record = {"subject": subject, "name": name, "display_name": self._value(name), "description": self._value(""),
-                  "pre_defined": self._chance.random() < 0.4, "scope": self._scope(), **makers[kind]()}
+                  "pre_defined": self._chance.random() < 0.4, "scope": self._taste.text(), **makers[kind]()}
         return {"op": "put", "kind": kind, "record": record}
 
     def _value(self, text: str) -> str:
         """A field's text; seldom one that XML cannot carry."""
         if self._chance.random() < 0.03:
-            return text + self._chance.choice([c for c in s.NEVER_IN_XML if c != "\x00"])
+            return text + self._chance.choice(s.NEVER_IN_XML)
         return text or self._taste.text()
 
     def _int(self) -> int:
@@ -199,8 +202,11 @@ class Sequences:
         return {"condition": self._taste.pick(s.CONDITIONS, s.ODD_CONDITIONS, "odd types"), "threshold": self._int(),
                 "number": self._int(), "text": self._policies.dictionary_text(), "modified": self._chance.random() < 0.2}
 
+    def _categories(self) -> list[str]:
+        return [self._taste.name(s.CATEGORY_NAMES) for _ in range(self._chance.randint(0, 4))]
+
     def _template(self) -> dict[str, object]:
-        return {"industries": self._names(s.CATEGORY_NAMES), "regions": self._names(s.CATEGORY_NAMES),
+        return {"industries": self._categories(), "regions": self._categories(),
                 "element": self._policies.template_text()}
 
 

@@ -3,6 +3,7 @@
 from __future__ import annotations
 
 import json
+import re
 import subprocess
 import tempfile
 
@@ -10,6 +11,9 @@ from model import Model
 
 Sequence = dict[str, object]
 Result = dict[str, object]
+
+SURROGATE = re.compile("[\ud800-\udfff]")
+SURROGATE_MARK = "\uf8ff"
 
 
 def home_bytes(home: dict[str, object]) -> dict[str, bytes | None]:
@@ -24,17 +28,23 @@ def home_bytes(home: dict[str, object]) -> dict[str, bytes | None]:
 def run_model(sequence: Sequence) -> list[Result]:
     """What the model gives for each operation, as JSON would carry it."""
     model = Model(home_bytes(sequence["home"]))
-    return [json.loads(json.dumps(model.run(operation))) for operation in sequence["operations"]]
+    results = [model.run(operation) for operation in sequence["operations"]]
+    return json.loads(SURROGATE.sub("\ufffd", json.dumps(results, ensure_ascii=False)))
 
 
 def run_driver(driver: str, store: str, sequences: list[Sequence]) -> list[list[Result]]:
     """What the library gives. A sequence that did not end well has a last result that says so."""
-    with tempfile.NamedTemporaryFile("w", suffix=".jsonl", encoding="ascii") as file:
+    with tempfile.NamedTemporaryFile("w", suffix=".jsonl", encoding="utf-8") as file:
         for sequence in sequences:
-            file.write(json.dumps(sequence) + "\n")
+            file.write(_marked(json.dumps(sequence, ensure_ascii=False)) + "\n")
         file.flush()
         done = subprocess.run([driver, store, file.name], stdout=subprocess.PIPE, check=True)
     return _by_sequence(done.stdout.decode())
+
+
+def _marked(text: str) -> str:
+    """Lone surrogates as the driver reads them."""
+    return SURROGATE.sub(lambda found: f"{SURROGATE_MARK}{ord(found[0]):04x}", text)
 
 
 def _by_sequence(output: str) -> list[list[Result]]:

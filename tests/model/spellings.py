@@ -47,7 +47,8 @@ ODD_LANGUAGES = ["english", "ENGLISH", "Engl\u0131sh", "German", " English", "\u
 BUILTINS = ["0"]
 ODD_BUILTINS = ["1", "01", " 1", "true", "\uff11", "", "1 "]
 
-NEVER_IN_XML = ["\x01", "\x0b", "\x1f", "\ufffe", "\uffff", "\x00"]
+NEVER_IN_XML = ["\x01", "\x0b", "\x1f", "\ufffe", "\uffff"]
+NEVER_STORED = ["\x00", "\ud800", "\udfff"]
 
 
 class Taste:

@@ -11,8 +11,17 @@
 
 /** Texts between JSON and the library. */
 
+/** Stands, with four hexadecimal digits after it, for a lone surrogate, which JSON cannot carry. */
+inline constexpr wchar_t SURROGATE_MARK = 0xF8FF;
+
 inline OS::x_wstring WideOf(const nlohmann::ordered_json& text) {
-    return OS::WideText(text.get_ref<const std::string&>());
+    constexpr std::size_t DIGITS = 4;
+    OS::x_wstring strText = OS::WideText(text.get_ref<const std::string&>());
+    for (std::size_t i = strText.find(SURROGATE_MARK); i != std::wstring::npos; i = strText.find(SURROGATE_MARK, i)) {
+        const int iSurrogate = std::stoi(strText.substr(i + 1, DIGITS), nullptr, 16);
+        strText.replace(i, 1 + DIGITS, 1, static_cast<wchar_t>(iSurrogate));
+    }
+    return strText;
 }
 
 inline std::vector<OS::x_wstring> WideListOf(const nlohmann::ordered_json& texts) {
@@ -23,6 +32,7 @@ inline std::vector<OS::x_wstring> WideListOf(const nlohmann::ordered_json& texts
     return vecTexts;
 }
 
+/** Lone surrogates come out as U+FFFD. */
 inline nlohmann::ordered_json JsonOf(const std::wstring& strText) {
     return OS::Utf8Lenient(strText);
 }

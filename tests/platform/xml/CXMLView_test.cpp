@@ -91,6 +91,23 @@ TEST(XmlView, OffsetIsThatOfTheStartTag) {
     EXPECT_EQ(strText.rfind("<y>"), root.FirstChild().NextSibling().Offset());
 }
 
+TEST(XmlView, DepthIsThatOfTheDeepestElement) {
+    EXPECT_EQ(0, CXMLView().Depth());
+    const std::pair<const char*, int> aRows[] = {{"<a/>", 1},
+                                                 {"<a>t<!-- c --></a>", 1},
+                                                 {"<a><b/><b/></a>", 2},
+                                                 {"<a><b><c/></b><b/></a>", 3},
+                                                 {"<a><b/><b><c/><c>t<d/></c></b></a>", 4}};
+    CXMLParser nested;
+    ASSERT_TRUE(nested.LoadUtf8("<a><b/><c><d/></c></a>"));
+    EXPECT_EQ(1, nested.RootView().FirstChild("b").Depth());  // what stands beside it does not count
+    for (const auto& [pText, iDepth] : aRows) {
+        CXMLParser document;
+        ASSERT_TRUE(document.LoadUtf8(pText));
+        EXPECT_EQ(iDepth, document.RootView().Depth()) << pText;
+    }
+}
+
 TEST(XmlView, OffsetOfTheFirstByteIsZero) {
     CXMLParser document;
     ASSERT_TRUE(document.LoadUtf8("<x/>"));

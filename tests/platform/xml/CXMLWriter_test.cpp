@@ -173,6 +173,25 @@ TEST(XmlWriter, KnowsWhichElementHasEndedLast) {
     EXPECT_TRUE(writer.HasEnded("a"));
 }
 
+TEST(XmlWriter, ElementTooDeepToBeReadHasNotEnded) {
+    for (const int iDepth : {255, 256}) {
+        std::string strText;
+        for (int i = 0; i < iDepth; ++i) {
+            strText = "<b>" + strText + "</b>";
+        }
+        CXMLParser document;
+        ASSERT_TRUE(document.LoadUtf8("<b/>") && document.LoadUtf8(strText));
+        std::string strOut;
+        CXMLWriter writer(strOut);
+        writer.StartElement("root");
+        writer.StartElement("a");
+        writer.Node(document.RootView());
+        writer.EndElement();
+        EXPECT_EQ(writer.HasEnded("a"), iDepth == 255);
+        EXPECT_EQ(writer.HasEnded("a"), CXMLParser().LoadUtf8(strOut.substr(std::string("<root>").size())));
+    }
+}
+
 TEST(XmlWriter, WrittenMarkupIsKnownByItsElement) {
     for (const char* const pMarkup : {"<a/>", "<a b=\"c\"/>", "<a>t</a>"}) {
         EXPECT_TRUE(StartsWithElement(pMarkup, "a")) << pMarkup;
