@@ -14,9 +14,14 @@ from spellings import Taste
 
 Operation = dict[str, object]
 
+AT_MOST = 12
+
 EXPRESSION_PREFIX = "ORVAL_SUB_CFG_DLP_EXPRESSION"
 KEYWORD_PREFIX = "ORVAL_SUB_CFG_DLP_KEYWORD"
 TEMPLATE_PREFIX = "ORVAL_SUB_CFG_DLP_TEMPLATE"
+KINDS = {"expression": (EXPRESSION_PREFIX, "entity", s.EXPRESSION_NAMES),
+         "keyword": (KEYWORD_PREFIX, "dictionary", s.KEYWORD_NAMES),
+         "template": (TEMPLATE_PREFIX, "template", s.TEMPLATE_NAMES)}
 RULE_PARTS = [
     "P:card(1)", "K:words", "P:iban(2)", " AND ", " OR ", " EXCEPT ", "\tAND\t", "AND", "OR", "EXCEPT", " and ", "P:", "K:", "p:", "k:",
     "(1)", "()", "((2))", "P:a(b)(2)", "K:BRAND", "P:FORD(3)", "K:x P:n(1)", "P:n(-1)", "P:n(99999999999)", "P:n(007)", "K:Top:x(1)",
@@ -38,8 +43,11 @@ class Sequences:
 
     def sequence(self) -> dict[str, object]:
         """Files, then operations: most of them imports, at the end often what shows what they left."""
-        count = self._chance.randint(3, 12)
-        operations = [self._import() if self._chance.random() < 0.65 else self._other() for _ in range(count)]
+        count = self._chance.randint(3, AT_MOST)
+        operations: list[Operation] = []
+        while len(operations) < count:
+            operations += [self._import()] if self._chance.random() < 0.65 else self._other()
+        operations = operations[:AT_MOST]
         if self._chance.random() < 0.7:
             operations[-1] = self._export()
         return {"seed": self._seed, "home": Homes(self._taste).home(), "operations": operations}
@@ -107,11 +115,13 @@ class Sequences:
                 "expressions": self._met("entity", s.EXPRESSION_NAMES, EXPRESSION_PREFIX),
                 "keywords": self._met("dictionary", s.KEYWORD_NAMES, KEYWORD_PREFIX)}
 
-    def _other(self) -> Operation:
-        makers = [(self._export, 5), (self._put, 5), (self._text_operation, 4), (self._rules, 4), (self._keywords, 3),
-                  (self._setting, 2), (self._find, 2), (self._metadata, 1), (self._remove, 1), (lambda: {"op": "root"}, 1)]
+    def _other(self) -> list[Operation]:
+        if self._chance.random() < 0.25:
+            return self._put()
+        makers = [(self._export, 5), (self._text_operation, 4), (self._rules, 4), (self._keywords, 3),
+                  (self._setting, 2), (self._find, 2), (self._metadata, 1), (self._remove, 2), (lambda: {"op": "root"}, 1)]
         make = self._chance.choices([maker for maker, _ in makers], [weight for _, weight in makers])[0]
-        return make()
+        return [make()]
 
     def _setting(self) -> Operation:
         if self._chance.random() < 0.6:
@@ -152,7 +162,7 @@ class Sequences:
 
     def _find(self) -> Operation:
         field = self._chance.choice([0, 0, 1, 1, 2, 2, 2, 3, -1])
-        name = self._chance.choice([*self._met("template", s.TEMPLATE_NAMES), ""])
+        name = self._chance.choice(self._policies.met["template"][-5:] + [""])
         by_field = {0: TEMPLATE_PREFIX + name, 1: self._chance.choice([name, name.upper(), "The " + name])}
         return {"op": "find", "field": field, "value": by_field.get(field, name)}
 
@@ -161,26 +171,30 @@ class Sequences:
         return {"op": "metadata", "list": self._chance.choice(lists)}
 
     def _remove(self) -> Operation:
-        kind, subject = self._subject()
-        return {"op": "remove", "kind": kind, "subject": subject}
+        kind = self._chance.choice(list(KINDS))
+        prefix, tag, pool = KINDS[kind]
+        return {"op": "remove", "kind": kind, "subject": self._chance.choice([*self._met(tag, pool, prefix), prefix])}
 
     # -- records that no import would make -----------------------------------------------------------------------------
 
-    def _subject(self) -> tuple[str, str]:
-        kinds = [("expression", EXPRESSION_PREFIX, s.EXPRESSION_NAMES), ("keyword", KEYWORD_PREFIX, s.KEYWORD_NAMES),
-                 ("template", TEMPLATE_PREFIX, s.TEMPLATE_NAMES)]
-        kind, prefix, pool = self._chance.choice(kinds)
-        return kind, prefix + self._taste.name(pool)
-
-    def _put(self) -> Operation:
-        kind, subject = self._subject()
-        name = subject[subject.index("DLP_") + 4 + len(kind):]
-        if self._chance.random() < 0.1:
-            name = "card"
+    def _put(self) -> list[Operation]:
+        """A record, and often an export that meets it."""
+        kind = self._chance.choice(list(KINDS))
+        prefix, _, pool = KINDS[kind]
+        name = self._taste.name(pool)
         makers = {"expression": self._expression, "keyword": self._keyword_list, "template": self._template}
-        record = {"subject": subject, "name": name, "display_name": self._value(name), "description": self._value(""),
+        record = {"subject": prefix + name, "name": name if self._chance.random() < 0.9 else "card",
+                  "display_name": self._value(name), "description": self._value(""),
                   "pre_defined": self._chance.random() < 0.4, "scope": self._taste.text(), **makers[kind]()}
-        return {"op": "put", "kind": kind, "record": record}
+        put: Operation = {"op": "put", "kind": kind, "record": record}
+        return [put, self._export_of(kind, prefix + name)] if self._chance.random() < 0.6 else [put]
+
+    def _export_of(self, kind: str, subject: str) -> Operation:
+        if kind == "template":
+            return {"op": "export", "names": self._policies.met["template"][-2:]}
+        subjects = {"expression": [], "keyword": [], kind: [subject]}
+        return {"op": "assets_export", "which": self._chance.choice(["document", "assets"]),
+                "expressions": subjects["expression"], "keywords": subjects["keyword"]}
 
     def _value(self, text: str) -> str:
         """A field's text; seldom one that XML cannot carry."""
@@ -200,14 +214,19 @@ class Sequences:
 
     def _keyword_list(self) -> dict[str, object]:
         return {"condition": self._taste.pick(s.CONDITIONS, s.ODD_CONDITIONS, "odd types"), "threshold": self._int(),
-                "number": self._int(), "text": self._policies.dictionary_text(), "modified": self._chance.random() < 0.2}
+                "number": self._int(), "text": _storable(self._policies.dictionary_text()), "modified": self._chance.random() < 0.2}
 
     def _categories(self) -> list[str]:
         return [self._taste.name(s.CATEGORY_NAMES) for _ in range(self._chance.randint(0, 4))]
 
     def _template(self) -> dict[str, object]:
         return {"industries": self._categories(), "regions": self._categories(),
-                "element": self._policies.template_text()}
+                "element": _storable(self._policies.template_text())}
+
+
+def _storable(text: str) -> str:
+    """A text that a record may hold."""
+    return "".join(character for character in text if character not in s.NEVER_STORED)
 
 
 def make(seed: int) -> dict[str, object]:
