@@ -8,22 +8,27 @@ namespace XmlFaults {
 
 namespace {
 int s_iFailAt = 0;
-int s_iCount = 0;
+std::vector<const char*> s_vecOperations;
 int s_iFindNothingAt = 0;
 int s_iLookups = 0;
 }  // namespace
 
 void FailAt(int iOperation) {
     s_iFailAt = iOperation;
-    s_iCount = 0;
+    s_vecOperations.clear();
 }
 
 int GetCount() {
-    return s_iCount;
+    return static_cast<int>(s_vecOperations.size());
 }
 
-void Step(const char*) {
-    if (++s_iCount == s_iFailAt) {
+const std::vector<const char*>& GetOperations() {
+    return s_vecOperations;
+}
+
+void Step(const char* pOperation) {
+    s_vecOperations.push_back(pOperation);
+    if (GetCount() == s_iFailAt) {
         throw CXMLException(0, L"injected fault", 0);
     }
 }

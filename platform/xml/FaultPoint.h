@@ -5,11 +5,15 @@
  * build but the one for fault tests these are nothing.
  */
 #ifdef DLP_FAULTS
+#include <vector>
+
 namespace XmlFaults {
 /** Makes the n-th operation from now on throw CXMLCOMException<OS::CException> "injected fault"; 0: none. */
 void FailAt(int iOperation);
 /** @return the number of operations since FailAt */
 int GetCount();
+/** @return the names of the operations since FailAt, in order */
+const std::vector<const char*>& GetOperations();
 void Step(const char* pOperation);
 
 /**

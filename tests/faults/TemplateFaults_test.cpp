@@ -224,30 +224,3 @@ TEST_F(TemplateFaults, ExportThatFailsIsEmpty) {
         }
     });
 }
-
-TEST_F(TemplateFaults, ImportThatFailsKeepsWhatWasSavedAndEveryBuiltIn) {
-    const OS::x_wstring strXml = OS::WideText(
-        Policy("<template name=\"New\" display_name=\"N\"/><template name=\"T\" display_name=\"x\"/>",
-               "<digitalAssets><entity name=\"e\" display_name=\"E\"><regularExpression/></entity></digitalAssets>"
-               "<industries><industry name=\"i\"><template_id>New</template_id></industry></industries>"));
-    for (const OS::x_wstring& strText : {strXml, OLDER}) {
-        ForEveryFault([&](int n) {
-            XmlFaults::FailAt(0);
-            Fill();
-            const std::string strBuiltIn = TemplateStore::Dump().substr(TemplateStore::Dump().find("templates "));
-            XmlFaults::FailAt(n);
-            Names vecImported;
-            Names vecSkipped;
-            Names vecAssets;
-            const int iResult = m_manager.ImportTemplate(strText, vecImported, vecSkipped, vecAssets);
-            EXPECT_NE(TemplateStore::Dump().find(strBuiltIn), std::string::npos) << n;
-            EXPECT_EQ(TemplateStore::Dump().find("TEMPLATENew") != std::string::npos,
-                      std::find(vecImported.begin(), vecImported.end(), L"N") != vecImported.end());
-            if (!Reached(n)) {
-                EXPECT_EQ(iResult, 0);
-            } else {
-                EXPECT_TRUE(iResult == 1 || iResult == 2 || iResult == 3) << n << " gave " << iResult;
-            }
-        });
-    }
-}
