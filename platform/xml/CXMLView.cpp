@@ -1,5 +1,7 @@
 #include "platform/xml/CXMLView.h"
 
+#include <algorithm>
+
 #include "platform/xml/CXMLTree.hpp"
 #include "platform/xml/FaultPoint.h"
 #include "platform/xml/XMLMarkup.hpp"
@@ -47,6 +49,26 @@ CXMLView CXMLView::NextSibling(const char* pName) const {
     const pugi::xml_node node = XmlTree::Node(m_pNode);
     // What stands beside a node that is not attached is no sibling.
     return XmlTree::ParentElement(node) ? CXMLView(XmlTree::Handle(XmlTree::NextElement(node, pName))) : CXMLView();
+}
+
+int CXMLView::Depth() const {
+    const pugi::xml_node top = XmlTree::Node(m_pNode);
+    int iDepth = top ? 1 : 0;
+    int iDeepest = iDepth;
+    for (pugi::xml_node node = XmlTree::FirstElement(top); node;) {
+        iDeepest = std::max(iDeepest, iDepth + 1);
+        pugi::xml_node next = XmlTree::FirstElement(node);
+        iDepth += next ? 1 : 0;
+        while (!next && node != top) {
+            next = XmlTree::NextElement(node);
+            if (!next) {
+                node = node.parent();
+                --iDepth;
+            }
+        }
+        node = next;
+    }
+    return iDeepest;
 }
 
 std::string CXMLView::Text() const {

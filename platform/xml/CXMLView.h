@@ -34,6 +34,9 @@ class DLP_PLATFORM_API CXMLView {
     /** Next sibling element, of any name or of the one given. */
     CXMLView NextSibling(const char* pName = nullptr) const;
 
+    /** @return how deep elements nest here, this one counted; 0 for a null view */
+    int Depth() const;
+
     /** @return all text and CDATA below the node, joined, untrimmed */
     std::string Text() const;
 

@@ -1,7 +1,9 @@
 #include "platform/xml/CXMLWriter.h"
 
+#include <algorithm>
 #include <charconv>
 
+#include "platform/xml/CXMLParser.h"
 #include "platform/xml/FaultPoint.h"
 #include "platform/xml/XMLText.hpp"
 
@@ -15,6 +17,7 @@ void CXMLWriter::StartElement(const char* pName) {
     CloseStartTag();
     m_strOut.append("<").append(pName);
     m_vecOpen.push_back(pName);
+    m_iDeepest = std::max(m_iDeepest, m_vecOpen.size());
     m_bInStartTag = true;
 }
 
@@ -64,6 +67,7 @@ void CXMLWriter::Node(const CXMLView& node) {
     if (node) {
         CloseStartTag();
         node.AppendMarkup(m_strOut);
+        m_iDeepest = std::max(m_iDeepest, m_vecOpen.size() + static_cast<std::size_t>(node.Depth()));
     }
 }
 
@@ -84,7 +88,9 @@ bool CXMLWriter::IsIn(const char* pName) const {
 }
 
 bool CXMLWriter::HasEnded(const char* pName) const {
-    return !XML_FINDS_NOTHING() && std::string_view(m_pEnded) == pName;
+    // What nests deepest may stand before this element; as deep as that one, it was too deep by itself.
+    const bool bReadable = m_iDeepest - m_vecOpen.size() <= CXMLParser::MAX_DEPTH;
+    return !XML_FINDS_NOTHING() && bReadable && std::string_view(m_pEnded) == pName;
 }
 
 void CXMLWriter::CloseStartTag() {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -36,7 +37,7 @@ class DLP_PLATFORM_API CXMLWriter {
 
     /** @return whether content would now go into an element of this name */
     bool IsIn(const char* pName) const;
-    /** @return whether the element ended last has this name */
+    /** @return whether the element ended last has this name and nests no deeper than is read; Raw counts as flat */
     bool HasEnded(const char* pName) const;
 
   private:
@@ -45,6 +46,7 @@ class DLP_PLATFORM_API CXMLWriter {
     std::string& m_strOut;
     std::vector<const char*> m_vecOpen;
     const char* m_pEnded = "";
+    std::size_t m_iDeepest = 0;
     bool m_bInStartTag = false;
 };
 
