@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Runs sequences of operations through the library and through the model, and tells every difference."""
+"""Runs sequences of operations through the library and the model, and tells what differs."""
 
 from __future__ import annotations
 
@@ -31,6 +31,14 @@ class Difference(NamedTuple):
     path: str
     model: object
     library: object
+
+
+class Batch(NamedTuple):
+    """What a batch of sequences gave; only those that differ are kept."""
+
+    sequences: int
+    operations: int
+    differing: list[tuple[Sequence, list[Difference]]]
 
 
 def _same_text(model: str, library: str) -> bool:
@@ -73,7 +81,7 @@ def _settled(operation: dict[str, object], result: Result) -> Result:
 
 
 def compare(sequence: Sequence, library: list[Result]) -> list[Difference]:
-    """The differences of the first operation that has any: what follows may only follow from them."""
+    """The differences of the first operation that has any; later ones may only follow from them."""
     try:
         model = run_model(sequence)
     except Exception as error:  # the model's own fault is a difference, too
@@ -91,7 +99,8 @@ def compare(sequence: Sequence, library: list[Result]) -> list[Difference]:
 def shortened(model: object, library: object) -> tuple[str, str]:
     """Both values around the first place where they differ."""
     left, right = (json.dumps(value, ensure_ascii=False) for value in (model, library))
-    same = next((i for i, (a, b) in enumerate(zip(left, right)) if a != b), min(len(left), len(right)))
+    same = next((i for i, (a, b) in enumerate(zip(left, right)) if a != b),
+                min(len(left), len(right)))
     start = max(0, same - SHOWN)
 
     def cut(text: str) -> str:
@@ -103,33 +112,36 @@ def shortened(model: object, library: object) -> tuple[str, str]:
 def report(sequence: Sequence, differences: list[Difference]) -> str:
     """The differences of one sequence for people."""
     lines = []
+    operations = sequence["operations"]
     for index, path, model, library in differences:
-        name = sequence["operations"][index]["op"] if 0 <= index < len(sequence["operations"]) else "?"
+        name = operations[index]["op"] if 0 <= index < len(operations) else "?"
         left, right = shortened(model, library)
-        lines.append(f"seed {sequence['seed']}, operation {index} ({name}), {path}\n  model:   {left}\n  library: {right}")
+        lines.append(f"seed {sequence['seed']}, operation {index} ({name}), {path}")
+        lines += [f"  model:   {left}", f"  library: {right}"]
     return "\n".join(lines)
 
 
-def _differs(sequence: Sequence, driver: str, store: str) -> bool:
-    return bool(compare(sequence, run_driver(driver, store, [sequence])[0]))
+def _compared(sequence: Sequence, arguments: argparse.Namespace) -> list[Difference]:
+    return compare(sequence, run_driver(arguments.driver, arguments.store, [sequence])[0])
 
 
-def _batch(seeds: range, arguments: argparse.Namespace) -> tuple[int, int, list[tuple[Sequence, list[Difference]]]]:
-    """Compares the sequences of some seeds: how many operations, and what differs."""
+def _batch(seeds: range, arguments: argparse.Namespace) -> Batch:
+    """Compares the sequences of some seeds."""
     sequences = [generator.make(seed) for seed in seeds]
     libraries = run_driver(arguments.driver, arguments.store, sequences)
-    found = [(sequence, compare(sequence, library)) for sequence, library in zip(sequences, libraries, strict=True)]
+    pairs = zip(sequences, libraries, strict=True)
+    compared = [(sequence, compare(sequence, library)) for sequence, library in pairs]
     operations = sum(len(sequence["operations"]) for sequence in sequences)
-    return len(sequences), operations, [pair for pair in found if pair[1]]
+    return Batch(len(sequences), operations, [pair for pair in compared if pair[1]])
 
 
 def _tell(sequence: Sequence, differences: list[Difference], arguments: argparse.Namespace) -> None:
     print(report(sequence, differences), flush=True)
     if arguments.shrink and differences[0].operation >= 0:
-        small = shrunk(sequence, lambda s: _differs(s, arguments.driver, arguments.store))
+        small = shrunk(sequence, lambda candidate: bool(_compared(candidate, arguments)))
         path = Path(arguments.shrink) / f"seed-{sequence['seed']}.json"
-        path.write_text(json.dumps(small, indent=1, ensure_ascii=False), encoding="utf-8")
-        print(f"  shrunk: {path}\n" + report(small, compare(small, run_driver(arguments.driver, arguments.store, [small])[0])), flush=True)
+        path.write_text(json.dumps(small, indent=1), encoding="utf-8")
+        print(f"  shrunk: {path}", report(small, _compared(small, arguments)), sep="\n", flush=True)
 
 
 def run(arguments: argparse.Namespace) -> int:
@@ -144,6 +156,10 @@ def run(arguments: argparse.Namespace) -> int:
             differing += len(found)
             for sequence, differences in found:
                 _tell(sequence, differences, arguments)
+    return _sum_up(sequences, operations, differing)
+
+
+def _sum_up(sequences: int, operations: int, differing: int) -> int:
     print(f"{sequences} sequences, {operations} operations, {differing} differences")
     return 1 if differing else 0
 
@@ -151,11 +167,10 @@ def run(arguments: argparse.Namespace) -> int:
 def run_file(arguments: argparse.Namespace) -> int:
     """Compares one sequence from a file, such as --shrink writes."""
     sequence = json.loads(Path(arguments.file).read_text(encoding="utf-8"))
-    differences = compare(sequence, run_driver(arguments.driver, arguments.store, [sequence])[0])
+    differences = _compared(sequence, arguments)
     if differences:
         _tell(sequence, differences, arguments)
-    print(f"1 sequences, {len(sequence['operations'])} operations, {1 if differences else 0} differences")
-    return 1 if differences else 0
+    return _sum_up(1, len(sequence["operations"]), 1 if differences else 0)
 
 
 def main() -> int:
@@ -166,7 +181,8 @@ def main() -> int:
     parser.add_argument("--jobs", type=int, default=2, help="how many processes")
     parser.add_argument("--driver", required=True, help="path of dlp_model_driver")
     parser.add_argument("--store", choices=["memory:", "sqlite"], default="memory:")
-    parser.add_argument("--shrink", metavar="FOLDER", help="write each differing sequence there, as small as it gets")
+    parser.add_argument("--shrink", metavar="FOLDER",
+                        help="write each differing sequence there, as small as it gets")
     parser.add_argument("--file", help="compare the sequence of this file instead")
     arguments = parser.parse_args()
     return run_file(arguments) if arguments.file else run(arguments)

@@ -1,4 +1,4 @@
-"""Documents made up from a taste: whole policies, single sections, and texts that are almost XML."""
+"""Documents made up from a taste: whole policies, their parts, and what is almost XML."""
 
 from __future__ import annotations
 
@@ -9,23 +9,31 @@ import spellings as s
 from spellings import Taste
 
 DECLARATIONS = ['<?xml version="1.0" encoding="UTF-8"?>', "<?xml version='1.0'?>", "",
-                '<?xml version="1.0" encoding="UTF-8"?>\n', '<?xml version="1.0" encoding="UTF-16" standalone="yes"?>',
-                '<?xml version="1.0" encoding="no-such"?>', "<?xml version='1.0' encoding='utf-8' standalone='no'?>",
+                '<?xml version="1.0" encoding="UTF-8"?>\n',
+                '<?xml version="1.0" encoding="UTF-16" standalone="yes"?>',
+                '<?xml version="1.0" encoding="no-such"?>',
+                "<?xml version='1.0' encoding='utf-8' standalone='no'?>",
                 '<?xml version="1.1"?>', "<!-- first --><?first?>"]
-REFERENCES = {"&": ["&amp;", "&#38;", "&#x26;"], "<": ["&lt;", "&#60;", "&#x3C;"], ">": ["&gt;", ">", "&#62;"],
-              '"': ["&quot;", "&#34;"], "'": ["&apos;", "&#39;"], "\t": ["&#9;", "&#x9;"], "\n": ["&#10;", "&#xA;"],
+REFERENCES = {"&": ["&amp;", "&#38;", "&#x26;"], "<": ["&lt;", "&#60;", "&#x3C;"],
+              ">": ["&gt;", ">", "&#62;"],
+              '"': ["&quot;", "&#34;"], "'": ["&apos;", "&#39;"], "\t": ["&#9;", "&#x9;"],
+              "\n": ["&#10;", "&#xA;"],
               "\r": ["&#13;", "&#xd;"]}
 BETWEEN = ["\n  ", "\n", " ", "\r\n\t", "&#32;", "&#10;"]
-COMMENTS = ["<!-- a comment -->", "<!---->", "<!-- <entity name='no'/> -->", "<?instruction with data?>", "<?alone?>",
+COMMENTS = ["<!-- a comment -->", "<!---->", "<!-- <entity name='no'/> -->",
+            "<?instruction with data?>", "<?alone?>",
             "<?x >?>", "<?spaced   out  ?>", "<!--\r\n\u00e9\U0001f600]]>&amp;-->"]
-MARKUP = ["<", ">", "/>", "</a>", "<a/>", "<a>", "]]>", "<![CDATA[", "<![CDATA[]]>", "<![CDATA[\r\n<]]>", "&#x20;", "&#13;", "&amp;", "&",
-          '"', "'", " ", "=", " a='b'", " xmlns='u'", " xmlns:p='u'", "p:", "<!--", "-->", "<!-- \r -->", "<?", "?>", "<?p \r\n?>",
-          "\t", "\r", "\r\n", "\n", "\ufeff", "\u0085", "\u2028", "&#x1F600;", "&lt", "&quot;", "x", "<keyword>", "</keyword>"]
+MARKUP = ["<", ">", "/>", "</a>", "<a/>", "<a>", "]]>", "<![CDATA[", "<![CDATA[]]>",
+          "<![CDATA[\r\n<]]>", "&#x20;", "&#13;", "&amp;", "&",
+          '"', "'", " ", "=", " a='b'", " xmlns='u'", " xmlns:p='u'", "p:", "<!--", "-->",
+          "<!-- \r -->", "<?", "?>", "<?p \r\n?>",
+          "\t", "\r", "\r\n", "\n", "\ufeff", "\u0085", "\u2028", "&#x1F600;", "&lt", "&quot;", "x",
+          "<keyword>", "</keyword>"]
 
 
 @dataclass
 class Tag:
-    """An element; its attributes may be doubled, its children are elements and text to be escaped."""
+    """An element; attributes may be doubled, children are elements and text to be escaped."""
 
     name: str
     attributes: list[tuple[str, str]] = field(default_factory=list)
@@ -51,7 +59,8 @@ class Writer:
         return f"{start}>{self._content(tag)}</{name}{self._chance.choice(['', '', ' '])}>"
 
     def _namespace(self, name: str, attributes: list[tuple[str, str]]) -> str:
-        declare = [("xmlns", "urn:a"), ("xmlns:p", "urn:p"), ("xmlns:q", "urn:q&\"'"), ("xmlns", ""), ("xmlns:p", "")]
+        declare = [("xmlns", "urn:a"), ("xmlns:p", "urn:p"), ("xmlns:q", "urn:q&\"'"),
+                   ("xmlns", ""), ("xmlns:p", "")]
         attributes.insert(self._chance.randint(0, len(attributes)), self._chance.choice(declare))
         if self._chance.random() < 0.2:
             attributes.append(("p:name", "prefixed"))
@@ -81,7 +90,8 @@ class Writer:
     def _text(self, text: str) -> str:
         if text and self._taste.has("comments"):
             middle = self._chance.randint(0, len(text))
-            return self._plain(text[:middle]) + self._chance.choice(COMMENTS) + self._plain(text[middle:])
+            comment = self._chance.choice(COMMENTS)
+            return self._plain(text[:middle]) + comment + self._plain(text[middle:])
         return self._plain(text)
 
     def _plain(self, text: str) -> str:
@@ -114,7 +124,7 @@ class Policies:
         self._writer = Writer(taste)
         self.met: dict[str, list[str]] = {"entity": [], "dictionary": [], "template": []}
 
-    # -- the parts ---------------------------------------------------------------------------------------------------
+    # -- the parts
 
     def _tag(self, name: str, attributes: list[tuple[str, str]], children: list[Tag | str]) -> Tag:
         """An element with the oddities that any element may have."""
@@ -123,14 +133,17 @@ class Policies:
             kept.append((self._chance.choice(kept)[0], "again"))
         if self._taste.has("foreign attributes"):
             kept.insert(self._chance.randint(0, len(kept)),
-                        (self._chance.choice(["Name", "extra", "severity", "xml:lang", "xml:space", "builtin", "displayName", "\u540d"]),
+                        (self._chance.choice(["Name", "extra", "severity", "xml:lang", "xml:space",
+                                              "builtin", "displayName", "\u540d"]),
                          self._taste.text()))
         if self._taste.has("shuffled sections"):
             self._chance.shuffle(kept)
         if self._taste.has("foreign elements"):
             children = list(children)
             children.insert(self._chance.randint(0, len(children)),
-                            Tag(self._chance.choice(["foreign", "Entity", "keyword", "matchRule", "template_id", "\u00e9", "_x.y-z", "buildingBlock"]),
+                            Tag(self._chance.choice(["foreign", "Entity", "keyword", "matchRule",
+                                                     "template_id", "\u00e9", "_x.y-z",
+                                                     "buildingBlock"]),
                                 [("name", "f"), ("operation", "OR")], [self._taste.text()]))
         return Tag(name, _unique(kept, self._taste), children)
 
@@ -157,14 +170,18 @@ class Policies:
         attributes = [("name", name), ("type", self._taste.pick(s.TYPES, s.ODD_TYPES, "odd types")),
                       ("caseSensitive", self._taste.pick(s.FLAGS, s.ODD_FLAGS, "odd flags")),
                       ("validator", self._chance.choice(["", "luhn"]))]
-        for number in ("minLength", "maxLength", "suffixLength", "minLeftRadius", "maxLeftRadius", "maxRightRadius"):
+        for number in ("minLength", "maxLength", "suffixLength", "minLeftRadius", "maxLeftRadius",
+                       "maxRightRadius"):
             if self._chance.random() < 0.6:
                 attributes.append((number, self._number()))
         attributes += [("display_name", self._display(name)), ("description", self._taste.text()),
                        ("pre-defined", self._predefined())]
-        children = [self._asset_text(tag)
-                    for tag in ("regularExpression", "alphabetCharset", "patternForDisplay", "examples")
-                    for _ in range(0 if self._taste.has("missing attributes") else 2 if self._taste.has("doubled sections") else 1)]
+        children = []
+        for tag in ("regularExpression", "alphabetCharset", "patternForDisplay", "examples"):
+            if not self._taste.has("missing attributes"):
+                children.append(self._asset_text(tag))
+            if self._taste.has("doubled sections"):
+                children.append(self._asset_text(tag))
         return self._tag("entity", attributes, children)
 
     def _asset_text(self, tag: str) -> Tag:
@@ -182,18 +199,23 @@ class Policies:
     def dictionary(self) -> Tag:
         """A keyword list."""
         name = self._name("dictionary", s.KEYWORD_NAMES)
-        attributes = [("name", name), ("type", self._taste.pick(s.CONDITIONS, s.ODD_CONDITIONS, "odd types")),
-                      ("threshold", self._number()), ("number", self._number()), ("display_name", self._display(name)),
+        condition = self._taste.pick(s.CONDITIONS, s.ODD_CONDITIONS, "odd types")
+        attributes = [("name", name), ("type", condition), ("threshold", self._number()), ("number", self._number()),
+                      ("display_name", self._display(name)),
                       ("description", self._taste.text()), ("pre-defined", self._predefined())]
-        return self._tag("dictionary", attributes, [self._keyword() for _ in range(self._chance.randint(0, 3))])
+        return self._tag("dictionary", attributes,
+                         [self._keyword() for _ in range(self._chance.randint(0, 3))])
 
     def _block(self, old: bool) -> Tag:
         kind = self._chance.choice(s.SOURCE_TYPES)
         met = self.met["entity" if kind == "ENTITY" else "dictionary"][-6:]
         if old:
             met = met + s.OLD_NAMES[:2]
-        name = "nothing" if not met or self._taste.has("references to nothing") else self._chance.choice(met)
-        attributes = [("sourceType", s_type(kind, self._taste)), ("entityHits", self._number()), ("sourceName", name)]
+        nothing = not met or self._taste.has("references to nothing") or self._chance.random() < 0.03
+        name = "nothing" if nothing else self._chance.choice(met)
+        kind = self._taste.pick([kind], s.ODD_SOURCE_TYPES, "odd source types")
+        attributes = [("sourceType", kind), ("entityHits", self._number()),
+                      ("sourceName", name)]
         if self._chance.random() < 0.6:
             attributes.append(("operation", self._operation()))
         return self._tag("buildingBlock", attributes, [])
@@ -203,7 +225,8 @@ class Policies:
 
     def _rule(self, old: bool) -> Tag:
         attributes = [("operation", self._operation())] if self._chance.random() < 0.6 else []
-        return self._tag("matchRule", attributes, [self._block(old) for _ in range(self._chance.randint(0, 3))])
+        return self._tag("matchRule", attributes,
+                         [self._block(old) for _ in range(self._chance.randint(0, 3))])
 
     def template(self, old: bool = False) -> Tag:
         """A template, of today's or the older layout."""
@@ -216,17 +239,19 @@ class Policies:
             if self._chance.random() < 0.2:
                 rules.append(Tag("industries", [], [Tag("industry", [("name", "finance")])]))
         else:
-            attributes = [("name", name), ("display_name", self._display(name)), ("description", self._taste.text()),
+            attributes = [("name", name), ("display_name", self._display(name)),
+                          ("description", self._taste.text()),
                           ("pre-defined", self._predefined()), ("severity", "low")]
         return self._tag("template", attributes, rules)
 
     def _category(self, tag: str) -> Tag:
         names = self.met["template"][-4:] + s.TEMPLATE_NAMES[:1]
-        ids = [Tag("template_id", [], [self._chance.choice(names)]) for _ in range(self._chance.randint(0, 3))]
+        ids = [Tag("template_id", [], [self._chance.choice(names)])
+               for _ in range(self._chance.randint(0, 3))]
         name = self._taste.name(s.CATEGORY_NAMES)
         return self._tag(tag, [("name", name), ("display_name", self._display(name))], list(ids))
 
-    # -- the whole ---------------------------------------------------------------------------------------------------
+    # -- the whole
 
     def _several(self, make: Callable[[], Tag], at_most: int) -> list[Tag]:
         made = [make() for _ in range(self._chance.randint(0, at_most))]
@@ -236,8 +261,10 @@ class Policies:
 
     def _sections(self, old: bool) -> list[Tag]:
         makers: list[tuple[str, Callable[[], list[Tag]]]] = [
-            ("digitalAssets", lambda: self._several(self.entity, 5) + self._several(self.dictionary, 4)),
-            ("complianceTemplates", lambda: [self.template(old)] + self._several(lambda: self.template(old), 3)),
+            ("digitalAssets",
+             lambda: self._several(self.entity, 5) + self._several(self.dictionary, 4)),
+            ("complianceTemplates",
+             lambda: [self.template(old)] + self._several(lambda: self.template(old), 3)),
             ("industries", lambda: self._several(lambda: self._category("industry"), 3)),
             ("regions", lambda: self._several(lambda: self._category("region"), 3)),
         ]
@@ -257,7 +284,8 @@ class Policies:
     def _root(self, sections: list[Tag], old: bool) -> Tag:
         attributes = []
         if not old:
-            attributes.append(("template_version", self._taste.pick(s.VERSIONS, s.ODD_VERSIONS, "odd versions")))
+            attributes.append(("template_version",
+                               self._taste.pick(s.VERSIONS, s.ODD_VERSIONS, "odd versions")))
         elif self._chance.random() < 0.2:
             attributes.append(("template_version", ""))
         if self._taste.has("languages"):
@@ -267,7 +295,8 @@ class Policies:
             self._chance.shuffle(attributes)
         name = "SAPolicy"
         if self._taste.has("wrong root"):
-            name = self._chance.choice(["sapolicy", "SAPolicies", "p:SAPolicy", "policy", "template", "digitalAssets"])
+            name = self._chance.choice(["sapolicy", "SAPolicies", "p:SAPolicy", "policy",
+                                        "template", "digitalAssets"])
         root = Tag(name, attributes, list(sections))
         if self._taste.has("nested"):
             root = Tag("SAPolicy", list(attributes), [root])
@@ -276,7 +305,8 @@ class Policies:
     def policy(self) -> str:
         """A whole policy."""
         old = self._taste.has("older layout")
-        text = self._chance.choice(DECLARATIONS) + self._writer.write(self._root(self._sections(old), old))
+        root = self._root(self._sections(old), old)
+        text = self._chance.choice(DECLARATIONS) + self._writer.write(root)
         if self._taste.has("comments"):
             text += self._chance.choice(COMMENTS) + "\n"
         return self.broken(text) if self._taste.has("broken text") else text
@@ -285,18 +315,30 @@ class Policies:
         """The text with a fault that most readers notice."""
         middle = self._chance.randint(1, max(1, len(text) - 1))
         faults: list[Callable[[], str]] = [
-            lambda: text[:middle], lambda: text + text, lambda: text + "<again/>", lambda: "<!DOCTYPE SAPolicy>" + text,
+            lambda: text[:middle], lambda: text + text, lambda: text + "<again/>",
+            lambda: "<!DOCTYPE SAPolicy>" + text,
             lambda: text.replace(">", ">&undefined;", 2), lambda: text.replace(">", ">&", 2),
-            lambda: " " + text, lambda: "\ufeff" + text, lambda: "junk" + text, lambda: text + "junk",
-            lambda: text[:middle] + "<" + text[middle:], lambda: text[:middle] + "\x00" + text[middle:],
-            lambda: text[:middle] + "&#0;" + text[middle:], lambda: text[:middle] + "&#xD800;" + text[middle:],
-            lambda: text[:middle] + "]]>" + text[middle:], lambda: text[:middle] + "<!-- -- -->" + text[middle:],
-            lambda: text.replace("</", "</ ", 1), lambda: "", lambda: "   ", lambda: "<?xml version='1.0'?>",
-            lambda: text[:middle] + "\ufffe" + text[middle:], lambda: text[:middle] + "\ud800" + text[middle:], lambda: text[:middle] + "<?xml x?>" + text[middle:],
-            lambda: text.replace('="', "=", 1), lambda: "<d>" * self._chance.choice([254, 255, 256, 257]) + text,
-            lambda: _deep(text, self._chance.choice([250, 252, 253, 254, 255])), lambda: text + "\n<!-- end -->\n",
+            lambda: " " + text, lambda: "\ufeff" + text, lambda: "junk" + text,
+            lambda: text + "junk",
+            lambda: text[:middle] + "<" + text[middle:],
+            lambda: text[:middle] + "\x00" + text[middle:],
+            lambda: text[:middle] + "&#0;" + text[middle:],
+            lambda: text[:middle] + "&#xD800;" + text[middle:],
+            lambda: text[:middle] + "]]>" + text[middle:],
+            lambda: text[:middle] + "<!-- -- -->" + text[middle:],
+            lambda: text.replace("</", "</ ", 1), lambda: "", lambda: "   ",
+            lambda: "<?xml version='1.0'?>",
+            lambda: text[:middle] + "\ufffe" + text[middle:],
+            lambda: text[:middle] + "\ud800" + text[middle:],
+            lambda: text[:middle] + "<?xml x?>" + text[middle:],
+            lambda: text.replace('="', "=", 1), lambda: "<d>" * self._chance.choice([254, 255, 256,
+                                                                                     257]) + text,
+            lambda: _deep(text, self._chance.choice([250, 252, 253, 254, 255])),
+            lambda: text + "\n<!-- end -->\n",
         ]
-        return self.scrambled(text) if self._chance.random() < 0.5 else self._chance.choice(faults)()
+        if self._chance.random() < 0.5:
+            return self.scrambled(text)
+        return self._chance.choice(faults)()
 
     def scrambled(self, text: str) -> str:
         """The text with a few pieces of markup put in, or short pieces taken out or doubled."""
@@ -309,43 +351,49 @@ class Policies:
 
     def edited(self, text: str) -> str:
         """A small change of a document seen before: a word becomes another one."""
-        words = [("false", "true"), ("true", "false"), ("card", "Card"), ("pay", "health"), ("words", "card"),
-                 ("Type 1", "Type 2"), ("AND", "OR"), ("AND", "EXCEPT"), ("display_name", "display"), ("ENTITY", "KEYWORD"),
-                 ("template_version", "version"), ("The ", "A "), ("<entity", "<dictionary"), ("<keyword", "<word"),
-                 (" description=", " note="), ("industry", "region"), ("finance", "eu"), ("pre-defined", "predefined")]
+        words = [("false", "true"), ("true", "false"), ("card", "Card"), ("pay", "health"),
+                 ("words", "card"),
+                 ("Type 1", "Type 2"), ("AND", "OR"), ("AND", "EXCEPT"),
+                 ("display_name", "display"), ("ENTITY", "KEYWORD"),
+                 ("template_version", "version"), ("The ", "A "), ("<entity", "<dictionary"),
+                 ("<keyword", "<word"),
+                 (" description=", " note="), ("industry", "region"), ("finance", "eu"),
+                 ("pre-defined", "predefined")]
         old, new = self._chance.choice(words)
         return text.replace(old, new, self._chance.choice([1, 2, -1]))
 
     def dictionary_text(self) -> str:
         """A keyword list's stored text, or what is none."""
-        odd = ["", "text", "<words><keyword>a</keyword></words>", "<dictionary/>", "<dictionary>", "<dictionary></dictionary>",
-               "<?xml version='1.0'?><dictionary><keyword>a</keyword></dictionary>", "<Dictionary/>",
-               "<dictionary><x><keyword>deep</keyword></x><keyword score='1'>a<b>c</b>d</keyword></dictionary>",
+        odd = ["", "text", "<words><keyword>a</keyword></words>", "<dictionary/>", "<dictionary>",
+               "<dictionary></dictionary>",
+               "<?xml version='1.0'?><dictionary><keyword>a</keyword></dictionary>",
+               "<Dictionary/>",
+               "<dictionary><x><keyword>deep</keyword></x></dictionary>",
+                "<dictionary><keyword score='1'>a<b>c</b>d</keyword></dictionary>",
                "<!-- c --><dictionary><!-- d --><keyword> <!--e--> </keyword>text</dictionary>",
                "<p:dictionary xmlns:p='urn:p'><keyword>a</keyword></p:dictionary>",
-               "<dictionary xmlns:p='urn:p'><keyword p:x='1'>a</keyword><p:keyword>b</p:keyword></dictionary>",
-               "<dictionary xmlns='urn:d'><keyword>a</keyword></dictionary>", "<!DOCTYPE dictionary><dictionary/>"]
+               "<dictionary xmlns:p='urn:p'><keyword p:x='1'>a</keyword></dictionary>",
+                "<dictionary xmlns:p='urn:p'><p:keyword>b</p:keyword></dictionary>",
+               "<dictionary xmlns='urn:d'><keyword>a</keyword></dictionary>",
+               "<!DOCTYPE dictionary><dictionary/>"]
         return self._stored(odd, self.dictionary)
 
     def template_text(self) -> str:
         """A template element as it is stored, or what is none."""
-        odd = ["", "<template/>", "<Template name='pay'/>", "<x><template name='pay'/></x>", "not xml", "<template name='pay'>",
-               "<?xml version='1.0'?><template name='pay'><matchRule/></template>", "<p:template xmlns:p='urn:p' name='pay'/>",
-               "<template xmlns='urn:t' name='pay'><matchRule><buildingBlock/></matchRule></template>"]
+        odd = ["", "<template/>", "<Template name='pay'/>", "<x><template name='pay'/></x>",
+               "not xml", "<template name='pay'>",
+               "<?xml version='1.0'?><template name='pay'><matchRule/></template>",
+               "<p:template xmlns:p='urn:p' name='pay'/>",
+               "<template xmlns='t' name='pay'><matchRule><buildingBlock/></matchRule></template>"]
         return self._stored(odd, self.template)
 
     def _stored(self, odd: list[str], make: Callable[[], Tag]) -> str:
-        """A text as a record may hold it: one of the odd ones, or an element, whole or scrambled."""
+        """A text as a record may hold it: an odd one, or an element, whole or scrambled."""
         draw = self._chance.random()
         if draw < 0.3:
             return self._chance.choice(odd)
         text = self._writer.write(make())
         return self.scrambled(text) if draw < 0.45 else text
-
-
-def s_type(kind: str, taste: Taste) -> str:
-    """The kind of a reference, seldom misspelt."""
-    return taste.pick([kind], s.ODD_SOURCE_TYPES, "odd source types")
 
 
 def _unique(attributes: list[tuple[str, str]], taste: Taste) -> list[tuple[str, str]]:

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Sequences of operations made up from seeds; --statistics N tells what the operations of N sequences give."""
+"""Sequences of operations made up from seeds; --statistics N tells what N of them give."""
 
 from __future__ import annotations
 
@@ -23,12 +23,17 @@ KINDS = {"expression": (EXPRESSION_PREFIX, "entity", s.EXPRESSION_NAMES),
          "keyword": (KEYWORD_PREFIX, "dictionary", s.KEYWORD_NAMES),
          "template": (TEMPLATE_PREFIX, "template", s.TEMPLATE_NAMES)}
 RULE_PARTS = [
-    "P:card(1)", "K:words", "P:iban(2)", " AND ", " OR ", " EXCEPT ", "\tAND\t", "AND", "OR", "EXCEPT", " and ", "P:", "K:", "p:", "k:",
-    "(1)", "()", "((2))", "P:a(b)(2)", "K:BRAND", "P:FORD(3)", "K:x P:n(1)", "P:n(-1)", "P:n(99999999999)", "P:n(007)", "K:Top:x(1)",
-    "P:Brick:layer", " ", "\n", "\t", "\u00a0", "\u3000", "X", "xx K:abc ", "K: abc ", "P: n (2)", "P:(3)", "xK:", "ANDAND", "ORAND", "EXCEPTION",
-    "P:x(1)(2)", "P:x(\u0663)", "P:\U0001f600(1)", "K:\u540d", "SKIP", "\r\n", "P:x\n(1)", "<&>\"'", "P:n( 1)",
+    "P:card(1)", "K:words", "P:iban(2)", " AND ", " OR ", " EXCEPT ", "\tAND\t", "AND", "OR",
+    "EXCEPT", " and ", "P:", "K:", "p:", "k:",
+    "(1)", "()", "((2))", "P:a(b)(2)", "K:BRAND", "P:FORD(3)", "K:x P:n(1)", "P:n(-1)",
+    "P:n(99999999999)", "P:n(007)", "K:Top:x(1)",
+    "P:Brick:layer", " ", "\n", "\t", "\u00a0", "\u3000", "X", "xx K:abc ", "K: abc ", "P: n (2)",
+    "P:(3)", "xK:", "ANDAND", "ORAND", "EXCEPTION",
+    "P:x(1)(2)", "P:x(\u0663)", "P:\U0001f600(1)", "K:\u540d", "SKIP", "\r\n", "P:x\n(1)", "<&>\"'",
+    "P:n( 1)",
 ]
-OPERATOR_TEXTS = ["AND", "OR", "EXCEPT", "SKIP", "", "and", " or ", "x", "\tEXCEPT\n", "AND OR", "UNKNOWN"]
+OPERATOR_TEXTS = ["AND", "OR", "EXCEPT", "SKIP", "", "and", " or ", "x", "\tEXCEPT\n", "AND OR",
+                  "UNKNOWN"]
 
 
 class Sequences:
@@ -42,7 +47,7 @@ class Sequences:
         self._seen: list[str] = []
 
     def sequence(self) -> dict[str, object]:
-        """Files, then operations: most of them imports, at the end often what shows what they left."""
+        """Files, then operations: most are imports, the last is often an export."""
         count = self._chance.randint(3, AT_MOST)
         operations: list[Operation] = []
         while len(operations) < count:
@@ -52,7 +57,7 @@ class Sequences:
             operations[-1] = self._export()
         return {"seed": self._seed, "home": Homes(self._taste).home(), "operations": operations}
 
-    # -- documents -----------------------------------------------------------------------------------------------------
+    # -- documents
 
     def _document(self) -> str:
         draw = self._chance.random()
@@ -84,21 +89,26 @@ class Sequences:
     def _file(self, text: str) -> str | None:
         data = text.encode(errors="surrogatepass")
         middle = self._chance.randint(0, len(data))
-        odd = [data[:middle] + b"\xff" + data[middle:], text.encode("utf-16", errors="surrogatepass"), b"", b"no markup", data[:middle] + b"\0" + data[middle:],
-               data[:middle] + b"\xc0\xbc" + data[middle:], data[:-1], b"\xff\xfe" + data, b"\0" + data, data[:middle] + b"\xed\xa0\x80" + data[middle:]]
+        odd = [data[:middle] + b"\xff" + data[middle:],
+               text.encode("utf-16", errors="surrogatepass"), b"", b"no markup",
+               data[:middle] + b"\0" + data[middle:],
+               data[:middle] + b"\xc0\xbc" + data[middle:], data[:-1], b"\xff\xfe" + data,
+               b"\0" + data, data[:middle] + b"\xed\xa0\x80" + data[middle:]]
         draw = self._chance.random()
         if draw < 0.02:
             return None
         if draw < 0.15:
             return self._chance.choice(odd).hex()
-        return (self._chance.choice([b"", b"", b"\xef\xbb\xbf", b"bytes before ", b"\x80\x81"]) + data).hex()
+        return (self._chance.choice([b"", b"", b"\xef\xbb\xbf", b"bytes before ",
+                                     b"\x80\x81"]) + data).hex()
 
-    # -- the other operations ------------------------------------------------------------------------------------------
+    # -- the other operations
 
     def _names(self, pool: list[str], prefix: str = "") -> list[str]:
         names = [prefix + self._taste.name(pool) for _ in range(self._chance.randint(0, 5))]
         if self._chance.random() < 0.2:
-            names.append(self._chance.choice(["", prefix, prefix + "nothing", "card", prefix + "\ud800"]))
+            names.append(self._chance.choice(["", prefix, prefix + "nothing", "card",
+                                              prefix + "\ud800"]))
         return names
 
     def _met(self, tag: str, pool: list[str], prefix: str = "") -> list[str]:
@@ -106,7 +116,10 @@ class Sequences:
         met = self._policies.met[tag][-6:]
         if not met or self._chance.random() < 0.2:
             return self._names(pool, prefix)
-        return [prefix + name for name in self._chance.sample(met, self._chance.randint(0, min(2, len(met))))]
+        return [prefix + name for name in self._chance.sample(met,
+                                                              self._chance.randint(0,
+                                                                                   min(2,
+                                                                                       len(met))))]
 
     def _export(self) -> Operation:
         if self._chance.random() < 0.7:
@@ -118,21 +131,29 @@ class Sequences:
     def _other(self) -> list[Operation]:
         if self._chance.random() < 0.25:
             return self._put()
-        makers = [(self._export, 5), (self._text_operation, 4), (self._rules, 4), (self._keywords, 3),
-                  (self._setting, 2), (self._find, 2), (self._metadata, 1), (self._remove, 2), (lambda: {"op": "root"}, 1)]
-        make = self._chance.choices([maker for maker, _ in makers], [weight for _, weight in makers])[0]
+        makers = [(self._export, 5), (self._text_operation, 4), (self._rules, 4),
+                  (self._keywords, 3),
+                  (self._setting, 2), (self._find, 2), (self._metadata, 1), (self._remove, 2),
+                  (lambda: {"op": "root"}, 1)]
+        make = self._chance.choices([maker for maker, _ in makers],
+                                    [weight for _, weight in makers])[0]
         return [make()]
 
     def _setting(self) -> Operation:
         if self._chance.random() < 0.6:
-            return {"op": "set_language", "value": self._taste.pick(s.LANGUAGES + [""], s.ODD_LANGUAGES, "odd languages")}
-        return {"op": "set_version", "value": self._taste.pick(s.VERSIONS, s.ODD_VERSIONS + ["", "3&4"], "odd versions")}
+            return {"op": "set_language", "value": self._taste.pick(s.LANGUAGES + [""],
+                                                                    s.ODD_LANGUAGES,
+                                                                    "odd languages")}
+        return {"op": "set_version", "value": self._taste.pick(s.VERSIONS, s.ODD_VERSIONS + ["",
+                                                                                             "3&4"],
+                                                               "odd versions")}
 
     def _text_operation(self) -> Operation:
         name = self._chance.choice(["check", "format", "normalize", "categories"])
         operation: Operation = {"op": name, "text": self._document()}
         if name == "categories":
-            pairs = [("industries", "industry"), ("regions", "region"), ("industries", "region"), ("complianceTemplates", "template")]
+            pairs = [("industries", "industry"), ("regions", "region"), ("industries", "region"),
+                     ("complianceTemplates", "template")]
             operation["container"], operation["item"] = self._chance.choice(pairs)
         return operation
 
@@ -144,26 +165,39 @@ class Sequences:
         rules = [self._rule_text() for _ in range(self._chance.randint(0, 4))]
         operators = [self._chance.choice(OPERATOR_TEXTS) for _ in range(self._chance.randint(0, 4))]
         if self._chance.random() < 0.5:
-            return {"op": "template_to_rules", "text": self._policies.template_text(), "rules": rules[:1], "operators": operators[:1]}
-        bad = self._chance.choice(s.NEVER_IN_XML + s.NEVER_STORED) if self._chance.random() < 0.05 else ""
-        return {"op": "rules_to_template", "before": self._policies.template_text(), "rules": rules, "operators": operators,
-                "name": self._taste.name(s.TEMPLATE_NAMES), "display_name": self._taste.text(), "description": self._taste.text() + bad}
+            return {"op": "template_to_rules", "text": self._policies.template_text(),
+                    "rules": rules[:1], "operators": operators[:1]}
+        bad = self._bad(0.05)
+        return {"op": "rules_to_template", "before": self._policies.template_text(), "rules": rules,
+                "operators": operators,
+                "name": self._taste.name(s.TEMPLATE_NAMES), "display_name": self._taste.text(),
+                "description": self._taste.text() + bad}
+
+    def _bad(self, probability: float) -> str:
+        """Seldom a character that XML cannot carry."""
+        if self._chance.random() < probability:
+            return self._chance.choice(s.NEVER_IN_XML + s.NEVER_STORED)
+        return ""
 
     def _keyword(self) -> list[str]:
-        keyword = self._chance.choice(["b", "A", "a", "aa", "", "\u00e9", "\U0001f600", "\ue000", self._taste.text()])
-        bad = self._chance.choice(s.NEVER_IN_XML + s.NEVER_STORED) if self._chance.random() < 0.03 else ""
-        return [keyword + bad, self._taste.text(), self._chance.choice(s.NUMBERS + s.ODD_NUMBERS), self._chance.choice(s.FLAGS + s.ODD_FLAGS)]
+        keyword = self._chance.choice(["b", "A", "a", "aa", "", "\u00e9", "\U0001f600", "\ue000",
+                                       self._taste.text()])
+        bad = self._bad(0.03)
+        return [keyword + bad, self._taste.text(), self._chance.choice(s.NUMBERS + s.ODD_NUMBERS),
+                self._chance.choice(s.FLAGS + s.ODD_FLAGS)]
 
     def _keywords(self) -> Operation:
         keywords = [self._keyword() for _ in range(self._chance.randint(0, 6))]
         if self._chance.random() < 0.3:
             return {"op": "keywords_to_xml", "keywords": keywords}
-        return {"op": "keywords_from_xml", "text": self._policies.dictionary_text(), "keywords": keywords}
+        return {"op": "keywords_from_xml", "text": self._policies.dictionary_text(),
+                "keywords": keywords}
 
     def _find(self) -> Operation:
         field = self._chance.choice([0, 0, 1, 1, 2, 2, 2, 3, -1])
         name = self._chance.choice(self._policies.met["template"][-5:] + [""])
-        by_field = {0: TEMPLATE_PREFIX + name, 1: self._chance.choice([name, name.upper(), "The " + name])}
+        by_field = {0: TEMPLATE_PREFIX + name,
+                    1: self._chance.choice([name, name.upper(), "The " + name])}
         return {"op": "find", "field": field, "value": by_field.get(field, name)}
 
     def _metadata(self) -> Operation:
@@ -173,19 +207,23 @@ class Sequences:
     def _remove(self) -> Operation:
         kind = self._chance.choice(list(KINDS))
         prefix, tag, pool = KINDS[kind]
-        return {"op": "remove", "kind": kind, "subject": self._chance.choice([*self._met(tag, pool, prefix), prefix])}
+        return {"op": "remove", "kind": kind, "subject": self._chance.choice([*self._met(tag, pool,
+                                                                                         prefix),
+                                                                              prefix])}
 
-    # -- records that no import would make -----------------------------------------------------------------------------
+    # -- records that no import would make
 
     def _put(self) -> list[Operation]:
         """A record, and often an export that meets it."""
         kind = self._chance.choice(list(KINDS))
         prefix, _, pool = KINDS[kind]
         name = self._taste.name(pool)
-        makers = {"expression": self._expression, "keyword": self._keyword_list, "template": self._template}
+        makers = {"expression": self._expression, "keyword": self._keyword_list,
+                  "template": self._template}
         record = {"subject": prefix + name, "name": name if self._chance.random() < 0.9 else "card",
                   "display_name": self._value(name), "description": self._value(""),
-                  "pre_defined": self._chance.random() < 0.4, "scope": self._taste.text(), **makers[kind]()}
+                  "pre_defined": self._chance.random() < 0.4, "scope": self._taste.text(),
+                  **makers[kind]()}
         put: Operation = {"op": "put", "kind": kind, "record": record}
         return [put, self._export_of(kind, prefix + name)] if self._chance.random() < 0.6 else [put]
 
@@ -206,15 +244,21 @@ class Sequences:
         return self._chance.choice([0, 1, 7, -1, 2147483647, -2147483648])
 
     def _expression(self) -> dict[str, object]:
-        return {"type": self._taste.pick(s.TYPES, s.ODD_TYPES, "odd types"), "validator": self._value(""),
-                "case_sensitive": self._chance.random() < 0.5, "min_length": self._int(), "max_length": self._int(),
-                "suffix_length": self._int(), "min_left_radius": self._int(), "max_left_radius": self._int(),
-                "max_right_radius": self._int(), "pattern": self._value(""), "alphabet_charset": self._value(""),
+        return {"type": self._taste.pick(s.TYPES, s.ODD_TYPES, "odd types"),
+                "validator": self._value(""),
+                "case_sensitive": self._chance.random() < 0.5, "min_length": self._int(),
+                "max_length": self._int(),
+                "suffix_length": self._int(), "min_left_radius": self._int(),
+                "max_left_radius": self._int(),
+                "max_right_radius": self._int(), "pattern": self._value(""),
+                "alphabet_charset": self._value(""),
                 "display_format": self._value(""), "example": self._value("")}
 
     def _keyword_list(self) -> dict[str, object]:
-        return {"condition": self._taste.pick(s.CONDITIONS, s.ODD_CONDITIONS, "odd types"), "threshold": self._int(),
-                "number": self._int(), "text": _storable(self._policies.dictionary_text()), "modified": self._chance.random() < 0.2}
+        return {"condition": self._taste.pick(s.CONDITIONS, s.ODD_CONDITIONS, "odd types"),
+                "threshold": self._int(),
+                "number": self._int(), "text": _storable(self._policies.dictionary_text()),
+                "modified": self._chance.random() < 0.2}
 
     def _categories(self) -> list[str]:
         return [self._taste.name(s.CATEGORY_NAMES) for _ in range(self._chance.randint(0, 4))]
@@ -242,7 +286,8 @@ def outcome(operation: Operation, result: dict[str, object]) -> str:
         if key in result:
             return f"{key} {result[key]}"
     if operation["op"] == "export":
-        return "empty" if not result["text"] else "templates" if "<template " in str(result["text"]) else "no templates"
+        text = str(result["text"])
+        return "empty" if not text else "templates" if "<template " in text else "no templates"
     return "done"
 
 
@@ -256,16 +301,19 @@ def statistics(count: int, first: int) -> None:
         sequence = make(seed)
         for operation, result in zip(sequence["operations"], run_model(sequence), strict=True):
             outcomes[operation["op"], outcome(operation, result)] += 1
-            partly += bool(result.get("imported") and (result.get("skipped") or result.get("skipped_assets")))
+            partly += bool(result.get("imported")
+                           and (result.get("skipped") or result.get("skipped_assets")))
     for (name, what), number in sorted(outcomes.items()):
         print(f"{name:20} {what:16} {number:7}")
-    print(f"{count} sequences, {sum(outcomes.values())} operations, {partly} imports that took some and skipped some")
+    print(f"{count} sequences, {sum(outcomes.values())} operations,",
+          f"{partly} imports that took some and skipped some")
 
 
 def main() -> None:
     """The command line."""
     parser = argparse.ArgumentParser(description=__doc__)
-    parser.add_argument("--statistics", type=int, metavar="N", required=True, help="how many sequences to run")
+    parser.add_argument("--statistics", type=int, metavar="N", required=True,
+                        help="how many sequences to run")
     parser.add_argument("--seed", type=int, default=1, help="the first seed")
     arguments = parser.parse_args()
     statistics(arguments.statistics, arguments.seed)

@@ -8,18 +8,25 @@ from spellings import Taste
 Content = str | dict[str, str] | None
 
 MAP_LINES = [
-    "Old Card\tcard", "Old Words\twords", "IBAN\tiban", "old card\tssn", "Old Card\tiban", "# a comment\tcard",
-    "#Old Words\tmarks", " # no comment\tcard", "Old Words  \t marks ", "\tcard", "Old Card", "Old Card\t", "Old Card\t\tcard",
-    "IBAN\tcard\tiban", "IBAN\tcard\tiban\tssn", "", "   ", "  \tcard", "card\tCard", "words\tnothing", "\ufeffIBAN\tssn", "IBAN\u00a0\tiban\u00a0",
-    "a&b\tcard", "\u00e9\tiban", "IBAN\t#card", "[section]", "IBAN=card", "; IBAN\tcard", "IBAN\x0b\tcard\x0c",
+    "Old Card\tcard", "Old Words\twords", "IBAN\tiban", "old card\tssn", "Old Card\tiban",
+    "# a comment\tcard",
+    "#Old Words\tmarks", " # no comment\tcard", "Old Words  \t marks ", "\tcard", "Old Card",
+    "Old Card\t", "Old Card\t\tcard",
+    "IBAN\tcard\tiban", "IBAN\tcard\tiban\tssn", "", "   ", "  \tcard", "card\tCard",
+    "words\tnothing", "\ufeffIBAN\tssn", "IBAN\u00a0\tiban\u00a0",
+    "a&b\tcard", "\u00e9\tiban", "IBAN\t#card", "[section]", "IBAN=card", "; IBAN\tcard",
+    "IBAN\x0b\tcard\x0c",
 ]
 POLICY_TEXTS: list[Content] = [
-    "", "   \n", "<!-- nothing -->", "<?xml version='1.0'?>", "<SAPolicy/>", "<SAPolicy>", "text", "<sapolicy/>", "\ufeff<SAPolicy/>",
-    "<!DOCTYPE SAPolicy><SAPolicy/>", "<SAPolicy/><SAPolicy/>", "<Other><industries><i name='finance'/></industries></Other>",
+    "", "   \n", "<!-- nothing -->", "<?xml version='1.0'?>", "<SAPolicy/>", "<SAPolicy>", "text",
+    "<sapolicy/>", "\ufeff<SAPolicy/>",
+    "<!DOCTYPE SAPolicy><SAPolicy/>", "<SAPolicy/><SAPolicy/>",
+    "<Other><industries><i name='finance'/></industries></Other>",
     "<!-- a --><!-- b", "<?xml version='1.0' encoding='ISO-8859-1'?><SAPolicy/>",
     {"hex": "fffe" + "<SAPolicy><regions/></SAPolicy>".encode("utf-16-le").hex()},
     {"hex": "feff" + "<SAPolicy><regions/></SAPolicy>".encode("utf-16-be").hex()},
-    {"hex": "fffe" + "<a".encode("utf-16-le").hex() + "3d"}, {"hex": "fffe"}, {"hex": "3c61ff2f3e"}, {"hex": "efbbbf"}, {"hex": "00"},
+    {"hex": "fffe" + "<a".encode("utf-16-le").hex() + "3d"}, {"hex": "fffe"}, {"hex": "3c61ff2f3e"},
+    {"hex": "efbbbf"}, {"hex": "00"},
     {"hex": "3c612f3e00"},
 ]
 SECTIONS = [("validators", "validator"), ("entity_types", "type"), ("dictionary_types", "type"),
@@ -35,7 +42,8 @@ class Homes:
 
     def home(self) -> dict[str, Content]:
         """All three files."""
-        return {"PredefinedDLPPolicy.xml": self._policy(), "cfg_dlp_da_map.txt": self._map(), "strings.txt": self._strings()}
+        return {"PredefinedDLPPolicy.xml": self._policy(), "cfg_dlp_da_map.txt": self._map(),
+                "strings.txt": self._strings()}
 
     def _map(self) -> Content:
         if self._chance.random() < 0.15:
@@ -44,7 +52,8 @@ class Homes:
         lines = [self._chance.choice(MAP_LINES) for _ in range(self._chance.randint(0, 8))]
         text = ends.join(lines) + self._chance.choice(["", ends])
         if self._chance.random() < 0.1:
-            bad = self._chance.choice([b"\xff\tcard\n", b"IBAN\t\xc0\xaf\n", b"\xed\xa0\x80\tx\n", b"IBAN\0\tiban\n"])
+            bad = self._chance.choice([b"\xff\tcard\n", b"IBAN\t\xc0\xaf\n", b"\xed\xa0\x80\tx\n",
+                                       b"IBAN\0\tiban\n"])
             return {"hex": (bad + text.encode()).hex()}
         return text
 
@@ -68,15 +77,18 @@ class Homes:
 
     def _item(self, item: str) -> str:
         name = self._taste.name(s.CATEGORY_NAMES)
-        shown = self._chance.choice(["b", "A", "a", "<x", "R & D", "\u00e9", "1", self._taste.text()])
+        shown = self._chance.choice(["b", "A", "a", "<x", "R & D", "\u00e9", "1",
+                                     self._taste.text()])
         attributes = [("name", name), ("display_name", shown)]
         kept = [pair for pair in attributes if not self._taste.has("missing attributes")]
         written = "".join(f' {key}="{_escaped(value)}"' for key, value in kept)
         return f"<{item}{written}/>" + self._chance.choice(["", "", "text", "<!-- c -->", "\n"])
 
     def _strings(self) -> Content:
-        texts: list[Content] = ["1009\tEnglish\n", "# 1009\tGerman\n1009\tEnglish", "", "1009\t\n", "1009\tEnglish\n1009\tGerman\n",
-                                "1009 English\n", " 1009\tEnglish\n", "1009\tEnglish\r\n", "\ufeff1009\tEnglish\n", "1010\tEnglish\n"]
+        texts: list[Content] = ["1009\tEnglish\n", "# 1009\tGerman\n1009\tEnglish", "", "1009\t\n",
+                                "1009\tEnglish\n1009\tGerman\n",
+                                "1009 English\n", " 1009\tEnglish\n", "1009\tEnglish\r\n",
+                                "\ufeff1009\tEnglish\n", "1010\tEnglish\n"]
         draw = self._chance.random()
         return texts[0] if draw < 0.6 else self._chance.choice(texts) if draw < 0.8 else None
 

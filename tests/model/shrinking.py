@@ -17,7 +17,7 @@ TEXT = re.compile(r"(?<=>)[^<]+(?=<)|<!--.*?-->|<\?.*?\?>|\S{8,}", re.DOTALL)
 
 
 def shrunk(sequence: Sequence, holds: Holds) -> Sequence:
-    """The sequence without the operations, then the elements, attributes and texts, that do not matter."""
+    """The sequence without the operations, elements, attributes and texts that do not matter."""
     until = time.monotonic() + SECONDS
     smaller = _without_operations(copy.deepcopy(sequence), holds, until)
     for name in smaller["home"]:
@@ -27,7 +27,7 @@ def shrunk(sequence: Sequence, holds: Holds) -> Sequence:
         again = False
         for index, operation in enumerate(smaller["operations"]):
             for key in operation:
-                reduced = _smaller_value(smaller, (index, key), holds, until)
+                reduced = _smaller_value(smaller, index, key, holds, until)
                 again = again or reduced is not smaller
                 smaller = reduced
     return smaller
@@ -55,9 +55,9 @@ def _first_that_holds(candidates: list[Sequence], holds: Holds) -> Sequence | No
     return next((candidate for candidate in candidates if holds(candidate)), None)
 
 
-def _smaller_value(sequence: Sequence, place: tuple[int, str], holds: Holds, until: float) -> Sequence:
+def _smaller_value(sequence: Sequence, index: int, key: str, holds: Holds,
+                   until: float) -> Sequence:
     """The sequence with one argument of one operation made smaller, again and again."""
-    index, key = place
     progress = True
     while progress and time.monotonic() < until:
         progress = False
@@ -97,7 +97,8 @@ def _smaller_texts(text: str) -> Iterator[str]:
         for index in range(len(text)):
             yield text[:index] + text[index + 1:]
         return
-    pieces = _elements(text) + [m.span() for m in ATTRIBUTE.finditer(text)] + [m.span() for m in TEXT.finditer(text)]
+    pieces = _elements(text)
+    pieces += [found.span() for pattern in (ATTRIBUTE, TEXT) for found in pattern.finditer(text)]
     for start, end in sorted(pieces, key=lambda piece: piece[0] - piece[1]):
         if end - start < len(text):
             yield text[:start] + text[end:]
