@@ -3,7 +3,7 @@ find_package(nlohmann_json REQUIRED)
 find_package(spdlog REQUIRED)
 find_package(CLI11 REQUIRED)
 
-file(GLOB DLP_TOOL_SOURCES CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/cli/*.cpp)
+file(GLOB_RECURSE DLP_TOOL_SOURCES CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/cli/*.cpp)
 list(REMOVE_ITEM DLP_TOOL_SOURCES ${PROJECT_SOURCE_DIR}/cli/main.cpp)
 
 add_library(dlpctl_core STATIC ${DLP_TOOL_SOURCES})
