@@ -7,7 +7,7 @@ CMemoryStore::CMemoryStore() {
         const STable& table = GetSettingsTable(eKind);
         for (std::size_t i = 0; i < table.iColumns; ++i) {
             if (table.pColumns[i].bIndexed) {
-                Rows(eKind).mapIndexes.emplace(i, Index());
+                Table(eKind).mapIndexes.emplace(i, Index());
             }
         }
     }
@@ -18,14 +18,14 @@ SStoreInfo CMemoryStore::GetInfo() {
 }
 
 CMemoryStore::RowPtr CMemoryStore::FindFirst(ESettingsKind eKind, std::size_t iColumn, const std::string& strValue) {
-    SRows& rows = Rows(eKind);
+    const STableRows& table = Table(eKind);
     if (iColumn == 0) {
-        const auto itRow = rows.mapRows.find(strValue);
-        return itRow != rows.mapRows.end() ? itRow->second : nullptr;
+        const auto itRow = table.rows.find(strValue);
+        return itRow != table.rows.end() ? itRow->second : nullptr;
     }
-    const Index& index = rows.mapIndexes.at(iColumn);
-    const auto itEntry = index.lower_bound({strValue, std::string()});
-    return itEntry != index.end() && itEntry->first == strValue ? rows.mapRows.at(itEntry->second) : nullptr;
+    const Index& index = table.mapIndexes.at(iColumn);
+    const auto itEntry = index.lower_bound(EntryView(strValue, ""));
+    return itEntry != index.end() && itEntry->first == strValue ? table.rows.at(itEntry->second) : nullptr;
 }
 
 void CMemoryStore::Find(ESettingsKind eKind, std::size_t iColumn, const std::vector<std::string>& vecValues,
@@ -47,23 +47,23 @@ void CMemoryStore::FindHeld(ESettingsKind eKind, std::size_t iColumn, const std:
 
 void CMemoryStore::ReadAll(ESettingsKind eKind, const std::function<void(CSettingsRow&&)>& fnRow) {
     // Looks for the next key each time, so that the function may change the table.
-    const auto& mapRows = Rows(eKind).mapRows;
-    for (auto itRow = mapRows.begin(); itRow != mapRows.end();) {
+    const Rows& rows = Table(eKind).rows;
+    for (auto itRow = rows.begin(); itRow != rows.end();) {
         const std::string strSubject = itRow->first;
         fnRow(CSettingsRow(*itRow->second));
-        itRow = mapRows.upper_bound(strSubject);
+        itRow = rows.upper_bound(strSubject);
     }
 }
 
 void CMemoryStore::ReadColumn(ESettingsKind eKind, std::size_t iColumn, std::vector<std::string>& vecValues) {
     vecValues.clear();
-    for (const auto& [strSubject, pRow] : Rows(eKind).mapRows) {
+    for (const auto& [strSubject, pRow] : Table(eKind).rows) {
         vecValues.push_back(pRow->GetText(iColumn));
     }
 }
 
 std::size_t CMemoryStore::Count(ESettingsKind eKind) {
-    return Rows(eKind).mapRows.size();
+    return Table(eKind).rows.size();
 }
 
 void CMemoryStore::Save(const CSettingsRow& row) {
@@ -112,37 +112,62 @@ void CMemoryStore::Commit() {
 void CMemoryStore::Rollback() {
     m_units.RequireInside(StoreDoing::UNDOING);
     for (; m_vecUndo.size() > m_vecMarks.back(); m_vecUndo.pop_back()) {
-        const SUndo& undo = m_vecUndo.back();
-        Put(undo.eKind, undo.strSubject, undo.pRow);
+        SUndo& undo = m_vecUndo.back();
+        Exchange(undo.eKind, undo.strSubject, undo.place);
     }
     m_units.Pop();
     m_vecMarks.pop_back();
 }
 
-/** Put, remembered for Rollback while a unit is open. */
+/** Puts the row, or nothing, in place of what stands under the key, and remembers that while a unit is open. */
 void CMemoryStore::Change(ESettingsKind eKind, const std::string& strSubject, const RowPtr& pRow) {
-    if (m_units.IsInside()) {
-        m_vecUndo.push_back({eKind, strSubject, FindFirst(eKind, 0, strSubject)});
+    m_vecUndo.push_back({eKind, strSubject, MakePlace(eKind, strSubject, pRow)});
+    SUndo& undo = m_vecUndo.back();
+    Exchange(eKind, undo.strSubject, undo.place);
+    if (!m_units.IsInside()) {
+        m_vecUndo.clear();
     }
-    Put(eKind, strSubject, pRow);
 }
 
-/** Puts the row, or nothing, in place of what stands under the key. An index never names a row that is not there. */
-void CMemoryStore::Put(ESettingsKind eKind, const std::string& strSubject, const RowPtr& pRow) {
-    SRows& rows = Rows(eKind);
-    const RowPtr pOld = FindFirst(eKind, 0, strSubject);
-    if (pRow != nullptr) {
-        rows.mapRows[strSubject] = pRow;
-    }
-    for (auto& [iColumn, index] : rows.mapIndexes) {
-        if (pOld != nullptr && !pOld->IsNull(iColumn)) {
-            index.erase({pOld->GetText(iColumn), strSubject});
-        }
-        if (pRow != nullptr && !pRow->IsNull(iColumn)) {
-            index.emplace(pRow->GetText(iColumn), strSubject);
-        }
-    }
+/** Takes all the memory that a change, and undoing it, will need. */
+CMemoryStore::SPlace CMemoryStore::MakePlace(ESettingsKind eKind, const std::string& strSubject, const RowPtr& pRow) {
+    const STableRows& table = Table(eKind);
+    SPlace place;
+    place.vecEntries.resize(table.mapIndexes.size());
     if (pRow == nullptr) {
-        rows.mapRows.erase(strSubject);
+        return place;
     }
+    Rows rows;
+    place.row = rows.extract(rows.emplace(strSubject, pRow).first);
+    auto itEntry = place.vecEntries.begin();
+    for (const auto& [iColumn, others] : table.mapIndexes) {
+        if (!pRow->IsNull(iColumn)) {
+            Index index;
+            *itEntry = index.extract(index.emplace(pRow->GetText(iColumn), strSubject).first);
+        }
+        ++itEntry;
+    }
+    return place;
+}
+
+/** Puts the place under the key and what stood there into the place. Only nodes change hands, so nothing can fail. */
+void CMemoryStore::Exchange(ESettingsKind eKind, const std::string& strSubject, SPlace& place) {
+    STableRows& table = Table(eKind);
+    const auto itOld = table.rows.find(strSubject);
+    const bool bOld = itOld != table.rows.end();
+    auto itEntry = place.vecEntries.begin();
+    for (auto& [iColumn, index] : table.mapIndexes) {
+        Index::node_type old;
+        if (bOld && !itOld->second->IsNull(iColumn)) {
+            old = index.extract(index.find(EntryView(itOld->second->GetText(iColumn), strSubject)));
+        }
+        index.insert(std::move(*itEntry));
+        *itEntry++ = std::move(old);
+    }
+    Rows::node_type oldRow;
+    if (bOld) {
+        oldRow = table.rows.extract(itOld);
+    }
+    table.rows.insert(std::move(place.row));
+    place.row = std::move(oldRow);
 }

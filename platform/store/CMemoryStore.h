@@ -4,13 +4,14 @@
 #include <map>
 #include <set>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
 #include "platform/store/CSettingsStore.h"
 #include "platform/store/CUnitsOfWork.h"
 
-/** The settings store in memory: gone with the object. */
+/** The settings store in memory: gone with the object. Short of memory, a change is made whole or not at all. */
 class CMemoryStore : public CSettingsStore {
   public:
     static constexpr const char URL[] = "memory:";
@@ -34,26 +35,40 @@ class CMemoryStore : public CSettingsStore {
 
   private:
     using RowPtr = std::shared_ptr<const CSettingsRow>;
-    /** Values with the keys of their rows, both in order, so that the first row of a value comes first. */
-    using Index = std::set<std::pair<std::string, std::string>>;
-    struct SRows {
-        std::map<std::string, RowPtr> mapRows;
+    using Rows = std::map<std::string, RowPtr>;
+    /** A value with the key of its row, and the same for looking up. */
+    using Entry = std::pair<std::string, std::string>;
+    using EntryView = std::pair<std::string_view, std::string_view>;
+    struct SEntryLess {
+        using is_transparent = void;
+        bool operator()(EntryView left, EntryView right) const { return left < right; }
+    };
+    /** In order, so that the first row of a value comes first. */
+    using Index = std::set<Entry, SEntryLess>;
+    struct STableRows {
+        Rows rows;
         std::map<std::size_t, Index> mapIndexes;  ///< by indexed column
     };
-    /** What stood under a key before a change; null: nothing. */
+    /** What stands, or stood, under a key: the row with its entries in the indexes; all empty for nothing. */
+    struct SPlace {
+        Rows::node_type row;
+        std::vector<Index::node_type> vecEntries;  ///< one per index, empty where the row holds null
+    };
+    /** What stood under a key before a change. */
     struct SUndo {
         ESettingsKind eKind;
         std::string strSubject;
-        RowPtr pRow;
+        SPlace place;
     };
 
-    SRows& Rows(ESettingsKind eKind) { return m_aRows[static_cast<std::size_t>(eKind)]; }
+    STableRows& Table(ESettingsKind eKind) { return m_aTables[static_cast<std::size_t>(eKind)]; }
     RowPtr FindFirst(ESettingsKind eKind, std::size_t iColumn, const std::string& strValue);
     void Change(ESettingsKind eKind, const std::string& strSubject, const RowPtr& pRow);
-    void Put(ESettingsKind eKind, const std::string& strSubject, const RowPtr& pRow);
+    SPlace MakePlace(ESettingsKind eKind, const std::string& strSubject, const RowPtr& pRow);
+    void Exchange(ESettingsKind eKind, const std::string& strSubject, SPlace& place);
 
     CUnitsOfWork m_units{URL};
     std::vector<std::size_t> m_vecMarks;  ///< where in the undo log each open unit begins
     std::vector<SUndo> m_vecUndo;
-    std::array<SRows, SETTINGS_KINDS> m_aRows;
+    std::array<STableRows, SETTINGS_KINDS> m_aTables;
 };

@@ -1,23 +1,19 @@
 #include <gmock/gmock.h>
 
-#include <cstdlib>
 #include <cstring>
-#include <new>
 
 #include "api/DLPMetaDataLoaderImpl.h"
 #include "platform/common/TextConversion.h"
 #include "platform/system/InstallPath.h"
 #include "platform/xml/CXMLNode.h"
 #include "platform/xml/FaultPoint.h"
+#include "tests/faults/AllocationFaults.h"
 #include "tests/support/LogRecorder.h"
 #include "tests/support/TempDir.h"
 
 using testing::ElementsAre;
 
 namespace {
-
-/** The n-th allocation of the thread from now on throws; 0: none. */
-thread_local int s_iFailAllocation = 0;
 
 class MetaDataFaults : public testing::Test {
   protected:
@@ -44,23 +40,6 @@ class MetaDataFaults : public testing::Test {
 };
 
 }  // namespace
-
-// Not inlined: compilers warn where they see one half of such a pair without the other.
-[[gnu::noinline]] void* operator new(std::size_t iSize) {
-    if (s_iFailAllocation > 0 && --s_iFailAllocation == 0) {
-        throw std::bad_alloc();
-    }
-    if (void* const pMemory = std::malloc(iSize == 0 ? 1 : iSize)) {
-        return pMemory;
-    }
-    throw std::bad_alloc();
-}
-[[gnu::noinline]] void operator delete(void* pMemory) noexcept {
-    std::free(pMemory);
-}
-[[gnu::noinline]] void operator delete(void* pMemory, std::size_t) noexcept {
-    std::free(pMemory);
-}
 
 TEST_F(MetaDataFaults, LoadThatFailsAnywhereLeavesItNotLoaded) {
     for (int i = 1;; ++i) {
@@ -152,10 +131,9 @@ TEST_F(MetaDataFaults, LackOfMemoryIsAnUnknownExceptionAndLeavesItNotLoaded) {
     int iFailed = 0;
     for (int i = 1;; ++i) {
         CLogRecorder log;
-        s_iFailAllocation = i;
+        AllocationFaults::FailAt(i);
         DLPMetaDataLoaderImpl loader;
-        const bool bReached = s_iFailAllocation == 0;
-        s_iFailAllocation = 0;
+        const bool bReached = AllocationFaults::Disarm();
         if (!bReached) {
             break;
         }
