@@ -28,23 +28,6 @@ constexpr SFaultLine FAULT_LINES[] = {
     {L"matchRule operation %s is invalid", TagUtf8::OPERATION},
 };
 
-/** Documents must spell the type exactly. */
-EElementType ExactType(const CXMLView& block) {
-    const std::string_view strType = block.Attribute(TagUtf8::SOURCE_TYPE);
-    for (const EElementType eType : {EElementType::ENTITY, EElementType::KEYWORD}) {
-        if (strType == ElementTypeText(eType)) {
-            return eType;
-        }
-    }
-    return EElementType::UNKNOWN;
-}
-
-/** No operation, AND and OR can be imported; EXCEPT cannot, though an export may write it. */
-bool IsOperationAccepted(const CXMLView& node) {
-    const EOperator eOperator = TemplateXml::ReadOperation(node);
-    return eOperator == EOperator::AND || eOperator == EOperator::OR || node.Attribute(TagUtf8::OPERATION).empty();
-}
-
 /** Calls fnBlock for each building block of a template until it answers false. */
 template <class F>
 void WalkBlocks(const CXMLView& element, const F& fnBlock) {
@@ -60,7 +43,7 @@ void WalkBlocks(const CXMLView& element, const F& fnBlock) {
 
 void CollectNames(const CXMLView& element, CAssetNames& names) {
     WalkBlocks(element, [&](const CXMLView& block) {
-        const EElementType eType = ExactType(block);
+        const EElementType eType = TemplateXml::ReadExactType(block);
         if (eType != EElementType::UNKNOWN) {
             names.Add(eType, block.Attribute(TagUtf8::SOURCE_NAME));
         }
@@ -79,14 +62,14 @@ class CTemplateCheck {
         m_iTemplate = iTemplate;
         WalkBlocks(element, [this](const CXMLView& block) { return CheckBlock(block); });
         CXMLView rule = element.FirstChild(TagUtf8::MATCH_RULE);
-        while (rule && (IsOperationAccepted(rule) || Refuse(ETemplateFault::RULE_OPERATION, rule))) {
+        while (rule && (TemplateXml::IsOperationAccepted(rule) || Refuse(ETemplateFault::RULE_OPERATION, rule))) {
             rule = rule.NextSibling(TagUtf8::MATCH_RULE);
         }
     }
 
   private:
     bool CheckBlock(const CXMLView& block) {
-        const EElementType eType = ExactType(block);
+        const EElementType eType = TemplateXml::ReadExactType(block);
         if (eType == EElementType::UNKNOWN) {
             return Refuse(ETemplateFault::SOURCE_TYPE, block);
         }
@@ -94,7 +77,7 @@ class CTemplateCheck {
             const bool bExpression = eType == EElementType::ENTITY;
             return Refuse(bExpression ? ETemplateFault::UNKNOWN_EXPRESSION : ETemplateFault::UNKNOWN_KEYWORD, block);
         }
-        return IsOperationAccepted(block) || Refuse(ETemplateFault::BLOCK_OPERATION, block);
+        return TemplateXml::IsOperationAccepted(block) || Refuse(ETemplateFault::BLOCK_OPERATION, block);
     }
 
     /** @return false */

@@ -30,6 +30,21 @@ SBuildingBlock ReadBuildingBlock(const CXMLView& node) {
     return block;
 }
 
+EElementType ReadExactType(const CXMLView& block) {
+    const std::string_view strType = block.Attribute(TagUtf8::SOURCE_TYPE);
+    for (const EElementType eType : {EElementType::ENTITY, EElementType::KEYWORD}) {
+        if (strType == ElementTypeText(eType)) {
+            return eType;
+        }
+    }
+    return EElementType::UNKNOWN;
+}
+
+bool IsOperationAccepted(const CXMLView& node) {
+    const EOperator eOperator = ReadOperation(node);
+    return eOperator == EOperator::AND || eOperator == EOperator::OR || node.Attribute(TagUtf8::OPERATION).empty();
+}
+
 void StartTemplate(CXMLWriter& writer, std::string_view strName, std::string_view strDisplayName,
                    std::string_view strDescription, bool bPreDefined) {
     writer.StartElement(TagUtf8::TEMPLATE);

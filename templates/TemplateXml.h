@@ -23,6 +23,11 @@ struct SBuildingBlock {
 EOperator ReadOperation(const CXMLView& node);
 SBuildingBlock ReadBuildingBlock(const CXMLView& node);
 
+/** @return the type of a building block that an import takes, which must be spelled exactly; UNKNOWN for any other */
+EElementType ReadExactType(const CXMLView& block);
+/** No operation, AND and OR can be imported; EXCEPT cannot, though an export may write it. */
+bool IsOperationAccepted(const CXMLView& node);
+
 /** Starts a template element; the caller writes its rules and ends it. */
 void StartTemplate(CXMLWriter& writer, std::string_view strName, std::string_view strDisplayName,
                    std::string_view strDescription, bool bPreDefined);
