@@ -474,28 +474,6 @@ TEST_F(TemplateExport, UnreadableAssetNamesFailBeforeAnyTemplate) {
     }
 }
 
-TEST_F(TemplateExport, StoreFailingAtAnyOperationIsReportedAndChangesNothing) {
-    CStoreFaults faults;
-    CSettingsStore::Open(TemplateStore::MEMORY);
-    TemplateStore::AddExpression("Card");
-    TemplateStore::AddKeyword("Words");
-    TemplateStore::AddTemplate({"T", "t", Rule(Block("ENTITY", "Card") + Block("KEYWORD", "Words"))});
-    const std::string strBefore = TemplateStore::Dump();
-    const std::string strWhole = Export({L"T"});
-    for (std::size_t n = 1;; ++n) {
-        faults.FailAt(n);
-        const std::string strText = Export({L"T"});
-        const bool bFailed = faults.IsReached();
-        faults.CountOnly();
-        EXPECT_EQ(TemplateStore::Dump(), strBefore);
-        if (!bFailed) {
-            EXPECT_EQ(strText, strWhole);
-            break;
-        }
-        EXPECT_EQ(strText, n == 1 ? EMPTY_DOCUMENT : "") << n;
-    }
-}
-
 TEST_F(TemplateExport, NumberOfStoreOperationsDoesNotGrowWithTheTemplates) {
     CStoreFaults faults;
     CSettingsStore::Open(TemplateStore::MEMORY);
