@@ -1,0 +1,326 @@
+#!/usr/bin/env python3
+"""Properties of imports and exports, tried on made-up documents through the library and through dlpctl."""
+
+from __future__ import annotations
+
+import argparse
+import json
+import subprocess
+import sys
+import tempfile
+import time
+from collections import Counter
+from collections.abc import Callable, Iterator
+from pathlib import Path
+
+sys.dont_write_bytecode = True
+sys.path.insert(0, str(Path(__file__).resolve().parent.parent / "model"))
+
+import generator  # noqa: E402
+import spellings  # noqa: E402
+from documents_read import elements, misordered, names, repeated, replaces_itself  # noqa: E402
+from generator import EXPRESSION_PREFIX, KEYWORD_PREFIX, TEMPLATE_PREFIX, Operation  # noqa: E402
+from runners import Result, Sequence, home_bytes, run_driver  # noqa: E402
+
+BATCH = 25
+KINDS = ("expressions", "keyword_lists", "templates")
+IMPORTS = ("import", "import_file", "assets_import")
+LISTS = ("result", "returned", "imported", "skipped", "skipped_assets")
+SET_LANGUAGE = {"op": "set_language", "value": "English"}
+SET_VERSION = {"op": "set_version", "value": "3.0.1000"}
+
+Dump = dict[str, list[dict[str, object]]]
+Item = dict[str, object]
+EMPTY: Dump = {kind: [] for kind in KINDS}
+
+
+class Trial:
+    """What a property needs: the library, the tool, and counts of what it met."""
+
+    def __init__(self, arguments: argparse.Namespace) -> None:
+        self._arguments = arguments
+        self.tool = arguments.tool
+        self.met: Counter[str] = Counter()
+
+    def run(self, sequences: list[Sequence]) -> list[list[Result]]:
+        """The results of each sequence, as many as it has operations."""
+        given = run_driver(self._arguments.driver, self._arguments.store, sequences)
+        for sequence, results in zip(sequences, given, strict=True):
+            if len(results) != len(sequence["operations"]):
+                raise SystemExit(f"seed {sequence['seed']}: the driver ended early: {results[-1:]}")
+        return given
+
+
+def made(seed: int) -> Sequence:
+    """The imports of a made-up sequence, in a language that most of its documents have."""
+    sequence = generator.make(seed)
+    imports = [operation for operation in sequence["operations"] if operation["op"] in IMPORTS]
+    return {**sequence, "operations": [SET_LANGUAGE, *imports]}
+
+
+def with_operations(sequence: Sequence, operations: list[Operation]) -> Sequence:
+    """The sequence with other operations."""
+    return {**sequence, "operations": operations}
+
+
+def document(operation: Operation) -> str:
+    """The text that an import reads: of a file from its first start tag on."""
+    if operation["op"] != "import_file":
+        return operation["text"]
+    data = bytes.fromhex(operation["bytes"] or "")
+    return data[max(data.find(b"<"), 0):].decode(errors="replace")
+
+
+def subjects(dump: Dump, kind: str) -> list[str]:
+    """The subjects of a kind."""
+    return [record["subject"] for record in dump[kind]]
+
+
+# -- what was exported comes back ------------------------------------------------------------------------------------
+
+def comes_back(template: dict[str, object]) -> bool:
+    """Whether an import takes the template once it was exported: named_cases.py shows what it does not take."""
+    paths = [element.path for element in elements(template["element"])]
+    known = ("template", "matchRule", "buildingBlock")
+    return all(path == known[:len(path)] for path in paths if len(path) <= len(known))
+
+
+def exports(dump: Dump) -> list[Operation]:
+    """The export of the templates that come back, and of all assets."""
+    return [SET_VERSION, {"op": "export", "names": [t["name"] for t in dump["templates"] if comes_back(t)]},
+            SET_VERSION, {"op": "assets_export", "which": "document", "expressions": subjects(dump, "expressions"),
+                          "keywords": subjects(dump, "keyword_lists")}]
+
+
+def back(sequence: Sequence, export: Operation, text: str) -> Sequence:
+    """The import of what was exported into an empty store, and the same export of that one."""
+    door = {"op": "import", "scope": "", "text": text}
+    if export["op"] == "assets_export":
+        door = {"op": "assets_import", "which": "all", "scope": "", "text": text}
+    return with_operations(sequence, [SET_LANGUAGE, door, SET_VERSION, export])
+
+
+def exported_comes_back(trial: Trial, seeds: range) -> Iterator[str]:
+    """Export, import and export again gives the same bytes; attributes stand in their order."""
+    first = [made(seed) for seed in seeds]
+    dumps = [results[-1]["dump"] for results in trial.run(first)]
+    second = [with_operations(s, s["operations"] + exports(dump)) for s, dump in zip(first, dumps)]
+    texts = [(sequence, operation, result["text"])
+             for sequence, results in zip(second, trial.run(second))
+             for operation, result in zip(sequence["operations"][-4:], results[-4:]) if "text" in result]
+    third = [back(*exported) for exported in texts]
+    for (sequence, operation, text), (_, taken, _, again) in zip(texts, trial.run(third)):
+        where = f"seed {sequence['seed']}, {operation['op']}"
+        trial.met[operation["op"]] += 1
+        trial.met["templates"] += len(operation.get("names", []))
+        trial.met["assets"] += len(operation.get("expressions", [])) + len(operation.get("keywords", []))
+        yield from (f"{where}: {problem}" for problem in misordered(text or ""))
+        without = operation["op"] == "export" and not operation["names"]
+        if not without and (taken["result"] != 0 or taken["skipped"] or taken.get("skipped_assets")):
+            yield f"{where}: import of the export gave {[taken.get(key) for key in LISTS]}"
+        elif not without and text != again["text"]:
+            yield f"{where}: {text!r}\n  then {again['text']!r}"
+
+
+# -- once is as good as twice ----------------------------------------------------------------------------------------
+
+def twice_is_once(trial: Trial, seeds: range) -> Iterator[str]:
+    """The same import again gives the same result and changes nothing."""
+    once = [made(seed) for seed in seeds]
+    twice = [with_operations(s, [o for operation in s["operations"] for o in (operation, operation)]) for s in once]
+    for sequence, results in zip(twice, trial.run(twice)):
+        for operation, first, second in zip(sequence["operations"][::2], results[::2], results[1::2]):
+            where = f"seed {sequence['seed']}, {operation['op']}"
+            if first["dump"] != second["dump"] or first["version"] != second["version"]:
+                yield f"{where}: the second import changed the store"
+            if operation == SET_LANGUAGE:
+                continue
+            trial.met["imports"] += 1
+            if replaces_itself(document(operation)):
+                trial.met["replacing in itself"] += 1
+            elif [first.get(key) for key in LISTS] != [second.get(key) for key in LISTS]:
+                yield f"{where}: first {[first.get(key) for key in LISTS]}, then {[second.get(key) for key in LISTS]}"
+
+
+# -- a refused import ------------------------------------------------------------------------------------------------
+
+def refused_changes_nothing(trial: Trial, seeds: range) -> Iterator[str]:
+    """Codes 1 and 2 leave the store as it was; 3 leaves what was saved before: nothing, or the assets."""
+    plain = [with_operations(s, [{**o, "scope": ""} if "scope" in o else o for o in s["operations"]])
+             for s in map(made, seeds)]
+    assets: list[tuple[Sequence, dict[str, Dump]]] = []
+    for sequence, results in zip(plain, trial.run(plain)):
+        before = EMPTY
+        for index, (operation, result) in enumerate(zip(sequence["operations"], results)):
+            code = result.get("result")
+            trial.met[f"{operation['op']} {code}"] += code is not None
+            where = f"seed {sequence['seed']}, operation {index}"
+            if code in (1, 2) and result["dump"] != before:
+                yield f"{where}: refused with {code}, and changed the store"
+            if operation["op"] == "import" and code == 3 and result["dump"] != before:
+                alone = {"op": "assets_import", "which": "all", "scope": "", "text": operation["text"]}
+                assets.append((with_operations(sequence, sequence["operations"][:index] + [alone]), result["dump"]))
+            before = result["dump"]
+    trial.met["code 3 with assets"] += len(assets)
+    for (sequence, dump), results in zip(assets, trial.run([sequence for sequence, _ in assets])):
+        if results[-1]["dump"] != dump:
+            yield f"seed {sequence['seed']}: the import that ended with 3 left other records than its assets"
+
+
+# -- what a document does not name -----------------------------------------------------------------------------------
+
+def witnesses(seed: int) -> list[Operation]:
+    """A record of each kind that no document names, with something in every field."""
+    texts = spellings.AWKWARD_TEXTS + spellings.NEVER_IN_XML
+    number = (2147483647, -2147483648, 0, 1)[seed % 4]
+
+    def text(field: int) -> str:
+        return texts[(seed + 7 * field) % len(texts)]
+
+    shown = {"display_name": text(0), "description": text(1), "pre_defined": seed % 2 == 0, "scope": text(2)}
+    asset = {**shown, "name": "witness", "modified": seed % 3 == 0}
+    numbers = ("min_length", "max_length", "suffix_length", "min_left_radius", "max_left_radius", "max_right_radius")
+    expression = {**asset, "type": text(3), "validator": text(4), "case_sensitive": seed % 3 == 0, "pattern": text(5),
+                  "alphabet_charset": text(6), "display_format": text(7), "example": text(8),
+                  **dict.fromkeys(numbers, number)}
+    keyword = {**asset, "condition": text(9), "threshold": number, "number": number, "text": text(10)}
+    template = {**shown, "industries": [text(11), "finance"], "regions": [text(12), text(12)],
+                "element": "<template name='witness'/>" + (text(13) if seed % 5 == 0 else "")}
+    kinds = (("expression", EXPRESSION_PREFIX, expression), ("keyword", KEYWORD_PREFIX, keyword),
+             ("template", TEMPLATE_PREFIX, template))
+    return [{"op": "put", "kind": kind, "record": {"subject": prefix + "witness", **fields}}
+            for kind, prefix, fields in kinds]
+
+
+def untouched_kinds(operation: Operation) -> tuple[str, ...]:
+    """The kinds that an import of that sort leaves alone."""
+    left = {"all": ("templates",), "expressions": ("keyword_lists", "templates"),
+            "keywords": ("expressions", "templates")}
+    return left[operation["which"]] if operation["op"] == "assets_import" else ()
+
+
+def unknown_stays(trial: Trial, seeds: range) -> Iterator[str]:
+    """Records that a document does not name stay as they are, in every field."""
+    sequences = [with_operations(s, witnesses(s["seed"]) + s["operations"]) for s in map(made, seeds)]
+    for sequence, results in zip(sequences, trial.run(sequences)):
+        for index in range(len(witnesses(0)), len(results)):
+            operation, before, after = sequence["operations"][index], results[index - 1]["dump"], results[index]["dump"]
+            named = names(document(operation)) if operation != SET_LANGUAGE else dict.fromkeys(KINDS, [])
+            for kind in KINDS:
+                left = [r for r in before[kind] if r["name"] not in named[kind] or kind in untouched_kinds(operation)]
+                trial.met[f"{kind} left"] += len(left)
+                trial.met[f"{kind} named"] += len(before[kind]) - len(left)
+                yield from (f"seed {sequence['seed']}, operation {index}: {record['subject']!r} changed"
+                            for record in left if record not in after[kind])
+
+
+# -- the tool --------------------------------------------------------------------------------------------------------
+
+class Tool:
+    """dlpctl on a store of its own, with an installation's files."""
+
+    def __init__(self, path: str, folder: Path, home: dict[str, object]) -> None:
+        (folder / "config").mkdir()
+        for name, content in home_bytes(home).items():
+            if content is not None:
+                (folder / "config" / name).write_bytes(content)
+        self._file = folder / "policy.xml"
+        self._start = [path, "--store", f"sqlite:{folder}/settings.db", "--home", str(folder), "--language", "English"]
+
+    def _run(self, *words: str) -> subprocess.CompletedProcess[bytes]:
+        return subprocess.run([*self._start, *words], stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, check=False)
+
+    def dump(self) -> bytes:
+        """The whole store."""
+        done = self._run("store", "dump")
+        if done.returncode != 0:
+            raise SystemExit(f"store dump ended with {done.returncode}")
+        return done.stdout
+
+    def load(self, data: bytes) -> tuple[int, list[Item]]:
+        """Imports a document: the exit code, and the items without their places."""
+        self._file.write_bytes(data)
+        done = self._run("--json", "import", str(self._file))
+        return done.returncode, json.loads(done.stdout)["items"]
+
+
+def single(items: list[Item], text: str) -> list[Item]:
+    """The items whose name stands once in the document: of the others each replaces the one before, every time."""
+    twice = {name for _, name in repeated(text)}
+    return [item for item in items if item["name"] not in twice]
+
+
+def settled(item: Item) -> Item:
+    """An item as it is to be told the second time."""
+    if item["disposition"] == "skipped":
+        return item
+    return {**item, "disposition": "unchanged", "reason": "", "detail": ""}
+
+
+def tool_document(operation: Operation) -> bytes:
+    """The bytes of a document for the tool."""
+    if operation["op"] == "import_file":
+        return bytes.fromhex(operation["bytes"] or "")
+    return operation["text"].encode(errors="surrogatepass")
+
+
+def tool_keeps_its_word(trial: Trial, seeds: range) -> Iterator[str]:
+    """Through dlpctl, a refused document changes nothing, and one imported again is unchanged or skipped as before."""
+    for seed in seeds:
+        sequence = made(seed)
+        with tempfile.TemporaryDirectory() as folder:
+            tool = Tool(trial.tool, Path(folder), sequence["home"])
+            before = tool.dump()
+            for index, operation in enumerate(sequence["operations"][1:]):
+                code, items = tool.load(tool_document(operation))
+                after = tool.dump()
+                trial.met[f"exit code {code}"] += 1
+                where = f"seed {seed}, document {index}"
+                if code not in (0, 1) and after != before:
+                    yield f"{where}: refused with {code}, and changed the store"
+                before = after
+                if code not in (0, 1):
+                    continue
+                _, again = tool.load(tool_document(operation))
+                once = single(items, document(operation))
+                trial.met["items"] += len(once)
+                if [settled(item) for item in once] != single(again, document(operation)):
+                    yield f"{where}: told otherwise the second time"
+                if tool.dump() != after:
+                    yield f"{where}: the second import changed the store"
+
+
+PROPERTIES: dict[str, Callable[[Trial, range], Iterator[str]]] = {
+    "exported-comes-back": exported_comes_back,
+    "twice-is-once": twice_is_once,
+    "refused-changes-nothing": refused_changes_nothing,
+    "unknown-stays": unknown_stays,
+    "tool-keeps-its-word": tool_keeps_its_word,
+}
+
+
+def main() -> int:
+    """The command line; 1 when a property does not hold."""
+    parser = argparse.ArgumentParser(description=__doc__)
+    parser.add_argument("property", nargs="*", choices=[*PROPERTIES, []], help="all without")
+    parser.add_argument("--seed", type=int, default=1, help="the first seed")
+    parser.add_argument("--count", type=int, default=50, help="how many sequences of documents")
+    parser.add_argument("--driver", required=True, help="path of dlp_model_driver")
+    parser.add_argument("--tool", required=True, help="path of dlpctl")
+    parser.add_argument("--store", choices=["memory:", "sqlite"], default="memory:")
+    arguments = parser.parse_args()
+    failed = 0
+    for name in arguments.property or PROPERTIES:
+        trial, started = Trial(arguments), time.monotonic()
+        end = arguments.seed + arguments.count
+        for first in range(arguments.seed, end, BATCH):
+            for problem in PROPERTIES[name](trial, range(first, min(first + BATCH, end))):
+                failed += 1
+                print(f"{name}: {problem}", flush=True)
+        met = ", ".join(f"{what}: {number}" for what, number in sorted(trial.met.items()))
+        print(f"{name}: {arguments.count} sequences in {time.monotonic() - started:.1f} s; {met}", flush=True)
+    return 1 if failed else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
