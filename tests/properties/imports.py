@@ -63,12 +63,21 @@ def with_operations(sequence: Sequence, operations: list[Operation]) -> Sequence
     return {**sequence, "operations": operations}
 
 
-def document(operation: Operation) -> str:
-    """The text that an import reads: of a file from its first start tag on."""
-    if operation["op"] != "import_file":
-        return operation["text"]
-    data = bytes.fromhex(operation["bytes"] or "")
+def file_bytes(operation: Operation) -> bytes:
+    """The document as a file."""
+    if operation["op"] == "import_file":
+        return bytes.fromhex(operation["bytes"] or "")
+    return operation["text"].encode(errors="surrogatepass")
+
+
+def file_text(data: bytes) -> str:
+    """The text that is read of a file: what stands before the markup is passed over."""
     return data[max(data.find(b"<"), 0):].decode(errors="replace")
+
+
+def document(operation: Operation) -> str:
+    """The text that an import reads."""
+    return file_text(file_bytes(operation)) if operation["op"] == "import_file" else operation["text"]
 
 
 def subjects(dump: Dump, kind: str) -> list[str]:
@@ -257,13 +266,6 @@ def settled(item: Item) -> Item:
     return {**item, "disposition": "unchanged", "reason": "", "detail": ""}
 
 
-def tool_document(operation: Operation) -> bytes:
-    """The bytes of a document for the tool."""
-    if operation["op"] == "import_file":
-        return bytes.fromhex(operation["bytes"] or "")
-    return operation["text"].encode(errors="surrogatepass")
-
-
 def tool_keeps_its_word(trial: Trial, seeds: range) -> Iterator[str]:
     """Through dlpctl, a refused document changes nothing, and one imported again is unchanged or skipped as before."""
     for seed in seeds:
@@ -272,7 +274,8 @@ def tool_keeps_its_word(trial: Trial, seeds: range) -> Iterator[str]:
             tool = Tool(trial.tool, Path(folder), sequence["home"])
             before = tool.dump()
             for index, operation in enumerate(sequence["operations"][1:]):
-                code, items = tool.load(tool_document(operation))
+                data = file_bytes(operation)
+                code, items = tool.load(data)
                 after = tool.dump()
                 trial.met[f"exit code {code}"] += 1
                 where = f"seed {seed}, document {index}"
@@ -281,10 +284,10 @@ def tool_keeps_its_word(trial: Trial, seeds: range) -> Iterator[str]:
                 before = after
                 if code not in (0, 1):
                     continue
-                _, again = tool.load(tool_document(operation))
-                once = single(items, document(operation))
+                _, again = tool.load(data)
+                once = single(items, file_text(data))
                 trial.met["items"] += len(once)
-                if [settled(item) for item in once] != single(again, document(operation)):
+                if [settled(item) for item in once] != single(again, file_text(data)):
                     yield f"{where}: told otherwise the second time"
                 if tool.dump() != after:
                     yield f"{where}: the second import changed the store"
