@@ -6,14 +6,7 @@
 
 namespace {
 
-constexpr wchar_t LAST = 0x10FFFF;
 constexpr wchar_t BLOCK = 0x4000;
-
-/** What XML 1.0 can carry, by its definition. */
-bool IsCarried(wchar_t c) {
-    return c == 0x9 || c == 0xA || c == 0xD || (c >= 0x20 && c <= 0xD7FF) || (c >= 0xE000 && c <= 0xFFFD) ||
-           (c >= 0x10000 && c <= LAST);
-}
 
 std::wstring BetweenBlanks(wchar_t c) {
     return {L' ', c, L' '};
@@ -33,7 +26,7 @@ CXMLParser Written(wchar_t iFirst) {
     EXPECT_TRUE(document.LoadUtf8("<r/>"));
     const auto pRoot = document.GetRootElement();
     for (wchar_t c = iFirst; c < iFirst + BLOCK; ++c) {
-        if (IsCarried(c)) {
+        if (Xml::IsCarried(c)) {
             Append(document, *pRoot, std::wstring(1, c));
             Append(document, *pRoot, BetweenBlanks(c));
         }
@@ -51,11 +44,11 @@ bool Take(OS::CAutoObjPtr<CXMLNode>& pNode, const std::wstring& strText) {
 }
 
 /** @return how many characters were read back */
-int ReadBack(const CXMLParser& document, wchar_t iFirst) {
-    int iRead = 0;
+std::size_t ReadBack(const CXMLParser& document, wchar_t iFirst) {
+    std::size_t iRead = 0;
     auto pNode = document.GetRootElement()->GetFirstChild();
     for (wchar_t c = iFirst; c < iFirst + BLOCK; ++c) {
-        if (IsCarried(c)) {
+        if (Xml::IsCarried(c)) {
             ++iRead;
             EXPECT_TRUE(Take(pNode, std::wstring(1, c))) << "U+" << std::hex << static_cast<int>(c);
             EXPECT_TRUE(Take(pNode, BetweenBlanks(c))) << "between blanks, U+" << std::hex << static_cast<int>(c);
@@ -68,8 +61,8 @@ int ReadBack(const CXMLParser& document, wchar_t iFirst) {
 }  // namespace
 
 TEST(XmlCharacters, EachIsReadBackAloneAndBetweenBlanks) {
-    int iRead = 0;
-    for (wchar_t iFirst = 0; iFirst <= LAST && !HasFailure(); iFirst += BLOCK) {
+    std::size_t iRead = 0;
+    for (wchar_t iFirst = 0; iFirst <= Xml::LAST_CHARACTER && !HasFailure(); iFirst += BLOCK) {
         const CXMLParser document = Written(iFirst);
         ReadBack(document, iFirst);
         OS::x_wstring strText;
@@ -78,16 +71,16 @@ TEST(XmlCharacters, EachIsReadBackAloneAndBetweenBlanks) {
         ASSERT_TRUE(loaded.LoadXML(strText));
         iRead += ReadBack(loaded, iFirst);
     }
-    EXPECT_EQ(0x110000 - 0x800 - 29 - 2, iRead);  // all but surrogates, control characters, U+FFFE and U+FFFF
+    EXPECT_EQ(Xml::CARRIED_CHARACTERS, iRead);
 }
 
 TEST(XmlCharacters, WhatXmlCannotCarryIsRefusedWhenSetAndChangesNothing) {
     CXMLParser document;
     ASSERT_TRUE(document.LoadUtf8("<r a=\"b\">t</r>"));
     const auto pRoot = document.GetRootElement();
-    int iRefused = 0;
-    for (wchar_t c = 0; c <= LAST + 1; ++c) {
-        if (IsCarried(c)) {
+    std::size_t iRefused = 0;
+    for (wchar_t c = 0; c <= Xml::LAST_CHARACTER + 1; ++c) {
+        if (Xml::IsCarried(c)) {
             continue;
         }
         ++iRefused;
@@ -99,6 +92,6 @@ TEST(XmlCharacters, WhatXmlCannotCarryIsRefusedWhenSetAndChangesNothing) {
                 << static_cast<int>(c);
         }
     }
-    EXPECT_EQ(0x800 + 29 + 2 + 1, iRefused);
+    EXPECT_EQ(0x110000 + 1 - Xml::CARRIED_CHARACTERS, iRefused);
     EXPECT_EQ("<r a=\"b\">t</r>", Xml::Saved(document));
 }

@@ -8,6 +8,17 @@
 /** Documents as texts, for expectations that stand beside their input. */
 namespace Xml {
 
+inline constexpr wchar_t LAST_CHARACTER = 0x10FFFF;
+
+/** What XML 1.0 can carry, by its definition. */
+inline bool IsCarried(wchar_t c) {
+    return c == 0x9 || c == 0xA || c == 0xD || (c >= 0x20 && c <= 0xD7FF) || (c >= 0xE000 && c <= 0xFFFD) ||
+           (c >= 0x10000 && c <= LAST_CHARACTER);
+}
+
+/** How many characters those are: all but surrogates, control characters, U+0000, U+FFFE and U+FFFF. */
+inline constexpr std::size_t CARRIED_CHARACTERS = 0x110000 - 0x800 - 28 - 1 - 2;
+
 inline std::string Narrow(const std::wstring& strText) {
     return OS::Utf8Lenient(strText);
 }

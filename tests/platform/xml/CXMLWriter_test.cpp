@@ -97,18 +97,13 @@ TEST(XmlWriter, EscapedTextNamesNoPlaceOfItsOwn) {
 }
 
 TEST(XmlWriter, EveryCharacterIsRefusedOrReadBackAsItWas) {
-    // What XML 1.0 can carry, by its definition.
-    const auto isChar = [](wchar_t c) {
-        return c == 0x9 || c == 0xA || c == 0xD || (c >= 0x20 && c <= 0xD7FF) || (c >= 0xE000 && c <= 0xFFFD) ||
-               (c >= 0x10000 && c <= 0x10FFFF);
-    };
     std::string strCarried;
     std::string strOut;
     CXMLWriter writer(strOut);
     writer.StartElement("a");
-    for (wchar_t c = 0; c <= 0x10FFFF; ++c) {
+    for (wchar_t c = 0; c <= Xml::LAST_CHARACTER; ++c) {
         const std::string strText = OS::Utf8Loose(std::wstring_view(&c, 1));
-        if (isChar(c)) {
+        if (Xml::IsCarried(c)) {
             strCarried += strText;
         } else {
             EXPECT_NE("nothing thrown", Thrown([&] { Escaped(strText, false); })) << static_cast<int>(c);
