@@ -200,7 +200,8 @@ class Policies:
         """A keyword list."""
         name = self._name("dictionary", s.KEYWORD_NAMES)
         condition = self._taste.pick(s.CONDITIONS, s.ODD_CONDITIONS, "odd types")
-        attributes = [("name", name), ("type", condition), ("threshold", self._number()), ("number", self._number()),
+        attributes = [("name", name), ("type", condition),
+                      ("threshold", self._number()), ("number", self._number()),
                       ("display_name", self._display(name)),
                       ("description", self._taste.text()), ("pre-defined", self._predefined())]
         return self._tag("dictionary", attributes,
@@ -211,8 +212,9 @@ class Policies:
         met = self.met["entity" if kind == "ENTITY" else "dictionary"][-6:]
         if old:
             met = met + s.OLD_NAMES[:2]
-        nothing = not met or self._taste.has("references to nothing") or self._chance.random() < 0.03
-        name = "nothing" if nothing else self._chance.choice(met)
+        name = self._chance.choice(met) if met else "nothing"
+        if self._taste.has("references to nothing") or self._chance.random() < 0.03:
+            name = "nothing"
         kind = self._taste.pick([kind], s.ODD_SOURCE_TYPES, "odd source types")
         attributes = [("sourceType", kind), ("entityHits", self._number()),
                       ("sourceName", name)]
@@ -331,8 +333,7 @@ class Policies:
             lambda: text[:middle] + "\ufffe" + text[middle:],
             lambda: text[:middle] + "\ud800" + text[middle:],
             lambda: text[:middle] + "<?xml x?>" + text[middle:],
-            lambda: text.replace('="', "=", 1), lambda: "<d>" * self._chance.choice([254, 255, 256,
-                                                                                     257]) + text,
+            lambda: text.replace('="', "=", 1), lambda: "<d>" * 257 + text,
             lambda: _deep(text, self._chance.choice([250, 252, 253, 254, 255])),
             lambda: text + "\n<!-- end -->\n",
         ]

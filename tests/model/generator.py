@@ -116,10 +116,8 @@ class Sequences:
         met = self._policies.met[tag][-6:]
         if not met or self._chance.random() < 0.2:
             return self._names(pool, prefix)
-        return [prefix + name for name in self._chance.sample(met,
-                                                              self._chance.randint(0,
-                                                                                   min(2,
-                                                                                       len(met))))]
+        some = self._chance.randint(0, min(2, len(met)))
+        return [prefix + name for name in self._chance.sample(met, some)]
 
     def _export(self) -> Operation:
         if self._chance.random() < 0.7:
@@ -129,24 +127,24 @@ class Sequences:
                 "keywords": self._met("dictionary", s.KEYWORD_NAMES, KEYWORD_PREFIX)}
 
     def _other(self) -> list[Operation]:
-        if self._chance.random() < 0.25:
+        draw = self._chance.random()
+        if draw < 0.25:
             return self._put()
+        if draw < 0.33:
+            return [self._remove(), {"op": "export", "names": self._policies.met["template"][-6:]}]
         makers = [(self._export, 5), (self._text_operation, 4), (self._rules, 4),
-                  (self._keywords, 3),
-                  (self._setting, 2), (self._find, 2), (self._metadata, 1), (self._remove, 2),
-                  (lambda: {"op": "root"}, 1)]
+                  (self._keywords, 3), (self._setting, 2), (self._find, 2),
+                  (self._metadata, 1), (lambda: {"op": "root"}, 1)]
         make = self._chance.choices([maker for maker, _ in makers],
                                     [weight for _, weight in makers])[0]
         return [make()]
 
     def _setting(self) -> Operation:
         if self._chance.random() < 0.6:
-            return {"op": "set_language", "value": self._taste.pick(s.LANGUAGES + [""],
-                                                                    s.ODD_LANGUAGES,
-                                                                    "odd languages")}
-        return {"op": "set_version", "value": self._taste.pick(s.VERSIONS, s.ODD_VERSIONS + ["",
-                                                                                             "3&4"],
-                                                               "odd versions")}
+            value = self._taste.pick(s.LANGUAGES + [""], s.ODD_LANGUAGES, "odd languages")
+            return {"op": "set_language", "value": value}
+        value = self._taste.pick(s.VERSIONS, s.ODD_VERSIONS + ["", "3&4"], "odd versions")
+        return {"op": "set_version", "value": value}
 
     def _text_operation(self) -> Operation:
         name = self._chance.choice(["check", "format", "normalize", "categories"])
@@ -207,9 +205,8 @@ class Sequences:
     def _remove(self) -> Operation:
         kind = self._chance.choice(list(KINDS))
         prefix, tag, pool = KINDS[kind]
-        return {"op": "remove", "kind": kind, "subject": self._chance.choice([*self._met(tag, pool,
-                                                                                         prefix),
-                                                                              prefix])}
+        subject = self._chance.choice([*self._met(tag, pool, prefix), prefix])
+        return {"op": "remove", "kind": kind, "subject": subject}
 
     # -- records that no import would make
 
