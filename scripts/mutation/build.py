@@ -159,7 +159,9 @@ class Build:
         return None
 
     def guilty(self, output, mutants):
-        """The mutants on the lines of the errors; else of the notes beside them; else of the files that failed."""
+        """The mutants that the errors name; those on their lines; else on the lines of the notes beside them; else those
+        of the files that failed."""
+        named = set(map(int, re.findall(r"error:.*mutate::Is\((\d+)\)", output))) & set(mutants)
         for kind in ("error", "note|warning|required from here", ""):
             places = set()
             for match in re.finditer(rf"^(?:In file included from |\s+from )?([^\s:]+):(\d+)[:,](?:\d+:)?\s*(?:{kind})",
@@ -168,8 +170,8 @@ class Build:
                 path = path if path.is_absolute() else self.out / path
                 places.add((os.path.normpath(path), int(match.group(2))))
             found = {number for number, site in mutants.items() if self.is_at(site, places)}
-            if found:
-                return found
+            if found | named:
+                return found | named
         names = {path for path, _ in places}
         return {number for number, site in mutants.items() if str(self.tree / site.file) in names}
 

@@ -35,6 +35,7 @@ class Cases:
         program, name = case.split(":", 1)
         folder = self.out / "tests"
         with tempfile.TemporaryDirectory(dir=self.scratch, ignore_cleanup_errors=True) as own:
+            os.chmod(own, 0o755)  # some cases become another user
             environment = {**os.environ, **variables, "TMPDIR": own}
             start = time.monotonic()
             process = subprocess.Popen([self.out / "bin" / program, f"--gtest_filter={name}"], env=environment,
