@@ -94,6 +94,24 @@ def comes_back(template: dict[str, object]) -> bool:
     return all(path == known[:len(path)] for path in paths if len(path) <= len(known))
 
 
+def carried(kind: str, record: Item) -> Item:
+    """What a document says of a record, whatever else the store holds."""
+    kept = {key: value for key, value in record.items() if key not in ("scope", "modified", "element", "text")}
+    if kind == "templates":
+        kept["industries"], kept["regions"] = sorted(record["industries"]), sorted(record["regions"])
+        blocks = [block for rule in record["match_rules"] for block in rule["blocks"]]
+        kept["match_rules"] = [(rule["operation"], len(rule["blocks"])) for rule in record["match_rules"]]
+        kept["blocks"] = [{**b, "entity_hits": b["entity_hits"] if b["source_type"] == "ENTITY" else 0} for b in blocks]
+    return kept
+
+
+def changed(before: Dump, after: Dump) -> list[str]:
+    """The records that came back as other ones."""
+    known = {(kind, record["subject"]): carried(kind, record) for kind in KINDS for record in before[kind]}
+    return [record["subject"] for kind in KINDS for record in after[kind]
+            if carried(kind, record) != known.get((kind, record["subject"]))]
+
+
 def exports(dump: Dump) -> list[Operation]:
     """The export of the templates that come back, and of all assets."""
     return [SET_VERSION, {"op": "export", "names": [t["name"] for t in dump["templates"] if comes_back(t)]},
@@ -114,16 +132,17 @@ def exported_comes_back(trial: Trial, seeds: range) -> Iterator[str]:
     first = [made(seed) for seed in seeds]
     dumps = [results[-1]["dump"] for results in trial.run(first)]
     second = [with_operations(s, s["operations"] + exports(dump)) for s, dump in zip(first, dumps)]
-    texts = [(sequence, operation, result["text"])
+    texts = [(sequence, operation, result["text"], result["dump"])
              for sequence, results in zip(second, trial.run(second))
              for operation, result in zip(sequence["operations"][-4:], results[-4:]) if "text" in result]
-    third = [back(*exported) for exported in texts]
-    for (sequence, operation, text), (_, taken, _, again) in zip(texts, trial.run(third)):
+    third = [back(*exported[:3]) for exported in texts]
+    for (sequence, operation, text, dump), (_, taken, _, again) in zip(texts, trial.run(third)):
         where = f"seed {sequence['seed']}, {operation['op']}"
         trial.met[operation["op"]] += 1
         trial.met["templates"] += len(operation.get("names", []))
         trial.met["assets"] += len(operation.get("expressions", [])) + len(operation.get("keywords", []))
         yield from (f"{where}: {problem}" for problem in misordered(text or ""))
+        yield from (f"{where}: {subject!r} came back as another one" for subject in changed(dump, taken["dump"]))
         without = operation["op"] == "export" and not operation["names"]
         if not without and (taken["result"] != 0 or taken["skipped"] or taken.get("skipped_assets")):
             yield f"{where}: import of the export gave {[taken.get(key) for key in LISTS]}"

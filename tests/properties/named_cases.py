@@ -188,9 +188,10 @@ class OrderOfAttributes(unittest.TestCase):
                           (("description", ""), ("score", ""), ("caseSensitive", ""))], attributes)
 
     def test_templates(self) -> None:
+        sources = (("card", "ENTITY"), ("card", "entity"), ("words", "KEYWORD"), ("words", "Keyword"))
         blocks = [f'<buildingBlock {operation} sourceName="{name}" entityHits="3" sourceType="{kind}"/>'
                   for operation in ("", 'operation="and"', 'operation="OR"', 'operation="EXCEPT"', 'operation="NONE"')
-                  for name, kind in (("card", "ENTITY"), ("card", "entity"), ("words", "KEYWORD"), ("words", "Keyword"))]
+                  for name, kind in sources]
         rules = "".join(f"<matchRule {operation}>{''.join(blocks)}<other/></matchRule>" for operation in
                         ("", 'operation="AND"', 'operation="or"', 'operation="EXCEPT"', 'operation="NONE"'))
         puts = [put("template", f"t{i}", pre_defined=built_in, industries=["b", "a"], regions=["c"],
