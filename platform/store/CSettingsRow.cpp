@@ -45,6 +45,17 @@ CSettingsRow::CSettingsRow(ESettingsKind eKind) : m_eKind(eKind) {
     }
 }
 
+/** Value by value: a variant whose copying runs out of memory is undefined in the standard library of GCC 12. */
+CSettingsRow::CSettingsRow(const CSettingsRow& other) : m_eKind(other.m_eKind), m_vecValues(other.m_vecValues.size()) {
+    for (std::size_t i = 0; i < m_vecValues.size(); ++i) {
+        std::visit([this, i](const auto& value) { m_vecValues[i] = value; }, other.m_vecValues[i]);
+    }
+}
+
+CSettingsRow& CSettingsRow::operator=(const CSettingsRow& other) {
+    return *this = CSettingsRow(other);
+}
+
 const std::string& CSettingsRow::GetText(std::size_t iColumn) const {
     static const std::string s_strEmpty;
     return IsNull(iColumn) ? s_strEmpty : std::get<std::string>(m_vecValues[iColumn]);

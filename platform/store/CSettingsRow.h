@@ -21,6 +21,11 @@ class DLP_PLATFORM_API CSettingsRow {
 
     /** A row with every column at its empty value: "", 0, no list, nothing. */
     explicit CSettingsRow(ESettingsKind eKind = ESettingsKind::EXPRESSION);
+    CSettingsRow(const CSettingsRow& other);
+    CSettingsRow& operator=(const CSettingsRow& other);
+    CSettingsRow(CSettingsRow&& other) noexcept = default;
+    CSettingsRow& operator=(CSettingsRow&& other) noexcept = default;
+    ~CSettingsRow() = default;
 
     ESettingsKind GetKind() const { return m_eKind; }
     const std::string& GetSubject() const { return GetText(0); }
