@@ -121,10 +121,16 @@ def exports(dump: Dump) -> list[Operation]:
 
 def back(sequence: Sequence, export: Operation, text: str) -> Sequence:
     """The import of what was exported into an empty store, and the same export of that one."""
-    door = {"op": "import", "scope": "", "text": text}
+    door = {"op": "import", "scope": "", "text": text or ""}
     if export["op"] == "assets_export":
-        door = {"op": "assets_import", "which": "all", "scope": "", "text": text}
+        door = {"op": "assets_import", "which": "all", "scope": "", "text": text or ""}
     return with_operations(sequence, [SET_LANGUAGE, door, SET_VERSION, export])
+
+
+def all_there(export: Operation, dump: Dump) -> bool:
+    """Whether the store holds all that was exported: the templates, and the assets where they were asked for."""
+    asked = [("names", "templates"), ("expressions", "expressions"), ("keywords", "keyword_lists")]
+    return all(len(export[argument]) == len(dump[kind]) for argument, kind in asked if argument in export)
 
 
 def exported_comes_back(trial: Trial, seeds: range) -> Iterator[str]:
@@ -138,15 +144,12 @@ def exported_comes_back(trial: Trial, seeds: range) -> Iterator[str]:
     third = [back(*exported[:3]) for exported in texts]
     for (sequence, operation, text, dump), (_, taken, _, again) in zip(texts, trial.run(third)):
         where = f"seed {sequence['seed']}, {operation['op']}"
-        trial.met[operation["op"]] += 1
-        trial.met["templates"] += len(operation.get("names", []))
-        trial.met["assets"] += len(operation.get("expressions", [])) + len(operation.get("keywords", []))
+        trial.met.update({kind: len(taken["dump"][kind]) for kind in KINDS})
         yield from (f"{where}: {problem}" for problem in misordered(text or ""))
         yield from (f"{where}: {subject!r} came back as another one" for subject in changed(dump, taken["dump"]))
-        without = operation["op"] == "export" and not operation["names"]
-        if not without and (taken["result"] != 0 or taken["skipped"] or taken.get("skipped_assets")):
+        if [taken["skipped"], taken.get("skipped_assets", [])] != [[], []] or not all_there(operation, taken["dump"]):
             yield f"{where}: import of the export gave {[taken.get(key) for key in LISTS]}"
-        elif not without and text != again["text"]:
+        elif text != again["text"]:
             yield f"{where}: {text!r}\n  then {again['text']!r}"
 
 
