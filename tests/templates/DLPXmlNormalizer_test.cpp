@@ -352,6 +352,19 @@ TEST_F(XmlNormalizer, ListIsWrapped) {
                                      R"(<template name="b"/></complianceTemplates></SAPolicy>)");
 }
 
+// They come along when the template is copied into the list, which is before it is rewritten.
+TEST_F(XmlNormalizer, NamespacesInScopeStandBeforeTheAttributesOfToday) {
+    OS::x_wstring strResult;
+    EXPECT_TRUE(m_normalizer.NormailzeXml(
+        LR"(<SAPolicy xmlns:p="outer"><complianceTemplates xmlns:p="inner"><template name="a" displayName="A"/>)"
+        L"</complianceTemplates></SAPolicy>",
+        strResult));
+    EXPECT_EQ(Narrow(strResult),
+              std::string(ROOT_START) +
+                  R"(<complianceTemplates command="overwrite"><template name="a" xmlns:p="inner" display_name="A" )"
+                  R"(pre-defined="false" severity="medium"/></complianceTemplates></SAPolicy>)");
+}
+
 TEST_F(XmlNormalizer, StepsTakenOneByOneGiveTheSameTextAndLines) {
     WriteMap("Old\tNew\n");
     std::string strNested;
