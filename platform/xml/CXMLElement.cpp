@@ -28,11 +28,15 @@ void CXMLElement::SetAttribute(const wchar_t* pName, const wchar_t* pValue, std:
         attribute = element.append_attribute(strName.c_str());
     }
     XmlTree::Require(attribute.set_value(strValue.c_str()));
+    m_pTree->NoteAttribute(element, strName);
 }
 
 void CXMLElement::RemoveAttribute(const wchar_t* pName) {
     XML_STEP("RemoveAttribute");
-    XmlTree::Node(m_pNode).remove_attribute(OS::Utf8Lenient(pName == nullptr ? L"" : pName).c_str());
+    const std::string strName = OS::Utf8Lenient(pName == nullptr ? L"" : pName);
+    pugi::xml_node element = XmlTree::Node(m_pNode);
+    element.remove_attribute(strName.c_str());
+    m_pTree->NoteAttribute(element, strName);
 }
 
 OS::CAutoObjPtr<CXMLNode> CXMLElement::XPathSelectSingleNode(const wchar_t* pXPath) const {

@@ -89,14 +89,14 @@ void CXMLNode::AppendChild(OS::CAutoObjPtr<CXMLNode>& pNode) {
     if (XmlTree::IsSelfOrAncestor(child, parent)) {
         XmlText::Throw(SUBJECT, "element " + std::string(child.name()) + " cannot hold itself");
     }
-    const std::vector<XmlMarkup::CDeclaration> vecDeclarations = XmlMarkup::DeclarationsInScope(child);
+    const CXMLTree::CDeclarations vecDeclarations = XmlMarkup::DeclarationsInScope(*pNode->m_pTree, child);
     if (pNode->m_pTree != m_pTree) {
-        child = m_pTree->CopyIn(child);
+        child = m_pTree->CopyIn(*pNode->m_pTree, child);
         pNode->m_pTree = m_pTree;
         pNode->m_pNode = XmlTree::Handle(child);
     }
     parent.append_move(child);
-    XmlMarkup::AddDeclarations(child, vecDeclarations);
+    XmlMarkup::AddDeclarations(*m_pTree, child, vecDeclarations);
 }
 
 OS::CAutoObjPtr<CXMLElement> CXMLNode::ToElement() const {

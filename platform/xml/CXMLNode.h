@@ -51,7 +51,7 @@ class DLP_PLATFORM_API CXMLNode {
     OS::x_wstring GetAttribute(const std::wstring& strName) const { return GetAttribute(strName.c_str()); }
 
     /** The same node in UTF-8; valid while this wrapper lives. */
-    CXMLView View() const { return CXMLView(m_pNode); }
+    CXMLView View() const { return CXMLView(m_pTree.get(), m_pNode); }
 
   protected:
     std::shared_ptr<CXMLTree> m_pTree;

@@ -17,5 +17,6 @@ OS::CAutoObjPtr<CXMLNode> CXMLNodeList::GetItem(int iIndex) const {
 }
 
 CXMLView CXMLNodeList::ViewAt(int iIndex) const {
-    return iIndex >= 0 && iIndex < GetLength() ? CXMLView(m_vecNodes[static_cast<std::size_t>(iIndex)]) : CXMLView();
+    return iIndex >= 0 && iIndex < GetLength() ? CXMLView(m_pTree.get(), m_vecNodes[static_cast<std::size_t>(iIndex)])
+                                               : CXMLView();
 }

@@ -137,7 +137,7 @@ void CXMLParser::SaveUtf8(std::string& strOut) const {
     strOut += m_pTree->Declaration();
     for (const pugi::xml_node& node : m_pTree->Document()) {
         if (!m_pTree->IsHolder(node)) {
-            XmlMarkup::Append(strOut, node);
+            XmlMarkup::Append(strOut, *m_pTree, node);
         }
     }
 }
@@ -187,5 +187,5 @@ CXMLView CXMLParser::RootView() const {
 }
 
 CXMLView CXMLParser::Root() const {
-    return m_pTree == nullptr ? CXMLView() : CXMLView(XmlTree::Handle(m_pTree->Root()));
+    return m_pTree == nullptr ? CXMLView() : CXMLView(m_pTree.get(), XmlTree::Handle(m_pTree->Root()));
 }

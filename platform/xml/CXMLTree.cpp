@@ -4,6 +4,8 @@
 #include <new>
 #include <utility>
 
+#include "platform/xml/FaultPoint.h"
+
 namespace {
 
 constexpr char BLANKS[] = " \t\r\n";
@@ -82,6 +84,10 @@ bool Matches(pugi::xml_node node, const char* pName) {
     return XmlTree::IsElement(node) && (pName == nullptr || std::strcmp(node.name(), pName) == 0);
 }
 
+bool IsDeclaration(std::string_view strName) {
+    return strName == "xmlns" || strName.substr(0, 6) == "xmlns:";
+}
+
 void CopyContents(pugi::xml_node target, pugi::xml_node source) {
     XmlTree::Require(*source.name() == '\0' || target.set_name(source.name()));
     XmlTree::Require(*source.value() == '\0' || target.set_value(source.value()));
@@ -97,6 +103,7 @@ std::shared_ptr<CXMLTree> CXMLTree::Parse(std::string strText) {
     auto pTree = std::make_shared<CXMLTree>();
     pTree->m_strDeclaration = FindDeclaration(strText);
     const bool bMayHoldBlankText = MayHoldBlankText(strText);
+    const bool bMayDeclare = strText.find("xmlns") != std::string::npos;
     pTree->m_strText = std::move(strText);
     // With the zero that ends the string, so that the engine need not write past what it was given.
     const pugi::xml_parse_result result = pTree->m_document.load_buffer_inplace(
@@ -105,6 +112,9 @@ std::shared_ptr<CXMLTree> CXMLTree::Parse(std::string strText) {
     if (bMayHoldBlankText) {
         DropBlanksBetweenElements(pTree->Root());
     }
+    if (bMayDeclare) {
+        pTree->NoteAllDeclarations(pTree->Root());
+    }
     return pTree;
 }
 
@@ -112,13 +122,16 @@ std::shared_ptr<CXMLTree> CXMLTree::Clone(pugi::xml_node top) const {
     auto pTree = std::make_shared<CXMLTree>();
     if (top != m_document) {
         XmlTree::AppendCopy(pTree->m_document, top);
-        return pTree;
-    }
-    pTree->m_strDeclaration = m_strDeclaration;
-    for (const pugi::xml_node child : m_document) {
-        if (!IsHolder(child)) {
-            XmlTree::AppendCopy(pTree->m_document, child);
+    } else {
+        pTree->m_strDeclaration = m_strDeclaration;
+        for (const pugi::xml_node child : m_document) {
+            if (!IsHolder(child)) {
+                XmlTree::AppendCopy(pTree->m_document, child);
+            }
         }
+    }
+    if (HasDeclarations()) {
+        pTree->NoteAllDeclarations(pTree->Root());
     }
     return pTree;
 }
@@ -133,8 +146,12 @@ pugi::xml_node CXMLTree::Create(const char* pName) {
     return element;
 }
 
-pugi::xml_node CXMLTree::CopyIn(pugi::xml_node source) {
-    return XmlTree::AppendCopy(Holder(), source);
+pugi::xml_node CXMLTree::CopyIn(const CXMLTree& from, pugi::xml_node source) {
+    const pugi::xml_node copy = XmlTree::AppendCopy(Holder(), source);
+    if (from.HasDeclarations()) {
+        NoteAllDeclarations(copy);
+    }
+    return copy;
 }
 
 void CXMLTree::Detach(pugi::xml_node node) {
@@ -147,6 +164,38 @@ bool CXMLTree::HasDetached() {
         m_holder = pugi::xml_node();
     }
     return !m_holder.empty();
+}
+
+const CXMLTree::CDeclarations* CXMLTree::DeclarationsOf(pugi::xml_node element) const {
+    const auto itElement = m_mapDeclarations.find(XmlTree::Handle(element));
+    return itElement == m_mapDeclarations.end() ? nullptr : &itElement->second;
+}
+
+void CXMLTree::NoteAttribute(pugi::xml_node element, std::string_view strName) {
+    if (IsDeclaration(strName)) {
+        NoteDeclarations(element);
+    }
+}
+
+void CXMLTree::NoteDeclarations(pugi::xml_node element) {
+    CDeclarations vecDeclarations;
+    for (const pugi::xml_attribute& attribute : element.attributes()) {
+        XML_VISIT();
+        if (IsDeclaration(attribute.name())) {
+            vecDeclarations.emplace_back(attribute.name(), attribute.value());
+        }
+    }
+    if (vecDeclarations.empty()) {
+        m_mapDeclarations.erase(XmlTree::Handle(element));
+    } else {
+        m_mapDeclarations[XmlTree::Handle(element)] = std::move(vecDeclarations);
+    }
+}
+
+void CXMLTree::NoteAllDeclarations(pugi::xml_node top) {
+    for (pugi::xml_node node = top; node; node = XmlTree::Next(node, top)) {
+        NoteDeclarations(node);
+    }
 }
 
 pugi::xml_node CXMLTree::Holder() {

@@ -5,10 +5,14 @@
 #include <pugixml.hpp>
 #include <string>
 #include <string_view>
+#include <unordered_map>
+#include <utility>
+#include <vector>
 
 /**
  * The tree behind a document and all that points into it. Nodes that are not attached (new ones, and what SetText took
  * out) hang below a nameless holder beside the root: so they can move into place, and whoever holds one keeps it.
+ * The tree knows which of its elements declare namespaces, so that nobody looks for that through their attributes.
  */
 class CXMLTree {
   public:
@@ -21,6 +25,10 @@ class CXMLTree {
     /** @return a deep copy of what is in the tree with this top: of all that is attached for the document */
     std::shared_ptr<CXMLTree> Clone(pugi::xml_node top) const;
 
+    /** A namespace declaration: the attribute's name and value. */
+    using CDeclaration = std::pair<std::string, std::string>;
+    using CDeclarations = std::vector<CDeclaration>;
+
     pugi::xml_node Document() const { return m_document; }
     /** @return the root element, null when there is none */
     pugi::xml_node Root() const;
@@ -29,21 +37,30 @@ class CXMLTree {
 
     /** @return a new element that is not attached */
     pugi::xml_node Create(const char* pName);
-    /** @return a deep copy, not attached, of a node of any tree */
-    pugi::xml_node CopyIn(pugi::xml_node source);
+    /** @return a deep copy, not attached, of a node of another tree */
+    pugi::xml_node CopyIn(const CXMLTree& from, pugi::xml_node source);
     /** Takes a node of this tree out of its place. */
     void Detach(pugi::xml_node node);
     bool IsHolder(pugi::xml_node node) const { return node && node == m_holder; }
     /** Whether any node is not attached. A holder that holds none any more goes, so that no XPath meets it. */
     bool HasDetached();
 
+    bool HasDeclarations() const { return !m_mapDeclarations.empty(); }
+    /** @return what an element declares itself, null when that is nothing */
+    const CDeclarations* DeclarationsOf(pugi::xml_node element) const;
+    /** Called when an attribute of an element of this tree has been set or removed. */
+    void NoteAttribute(pugi::xml_node element, std::string_view strName);
+
   private:
     pugi::xml_node Holder();
+    void NoteDeclarations(pugi::xml_node element);
+    void NoteAllDeclarations(pugi::xml_node top);
 
     std::string m_strText;  ///< parsed in place, so names and values point into it
     std::string m_strDeclaration;
     pugi::xml_document m_document;
     pugi::xml_node m_holder;
+    std::unordered_map<void*, CDeclarations> m_mapDeclarations;  ///< by element
 };
 
 /** Walks and steps over trees; nothing here recurses. */

@@ -35,20 +35,21 @@ bool CXMLView::AttributeAt(std::size_t iIndex, std::string_view& strName, std::s
 }
 
 CXMLView CXMLView::Parent() const {
-    return CXMLView(XmlTree::Handle(XmlTree::ParentElement(XmlTree::Node(m_pNode))));
+    return CXMLView(m_pTree, XmlTree::Handle(XmlTree::ParentElement(XmlTree::Node(m_pNode))));
 }
 
 CXMLView CXMLView::FirstChild(const char* pName) const {
     if (pName != nullptr && XML_FINDS_NOTHING()) {
         return CXMLView();
     }
-    return CXMLView(XmlTree::Handle(XmlTree::FirstElement(XmlTree::Node(m_pNode), pName)));
+    return CXMLView(m_pTree, XmlTree::Handle(XmlTree::FirstElement(XmlTree::Node(m_pNode), pName)));
 }
 
 CXMLView CXMLView::NextSibling(const char* pName) const {
     const pugi::xml_node node = XmlTree::Node(m_pNode);
     // What stands beside a node that is not attached is no sibling.
-    return XmlTree::ParentElement(node) ? CXMLView(XmlTree::Handle(XmlTree::NextElement(node, pName))) : CXMLView();
+    return XmlTree::ParentElement(node) ? CXMLView(m_pTree, XmlTree::Handle(XmlTree::NextElement(node, pName)))
+                                        : CXMLView();
 }
 
 int CXMLView::Depth() const {
@@ -85,7 +86,7 @@ std::string CXMLView::Text() const {
 void CXMLView::AppendMarkup(std::string& strOut, const char* const* apSkip, std::size_t iSkip) const {
     XML_STEP("AppendMarkup");
     if (m_pNode != nullptr) {
-        XmlMarkup::Append(strOut, XmlTree::Node(m_pNode), {apSkip, iSkip});
+        XmlMarkup::Append(strOut, *m_pTree, XmlTree::Node(m_pNode), {apSkip, iSkip});
     }
 }
 

@@ -6,6 +6,8 @@
 
 #include "platform/common/PlatformExport.h"
 
+class CXMLTree;
+
 /**
  * A look at one node of a loaded document, in UTF-8, without copying and without owning: valid while any node, element,
  * list or document object of the same tree lives and the node is not removed. Null when nothing is looked at; every
@@ -15,7 +17,7 @@ class DLP_PLATFORM_API CXMLView {
   public:
     CXMLView() = default;
     /** Wraps a node of the tree behind the XML classes. */
-    explicit CXMLView(void* pNode) : m_pNode(pNode) {}
+    CXMLView(const CXMLTree* pTree, void* pNode) : m_pTree(pTree), m_pNode(pNode) {}
 
     explicit operator bool() const { return m_pNode != nullptr; }
     void* Handle() const { return m_pNode; }
@@ -51,5 +53,6 @@ class DLP_PLATFORM_API CXMLView {
     std::size_t Offset() const;
 
   private:
+    const CXMLTree* m_pTree = nullptr;
     void* m_pNode = nullptr;
 };

@@ -2,6 +2,8 @@
 
 #ifdef DLP_FAULTS
 
+#include <utility>
+
 #include "platform/xml/CXMLCOMException.h"
 
 namespace XmlFaults {
@@ -11,6 +13,7 @@ int s_iFailAt = 0;
 std::vector<const char*> s_vecOperations;
 int s_iFindNothingAt = 0;
 int s_iLookups = 0;
+int s_iVisits = 0;
 }  // namespace
 
 void FailAt(int iOperation) {
@@ -44,6 +47,14 @@ int GetLookupCount() {
 
 bool FindsNothing() {
     return ++s_iLookups == s_iFindNothingAt;
+}
+
+int TakeVisits() {
+    return std::exchange(s_iVisits, 0);
+}
+
+void Visit() {
+    ++s_iVisits;
 }
 
 }  // namespace XmlFaults

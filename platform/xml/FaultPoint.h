@@ -1,8 +1,8 @@
 #pragma once
 
 /**
- * Faults of the XML layer, chosen by a test: the n-th operation throws, or the n-th lookup finds nothing. In every
- * build but the one for fault tests these are nothing.
+ * Faults of the XML layer, chosen by a test: the n-th operation throws, or the n-th lookup finds nothing. Work that
+ * must not grow faster than the document is counted. In every build but the one for fault tests these are nothing.
  */
 #ifdef DLP_FAULTS
 #include <vector>
@@ -25,10 +25,16 @@ void FindNothingAt(int iLookup);
 /** @return the number of lookups since FindNothingAt */
 int GetLookupCount();
 bool FindsNothing();
+
+/** @return how many attributes and declarations were looked at for namespaces since the last call */
+int TakeVisits();
+void Visit();
 }  // namespace XmlFaults
 #define XML_STEP(pOperation) XmlFaults::Step(pOperation)
 #define XML_FINDS_NOTHING() XmlFaults::FindsNothing()
+#define XML_VISIT() XmlFaults::Visit()
 #else
 #define XML_STEP(pOperation) static_cast<void>(0)
 #define XML_FINDS_NOTHING() false
+#define XML_VISIT() static_cast<void>(0)
 #endif

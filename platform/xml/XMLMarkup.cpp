@@ -5,16 +5,12 @@
 #include <string_view>
 #include <unordered_set>
 
-#include "platform/xml/CXMLTree.hpp"
+#include "platform/xml/FaultPoint.h"
 #include "platform/xml/XMLText.hpp"
 
 namespace XmlMarkup {
 
 namespace {
-
-bool IsDeclaration(std::string_view strName) {
-    return strName == "xmlns" || strName.substr(0, 6) == "xmlns:";
-}
 
 void AppendAttribute(std::string& strOut, std::string_view strName, std::string_view strValue) {
     strOut.append(" ").append(strName).append("=\"");
@@ -73,13 +69,13 @@ void AppendLeaf(std::string& strOut, pugi::xml_node node) {
 
 /** @return whether the node was opened, so that its children and its end are still to come */
 bool AppendOpening(std::string& strOut, pugi::xml_node node, const SSkip& skip,
-                   const std::vector<CDeclaration>& vecDeclarations) {
+                   const CXMLTree::CDeclarations& vecDeclarations) {
     if (node.type() != pugi::node_element) {
         AppendLeaf(strOut, node);
         return false;
     }
     AppendStart(strOut, node, skip);
-    for (const CDeclaration& declaration : vecDeclarations) {
+    for (const CXMLTree::CDeclaration& declaration : vecDeclarations) {
         AppendAttribute(strOut, declaration.first, declaration.second);
     }
     const bool bOpened = !node.first_child().empty();
@@ -89,40 +85,45 @@ bool AppendOpening(std::string& strOut, pugi::xml_node node, const SSkip& skip,
 
 }  // namespace
 
-std::vector<CDeclaration> DeclarationsInScope(pugi::xml_node node) {
-    std::vector<CDeclaration> vecDeclarations;
-    if (node.type() != pugi::node_element) {
-        return vecDeclarations;
+CXMLTree::CDeclarations DeclarationsInScope(const CXMLTree& tree, pugi::xml_node node) {
+    CXMLTree::CDeclarations vecInScope;
+    if (node.type() != pugi::node_element || !tree.HasDeclarations()) {
+        return vecInScope;
     }
     // The nearest declaration of a name holds, and an empty value takes back what an outer element declares.
     std::unordered_set<std::string_view> lstSeen;
     for (pugi::xml_node element = node; element; element = XmlTree::ParentElement(element)) {
-        for (const pugi::xml_attribute& attribute : element.attributes()) {
-            const bool bNearest = IsDeclaration(attribute.name()) && lstSeen.insert(attribute.name()).second;
-            if (bNearest && element != node && *attribute.value() != '\0') {
-                vecDeclarations.emplace_back(attribute.name(), attribute.value());
+        const CXMLTree::CDeclarations* const pDeclarations = tree.DeclarationsOf(element);
+        if (pDeclarations == nullptr) {
+            continue;
+        }
+        for (const CXMLTree::CDeclaration& declaration : *pDeclarations) {
+            XML_VISIT();
+            if (lstSeen.insert(declaration.first).second && element != node && !declaration.second.empty()) {
+                vecInScope.push_back(declaration);
             }
         }
     }
-    return vecDeclarations;
+    return vecInScope;
 }
 
-void AddDeclarations(pugi::xml_node element, const std::vector<CDeclaration>& vecDeclarations) {
+void AddDeclarations(CXMLTree& tree, pugi::xml_node element, const CXMLTree::CDeclarations& vecDeclarations) {
     if (vecDeclarations.empty()) {
         return;
     }
-    const std::vector<CDeclaration> vecPresent = DeclarationsInScope(element);
-    const std::set<CDeclaration> lstPresent(vecPresent.begin(), vecPresent.end());
-    for (const CDeclaration& declaration : vecDeclarations) {
-        if (lstPresent.count(declaration) == 0) {
-            XmlTree::Require(element.append_attribute(declaration.first.c_str()).set_value(declaration.second.c_str()));
+    const CXMLTree::CDeclarations vecPresent = DeclarationsInScope(tree, element);
+    const std::set<CXMLTree::CDeclaration> lstPresent(vecPresent.begin(), vecPresent.end());
+    for (const auto& [strName, strValue] : vecDeclarations) {
+        if (lstPresent.count({strName, strValue}) == 0) {
+            XmlTree::Require(element.append_attribute(strName.c_str()).set_value(strValue.c_str()));
         }
     }
+    tree.NoteAttribute(element, vecDeclarations.front().first);
 }
 
-void Append(std::string& strOut, pugi::xml_node node, const SSkip& skip) {
+void Append(std::string& strOut, const CXMLTree& tree, pugi::xml_node node, const SSkip& skip) {
     const pugi::xml_node top = node;
-    bool bOpened = AppendOpening(strOut, top, skip, DeclarationsInScope(top));
+    bool bOpened = AppendOpening(strOut, top, skip, DeclarationsInScope(tree, top));
     for (;;) {
         if (bOpened) {
             node = node.first_child();

@@ -122,3 +122,58 @@ TEST(XmlFaults, WalkingAndWritingAreNoLookups) {
     EXPECT_EQ("<x><b/></x>", Xml::Saved(document));
     EXPECT_EQ(0, XmlFaults::GetLookupCount());
 }
+
+TEST(XmlFaults, NamespacesInScopeAreFoundInTimeThatGrowsWithTheDocument) {
+    // Many attributes on the ancestors, of which one declares a namespace, and as many items below.
+    const auto visits = [](int iCount) {
+        std::string strText = "<x xmlns:p='u'";
+        for (int i = 0; i < iCount; ++i) {
+            strText += " a" + std::to_string(i) + "=''";
+        }
+        strText += '>';
+        for (int i = 0; i < iCount; ++i) {
+            strText += "<m><p:item/></m>";
+        }
+        XmlFaults::FindNothingAt(0);
+        XmlFaults::TakeVisits();
+        CXMLParser source;
+        EXPECT_TRUE(source.LoadUtf8(strText + "</x>"));
+        CXMLParser target;
+        EXPECT_TRUE(target.LoadUtf8("<t/>"));
+        const auto pItems = source.XPathSelectNodes(L"/x/m/p:item");
+        EXPECT_EQ(iCount, pItems->GetLength());
+        for (int i = 0; i < pItems->GetLength(); ++i) {
+            auto pItem = pItems->GetItem(i);
+            EXPECT_EQ("<p:item xmlns:p=\"u\"/>", Xml::Markup(pItem));
+            target.GetRootElement()->AppendChild(pItem);
+        }
+        return XmlFaults::TakeVisits();
+    };
+    const int iOnce = visits(100);
+    EXPECT_GE(iOnce, 200);
+    EXPECT_LE(visits(200), 2 * iOnce);
+}
+
+TEST(XmlFaults, NamespacesInScopeCostWhatIsWritten) {
+    const auto visits = [](int iDeclarations) {
+        std::string strText = "<x";
+        for (int i = 0; i < iDeclarations; ++i) {
+            strText += " xmlns:p" + std::to_string(i) + "='u'";
+        }
+        XmlFaults::FindNothingAt(0);
+        CXMLParser source;
+        EXPECT_TRUE(source.LoadUtf8(strText + "><a/></x>"));
+        CXMLParser target;
+        EXPECT_TRUE(target.LoadUtf8("<t/>"));
+        auto pNode = source.XPathSelectSingleNode(L"/x/a");
+        XmlFaults::TakeVisits();
+        const std::string strMarkup = Xml::Markup(pNode);
+        target.GetRootElement()->AppendChild(pNode);
+        EXPECT_EQ(strMarkup, Xml::Markup(pNode));
+        EXPECT_EQ("<t>" + strMarkup + "</t>", Xml::Saved(target));
+        return XmlFaults::TakeVisits();
+    };
+    const int iOnce = visits(100);
+    EXPECT_GE(iOnce, 200);
+    EXPECT_LE(visits(200), 2 * iOnce);
+}

@@ -339,21 +339,6 @@ TEST(XmlAppend, WhatIsNoElementTakesNoDeclarationsAlong) {
     EXPECT_EQ("<t>t<!--c--></t>", Saved(target));
 }
 
-TEST(XmlAppend, ManyNamespaceDeclarationsTakeNoTime) {
-    constexpr int COUNT = 300000;
-    std::string strText = "<x";
-    for (int i = 0; i < COUNT; ++i) {
-        strText += " xmlns:p" + std::to_string(i) + "='u'";
-    }
-    const CXMLParser source = Load(strText + "><a/></x>");
-    CXMLParser target = Load("<t/>");
-    auto pNode = Select(source, L"/x/a");
-    const std::string strMarkup = Markup(pNode);
-    target.GetRootElement()->AppendChild(pNode);
-    EXPECT_TRUE(strMarkup == Markup(pNode));
-    EXPECT_TRUE("<t>" + strMarkup + "</t>" == Saved(target));
-}
-
 TEST(XmlAppend, NothingRecursesOverDepth) {
     constexpr int DEPTH = 300000;
     CXMLParser document;
