@@ -369,7 +369,9 @@ class TemplateImportSteps : public testing::Test {
     }
 
     void Fill() {
-        CSettingsStore::Open(TemplateStore::MEMORY);
+        CSettingsStore::Close();
+        std::filesystem::remove_all(m_folder.Path("store"));
+        CSettingsStore::Open(m_strUrl);
         for (const char* pName : {"user", "kept"}) {
             TemplateStore::AddExpression(pName, *pName == 'k');
             TemplateStore::AddKeyword(pName, *pName == 'k');
@@ -483,6 +485,7 @@ class TemplateImportSteps : public testing::Test {
     }
 
     CTempDir m_folder;
+    std::string m_strUrl = TemplateStore::MEMORY;
     CStoreFaults m_faults;
     Rows m_after;
 };
@@ -491,6 +494,11 @@ class TemplateImportSteps : public testing::Test {
 
 TEST_F(TemplateImportSteps, StoreThrowingAnythingAtAnyCall) {
     ExpectScript(Standard(), StandardScript(), EFrom::STORE, AllThrown());
+}
+
+TEST_F(TemplateImportSteps, StoreInAFileFailingAtAnyCall) {
+    m_strUrl = "sqlite:" + m_folder.Path("store/settings.db");
+    ExpectScript(Standard(), StandardScript(), EFrom::STORE, {AllThrown().front()});
 }
 
 TEST_F(TemplateImportSteps, XmlLayerFailingAtAnyOperation) {
