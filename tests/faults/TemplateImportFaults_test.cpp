@@ -55,16 +55,30 @@ class TemplateImportFaults : public testing::Test {
         return strOutcome;
     }
 
-    /** @return the outcomes of imports of which one lookup each finds nothing, for every lookup that there is */
+    static void Fill() {
+        XmlFaults::FindNothingAt(0);
+        CSettingsStore::Open(TemplateStore::MEMORY);
+        TemplateStore::AddExpression("Card");
+    }
+
+    /**
+     * @return the outcomes of imports of which one lookup each finds nothing, for every lookup that there is; the
+     * import after each of them must end as if nothing had happened
+     */
     static std::set<std::string> Outcomes(const std::string& strXml, CImportObserver* pObserver) {
+        Fill();
+        EXPECT_EQ(Import(strXml, pObserver), "0 imported");
+        const std::string strWhole = TemplateStore::Dump();
         std::set<std::string> lstOutcomes;
         for (int n = 1;; ++n) {
-            XmlFaults::FindNothingAt(0);
-            CSettingsStore::Open(TemplateStore::MEMORY);
-            TemplateStore::AddExpression("Card");
+            Fill();
             XmlFaults::FindNothingAt(n);
             const std::string strOutcome = Import(strXml, pObserver);
-            if (XmlFaults::GetLookupCount() < n) {
+            const bool bReached = XmlFaults::GetLookupCount() >= n;
+            XmlFaults::FindNothingAt(0);
+            EXPECT_EQ(Import(strXml, pObserver), "0 imported") << n;
+            EXPECT_EQ(TemplateStore::Dump(), strWhole) << n;
+            if (!bReached) {
                 EXPECT_EQ(strOutcome, "0 imported");
                 return lstOutcomes;
             }
