@@ -297,6 +297,21 @@ TEST_F(TemplateMgr, SizeIsNotCountedWhenNobodyListens) {
     EXPECT_EQ(faults.GetOperations(), (Lines{"Find", "Save"}));
 }
 
+TEST_F(TemplateMgr, SizeIsCountedForTheLevelOfItsLineAlone) {
+    TemplateStore::AddTemplate({"A", "a"});
+    const auto LinesAt = [&](DBG::ELevel eLevel) {
+        CLogRecorder log;
+        DBG::SetLogFilter([eLevel](int iLevel) { return iLevel == eLevel; });
+        EXPECT_TRUE(m_manager.EditTemplate(Record(L"ORVAL_SUB_CFG_DLP_TEMPLATEA")));
+        return WithoutPointer(log.Lines());
+    };
+    EXPECT_EQ(LinesAt(DBG::LEVEL_ENTER),
+              (Lines{"0x110 DLPTemplateMgr.cpp CTemplateMgr::EditTemplate (pTemplate = ",
+                     "0x110 DLPTemplateMgr.cpp CTemplateMgr::SaveSetting, vecTemplateList.size() = 1",
+                     "0x110 DLPTemplateMgr.cpp CTemplateMgr::SaveSetting successfully"}));
+    EXPECT_EQ(LinesAt(DBG::LEVEL_LEAVE), Lines{"0x111 DLPTemplateMgr.cpp CTemplateMgr::EditTemplate = 1"});
+}
+
 TEST_F(TemplateMgr, EditRefusesTextThatNoStoreKeeps) {
     TemplateStore::AddTemplate({"A", "a"});
     const std::string strBefore = TemplateStore::Dump();
