@@ -551,8 +551,12 @@ TEST_F(TemplateImport, StandardFormTextIsImportedAlone) {
     Names vecSkipped;
     Names vecAssets;
     CLogRecorder log;
-    EXPECT_EQ(m_manager.ImportTemplateImpl(OS::WideText(Policy(Template("T"))), vecImported, vecSkipped, vecAssets), 0);
+    const std::string strXml = Policy(Template("T") + Template(""),
+                                      "<digitalAssets><entity name=\"E\" display_name=\"E shown\"/></digitalAssets>");
+    EXPECT_EQ(m_manager.ImportTemplateImpl(OS::WideText(strXml), vecImported, vecSkipped, vecAssets), 0);
     EXPECT_EQ(vecImported, (Names{L"before", L"T shown"}));
+    EXPECT_EQ(vecSkipped, Names{L" shown"});
+    EXPECT_EQ(vecAssets, Names{L"E shown"});
     EXPECT_EQ(log.Lines().front(), Line("0x110", "ImportTemplateImpl()"));
     EXPECT_EQ(log.Lines().back(), Line("0x111", "ImportTemplateImpl"));
     EXPECT_EQ(m_manager.ImportTemplateImpl(L"", vecImported, vecSkipped, vecAssets), 2);
