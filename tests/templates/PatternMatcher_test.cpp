@@ -218,6 +218,19 @@ TEST(PatternMatcher, LaterSearchesDoNotTryAgainWhatFailed) {
     EXPECT_LE(Steps(2000) / Steps(1000), 2.1);
 }
 
+TEST(PatternMatcher, SearchBeforeAMatchsEndIsNotTriedAgainEither) {
+    const CPattern pattern(L"ab");
+    CPatternMatcher matcher(pattern, L"abaaaa");
+    const auto Steps = [&](std::size_t iStart) {
+        const std::uint64_t iBefore = CPatternMatcher::GetStepCount();
+        matcher.Search(iStart);
+        return CPatternMatcher::GetStepCount() - iBefore;
+    };
+    EXPECT_EQ(3U, Steps(0));   // a, b and the end
+    EXPECT_EQ(10U, Steps(1));  // a at each position, b behind each a
+    EXPECT_EQ(6U, Steps(1));   // known to fail at each position
+}
+
 TEST(PatternMatcher, FailedSearchCanBeRepeated) {
     const CPattern pattern(L"a+b");
     CPatternMatcher matcher(pattern, L"aaa");
