@@ -371,11 +371,6 @@ TEST(AssetRecord, DeleteReleasesARecord) {
     record.Delete(nullptr);
 }
 
-TEST(AssetRecord, CategoriesDiffer) {
-    EXPECT_FALSE(Expression::GetCategroyName().empty() || Keyword::GetCategroyName().empty());
-    EXPECT_NE(Expression::GetCategroyName(), Keyword::GetCategroyName());
-}
-
 TEST(AssetManagers, AreOneEach) {
     EXPECT_EQ(ExpressionMgr::Instance(), ExpressionMgr::Instance());
     EXPECT_EQ(KeywordMgr::Instance(), KeywordMgr::Instance());

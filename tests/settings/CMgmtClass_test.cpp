@@ -36,9 +36,10 @@ TEST(MgmtClass, RegisteringANameTwiceIsHarmless) {
     EXPECT_EQ(L"n", pSecond->GetInstanceName());
 }
 
-TEST(MgmtClass, CategoriesOfTheThreeKindsDiffer) {
-    EXPECT_NE(CCfgSettingDLPFilterExpression::GetCategroyName(), CCfgSettingDLPFilterTemplate::GetCategroyName());
-    EXPECT_NE(CCfgSettingDLPFilterKeyword::GetCategroyName(), CCfgSettingDLPFilterTemplate::GetCategroyName());
+TEST(MgmtClass, EachKindHasACategory) {
+    EXPECT_EQ(L"CFG_DLP_EXPRESSION", CCfgSettingDLPFilterExpression::GetCategroyName());
+    EXPECT_EQ(L"CFG_DLP_KEYWORD", CCfgSettingDLPFilterKeyword::GetCategroyName());
+    EXPECT_EQ(L"CFG_DLP_TEMPLATE", CCfgSettingDLPFilterTemplate::GetCategroyName());
 }
 
 TEST(SubjectID, TextIsTheInstanceName) {
