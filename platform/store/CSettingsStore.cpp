@@ -1,7 +1,9 @@
 #include "platform/store/CSettingsStore.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <exception>
+#include <iterator>
 #include <string_view>
 
 #include "platform/store/CMemoryStore.h"
@@ -20,25 +22,25 @@ SProcessStore& GetProcessStore() {
     return s_store;
 }
 
-std::unique_ptr<CSettingsStore> MakeMemory(const std::string& strRest) {
+std::unique_ptr<CSettingsStore> MakeMemory(const std::string& strRest, EUnitOfWork) {
     if (!strRest.empty()) {
         ThrowStoreError(CMemoryStore::URL + strRest, StoreDoing::OPENING, "nothing may follow \"memory:\"");
     }
     return std::make_unique<CMemoryStore>();
 }
 
-std::unique_ptr<CSettingsStore> MakeSqlite(const std::string& strRest) {
-    return std::make_unique<CSqliteStore>(strRest);
+std::unique_ptr<CSettingsStore> MakeSqlite(const std::string& strRest, EUnitOfWork eUse) {
+    return std::make_unique<CSqliteStore>(strRest, CSqliteStore::BUSY_MILLISECONDS, eUse);
 }
 
 /** The rest of such a URL may hold a password, so no message repeats it. */
-std::unique_ptr<CSettingsStore> MakePostgresql(const std::string&) {
+std::unique_ptr<CSettingsStore> MakePostgresql(const std::string&, EUnitOfWork) {
     ThrowStoreError("postgresql://", StoreDoing::OPENING, "PostgreSQL is not built into this version; use sqlite:PATH");
 }
 
 struct SMake {
     std::string_view strScheme;
-    std::unique_ptr<CSettingsStore> (*fnMake)(const std::string& strRest);
+    std::unique_ptr<CSettingsStore> (*fnMake)(const std::string& strRest, EUnitOfWork eUse);
 };
 
 constexpr SMake MAKES[] = {
@@ -47,6 +49,14 @@ constexpr SMake MAKES[] = {
     {"postgresql://", MakePostgresql},
     {"postgres://", MakePostgresql},
 };
+
+/** @return null when no kind of store has such URLs */
+const SMake* FindMake(const std::string& strUrl) {
+    const auto* pMake = std::find_if(std::begin(MAKES), std::end(MAKES), [&](const SMake& make) {
+        return strUrl.compare(0, make.strScheme.size(), make.strScheme) == 0;
+    });
+    return pMake == std::end(MAKES) ? nullptr : pMake;
+}
 
 /** @return the variable's value, "" when it is not set */
 std::string GetVariable(const char* pName) {
@@ -58,15 +68,17 @@ std::string GetVariable(const char* pName) {
 
 CSettingsStore::~CSettingsStore() = default;
 
-std::unique_ptr<CSettingsStore> CSettingsStore::Make(const std::string& strUrl) {
-    for (const SMake& make : MAKES) {
-        if (strUrl.compare(0, make.strScheme.size(), make.strScheme) == 0) {
-            return make.fnMake(strUrl.substr(make.strScheme.size()));
-        }
+std::unique_ptr<CSettingsStore> CSettingsStore::Make(const std::string& strUrl, EUnitOfWork eUse) {
+    if (const SMake* pMake = FindMake(strUrl)) {
+        return pMake->fnMake(strUrl.substr(pMake->strScheme.size()), eUse);
     }
     // What follows a foreign scheme may hold a password.
     ThrowStoreError('"' + strUrl.substr(0, strUrl.find("://")) + '"', StoreDoing::OPENING,
                     "no such kind of store; write sqlite:PATH or memory:");
+}
+
+bool CSettingsStore::IsUrl(const std::string& strText) {
+    return FindMake(strText) != nullptr;
 }
 
 void CSettingsStore::Open(const std::string& strUrl) {

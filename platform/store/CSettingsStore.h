@@ -40,8 +40,14 @@ class DLP_PLATFORM_API CSettingsStore {
     static CSettingsStore& Current();
     /** @return $DLP_STORE, else sqlite:${XDG_DATA_HOME:-~/.local/share}/dlpparser/settings.db */
     static std::string GetDefaultUrl();
-    /** Opens a store beside the process's one. @throws as Open */
-    static std::unique_ptr<CSettingsStore> Make(const std::string& strUrl);
+    /**
+     * Opens a store beside the process's one.
+     * @param eUse READ: a file that is missing or no store is refused instead of made, and no write succeeds
+     * @throws as Open
+     */
+    static std::unique_ptr<CSettingsStore> Make(const std::string& strUrl, EUnitOfWork eUse = EUnitOfWork::WRITE);
+    /** @return whether the text begins as the URLs of some kind of store do */
+    static bool IsUrl(const std::string& strText);
     /** Puts something in front of every store that is opened: to count, to record, to fail. */
     using Wrapper = std::function<std::unique_ptr<CSettingsStore>(std::unique_ptr<CSettingsStore>)>;
     /** Sets it for what Open opens from now on; an empty function: nothing. */

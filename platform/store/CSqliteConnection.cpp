@@ -28,6 +28,7 @@ constexpr char CONNECTION_SETTINGS[] =
     "PRAGMA synchronous = FULL;"
     "PRAGMA foreign_keys = ON;"
     "PRAGMA trusted_schema = OFF;";
+constexpr char READING_SETTING[] = "PRAGMA query_only = ON";
 constexpr char JOURNAL_SETTING[] = "PRAGMA journal_mode = WAL";
 constexpr char GET_APPLICATION[] = "PRAGMA application_id";
 constexpr char GET_VERSION[] = "PRAGMA user_version";
@@ -46,23 +47,35 @@ std::int32_t ReadBigEndian(const unsigned char* pBytes) {
 
 }  // namespace
 
-CSqliteConnection::CSqliteConnection(const std::string& strPath, int iBusyMilliseconds)
+CSqliteConnection::CSqliteConnection(const std::string& strPath, int iBusyMilliseconds, EUnitOfWork eUse)
     : m_strUrl(CSqliteStore::SCHEME + strPath) {
-    const bool bEmpty = MakeSqliteFile(strPath, m_strUrl);
-    sqlite3* pDb = nullptr;
-    const int iCode = sqlite3_open_v2(strPath.c_str(), &pDb, SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX, nullptr);
-    m_pDb.reset(pDb);
-    if (iCode != SQLITE_OK) {
-        Throw(iCode, StoreDoing::OPENING);
-    }
+    const bool bRead = eUse == EUnitOfWork::READ;
+    const bool bWritable = !bRead || FindSqliteFile(strPath, m_strUrl);
+    const bool bEmpty = !bRead && MakeSqliteFile(strPath, m_strUrl);
+    // Who may write removes the engine's side files in the end, also when nothing is to be written.
+    Open(strPath, bWritable ? SQLITE_OPEN_READWRITE : SQLITE_OPEN_READONLY);
     if (!bEmpty) {
         CheckHeader();
     }
     sqlite3_extended_result_codes(Get(), 1);
     sqlite3_busy_timeout(Get(), iBusyMilliseconds);
     Execute(CONNECTION_SETTINGS);
+    if (bRead) {
+        Execute(READING_SETTING);
+        CheckOwner();
+        return;
+    }
     CreateSchema();
     ChangeJournal(iBusyMilliseconds);
+}
+
+void CSqliteConnection::Open(const std::string& strPath, int iFlags) {
+    sqlite3* pDb = nullptr;
+    const int iCode = sqlite3_open_v2(strPath.c_str(), &pDb, iFlags | SQLITE_OPEN_NOMUTEX, nullptr);
+    m_pDb.reset(pDb);
+    if (iCode != SQLITE_OK) {
+        Throw(iCode, StoreDoing::OPENING);
+    }
 }
 
 void CSqliteConnection::SClose::operator()(sqlite3* pDb) const noexcept {
@@ -108,6 +121,10 @@ void CSqliteConnection::CreateSchema() {
         }
         Execute(SqlText::COMMIT);
     }
+    CheckOwner();
+}
+
+void CSqliteConnection::CheckOwner() {
     CheckOwner(Number(GET_APPLICATION), Number(GET_VERSION));
 }
 

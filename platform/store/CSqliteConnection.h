@@ -4,19 +4,21 @@
 #include <memory>
 #include <string>
 
+#include "platform/store/CSettingsStore.h"
+
 struct sqlite3;
 
 /** One open database file that holds a settings store of this version. */
 class CSqliteConnection {
   public:
     /**
-     * Opens the file, making it with its folders when it is missing. A file of another kind, of another program or of a
-     * newer version is refused and left as it is.
+     * Opens the file; to WRITE, making it with its folders when it is missing or empty. A file of another kind, of
+     * another program or of a newer version is refused and left as it is.
      * @param strPath absolute
      * @param iBusyMilliseconds how long to wait for another writer
      * @throws OS::CException
      */
-    CSqliteConnection(const std::string& strPath, int iBusyMilliseconds);
+    CSqliteConnection(const std::string& strPath, int iBusyMilliseconds, EUnitOfWork eUse);
     CSqliteConnection(const CSqliteConnection&) = delete;
     CSqliteConnection& operator=(const CSqliteConnection&) = delete;
 
@@ -39,6 +41,8 @@ class CSqliteConnection {
 
     void CheckHeader() const;
     void CheckOwner(std::int64_t iApplication, std::int64_t iVersion) const;
+    void Open(const std::string& strPath, int iFlags);
+    void CheckOwner();
     void CreateSchema();
     void ChangeJournal(int iBusyMilliseconds);
     void Execute(const std::string& strSql);

@@ -82,8 +82,8 @@ std::string AbsolutePath(const std::string& strPath) {
 
 }  // namespace
 
-CSqliteStore::CSqliteStore(const std::string& strPath, int iBusyMilliseconds)
-    : m_connection(AbsolutePath(strPath), iBusyMilliseconds), m_units(m_connection.GetUrl()) {
+CSqliteStore::CSqliteStore(const std::string& strPath, int iBusyMilliseconds, EUnitOfWork eUse)
+    : m_connection(AbsolutePath(strPath), iBusyMilliseconds, eUse), m_units(m_connection.GetUrl()) {
     // Undoing must not depend on memory that has run out.
     for (const EStatement eStatement : {EStatement::ROLLBACK, EStatement::ROLLBACK_NESTED, EStatement::COMMIT_NESTED}) {
         Prepared(eStatement);

@@ -20,9 +20,11 @@ class CSqliteStore : public CSettingsStore {
     /**
      * @param strPath relative paths count from the working directory of now
      * @param iBusyMilliseconds how long to wait for another writer
+     * @param eUse READ: the file must be a store already, and no write succeeds
      * @throws OS::CException as CSqliteConnection
      */
-    explicit CSqliteStore(const std::string& strPath, int iBusyMilliseconds = BUSY_MILLISECONDS);
+    explicit CSqliteStore(const std::string& strPath, int iBusyMilliseconds = BUSY_MILLISECONDS,
+                          EUnitOfWork eUse = EUnitOfWork::WRITE);
 
     SStoreInfo GetInfo() override;
     void Find(ESettingsKind eKind, std::size_t iColumn, const std::vector<std::string>& vecValues,

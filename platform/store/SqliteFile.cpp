@@ -14,9 +14,20 @@ namespace {
 
 constexpr mode_t FOLDER_MODE = 0700;
 constexpr mode_t FILE_MODE = 0600;
+constexpr const char CANNOT_READ[] = "cannot read the file";
 
 [[noreturn]] void ThrowSystemError(const std::string& strUrl, const std::string& strWhat, int iError) {
     ThrowStoreError(strUrl, StoreDoing::OPENING, strWhat + ": " + std::generic_category().message(iError), iError);
+}
+
+void CheckRegular(const struct stat& status, const std::string& strUrl) {
+    if (!S_ISREG(status.st_mode)) {
+        ThrowStoreError(strUrl, StoreDoing::OPENING, S_ISDIR(status.st_mode) ? "it is a folder" : "it is no file");
+    }
+}
+
+bool IsAccessible(const std::string& strPath, int iMode) {
+    return ::faccessat(AT_FDCWD, strPath.c_str(), iMode, AT_EACCESS) == 0;
 }
 
 void MakeFolders(const std::filesystem::path& folder, const std::string& strUrl) {
@@ -40,10 +51,8 @@ void MakeFolders(const std::filesystem::path& folder, const std::string& strUrl)
 bool MakeSqliteFile(const std::string& strPath, const std::string& strUrl) {
     struct stat status {};
     if (::stat(strPath.c_str(), &status) == 0) {
-        if (!S_ISREG(status.st_mode)) {
-            ThrowStoreError(strUrl, StoreDoing::OPENING, S_ISDIR(status.st_mode) ? "it is a folder" : "it is no file");
-        }
-        if (::faccessat(AT_FDCWD, strPath.c_str(), R_OK | W_OK, AT_EACCESS) != 0) {
+        CheckRegular(status, strUrl);
+        if (!IsAccessible(strPath, R_OK | W_OK)) {
             ThrowSystemError(strUrl, "cannot read and write the file", errno);
         }
         return status.st_size == 0;
@@ -57,4 +66,16 @@ bool MakeSqliteFile(const std::string& strPath, const std::string& strUrl) {
         ThrowSystemError(strUrl, "cannot make the file", errno);
     }
     return true;
+}
+
+bool FindSqliteFile(const std::string& strPath, const std::string& strUrl) {
+    struct stat status {};
+    if (::stat(strPath.c_str(), &status) != 0) {
+        ThrowSystemError(strUrl, CANNOT_READ, errno);
+    }
+    CheckRegular(status, strUrl);
+    if (!IsAccessible(strPath, R_OK)) {
+        ThrowSystemError(strUrl, CANNOT_READ, errno);
+    }
+    return IsAccessible(strPath, W_OK);
 }

@@ -10,3 +10,10 @@
  * @throws OS::CException when there is something else or it cannot be made
  */
 bool MakeSqliteFile(const std::string& strPath, const std::string& strUrl);
+
+/**
+ * Makes sure that a regular file that can be read stands at the path; makes nothing.
+ * @return whether it can be written too
+ * @throws OS::CException
+ */
+bool FindSqliteFile(const std::string& strPath, const std::string& strUrl);

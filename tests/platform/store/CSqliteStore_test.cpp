@@ -304,6 +304,46 @@ TEST_F(SqliteStore, NewerSchemaThatOnlyTheJournalKnowsIsRefused) {
               ExceptionText([&] { CSqliteStore store(Path()); }));
 }
 
+TEST_F(SqliteStore, OpenedForReadingItMakesNothing) {
+    const std::string strKind = "it is a file of another kind, which is left as it is; name another path";
+    const std::string strMissing = "cannot read the file: No such file or directory";
+    m_folder.MakeFolder("folder");
+    const std::pair<std::string, std::string> aRefused[] = {
+        {Path(), strMissing},
+        {m_folder.Path("none/settings.db"), strMissing},
+        {m_folder.Path("folder"), "it is a folder"},
+        {"/dev/null", "it is no file"},
+        {m_folder.Write("empty.db", ""), strKind},
+        {m_folder.Write("text.db", "text"), strKind},
+    };
+    const auto mapBefore = Files();
+    for (const auto& [strPath, strWhy] : aRefused) {
+        EXPECT_EQ(Opening(strPath, strWhy),
+                  ExceptionText([&] { CSettingsStore::Make("sqlite:" + strPath, EUnitOfWork::READ); }));
+    }
+    EXPECT_TRUE(mapBefore == Files());
+}
+
+TEST_F(SqliteStore, OpenedForReadingItIsReadAndLeftAsItIs) {
+    CSqliteStore(Path()).Save(Expression("S", "p"));
+    const auto mapBefore = Files();
+    {
+        const std::unique_ptr<CSettingsStore> pStore = CSettingsStore::Make("sqlite:" + Path(), EUnitOfWork::READ);
+        EXPECT_EQ("expressions subject=\"S\" pattern=\"p\"\n", DumpStore(*pStore));
+        EXPECT_EQ("settings store sqlite:" + Path() + ", saving a record: attempt to write a readonly database",
+                  ExceptionText([&] { pStore->Save(Expression("T")); }));
+    }
+    EXPECT_TRUE(mapBefore == Files());
+}
+
+TEST_F(SqliteStore, OpenedForReadingItSeesWhatOnlyTheJournalHolds) {
+    CSqliteStore writer(Path());
+    writer.Save(Expression("S"));
+    EXPECT_EQ("expressions subject=\"S\"\n", DumpStore(*CSettingsStore::Make("sqlite:" + Path(), EUnitOfWork::READ)));
+    writer.Save(Expression("T"));
+    EXPECT_EQ("expressions subject=\"S\"\nexpressions subject=\"T\"\n", DumpStore(writer));
+}
+
 TEST_F(SqliteStore, LookupsGoThroughIndexes) {
     { CSqliteStore store(Path()); }
     sqlite3* pDb = nullptr;

@@ -121,6 +121,15 @@ TEST_F(ProcessStore, UnknownUrlsAreRefused) {
     }
 }
 
+TEST_F(ProcessStore, UrlsAreKnownByTheirBeginning) {
+    for (const char* pUrl : {"memory:", "memory:x", "sqlite:", "sqlite:a.db", "postgresql://h", "postgres://h"}) {
+        EXPECT_TRUE(CSettingsStore::IsUrl(pUrl)) << pUrl;
+    }
+    for (const char* pText : {"", "store", "memory", "SQLITE:x", "a/sqlite:b", "postgresql:", "mysql://h"}) {
+        EXPECT_FALSE(CSettingsStore::IsUrl(pText)) << pText;
+    }
+}
+
 TEST_F(ProcessStore, TransactionIsOneOfTheProcesssStore) {
     CSettingsStore::Open("memory:");
     {
