@@ -128,9 +128,10 @@ TEST_F(ImportObserver, UnsupportedTemplateComesWithItsFault) {
 }
 
 TEST_F(ImportObserver, TemplateSkippedForAnotherOfItsNameShowsThatFault) {
-    EXPECT_EQ(Heard(Policy(Template("T") + Template("T", "<matchRule operation=\"x\"/>") +
+    EXPECT_EQ(Heard(Policy(Template("T") + Template("T", "<matchRule operation=\"x\"/>") + Template("T") +
                            Template("T", "<matchRule operation=\"y\"/>") + Template("T"))),
               (Lines{"template T (shown) skipped unsupported [matchRule operation=\"x\"]",
+                     "template T (shown) skipped unsupported [matchRule operation=\"x\"]",
                      "template T (shown) skipped unsupported [matchRule operation=\"x\"]",
                      "template T (shown) skipped unsupported [matchRule operation=\"y\"]",
                      "template T (shown) skipped unsupported [matchRule operation=\"x\"]"}));

@@ -139,6 +139,9 @@ INSTANTIATE_TEST_SUITE_P(
                           R"(<buildingBlock sourceType="KEYWORD" sourceName="Words" operation="AND"/></matchRule>)"
                           R"(<matchRule><buildingBlock sourceType="KEYWORD" sourceName="none"/></matchRule>)",
                           "keyword internal name none is invalid"},
+                    SCase{R"(<matchRule><buildingBlock sourceType="ENTITY" sourceName="first"/>)"
+                          R"(<buildingBlock sourceType="ENTITY" sourceName="second"/></matchRule>)",
+                          "expression internal name first is invalid"},
                     SCase{R"(<other operation="x"><buildingBlock sourceType="C"/></other>)", ""},                     //
                     SCase{R"(<matchRule><other sourceType="C"/><deeper><buildingBlock/></deeper></matchRule>)", ""},  //
                     SCase{R"(<deeper><matchRule operation="x"/></deeper>)", ""}));
