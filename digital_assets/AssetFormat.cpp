@@ -1,5 +1,6 @@
 #include "digital_assets/AssetFormat.h"
 
+#include <algorithm>
 #include <string>
 
 #include "platform/common/TextTools.h"
@@ -70,6 +71,10 @@ const SType* FindType(const SAssetFormat& format, std::string_view strName, bool
     return nullptr;
 }
 
+bool IsChildRead(const SAssetFormat& format, const SType& type, const SChild& child) {
+    return child.eNeed != ENeed::TYPED || &type != &format.aTypes.front();
+}
+
 void ReadNumbers(const SAssetFormat& format, const SType& type, const CXMLView& element, CSettingsRow& row) {
     for (const SType& other : format.aTypes) {
         for (const SNumber& number : other.aNumbers) {
@@ -129,9 +134,8 @@ const SChild* ReadElement(const SAssetFormat& format, const CXMLView& element, C
     for (const SAttribute& attribute : format.aAttributes) {
         ReadAttribute(format, attribute, type, element, row);
     }
-    const bool bTyped = &type != &format.aTypes.front();
     for (const SChild& child : format.aChildren) {
-        const bool bRead = bTyped || child.eNeed != ENeed::TYPED;
+        const bool bRead = IsChildRead(format, type, child);
         const CXMLView node = bRead ? element.FirstChild(child.pName) : CXMLView();
         if (bRead && !node && child.eNeed != ENeed::NO_TYPE) {
             return &child;
@@ -144,6 +148,18 @@ const SChild* ReadElement(const SAssetFormat& format, const CXMLView& element, C
         row.SetText(format.iMarkupColumn, std::move(strMarkup));
     }
     return nullptr;
+}
+
+EReason CheckNames(const CXMLView& element) {
+    if (element.Attribute(TagUtf8::NAME).empty()) {
+        return EReason::NO_NAME;
+    }
+    return element.Attribute(TagUtf8::DISPLAY_NAME).empty() ? EReason::NO_DISPLAY_NAME : EReason::NONE;
+}
+
+bool IsBuiltInKept(const CSettingsRow& stored, const CXMLView& element) {
+    return stored.GetFlag(AssetColumn::PRE_DEFINED) &&
+           OS::EqualsNoCase(element.Attribute(TagUtf8::PRE_DEFINED), Value::FALSE_TEXT);
 }
 
 const SType* FindStoredType(const SAssetFormat& format, const CSettingsRow& row) {
@@ -172,6 +188,28 @@ void WriteAttributes(const SAssetFormat& format, const CSettingsRow& row, const 
 void WriteChildren(const SAssetFormat& format, const CSettingsRow& row, CXMLWriter& writer) {
     for (const SChild& child : format.aChildren) {
         writer.TextElement(child.pName, row.GetText(child.iColumn));
+    }
+}
+
+void Normalise(const SAssetFormat& format, CSettingsRow& row) {
+    const SType* pType = FindStoredType(format, row);
+    if (pType == nullptr) {
+        return;
+    }
+    row.SetText(format.iTypeColumn, pType->pName);
+    for (const SType& other : format.aTypes) {
+        for (const SNumber& number : other.aNumbers) {
+            const bool bOwn = std::any_of(pType->aNumbers.begin(), pType->aNumbers.end(),
+                                          [&](const SNumber& own) { return own.iColumn == number.iColumn; });
+            if (!bOwn) {
+                row.SetNumber(number.iColumn, 0);
+            }
+        }
+    }
+    for (const SChild& child : format.aChildren) {
+        if (!IsChildRead(format, *pType, child)) {
+            row.SetText(child.iColumn, std::string());
+        }
     }
 }
 

@@ -75,10 +75,20 @@ extern const SAssetFormat KEYWORD_FORMAT;
  */
 const SChild* ReadElement(const SAssetFormat& format, const CXMLView& element, CSettingsRow& row);
 
+/** @return what keeps an element of any kind from being an item: NO_NAME, NO_DISPLAY_NAME, or NONE */
+EReason CheckNames(const CXMLView& element);
+/** @return whether a record is kept as it is: it is built in, and the element says that its own item is not */
+bool IsBuiltInKept(const CSettingsRow& stored, const CXMLView& element);
+
 /** @return the type that a record is written as; null when it is none of the format's */
 const SType* FindStoredType(const SAssetFormat& format, const CSettingsRow& row);
 /** Writes the attributes into the start tag. @param pType null: no numbers */
 void WriteAttributes(const SAssetFormat& format, const CSettingsRow& row, const SType* pType, CXMLWriter& writer);
 void WriteChildren(const SAssetFormat& format, const CSettingsRow& row, CXMLWriter& writer);
+/**
+ * Gives every column that the format names the value that it has after the record was written and read again; keeps the
+ * markup, and the whole record if its type is none of the format's.
+ */
+void Normalise(const SAssetFormat& format, CSettingsRow& row);
 
 }  // namespace DigitalAssets

@@ -10,7 +10,6 @@
 #include "digital_assets/AssetFormat.h"
 #include "digital_assets/AssetLog.h"
 #include "platform/common/TextConversion.h"
-#include "platform/common/TextTools.h"
 #include "platform/logging/DebugLog.h"
 #include "platform/store/CSettingsStore.h"
 #include "settings/CCfgSettingDLPFilterExpression.h"
@@ -242,16 +241,16 @@ void CAssetImport::Import(const SPass& pass, const CXMLView& element) {
 
 CAssetImport::SFate CAssetImport::Take(const SPass& pass, const CXMLView& element) {
     const std::string_view strName = element.Attribute(TagUtf8::NAME);
-    const std::string_view strDisplayName = element.Attribute(TagUtf8::DISPLAY_NAME);
-    if (strName.empty() || strDisplayName.empty()) {
-        return {EDisposition::SKIPPED, strName.empty() ? EReason::NO_NAME : EReason::NO_DISPLAY_NAME};
+    const EReason eReason = CheckNames(element);
+    if (eReason != EReason::NONE) {
+        return {EDisposition::SKIPPED, eReason};
     }
     DLP_LOG(DBG::LEVEL_ENTER, pass.pFindEntered, OS::WideText(strName));
     const Record pRecord = pass.fnFind(strName);
     DLP_LOG(DBG::LEVEL_LEAVE, pRecord != nullptr ? pass.pFound : pass.pNotFound);
     SFate fate = pRecord != nullptr ? Replace(pass, element, *pRecord) : Add(pass, element);
     if (fate.eDisposition == EDisposition::SKIPPED) {
-        m_vecSkipped.push_back(OS::WideText(strDisplayName));
+        m_vecSkipped.push_back(OS::WideText(element.Attribute(TagUtf8::DISPLAY_NAME)));
     }
     return fate;
 }
@@ -259,7 +258,7 @@ CAssetImport::SFate CAssetImport::Take(const SPass& pass, const CXMLView& elemen
 CAssetImport::SFate CAssetImport::Replace(const SPass& pass, const CXMLView& element,
                                           CCfgSettingDLPDigitalAsset& record) {
     DLP_LOG(DBG::LEVEL_INFO, pass.pExists, OS::WideText(element.Attribute(TagUtf8::NAME)));
-    if (record.IsBuiltIn() && OS::EqualsNoCase(element.Attribute(TagUtf8::PRE_DEFINED), Value::FALSE_TEXT)) {
+    if (IsBuiltInKept(record.Row(), element)) {
         DLP_LOG(DBG::LEVEL_INFO, BUILT_IN_KEPT);
         return {EDisposition::SKIPPED, EReason::BUILT_IN};
     }

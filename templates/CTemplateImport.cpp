@@ -1,7 +1,6 @@
 #include "templates/CTemplateImport.h"
 
 #include <algorithm>
-#include <iterator>
 #include <utility>
 
 #include <boost/make_shared.hpp>
@@ -10,13 +9,13 @@
 #include "digital_assets/DigitalAssets.h"
 #include "platform/common/CException.h"
 #include "platform/common/TextConversion.h"
-#include "platform/common/TextTools.h"
 #include "platform/logging/DebugLog.h"
 #include "platform/store/SettingsSchema.h"
 #include "platform/xml/CXMLParser.h"
 #include "settings/CMgmtClass.h"
 #include "templates/TemplateLog.h"
 #include "templates/TemplateReport.h"
+#include "templates/TemplateXml.h"
 #include "xml/CPolicyDocument.h"
 #include "xml/Vocabulary.h"
 #include "xml/XmlHelpers.h"
@@ -24,9 +23,6 @@
 namespace {
 
 constexpr auto& LOG_SOURCE = TemplateLog::MANAGER_SOURCE;
-
-/** Attributes that the record keeps in fields of its own, and its element therefore not. */
-constexpr const char* RECORD_ATTRIBUTES[] = {TagUtf8::DISPLAY_NAME, TagUtf8::DESCRIPTION, TagUtf8::PRE_DEFINED};
 
 std::vector<std::string> CategoriesOf(const CTemplateMgr::CategoryIndex& categories, const std::string& strName) {
     const auto itEntry = categories.find(strName);
@@ -89,7 +85,7 @@ bool CTemplateImport::ImportTemplates() {
         item.iIndex = static_cast<std::size_t>(i);
         item.strName = item.node.Attribute(TagUtf8::NAME);
         item.strDisplayName = item.node.Attribute(TagUtf8::DISPLAY_NAME);
-        item.bPreDefined = OS::EqualsNoCase(item.node.Attribute(TagUtf8::PRE_DEFINED), Value::TRUE_TEXT);
+        item.bPreDefined = TemplateXml::IsPreDefined(item.node);
         ImportItem(item);
         if (m_pObserver != nullptr) {
             m_names.insert(std::move(item.strName));
@@ -156,16 +152,9 @@ void CTemplateImport::Create(const SItem& item) {
 }
 
 void CTemplateImport::Fill(const SItem& item, CCfgSettingDLPFilterTemplate& record) {
-    std::string strElement;
-    item.node.AppendMarkup(strElement, RECORD_ATTRIBUTES, std::size(RECORD_ATTRIBUTES));
-    record.SetElementMarkup(std::move(strElement), item.strName);
-    CSettingsRow& row = record.EditRow();
-    row.SetText(TemplateColumn::SCOPE, m_strScopeUtf8);
-    row.SetText(TemplateColumn::DISPLAY_NAME, item.strDisplayName);
-    row.SetText(TemplateColumn::DESCRIPTION, std::string(item.node.Attribute(TagUtf8::DESCRIPTION)));
-    row.SetFlag(TemplateColumn::PRE_DEFINED, item.bPreDefined);
-    row.SetList(TemplateColumn::INDUSTRIES, CategoriesOf(m_industries, item.strName));
-    row.SetList(TemplateColumn::REGIONS, CategoriesOf(m_regions, item.strName));
+    TemplateXml::ReadTemplate(item.node, CategoriesOf(m_industries, item.strName),
+                              CategoriesOf(m_regions, item.strName), record);
+    record.EditRow().SetText(TemplateColumn::SCOPE, m_strScopeUtf8);
 }
 
 void CTemplateImport::Skip(const SItem& item, EDisposition eDisposition, EReason eReason) {

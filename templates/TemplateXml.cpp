@@ -1,13 +1,21 @@
 #include "templates/TemplateXml.h"
 
+#include <iterator>
+#include <utility>
+
 #include "platform/common/TextTools.h"
+#include "platform/store/SettingsSchema.h"
 #include "platform/xml/CXMLWriter.h"
+#include "settings/CCfgSettingDLPFilterTemplate.h"
 #include "xml/Vocabulary.h"
 #include "xml/XmlHelpers.h"
 
 namespace TemplateXml {
 
 namespace {
+
+/** Attributes that the record keeps in fields of its own, and its element therefore not. */
+constexpr const char* RECORD_ATTRIBUTES[] = {TagUtf8::DISPLAY_NAME, TagUtf8::DESCRIPTION, TagUtf8::PRE_DEFINED};
 
 void WriteOperation(CXMLWriter& writer, EOperator eOperator) {
     if (eOperator != EOperator::UNKNOWN) {
@@ -28,6 +36,23 @@ SBuildingBlock ReadBuildingBlock(const CXMLView& node) {
     block.strName = node.Attribute(TagUtf8::SOURCE_NAME);
     block.eOperator = ReadOperation(node);
     return block;
+}
+
+bool IsPreDefined(const CXMLView& element) {
+    return OS::EqualsNoCase(element.Attribute(TagUtf8::PRE_DEFINED), Value::TRUE_TEXT);
+}
+
+void ReadTemplate(const CXMLView& element, std::vector<std::string> vecIndustries, std::vector<std::string> vecRegions,
+                  CCfgSettingDLPFilterTemplate& record) {
+    std::string strElement;
+    element.AppendMarkup(strElement, RECORD_ATTRIBUTES, std::size(RECORD_ATTRIBUTES));
+    record.SetElementMarkup(std::move(strElement), std::string(element.Attribute(TagUtf8::NAME)));
+    CSettingsRow& row = record.EditRow();
+    row.SetText(TemplateColumn::DISPLAY_NAME, std::string(element.Attribute(TagUtf8::DISPLAY_NAME)));
+    row.SetText(TemplateColumn::DESCRIPTION, std::string(element.Attribute(TagUtf8::DESCRIPTION)));
+    row.SetFlag(TemplateColumn::PRE_DEFINED, IsPreDefined(element));
+    row.SetList(TemplateColumn::INDUSTRIES, std::move(vecIndustries));
+    row.SetList(TemplateColumn::REGIONS, std::move(vecRegions));
 }
 
 EElementType ReadExactType(const CXMLView& block) {

@@ -1,11 +1,14 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 #include <string_view>
+#include <vector>
 
 #include "platform/xml/CXMLView.h"
 #include "templates/MatchRule.h"
 
+class CCfgSettingDLPFilterTemplate;
 class CXMLWriter;
 
 /** Template elements read and written in UTF-8, one piece at a time. Writing throws as CXMLWriter does. */
@@ -27,6 +30,12 @@ SBuildingBlock ReadBuildingBlock(const CXMLView& node);
 EElementType ReadExactType(const CXMLView& block);
 /** No operation, AND and OR can be imported; EXCEPT cannot, though an export may write it. */
 bool IsOperationAccepted(const CXMLView& node);
+
+/** Fills a record as an import stores it, but for the scope. */
+void ReadTemplate(const CXMLView& element, std::vector<std::string> vecIndustries, std::vector<std::string> vecRegions,
+                  CCfgSettingDLPFilterTemplate& record);
+/** @return whether a template is built in: only the text "true" says so, in any case of letters */
+bool IsPreDefined(const CXMLView& element);
 
 /** Starts a template element; the caller writes its rules and ends it. */
 void StartTemplate(CXMLWriter& writer, std::string_view strName, std::string_view strDisplayName,

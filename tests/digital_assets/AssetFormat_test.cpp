@@ -3,6 +3,9 @@
 #include <set>
 
 #include "api/CDLPDigitalAssetsParser.h"
+#include "platform/common/TextTools.h"
+#include "platform/xml/CXMLParser.h"
+#include "platform/xml/CXMLWriter.h"
 #include "tests/digital_assets/AssetFixture.h"
 
 using namespace DigitalAssets;
@@ -148,4 +151,42 @@ TEST_F(AssetFormat, EveryNumberIsReadForItsTypesOnly) {
             }
         }
     }
+}
+
+TEST_F(AssetFormat, NormalisedRowIsWhatWritingAndReadingGives) {
+    for (const SAssetFormat* pFormat : FORMATS) {
+        for (const SType& type : pFormat->aTypes) {
+            CSettingsRow row = FullRow(*pFormat, type);
+            for (const SType& other : pFormat->aTypes) {
+                for (const SNumber& number : other.aNumbers) {
+                    row.SetNumber(number.iColumn, 7);
+                }
+            }
+            if (!pFormat->bTypeCaseMatters) {
+                row.SetText(pFormat->iTypeColumn, OS::Utf8Lenient(OS::ToUpper(OS::WideText(type.pName))));
+            }
+            CSettingsRow normalised = row;
+            Normalise(*pFormat, normalised);
+
+            std::string strXml;
+            CXMLWriter writer(strXml);
+            writer.StartElement(pFormat->pElement);
+            WriteAttributes(*pFormat, row, FindStoredType(*pFormat, row), writer);
+            WriteChildren(*pFormat, row, writer);
+            writer.EndElement();
+            CXMLParser document;
+            ASSERT_TRUE(document.LoadUtf8(strXml));
+            EXPECT_EQ(nullptr, ReadElement(*pFormat, document.RootView(), row));
+            row.SetText(pFormat->iMarkupColumn, normalised.GetText(pFormat->iMarkupColumn));
+            EXPECT_TRUE(normalised == row) << type.pName;
+        }
+    }
+}
+
+TEST_F(AssetFormat, RowOfAnUnknownTypeIsNormalAlready) {
+    CSettingsRow row = FullRow(KEYWORD_FORMAT, KEYWORD_FORMAT.aTypes[2]);
+    row.SetText(KeywordColumn::CONDITION, "threshold");
+    CSettingsRow normalised = row;
+    Normalise(KEYWORD_FORMAT, normalised);
+    EXPECT_TRUE(normalised == row);
 }
