@@ -227,10 +227,9 @@ void CDLPXmlNormalizer::WrapTemplateList(CXMLParser& templates, CXMLParser& resu
     pTemplates->ToElement()->SetAttribute(Tag::COMMAND, OS::WideText(Value::OVERWRITE));
     std::string strRoot;
     CXMLWriter writer(strRoot);
+    // A root that fails on its way stays open, and what is open is no document.
     if (DigitalAssets::StartRoot(writer)) {
         writer.EndElement();
-    } else {
-        strRoot.clear();
     }
     result.LoadUtf8(strRoot);
     RequireRoot(result, Tag::SA_POLICY)->AppendChild(pTemplates);
