@@ -174,7 +174,14 @@ TEST_P(AssetRecords, UnknownRecordIsNotFound) {
     SaveExpression(L"n", L"shown");
     Expression record(ExpressionSubject(L"N"));
     record.SetPattern(L"kept");
-    EXPECT_EQ("record not found: ORVAL_SUB_CFG_DLP_EXPRESSIONN", ExceptionText([&] { record.GetThis(); }));
+    try {
+        record.GetThis();
+        FAIL() << "it is not stored";
+    } catch (const OS::CException& error) {
+        EXPECT_STREQ("record not found: ORVAL_SUB_CFG_DLP_EXPRESSIONN", error.what());
+        EXPECT_EQ(0, error.GetErrorCode());
+        EXPECT_EQ(0, error.GetErrorLine());
+    }
     EXPECT_EQ(L"kept", record.GetPattern());
     Keyword other(ExpressionSubject(L"n"));
     EXPECT_EQ("record not found: ORVAL_SUB_CFG_DLP_EXPRESSIONn", ExceptionText([&] { other.GetThis(); }));
