@@ -46,6 +46,11 @@ bool IsTerminal(const std::ostream& err) {
     return &err == &std::cerr && ::isatty(STDERR_FILENO) == 1;
 }
 
+bool IsColourWanted() {
+    const char* pNoColour = std::getenv("NO_COLOR");
+    return pNoColour == nullptr || *pNoColour == '\0';
+}
+
 std::string ToLine(const Json& object) {
     return object.dump(-1, ' ', false, Json::error_handler_t::replace);
 }
@@ -141,6 +146,10 @@ std::string CCommandContext::GetStoreUrl() const {
             throw CToolError(EVerdict::USAGE, Text::Printable(error.what()));
         }
     }
+    return GetAbsoluteUrl(strUrl);
+}
+
+std::string CCommandContext::GetAbsoluteUrl(const std::string& strUrl) const {
     const bool bFile = strUrl.compare(0, SQLITE.size(), SQLITE) == 0 && strUrl.size() > SQLITE.size();
     return bFile ? std::string(SQLITE) + GetAbsolute(strUrl.substr(SQLITE.size())) : strUrl;
 }
@@ -236,8 +245,10 @@ void CCommandContext::Note(const std::string& strMessage) {
     }
 }
 
+bool CCommandContext::ColoursData() const {
+    return &m_out == &std::cout && ::isatty(STDOUT_FILENO) == 1 && IsColourWanted();
+}
+
 std::string CCommandContext::Paint(const char* pColour, const std::string& strText) const {
-    const char* pNoColour = std::getenv("NO_COLOR");
-    const bool bColour = m_bTerminal && (pNoColour == nullptr || *pNoColour == '\0');
-    return bColour ? pColour + strText + PLAIN : strText;
+    return m_bTerminal && IsColourWanted() ? pColour + strText + PLAIN : strText;
 }

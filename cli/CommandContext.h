@@ -47,6 +47,8 @@ class CCommandContext {
 
     /** @return the path as it was meant where the tool was started */
     std::string GetAbsolute(const std::string& strPath) const;
+    /** @return a store's URL, with the path that it may hold as it was meant where the tool was started */
+    std::string GetAbsoluteUrl(const std::string& strUrl) const;
     /** @return the absolute path of the store's file; empty when the store is none */
     std::string GetStorePath() const;
     /** Another file of the command must not be the one that the log is appended to. @throws CToolError (USAGE) */
@@ -84,6 +86,8 @@ class CCommandContext {
     void Note(const std::string& strMessage);
     bool ShowsProgress() const { return m_bTerminal && !m_options.bQuiet; }
     std::ostream& GetError() { return m_err; }
+    /** @return whether data may be coloured: it goes to a terminal, and $NO_COLOR asks for no other */
+    bool ColoursData() const;
 
   private:
     std::string GetStoreUrl() const;

@@ -10,3 +10,4 @@ void AddListCommand(CCommandLine& line);
 void AddShowCommand(CCommandLine& line);
 void AddMetadataCommand(CCommandLine& line);
 void AddStoreCommands(CCommandLine& line);
+void AddDiffCommand(CCommandLine& line);

@@ -67,7 +67,7 @@ class CFileImport {
         Signals::ThrowIfCaught();
         m_file = ReadPolicy(m_context, m_report.strFile);
         CPolicyDocument document(m_file.Text());
-        const CXMLView root = Parse(document);
+        const CXMLView root = ParsePolicy(m_report.strFile, m_file, document);
         if (m_door.bTemplates && IsOlderLayout(root)) {
             WarnOfMissing(m_context, FindMapFile(), NO_MAP_FILE);
         }
@@ -84,16 +84,6 @@ class CFileImport {
         m_report.eVerdict = m_report.HasFindings() ? EVerdict::FINDINGS : EVerdict::DONE;
         StartReport();
         unit.Commit();
-    }
-
-    CXMLView Parse(CPolicyDocument& document) {
-        const CXMLParser& parser = document.Load();
-        const SXMLLoadError& error = parser.GetLoadError();
-        if (!error.strMessage.empty()) {
-            throw CInputError(m_report.strFile, Text::Printable(error.strMessage),
-                              CSourcePlaces(m_file.strBytes).Find(m_file.iStart + error.iOffset));
-        }
-        return parser.RootView();
     }
 
     void ImportDocument(const CXMLView& root, CPolicyDocument& document) {

@@ -68,13 +68,6 @@ Json ColumnOrNull(SPlace place) {
     return place.iLine == 0 ? Json() : Json(place.iColumn);
 }
 
-Json ItemToJson(const SReportItem& item) {
-    return {{"kind", Row(item.eKind).pCode},       {"name", item.strName},
-            {"display_name", item.strDisplayName}, {"disposition", Code(item.eDisposition)},
-            {"reason", Row(item.eReason).pCode},   {"line", LineOrNull(item.place)},
-            {"column", ColumnOrNull(item.place)},  {"detail", item.strDetail}};
-}
-
 std::string MakeTable(const std::vector<SReportItem>& vecItems) {
     std::array<std::array<std::size_t, DISPOSITION_COUNT>, KIND_COUNT> aCounts{};
     for (const SReportItem& item : vecItems) {
@@ -110,21 +103,6 @@ std::string Why(const SReportItem& item) {
                                     : "did you mean " + Text::Quoted(item.strNearest) + '?');
 }
 
-std::string MakeFinding(const std::string& strFile, const SReportItem& item) {
-    const std::string strStart = FormatPlace(strFile, item.place) + ": " + NameOf(item);
-    std::string strLines;
-    if (!item.IsTaken()) {
-        strLines += strStart + ' ' + Code(item.eDisposition) + ": " + Why(item) + '\n';
-    }
-    if (item.iForeignChildren != 0) {
-        strLines += strStart + ": " +
-                    Text::Counted(item.iForeignChildren, "child element read as an empty rule",
-                                  "child elements read as empty rules") +
-                    '\n';
-    }
-    return strLines;
-}
-
 }  // namespace
 
 bool SImportReport::HasFindings() const {
@@ -137,6 +115,13 @@ void SImportReport::Undo(EVerdict eWhy, const std::string& strWhy) {
     vecImported.clear();
     vecItems.erase(std::remove_if(vecItems.begin(), vecItems.end(), std::mem_fn(&SReportItem::IsTaken)),
                    vecItems.end());
+}
+
+Json MakeItemJson(const SReportItem& item) {
+    return {{"kind", Row(item.eKind).pCode},       {"name", item.strName},
+            {"display_name", item.strDisplayName}, {"disposition", Code(item.eDisposition)},
+            {"reason", Row(item.eReason).pCode},   {"line", LineOrNull(item.place)},
+            {"column", ColumnOrNull(item.place)},  {"detail", item.strDetail}};
 }
 
 Json MakeReportHead(const SImportReport& report) {
@@ -152,7 +137,7 @@ Json MakeReportJson(const SImportReport& report) {
     object["skipped_assets"] = report.vecSkippedAssets;
     Json& items = object["items"] = Json::array();
     for (const SReportItem& item : report.vecItems) {
-        items.push_back(ItemToJson(item));
+        items.push_back(MakeItemJson(item));
     }
     if (!report.strReason.empty()) {
         object["message"] = report.strReason;
@@ -160,6 +145,21 @@ Json MakeReportJson(const SImportReport& report) {
         object["column"] = ColumnOrNull(report.place);
     }
     return object;
+}
+
+std::string MakeFinding(const std::string& strFile, const SReportItem& item) {
+    const std::string strStart = FormatPlace(strFile, item.place) + ": " + NameOf(item);
+    std::string strLines;
+    if (!item.IsTaken()) {
+        strLines += strStart + ' ' + Code(item.eDisposition) + ": " + Why(item) + '\n';
+    }
+    if (item.iForeignChildren != 0) {
+        strLines += strStart + ": " +
+                    Text::Counted(item.iForeignChildren, "child element read as an empty rule",
+                                  "child elements read as empty rules") +
+                    '\n';
+    }
+    return strLines;
 }
 
 std::string MakeReportText(const SImportReport& report) {

@@ -46,5 +46,9 @@ nlohmann::ordered_json MakeReportHead(const SImportReport& report);
 nlohmann::ordered_json MakeReportJson(const SImportReport& report);
 /** @return a table of what became of how many items, then what was not taken, where, why and what to do */
 std::string MakeReportText(const SImportReport& report);
+/** @return an item as it stands in the whole object */
+nlohmann::ordered_json MakeItemJson(const SReportItem& item);
+/** @return a line for each thing that there is to say of an item: where, why it was not taken and what to do */
+std::string MakeFinding(const std::string& strFile, const SReportItem& item);
 /** @return one line without its end: why nothing was written */
 std::string MakeRefusal(const SImportReport& report);

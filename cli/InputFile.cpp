@@ -16,6 +16,7 @@
 #include "platform/common/CException.h"
 #include "platform/common/Paths.h"
 #include "platform/common/TextConversion.h"
+#include "xml/CPolicyDocument.h"
 
 namespace {
 
@@ -123,6 +124,16 @@ SPolicyFile ReadPolicy(CCommandContext& context, const std::string& strFile) {
     });
     CheckText(strFile, file);
     return file;
+}
+
+CXMLView ParsePolicy(const std::string& strFile, const SPolicyFile& file, CPolicyDocument& document) {
+    const CXMLParser& parser = document.Load();
+    const SXMLLoadError& error = parser.GetLoadError();
+    if (!error.strMessage.empty()) {
+        throw CInputError(strFile, Text::Printable(error.strMessage),
+                          CSourcePlaces(file.strBytes).Find(file.iStart + error.iOffset));
+    }
+    return parser.RootView();
 }
 
 std::string ReadBytes(CCommandContext& context, const std::string& strFile) {

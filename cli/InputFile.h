@@ -4,9 +4,11 @@
 
 #include "cli/SourcePlaces.h"
 #include "cli/Verdict.h"
+#include "platform/xml/CXMLView.h"
 #include "templates/PolicyFile.h"
 
 class CCommandContext;
+class CPolicyDocument;
 
 /** A file that cannot be worked on: why, and where in it. Its message is the one line "FILE:LINE:COLUMN: reason". */
 class CInputError : public CToolError {
@@ -30,6 +32,13 @@ std::string FormatPlace(const std::string& strFile, SPlace place);
  * @throws CInputError when it cannot be read, is empty, holds no "<" or is not UTF-8
  */
 SPolicyFile ReadPolicy(CCommandContext& context, const std::string& strFile);
+
+/**
+ * Parses a policy file's text.
+ * @param document made of the text of the file
+ * @return the document's root @throws CInputError with the place when the text is no well-formed XML
+ */
+CXMLView ParsePolicy(const std::string& strFile, const SPolicyFile& file, CPolicyDocument& document);
 
 /** Reads a file whole. @throws CInputError when it cannot be read */
 std::string ReadBytes(CCommandContext& context, const std::string& strFile);

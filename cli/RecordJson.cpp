@@ -55,21 +55,6 @@ Json RulesToJson(const CSettingsRow& row) {
     return list;
 }
 
-Json ColumnToJson(const CSettingsRow& row, EColumnType eType, std::size_t iColumn) {
-    switch (eType) {
-        case EColumnType::NUMBER:
-            return row.GetNumber(iColumn);
-        case EColumnType::FLAG:
-            return row.GetFlag(iColumn);
-        case EColumnType::TEXT_LIST:
-            return row.GetList(iColumn);
-        case EColumnType::TEXT:
-        case EColumnType::NULLABLE_TEXT:
-            break;
-    }
-    return row.GetText(iColumn);
-}
-
 [[noreturn]] void Refuse(const std::string& strPath, const std::string& strReason) {
     throw CToolError(EVerdict::INVALID, Text::Printable(strPath) + ": " + strReason);
 }
@@ -152,11 +137,26 @@ std::vector<SMatchRule> ReadRules(const CSettingsRow& row) {
     return CComplianceTemplates(OS::WideLenient(row.GetText(TemplateColumn::ELEMENT))).GetTemplate().vecRules;
 }
 
+Json ColumnToJson(const CSettingsRow& row, std::size_t iColumn) {
+    switch (GetSettingsTable(row.GetKind()).pColumns[iColumn].eType) {
+        case EColumnType::NUMBER:
+            return row.GetNumber(iColumn);
+        case EColumnType::FLAG:
+            return row.GetFlag(iColumn);
+        case EColumnType::TEXT_LIST:
+            return row.GetList(iColumn);
+        case EColumnType::TEXT:
+        case EColumnType::NULLABLE_TEXT:
+            break;
+    }
+    return row.GetText(iColumn);
+}
+
 Json RecordToJson(const CSettingsRow& row) {
     const STable& table = GetSettingsTable(row.GetKind());
     Json object = Json::object();
     for (std::size_t i = 0; i < table.iColumns; ++i) {
-        object[table.pColumns[i].pName] = ColumnToJson(row, table.pColumns[i].eType, i);
+        object[table.pColumns[i].pName] = ColumnToJson(row, i);
     }
     if (row.GetKind() == ESettingsKind::KEYWORD) {
         object[KEYWORDS] = KeywordsToJson(row);

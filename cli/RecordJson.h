@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -21,6 +22,8 @@ std::vector<SKeyword> ReadKeywords(const CSettingsRow& row);
 /** @return the match rules of a template's row, as the library reads them */
 std::vector<SMatchRule> ReadRules(const CSettingsRow& row);
 
+/** @return one column's value */
+nlohmann::ordered_json ColumnToJson(const CSettingsRow& row, std::size_t iColumn);
 /**
  * A record as JSON and back, driven by its table's description: one member per column, named as the column. What can be
  * read from a column that holds XML follows for convenience (keywords, match_rules) and is ignored on the way back.

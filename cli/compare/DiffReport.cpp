@@ -1,0 +1,259 @@
+#include "cli/compare/DiffReport.h"
+
+#include <algorithm>
+#include <iterator>
+
+#include <nlohmann/json.hpp>
+
+#include "cli/Kinds.h"
+#include "cli/Text.h"
+#include "cli/compare/RuleText.h"
+#include "platform/store/SettingsSchema.h"
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+enum class EChange { ADDED, REMOVED, CHANGED, SAME };
+
+struct SChangeWord {
+    const char* pCode;
+    char cMark;
+    const char* pColour;
+};
+
+/** In the order of EChange. */
+constexpr SChangeWord CHANGES[] = {
+    {"added", '+', "\x1b[32m"},
+    {"removed", '-', "\x1b[31m"},
+    {"changed", '~', "\x1b[33m"},
+    {"same", '=', ""},
+};
+constexpr std::size_t CHANGE_COUNT = std::size(CHANGES);
+constexpr const char PLAIN[] = "\x1b[0m";
+constexpr const char SAME_POLICIES[] = "The policies are the same.";
+
+EChange GetChange(const SItemChange& change) {
+    if (change.pBefore == nullptr) {
+        return EChange::ADDED;
+    }
+    if (change.pAfter == nullptr) {
+        return EChange::REMOVED;
+    }
+    return change.IsDifference() ? EChange::CHANGED : EChange::SAME;
+}
+
+const SChangeWord& Row(EChange eChange) {
+    return CHANGES[static_cast<std::size_t>(eChange)];
+}
+
+std::string Join(const std::vector<std::string>& vecTexts) {
+    std::string strJoined;
+    for (const std::string& strText : vecTexts) {
+        strJoined += (strJoined.empty() ? "" : ", ") + strText;
+    }
+    return strJoined;
+}
+
+std::string ToCell(const Json& value) {
+    if (value.is_string()) {
+        return Text::Printable(value.get<std::string>());
+    }
+    if (value.is_array()) {
+        return Text::Printable(Join(value.get<std::vector<std::string>>()));
+    }
+    return value.is_boolean() ? Text::YesNo(value.get<bool>()) : value.dump();
+}
+
+/** Writes the lines of one item. */
+class CChangeText {
+  public:
+    CChangeText(const SItemChange& change, bool bColour) : m_change(change), m_bColour(bColour) {}
+
+    std::string Make() {
+        const std::string strRelation =
+            m_change.rules ? std::string(": ") + GetRelationName(m_change.rules->comparison.eRelation) : "";
+        AddLine(GetChange(m_change),
+                std::string(GetKind(m_change.eKind).pWord) + ' ' + Text::Quoted(m_change.strName) + strRelation);
+        AddFields();
+        AddKeywords();
+        AddRules();
+        return std::move(m_strText);
+    }
+
+  private:
+    void AddLine(EChange eChange, const std::string& strLine) {
+        const SChangeWord& word = Row(eChange);
+        m_strText += m_bColour ? word.pColour : "";
+        m_strText += word.cMark + std::string(" ") + strLine;
+        m_strText += m_bColour && *word.pColour != '\0' ? PLAIN : "";
+        m_strText += '\n';
+    }
+    void AddDetail(EChange eChange, const std::string& strLine) { AddLine(eChange, "  " + strLine); }
+    void AddPlain(const std::string& strLine) { m_strText += "    " + strLine + '\n'; }
+
+    void AddField(EChange eChange, const CSettingsRow& row, std::size_t iColumn) {
+        const std::string strValue = ToCell(ColumnToJson(row, iColumn));
+        const char* pField = GetSettingsTable(m_change.eKind).pColumns[iColumn].pName;
+        AddDetail(eChange, std::string(pField) + ':' + (strValue.empty() ? "" : ' ' + strValue));
+    }
+
+    void AddFields() {
+        for (const std::size_t iColumn : m_change.vecColumns) {
+            AddField(EChange::REMOVED, *m_change.pBefore, iColumn);
+            AddField(EChange::ADDED, *m_change.pAfter, iColumn);
+        }
+    }
+
+    void AddKeyword(EChange eChange, const std::optional<SKeyword>& keyword) {
+        if (keyword) {
+            AddDetail(eChange, "keyword " + Text::Quoted(keyword->strKeyword) + ", score " +
+                                   std::to_string(keyword->iScore) + (keyword->bCaseSensitive ? ", case matters" : "") +
+                                   (keyword->strDescription.empty() ? "" : ": ") +
+                                   Text::Printable(keyword->strDescription));
+        }
+    }
+
+    void AddKeywords() {
+        for (const SKeywordChange& keyword : m_change.vecKeywords) {
+            AddKeyword(EChange::REMOVED, keyword.before);
+            AddKeyword(EChange::ADDED, keyword.after);
+        }
+    }
+
+    /** Rules at the start and the end that are alike on both sides are shown once. */
+    void AddRules() {
+        if (!m_change.rules) {
+            return;
+        }
+        const auto& [vecBefore, vecAfter, comparison] = *m_change.rules;
+        const auto [itBefore, itAfter] =
+            std::mismatch(vecBefore.begin(), vecBefore.end(), vecAfter.begin(), vecAfter.end());
+        const auto [itBeforeEnd, itAfterEnd] = std::mismatch(vecBefore.rbegin(), std::make_reverse_iterator(itBefore),
+                                                             vecAfter.rbegin(), std::make_reverse_iterator(itAfter));
+        std::for_each(vecBefore.begin(), itBefore, [this](const auto& strRule) { AddPlain(RuleLine(strRule)); });
+        std::for_each(itBefore, itBeforeEnd.base(),
+                      [this](const auto& strRule) { AddDetail(EChange::REMOVED, RuleLine(strRule)); });
+        std::for_each(itAfter, itAfterEnd.base(),
+                      [this](const auto& strRule) { AddDetail(EChange::ADDED, RuleLine(strRule)); });
+        std::for_each(itAfterEnd.base(), vecAfter.end(), [this](const auto& strRule) { AddPlain(RuleLine(strRule)); });
+        AddExample("now matches", comparison.gained);
+        AddExample("no longer matches", comparison.lost);
+    }
+
+    static std::string RuleLine(const std::string& strRule) { return "rule: " + Text::Printable(strRule); }
+
+    void AddExample(const char* pWhat, const std::optional<std::vector<SCondition>>& example) {
+        if (example) {
+            std::vector<std::string> vecHeld;
+            std::transform(example->begin(), example->end(), std::back_inserter(vecHeld), FormatCondition);
+            AddPlain(std::string(pWhat) + " content with " +
+                     (vecHeld.empty() ? "none of what the rules name" : Text::Printable(Join(vecHeld)) + " alone"));
+        }
+    }
+
+    const SItemChange& m_change;
+    bool m_bColour;
+    std::string m_strText;
+};
+
+Json KeywordToJson(const std::optional<SKeyword>& keyword) {
+    return keyword ? Json{{"description", keyword->strDescription},
+                          {"score", keyword->iScore},
+                          {"case_sensitive", keyword->bCaseSensitive}}
+                   : Json();
+}
+
+Json ExampleToJson(const std::optional<std::vector<SCondition>>& example) {
+    if (!example) {
+        return {};
+    }
+    Json list = Json::array();
+    for (const SCondition& condition : *example) {
+        list.push_back(ConditionToJson(condition));
+    }
+    return list;
+}
+
+Json RulesToJson(const SRulesChange& rules) {
+    return {{"relation", GetRelationName(rules.comparison.eRelation)},
+            {"before", rules.vecBefore},
+            {"after", rules.vecAfter},
+            {"now_matches", ExampleToJson(rules.comparison.gained)},
+            {"no_longer_matches", ExampleToJson(rules.comparison.lost)}};
+}
+
+Json FieldsToJson(const SItemChange& change) {
+    Json list = Json::array();
+    for (const std::size_t iColumn : change.vecColumns) {
+        list.push_back({{"field", GetSettingsTable(change.eKind).pColumns[iColumn].pName},
+                        {"before", ColumnToJson(*change.pBefore, iColumn)},
+                        {"after", ColumnToJson(*change.pAfter, iColumn)}});
+    }
+    return list;
+}
+
+Json KeywordsToJson(const std::vector<SKeywordChange>& vecKeywords) {
+    Json list = Json::array();
+    for (const SKeywordChange& change : vecKeywords) {
+        list.push_back({{"keyword", (change.before ? change.before : change.after)->strKeyword},
+                        {"before", KeywordToJson(change.before)},
+                        {"after", KeywordToJson(change.after)}});
+    }
+    return list;
+}
+
+Json ChangeToJson(const SItemChange& change) {
+    return {{"kind", GetKind(change.eKind).pSingular},
+            {"name", change.strName},
+            {"change", Row(GetChange(change)).pCode},
+            {"fields", FieldsToJson(change)},
+            {"keywords", KeywordsToJson(change.vecKeywords)},
+            {"rules", change.rules ? RulesToJson(*change.rules) : Json()}};
+}
+
+Json PolicyToJson(const SPolicy& policy) {
+    Json leftOut = Json::array();
+    for (const SReportItem& item : policy.vecLeftOut) {
+        leftOut.push_back(MakeItemJson(item));
+    }
+    return {{"policy", policy.strPlace}, {"left_out", std::move(leftOut)}};
+}
+
+}  // namespace
+
+EVerdict SDiffReport::GetVerdict() const {
+    const bool bDiffers = std::any_of(vecChanges.begin(), vecChanges.end(),
+                                      [](const SItemChange& change) { return change.IsDifference(); });
+    return bDiffers || !before.vecLeftOut.empty() || !after.vecLeftOut.empty() ? EVerdict::FINDINGS : EVerdict::DONE;
+}
+
+std::string MakeChangeText(const SItemChange& change, bool bColour) {
+    return CChangeText(change, bColour).Make();
+}
+
+std::string MakeDiffSummary(const SDiffReport& report) {
+    std::size_t aCounts[CHANGE_COUNT] = {};
+    for (const SItemChange& change : report.vecChanges) {
+        ++aCounts[static_cast<std::size_t>(GetChange(change))];
+    }
+    std::vector<std::string> vecParts;
+    for (std::size_t i = 0; i < CHANGE_COUNT; ++i) {
+        if (aCounts[i] != 0 && i != static_cast<std::size_t>(EChange::SAME)) {
+            vecParts.push_back(std::to_string(aCounts[i]) + ' ' + CHANGES[i].pCode);
+        }
+    }
+    return vecParts.empty() ? SAME_POLICIES : Join(vecParts) + '.';
+}
+
+Json MakeDiffJson(const SDiffReport& report, const char* pFormat) {
+    Json items = Json::array();
+    for (const SItemChange& change : report.vecChanges) {
+        items.push_back(ChangeToJson(change));
+    }
+    return {{"format", pFormat},
+            {"verdict", GetVerdictName(report.GetVerdict())},
+            {"before", PolicyToJson(report.before)},
+            {"after", PolicyToJson(report.after)},
+            {"items", std::move(items)}};
+}

@@ -1,0 +1,174 @@
+#include "cli/compare/PolicyDiff.h"
+
+#include <algorithm>
+#include <iterator>
+#include <set>
+#include <tuple>
+#include <utility>
+
+#include "cli/Kinds.h"
+#include "cli/Signals.h"
+#include "platform/common/TextConversion.h"
+#include "templates/MatchRule.h"
+
+namespace {
+
+/** By kind: the columns that are not compared as they stand, the name because items are paired by it. */
+const std::set<std::size_t> PASSED_OVER[SETTINGS_KINDS] = {
+    {AssetColumn::SUBJECT, AssetColumn::NAME, AssetColumn::MODIFIED, AssetColumn::SCOPE},
+    {AssetColumn::SUBJECT, AssetColumn::NAME, AssetColumn::MODIFIED, AssetColumn::SCOPE, KeywordColumn::TEXT},
+    {TemplateColumn::SUBJECT, TemplateColumn::ELEMENT_NAME, TemplateColumn::SCOPE, TemplateColumn::ELEMENT},
+};
+
+bool IsColumnEqual(const CSettingsRow& before, const CSettingsRow& after, std::size_t iColumn) {
+    switch (GetSettingsTable(before.GetKind()).pColumns[iColumn].eType) {
+        case EColumnType::NUMBER:
+        case EColumnType::FLAG:
+            return before.GetNumber(iColumn) == after.GetNumber(iColumn);
+        case EColumnType::TEXT_LIST: {
+            const std::vector<std::string>& vecBefore = before.GetList(iColumn);
+            const std::vector<std::string>& vecAfter = after.GetList(iColumn);
+            return vecBefore == vecAfter || std::set<std::string>(vecBefore.begin(), vecBefore.end()) ==
+                                                std::set<std::string>(vecAfter.begin(), vecAfter.end());
+        }
+        case EColumnType::TEXT:
+        case EColumnType::NULLABLE_TEXT:
+            break;
+    }
+    return before.GetText(iColumn) == after.GetText(iColumn);
+}
+
+std::vector<std::size_t> FindColumns(const CSettingsRow& before, const CSettingsRow& after) {
+    const std::set<std::size_t>& passedOver = PASSED_OVER[static_cast<std::size_t>(before.GetKind())];
+    std::vector<std::size_t> vecColumns;
+    for (std::size_t i = 0; i < GetSettingsTable(before.GetKind()).iColumns; ++i) {
+        if (passedOver.count(i) == 0 && !IsColumnEqual(before, after, i)) {
+            vecColumns.push_back(i);
+        }
+    }
+    return vecColumns;
+}
+
+bool IsLess(const SKeyword& left, const SKeyword& right) {
+    return std::tie(left.strKeyword, left.strDescription, left.iScore, left.bCaseSensitive) <
+           std::tie(right.strKeyword, right.strDescription, right.iScore, right.bCaseSensitive);
+}
+
+/** @return the first list, which is sorted, without what the second one holds as well */
+std::vector<SKeyword> Without(const std::vector<SKeyword>& vecFirst, const std::vector<SKeyword>& vecSecond) {
+    std::vector<SKeyword> vecRest;
+    std::set_difference(vecFirst.begin(), vecFirst.end(), vecSecond.begin(), vecSecond.end(),
+                        std::back_inserter(vecRest), IsLess);
+    return vecRest;
+}
+
+/** Pairs what is left on both sides by the keyword. */
+std::vector<SKeywordChange> Pair(const std::vector<SKeyword>& vecBefore, const std::vector<SKeyword>& vecAfter) {
+    std::vector<SKeywordChange> vecChanges;
+    auto itBefore = vecBefore.begin();
+    auto itAfter = vecAfter.begin();
+    while (itBefore != vecBefore.end() || itAfter != vecAfter.end()) {
+        const bool bOnlyBefore = itAfter == vecAfter.end();
+        const bool bOnlyAfter = itBefore == vecBefore.end();
+        SKeywordChange& change = vecChanges.emplace_back();
+        const int iOrder = bOnlyBefore ? -1 : bOnlyAfter ? 1 : itBefore->strKeyword.compare(itAfter->strKeyword);
+        if (iOrder <= 0) {
+            change.before = *itBefore++;
+        }
+        if (iOrder >= 0) {
+            change.after = *itAfter++;
+        }
+    }
+    return vecChanges;
+}
+
+std::vector<SKeywordChange> CompareKeywords(const CSettingsRow& before, const CSettingsRow& after) {
+    if (before.GetText(KeywordColumn::TEXT) == after.GetText(KeywordColumn::TEXT)) {
+        return {};
+    }
+    std::vector<SKeyword> vecBefore = ReadKeywords(before);
+    std::vector<SKeyword> vecAfter = ReadKeywords(after);
+    std::sort(vecBefore.begin(), vecBefore.end(), IsLess);
+    std::sort(vecAfter.begin(), vecAfter.end(), IsLess);
+    return Pair(Without(vecBefore, vecAfter), Without(vecAfter, vecBefore));
+}
+
+std::vector<std::string> MakeRuleTexts(const std::vector<SMatchRule>& vecRules) {
+    std::vector<OS::x_wstring> vecTexts;
+    std::vector<OS::x_wstring> vecOperators;
+    FormatMatchRules(vecRules, vecTexts, vecOperators);
+    std::vector<std::string> vecLines;
+    for (std::size_t i = 0; i < vecTexts.size(); ++i) {
+        std::replace(vecTexts[i].begin(), vecTexts[i].end(), L'\t', L' ');
+        const EOperator eOperator = vecRules[i].eOperator;
+        const std::string strOperator =
+            eOperator == EOperator::UNKNOWN ? "" : OperatorText(eOperator) + std::string(" ");
+        vecLines.push_back(strOperator + OS::Utf8Lenient(vecTexts[i]));
+    }
+    return vecLines;
+}
+
+std::optional<SRulesChange> CompareTemplates(const CSettingsRow& before, const CSettingsRow& after) {
+    if (before.GetText(TemplateColumn::ELEMENT) == after.GetText(TemplateColumn::ELEMENT)) {
+        return std::nullopt;
+    }
+    const std::vector<SMatchRule> vecBefore = ReadRules(before);
+    const std::vector<SMatchRule> vecAfter = ReadRules(after);
+    SRulesChange change{MakeRuleTexts(vecBefore), MakeRuleTexts(vecAfter), CompareRules(vecBefore, vecAfter)};
+    if (change.vecBefore == change.vecAfter && change.comparison.eRelation == ERelation::SAME) {
+        return std::nullopt;
+    }
+    return change;
+}
+
+SItemChange Compare(ESettingsKind eKind, const std::string& strName, const CSettingsRow& before,
+                    const CSettingsRow& after) {
+    SItemChange change{eKind, strName, &before, &after};
+    change.vecColumns = FindColumns(before, after);
+    if (eKind == ESettingsKind::KEYWORD) {
+        change.vecKeywords = CompareKeywords(before, after);
+    } else if (eKind == ESettingsKind::TEMPLATE) {
+        change.rules = CompareTemplates(before, after);
+    }
+    return change;
+}
+
+void CompareItems(ESettingsKind eKind, const SPolicy::Items& before, const SPolicy::Items& after,
+                  std::vector<SItemChange>& vecChanges) {
+    auto itBefore = before.begin();
+    auto itAfter = after.begin();
+    while (itBefore != before.end() || itAfter != after.end()) {
+        Signals::ThrowIfCaught();
+        const int iOrder = itAfter == after.end()     ? -1
+                           : itBefore == before.end() ? 1
+                                                      : itBefore->first.compare(itAfter->first);
+        if (iOrder < 0) {
+            vecChanges.push_back({eKind, itBefore->first, &itBefore->second, nullptr});
+        } else if (iOrder > 0) {
+            vecChanges.push_back({eKind, itAfter->first, nullptr, &itAfter->second});
+        } else {
+            SItemChange change = Compare(eKind, itBefore->first, itBefore->second, itAfter->second);
+            if (change.IsDifference() || change.rules) {
+                vecChanges.push_back(std::move(change));
+            }
+        }
+        itBefore = iOrder <= 0 ? std::next(itBefore) : itBefore;
+        itAfter = iOrder >= 0 ? std::next(itAfter) : itAfter;
+    }
+}
+
+}  // namespace
+
+bool SItemChange::IsDifference() const {
+    const bool bRules =
+        rules && rules->comparison.eRelation != ERelation::SAME && rules->comparison.eRelation != ERelation::REORDERED;
+    return pBefore == nullptr || pAfter == nullptr || !vecColumns.empty() || !vecKeywords.empty() || bRules;
+}
+
+std::vector<SItemChange> ComparePolicies(const SPolicy& before, const SPolicy& after) {
+    std::vector<SItemChange> vecChanges;
+    for (const ESettingsKind eKind : ALL_SETTINGS_KINDS) {
+        CompareItems(eKind, before.Of(eKind), after.Of(eKind), vecChanges);
+    }
+    return vecChanges;
+}

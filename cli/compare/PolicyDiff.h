@@ -1,0 +1,43 @@
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "cli/RecordJson.h"
+#include "cli/compare/Policy.h"
+#include "cli/compare/RuleComparison.h"
+
+/** A keyword that is not the same on both sides; of those that stand there several times, each is compared. */
+struct SKeywordChange {
+    std::optional<SKeyword> before;
+    std::optional<SKeyword> after;
+};
+
+/** Rules that are written otherwise, one text per rule with its operator before it, and what that means. */
+struct SRulesChange {
+    std::vector<std::string> vecBefore;
+    std::vector<std::string> vecAfter;
+    SRuleComparison comparison;
+};
+
+/** An item that is not written alike in two policies. */
+struct SItemChange {
+    ESettingsKind eKind = ESettingsKind::EXPRESSION;
+    std::string strName;
+    const CSettingsRow* pBefore = nullptr;  ///< null: it was added
+    const CSettingsRow* pAfter = nullptr;   ///< null: it was removed
+    std::vector<std::size_t> vecColumns{};  ///< those that differ
+    std::vector<SKeywordChange> vecKeywords{};
+    std::optional<SRulesChange> rules{};
+
+    /** @return whether more differs than how rules that match alike are written */
+    bool IsDifference() const;
+};
+
+/**
+ * @return what differs, by kind and name; it points into the policies. What says nothing of the policy is not compared:
+ * identifiers, scope and marks of the store, order, and markup that no item is read from.
+ */
+std::vector<SItemChange> ComparePolicies(const SPolicy& before, const SPolicy& after);

@@ -1,0 +1,173 @@
+#include "cli/compare/PolicyFileReader.h"
+
+#include <optional>
+#include <utility>
+
+#include "cli/CommandContext.h"
+#include "cli/ImportRefusal.h"
+#include "cli/InputFile.h"
+#include "cli/InstalledFiles.h"
+#include "cli/Kinds.h"
+#include "cli/Signals.h"
+#include "digital_assets/AssetFormat.h"
+#include "platform/common/TextConversion.h"
+#include "settings/CCfgSettingDLPFilterTemplate.h"
+#include "templates/DLPTemplateMgr.h"
+#include "templates/DLPXmlNormalizer.h"
+#include "templates/TemplateXml.h"
+#include "xml/CPolicyDocument.h"
+#include "xml/Vocabulary.h"
+
+namespace {
+
+constexpr const char NOT_CONVERTED[] = "the older layout cannot be converted; --log - --log-level all shows why";
+
+SImportItem MakeItem(EItemKind eKind, const CXMLView& element, EReason eReason, std::size_t iOffset) {
+    SImportItem item;
+    item.eKind = eKind;
+    item.strName = element.Attribute(TagUtf8::NAME);
+    item.strDisplayName = element.Attribute(TagUtf8::DISPLAY_NAME);
+    item.eDisposition = EDisposition::SKIPPED;
+    item.eReason = eReason;
+    item.iOffset = iOffset;
+    return item;
+}
+
+OS::x_wstring SubjectOf(ESettingsKind eKind, std::string_view strName) {
+    return GetKind(eKind).pSubject + OS::WideText(strName);
+}
+
+std::vector<std::string> CategoriesOf(const CTemplateMgr::CategoryIndex& categories, const std::string& strName) {
+    const auto itEntry = categories.find(strName);
+    return itEntry == categories.end() ? std::vector<std::string>() : itEntry->second;
+}
+
+}  // namespace
+
+struct CPolicyFileReader::SCategories {
+    CTemplateMgr::CategoryIndex industries;
+    CTemplateMgr::CategoryIndex regions;
+};
+
+CPolicyFileReader::CPolicyFileReader(CCommandContext& context, SPolicy& policy)
+    : m_context(context), m_policy(policy) {}
+
+void CPolicyFileReader::Read() {
+    m_file = ReadPolicy(m_context, m_policy.strPlace);
+    CPolicyDocument document(m_file.Text());
+    const CXMLView root = ParsePolicy(m_policy.strPlace, m_file, document);
+    if (root.Name() != TagUtf8::SA_POLICY) {
+        throw CInputError(m_policy.strPlace, ExplainRefusal(root, CTemplateMgr::RESULT_NO_POLICY));
+    }
+    if (IsOlderLayout(root)) {
+        ReadOlder(document);
+    } else {
+        ReadItems(document);
+    }
+    FindPlaces();
+}
+
+void CPolicyFileReader::ReadOlder(CPolicyDocument& document) {
+    WarnOfMissing(m_context, FindMapFile(), NO_MAP_FILE);
+    CDLPXmlNormalizer normalizer;
+    normalizer.InitDigitalAssetsMappingTable();
+    SNormalizedDocument normalized;
+    if (!normalizer.Normalize(document, normalized, this)) {
+        throw CInputError(m_policy.strPlace, NOT_CONVERTED);
+    }
+    CPolicyDocument standard(std::move(normalized.document), std::move(normalized.vecOrigins));
+    ReadItems(standard);
+}
+
+void CPolicyFileReader::ReadItems(CPolicyDocument& document) {
+    const CXMLView root = document.Load().RootView();
+    ReadAssets(DigitalAssets::EXPRESSION_FORMAT, ESettingsKind::EXPRESSION, root);
+    ReadAssets(DigitalAssets::KEYWORD_FORMAT, ESettingsKind::KEYWORD, root);
+    ReadTemplates(document);
+}
+
+void CPolicyFileReader::ReadAssets(const DigitalAssets::SAssetFormat& format, ESettingsKind eKind,
+                                   const CXMLView& root) {
+    constexpr const char* SECTION = TagUtf8::DIGITAL_ASSETS;
+    for (CXMLView section = root.FirstChild(SECTION); section; section = section.NextSibling(SECTION)) {
+        for (CXMLView element = section.FirstChild(format.pElement); element;
+             element = element.NextSibling(format.pElement)) {
+            Signals::ThrowIfCaught();
+            ReadAsset(format, eKind, element);
+        }
+    }
+}
+
+void CPolicyFileReader::ReadAsset(const DigitalAssets::SAssetFormat& format, ESettingsKind eKind,
+                                  const CXMLView& element) {
+    SPolicy::Items& items = m_policy.Of(eKind);
+    SImportItem item = MakeItem(format.eKind, element, DigitalAssets::CheckNames(element), element.Offset());
+    const auto itEarlier = items.find(item.strName);
+    if (itEarlier != items.end() && DigitalAssets::IsBuiltInKept(itEarlier->second, element)) {
+        item.eReason = EReason::BUILT_IN;
+    }
+    CSettingsRow row(eKind);
+    row.SetText(AssetColumn::SUBJECT, OS::Utf8Lenient(SubjectOf(eKind, item.strName)));
+    if (item.eReason == EReason::NONE) {
+        if (const DigitalAssets::SChild* pMissing = DigitalAssets::ReadElement(format, element, row)) {
+            item.eReason = EReason::MISSING_CHILD;
+            item.strDetail = pMissing->pName;
+        }
+    }
+    if (item.eReason != EReason::NONE) {
+        OnItem(item);
+        return;
+    }
+    items.insert_or_assign(item.strName, std::move(row));
+}
+
+void CPolicyFileReader::ReadTemplates(CPolicyDocument& document) {
+    CTemplateMgr manager{OS::x_wstring()};
+    SCategories categories;
+    manager.MakeCategoryMap(document, Tag::INDUSTRIES, Tag::INDUSTRY, categories.industries);
+    manager.MakeCategoryMap(document, Tag::REGIONS, Tag::REGION, categories.regions);
+    const CXMLView root = document.Load().RootView();
+    constexpr const char* SECTION = TagUtf8::COMPLIANCE_TEMPLATES;
+    std::size_t iTemplate = 0;
+    for (CXMLView section = root.FirstChild(SECTION); section; section = section.NextSibling(SECTION)) {
+        for (CXMLView element = section.FirstChild(TagUtf8::TEMPLATE); element;
+             element = element.NextSibling(TagUtf8::TEMPLATE)) {
+            Signals::ThrowIfCaught();
+            ReadTemplate(element, document.GetTemplateOffset(iTemplate++, element), categories);
+        }
+    }
+}
+
+void CPolicyFileReader::ReadTemplate(const CXMLView& element, std::size_t iOffset, const SCategories& categories) {
+    SPolicy::Items& items = m_policy.Of(ESettingsKind::TEMPLATE);
+    SImportItem item = MakeItem(EItemKind::TEMPLATE, element, DigitalAssets::CheckNames(element), iOffset);
+    const auto itEarlier = items.find(item.strName);
+    if (itEarlier != items.end() && itEarlier->second.GetFlag(TemplateColumn::PRE_DEFINED) &&
+        !TemplateXml::IsPreDefined(element)) {
+        item.eReason = EReason::BUILT_IN;
+    }
+    if (item.eReason != EReason::NONE) {
+        OnItem(item);
+        return;
+    }
+    CCfgSettingDLPFilterTemplate record(SubjectOf(ESettingsKind::TEMPLATE, item.strName));
+    TemplateXml::ReadTemplate(element, CategoriesOf(categories.industries, item.strName),
+                              CategoriesOf(categories.regions, item.strName), record);
+    items.insert_or_assign(item.strName, record.Row());
+}
+
+void CPolicyFileReader::OnItem(const SImportItem& item) {
+    m_policy.vecLeftOut.push_back({item, {}, {}});
+}
+
+void CPolicyFileReader::FindPlaces() {
+    if (m_policy.vecLeftOut.empty()) {
+        return;
+    }
+    const CSourcePlaces places(m_file.strBytes);
+    for (SReportItem& item : m_policy.vecLeftOut) {
+        if (item.iOffset != std::string::npos) {
+            item.place = places.Find(m_file.iStart + item.iOffset);
+        }
+    }
+}
