@@ -336,6 +336,24 @@ TEST_F(SqliteStore, OpenedForReadingItIsReadAndLeftAsItIs) {
     EXPECT_TRUE(mapBefore == Files());
 }
 
+TEST_F(SqliteStore, OpenedForReadingItNeedsNoPermissionToWrite) {
+    CSqliteStore(Path()).Save(Expression("S"));
+    const std::string strClosed = m_folder.Write("closed.db", "");
+    ::chmod(Path().c_str(), 0444);
+    ::chmod(strClosed.c_str(), 0);
+    ::chmod(m_folder.Path().c_str(), 0777);
+    const bool bRoot = ::geteuid() == 0;
+    if (bRoot) {
+        ASSERT_EQ(0, ::seteuid(65534));  // root may do anything
+    }
+    EXPECT_EQ("expressions subject=\"S\"\n", DumpStore(*CSettingsStore::Make("sqlite:" + Path(), EUnitOfWork::READ)));
+    EXPECT_EQ(Opening(strClosed, "cannot read the file: Permission denied"),
+              ExceptionText([&] { CSettingsStore::Make("sqlite:" + strClosed, EUnitOfWork::READ); }));
+    if (bRoot) {
+        ASSERT_EQ(0, ::seteuid(0));
+    }
+}
+
 TEST_F(SqliteStore, OpenedForReadingItSeesWhatOnlyTheJournalHolds) {
     CSqliteStore writer(Path());
     writer.Save(Expression("S"));
