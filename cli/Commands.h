@@ -11,3 +11,4 @@ void AddShowCommand(CCommandLine& line);
 void AddMetadataCommand(CCommandLine& line);
 void AddStoreCommands(CCommandLine& line);
 void AddDiffCommand(CCommandLine& line);
+void AddRefsCommand(CCommandLine& line);

@@ -52,6 +52,8 @@ const SRefused REFUSED[] = {
     {{"show", "thing", "x"}, "there is no kind \"thing\"; write templates, expressions or keywords", "dlpctl-show/1"},
     {{"diff", "x"}, "B is required; see dlpctl diff --help", "dlpctl-diff/1"},
     {{"diff", "-", "-"}, "standard input can be read once only; name a file", "dlpctl-diff/1"},
+    {{"refs", "x", "y"}, "\"y\" is one argument too many; see dlpctl refs --help", "dlpctl-refs/1"},
+    {{"refs", "--template"}, "--template needs a value; see dlpctl refs --help", "dlpctl-refs/1"},
     {{"store", "load"}, "FILE is required; see dlpctl store load --help", "dlpctl-store-load/1"},
     {{"store", "dump", "x"}, "\"x\" is one argument too many; see dlpctl store dump --help", "dlpctl-dump/1"},
     {{"metadata", "x"}, "\"x\" is one argument too many; see dlpctl metadata --help", "dlpctl-metadata/1"},
@@ -138,16 +140,16 @@ TEST_F(CommandLine, TopHelpHasOneLinePerCommandAndTheFirstSteps) {
          {"\n  import FILE…  ", "\n  export NAME… | --all  ", "\n  assets import FILE…  ",
           "\n  assets export [--expression NAME]… [--keyword NAME]… | --all  ",
           "\n  list templates|expressions|keywords  ", "\n  show template|expression|keyword NAME  ", "\n  diff A B  ",
-          "\n  metadata  ", "\n  store dump [-o FILE]  ", "\n  store load FILE  ", "\n  store info  ",
-          "\n  --store URL  ", "\n  -q,--quiet  ", "\nFirst steps:\n"}) {
+          "\n  refs [POLICY]  ", "\n  metadata  ", "\n  store dump [-o FILE]  ", "\n  store load FILE  ",
+          "\n  store info  ", "\n  --store URL  ", "\n  -q,--quiet  ", "\nFirst steps:\n"}) {
         EXPECT_NE(run.strOut.find(pLine), std::string::npos) << pLine;
     }
 }
 
 TEST_F(CommandLine, EveryCommandHasHelpWithExamples) {
     const std::vector<std::string> aCommands[] = {
-        {"import"}, {"export"},   {"assets", "import"}, {"assets", "export"}, {"list"},         {"show"},
-        {"diff"},   {"metadata"}, {"store", "dump"},    {"store", "load"},    {"store", "info"}};
+        {"import"}, {"export"}, {"assets", "import"}, {"assets", "export"}, {"list"},          {"show"},
+        {"diff"},   {"refs"},   {"metadata"},         {"store", "dump"},    {"store", "load"}, {"store", "info"}};
     for (std::vector<std::string> vecCommand : aCommands) {
         const std::string strName = vecCommand.front() + (vecCommand.size() > 1 ? ' ' + vecCommand.back() : "");
         vecCommand.emplace_back("--help");

@@ -37,6 +37,7 @@ const SCommand COMMANDS[] = {
     {"AssetExport", {"assets", "export", "--all", "-o", "OUT"}, "dlpctl-assets-export/1"},
     {"List", {"list", "expressions"}, "dlpctl-list/1"},
     {"Diff", {"diff", "memory:", "store"}, "dlpctl-diff/1"},
+    {"Refs", {"refs"}, "dlpctl-refs/1"},
     {"Dump", {"store", "dump", "-o", "OUT"}, "dlpctl-dump/1"},
     {"Load", {"store", "load", "-"}, "dlpctl-store-load/1"},
 };

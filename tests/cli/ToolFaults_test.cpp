@@ -58,6 +58,7 @@ class ToolFaults : public CToolTest {
             {"show", {"show", "template", "cards"}, "", false},
             {"show of no name", {"show", "keyword", "word"}, "", false},
             {"diff", {"diff", "memory:", "store"}, "", false},
+            {"refs", {"refs"}, "", false},
             {"dump", {"store", "dump"}, "", false},
             {"dump to a file", {"store", "dump", "-o", m_dir.Path("out")}, "", true},
             {"load", {"store", "load", "-"}, strLoad, false},

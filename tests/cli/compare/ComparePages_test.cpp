@@ -40,3 +40,7 @@ class ComparePages : public CToolTest {
 TEST_F(ComparePages, LinesOfDiffRun) {
     ExpectToRun("diff", 4);
 }
+
+TEST_F(ComparePages, LinesOfRefsRun) {
+    ExpectToRun("refs", 6);
+}
