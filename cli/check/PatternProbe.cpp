@@ -1,0 +1,136 @@
+#include "cli/check/PatternProbe.h"
+
+#define PCRE2_CODE_UNIT_WIDTH 8
+#include <pcre2.h>
+
+#include <algorithm>
+#include <array>
+#include <new>
+#include <set>
+
+#include "cli/check/PatternSample.h"
+#include "platform/common/TextConversion.h"
+
+namespace {
+
+/** Steps grow with a power of this; with MAX_STEPS, two repetitions within each other pass and three do not. */
+constexpr std::size_t SUBJECT_CHARACTERS = 240;
+
+/** What is repeated: pieces of the sample, up to so many characters. */
+constexpr std::size_t MAX_PUMP = 3;
+constexpr std::size_t MAX_PUMPS = 12;
+
+/** Matches hardly anything, so that a match fails where it is almost done. */
+constexpr const char STOPPER[] = "\x01";
+
+/** Most patterns need no more. */
+constexpr std::uint32_t FEW_STEPS = 2000;
+
+/** Not to see at a glance that a text lacks a character that every match has: any text may have it somewhere. */
+constexpr std::uint32_t OPTIONS = PCRE2_UTF | PCRE2_NO_START_OPTIMIZE;
+
+constexpr std::uint32_t MAX_HEAP_KIB = 16 * 1024;
+
+bool IsLimit(int iResult) {
+    return iResult == PCRE2_ERROR_MATCHLIMIT || iResult == PCRE2_ERROR_HEAPLIMIT || iResult == PCRE2_ERROR_DEPTHLIMIT;
+}
+
+std::string Repeat(const std::string& strPump) {
+    const std::size_t iTimes = SUBJECT_CHARACTERS / std::max<std::size_t>(OS::CountCodePoints(strPump), 1);
+    std::string strRepeated;
+    for (std::size_t i = 0; i < iTimes; ++i) {
+        strRepeated += strPump;
+    }
+    return strRepeated;
+}
+
+/** @return what to repeat, and what to put before each: all that the sample has before it */
+std::vector<std::pair<std::string, std::string>> MakePumps(const std::vector<std::string>& vecCharacters) {
+    std::vector<std::pair<std::string, std::string>> vecPumps;
+    std::set<std::string> setSeen;
+    for (std::size_t iLength = 1; iLength <= MAX_PUMP; ++iLength) {
+        std::string strBefore;
+        for (std::size_t i = 0; i + iLength <= vecCharacters.size() && vecPumps.size() < MAX_PUMPS; ++i) {
+            std::string strPump;
+            for (std::size_t j = i; j < i + iLength; ++j) {
+                strPump += vecCharacters[j];
+            }
+            if (setSeen.insert(strPump).second) {
+                vecPumps.emplace_back(strPump, strBefore);
+            }
+            strBefore += vecCharacters[i];
+        }
+    }
+    return vecPumps;
+}
+
+}  // namespace
+
+struct CPatternProbe::SEngine {
+    pcre2_code* pCode = nullptr;
+    pcre2_match_data* pMatch = nullptr;
+    pcre2_match_context* pContext = nullptr;
+
+    ~SEngine() {
+        pcre2_match_context_free(pContext);
+        pcre2_match_data_free(pMatch);
+        pcre2_code_free(pCode);
+    }
+
+    int Match(const std::string& strSubject, std::size_t iStart, std::uint32_t iOptions, std::uint32_t iSteps) const {
+        pcre2_set_match_limit(pContext, iSteps);
+        return pcre2_match(pCode, reinterpret_cast<PCRE2_SPTR>(strSubject.data()), strSubject.size(), iStart, iOptions,
+                           pMatch, pContext);
+    }
+};
+
+CPatternProbe::CPatternProbe(std::string_view strPattern)
+    : m_strPattern(strPattern), m_pEngine(std::make_unique<SEngine>()) {
+    int iError = 0;
+    PCRE2_SIZE iOffset = 0;
+    m_pEngine->pCode = pcre2_compile(reinterpret_cast<PCRE2_SPTR>(m_strPattern.data()), m_strPattern.size(), OPTIONS,
+                                     &iError, &iOffset, nullptr);
+    if (m_pEngine->pCode == nullptr) {
+        std::array<PCRE2_UCHAR, 256> aMessage{};
+        pcre2_get_error_message(iError, aMessage.data(), aMessage.size());
+        m_refusal = {reinterpret_cast<const char*>(aMessage.data()), std::min(iOffset, m_strPattern.size())};
+        return;
+    }
+    m_pEngine->pMatch = pcre2_match_data_create_from_pattern(m_pEngine->pCode, nullptr);
+    m_pEngine->pContext = pcre2_match_context_create(nullptr);
+    if (m_pEngine->pMatch == nullptr || m_pEngine->pContext == nullptr) {
+        throw std::bad_alloc();
+    }
+    pcre2_set_heap_limit(m_pEngine->pContext, MAX_HEAP_KIB);
+}
+
+CPatternProbe::~CPatternProbe() = default;
+
+bool CPatternProbe::MatchesEmpty() const {
+    return m_pEngine->pCode != nullptr && m_pEngine->Match("", 0, 0, MAX_STEPS) >= 0;
+}
+
+std::size_t CPatternProbe::FindRunaway(std::size_t& iCostlyRuns) const {
+    const SPatternSample sample = SamplePattern(m_strPattern);
+    if (m_pEngine->pCode == nullptr || !sample.bCanRunAway) {
+        return 0;
+    }
+    for (const auto& [strPump, strBefore] : MakePumps(sample.vecCharacters)) {
+        const std::string strSubject = strBefore + Repeat(strPump) + STOPPER;
+        if (RunsAway(strSubject, 0, iCostlyRuns) ||
+            (!strBefore.empty() && RunsAway(strSubject, strBefore.size(), iCostlyRuns))) {
+            return OS::CountCodePoints(strSubject);
+        }
+    }
+    return 0;
+}
+
+/** From one place only: a match that is tried from every place takes longer, but in proportion to the text. */
+bool CPatternProbe::RunsAway(const std::string& strSubject, std::size_t iStart, std::size_t& iCostlyRuns) const {
+    constexpr std::uint32_t HERE = PCRE2_ANCHORED | PCRE2_NO_UTF_CHECK;
+    if (!IsLimit(m_pEngine->Match(strSubject, iStart, HERE, FEW_STEPS)) || iCostlyRuns == 0) {
+        return false;
+    }
+    --iCostlyRuns;
+    return IsLimit(m_pEngine->Match(strSubject, iStart, HERE, MAX_STEPS));
+}

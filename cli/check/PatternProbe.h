@@ -1,0 +1,46 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+/** A regular expression, tried with PCRE2. */
+class CPatternProbe {
+  public:
+    /** How many steps one attempt at a match may take; far more than any that does not try the same again and again. */
+    static constexpr std::uint32_t MAX_STEPS = 200000;
+
+    struct SRefusal {
+        std::string strWhy;
+        std::size_t iByte;  ///< in the pattern
+    };
+
+    /** @param strPattern UTF-8 */
+    explicit CPatternProbe(std::string_view strPattern);
+    CPatternProbe(const CPatternProbe&) = delete;
+    CPatternProbe& operator=(const CPatternProbe&) = delete;
+    ~CPatternProbe();
+
+    /** @return why the pattern is none; nothing when it is one */
+    const std::optional<SRefusal>& GetRefusal() const { return m_refusal; }
+    bool MatchesEmpty() const;
+    /**
+     * @param iCostlyRuns how many attempts may go beyond what most patterns need; what was used is taken off, and with
+     *        none left nothing is found
+     * @return the length in characters of a text for which MAX_STEPS were not enough; 0 when none was found
+     */
+    std::size_t FindRunaway(std::size_t& iCostlyRuns) const;
+
+  private:
+    struct SEngine;
+
+    bool RunsAway(const std::string& strSubject, std::size_t iStart, std::size_t& iCostlyRuns) const;
+
+    std::string m_strPattern;
+    std::unique_ptr<SEngine> m_pEngine;
+    std::optional<SRefusal> m_refusal;
+};

@@ -1,0 +1,172 @@
+#include "cli/check/PatternSample.h"
+
+#include <algorithm>
+#include <cstdlib>
+
+namespace {
+
+/** A repetition of at most so many times cannot make a match slow. */
+constexpr int FEW = 10;
+
+/** Longer patterns are sampled in part. */
+constexpr std::size_t MAX_CHARACTERS = 64;
+
+struct SClass {
+    char cEscape;
+    const char* pMember;  ///< null: the escape stands for no character
+};
+constexpr SClass CLASSES[] = {
+    {'d', "1"},     {'D', "a"},     {'w', "a"},     {'W', "-"},     {'s', " "},     {'S', "a"},     {'h', " "},
+    {'H', "a"},     {'v', "\n"},    {'V', "a"},     {'N', "a"},     {'R', "\n"},    {'X', "a"},     {'t', "\t"},
+    {'n', "\n"},    {'r', "\r"},    {'b', nullptr}, {'B', nullptr}, {'A', nullptr}, {'z', nullptr}, {'Z', nullptr},
+    {'G', nullptr}, {'K', nullptr}, {'Q', nullptr}, {'E', nullptr}, {'k', nullptr}, {'g', nullptr},
+};
+
+class CSampler {
+  public:
+    explicit CSampler(std::string_view strPattern) : m_strPattern(strPattern) {}
+
+    SPatternSample Run() {
+        while (m_i < m_strPattern.size() && m_sample.vecCharacters.size() < MAX_CHARACTERS) {
+            Step(m_strPattern[m_i]);
+        }
+        // One repetition alone walks a text once; a second one, or alternatives within, may walk it again.
+        m_sample.bCanRunAway = m_iLong > 0 && (m_iRepeats > 1 || m_bAlternatives);
+        return std::move(m_sample);
+    }
+
+  private:
+    void Step(char c) {
+        switch (c) {
+            case '\\':
+                Escape();
+                break;
+            case '[':
+                Class();
+                break;
+            case '(':
+                ++m_i;
+                SkipGroupHead();
+                break;
+            case '*':
+            case '+':
+                Repeat(true);
+                ++m_i;
+                break;
+            case '?':
+                // Behind a repetition it only says how that goes about.
+                Repeat(false);
+                ++m_i;
+                break;
+            case '{':
+                Braces();
+                break;
+            case '|':
+                m_bAlternatives = true;
+                ++m_i;
+                break;
+            case ')':
+            case '^':
+            case '$':
+                ++m_i;
+                break;
+            case '.':
+                Add("a");
+                ++m_i;
+                break;
+            default:
+                AddHere();
+        }
+    }
+
+    void Repeat(bool bLong) {
+        ++m_iRepeats;
+        m_iLong += bLong ? 1 : 0;
+    }
+
+    void Add(std::string strCharacter) { m_sample.vecCharacters.push_back(std::move(strCharacter)); }
+
+    /** The character at the current place, whole. */
+    void AddHere() {
+        std::size_t iEnd = m_i + 1;
+        while (iEnd < m_strPattern.size() && (static_cast<unsigned char>(m_strPattern[iEnd]) & 0xC0U) == 0x80U) {
+            ++iEnd;
+        }
+        Add(std::string(m_strPattern.substr(m_i, iEnd - m_i)));
+        m_i = iEnd;
+    }
+
+    void Escape() {
+        const char c = m_i + 1 < m_strPattern.size() ? m_strPattern[m_i + 1] : '\0';
+        m_i = std::min(m_i + 1, m_strPattern.size());
+        const auto* pClass =
+            std::find_if(std::begin(CLASSES), std::end(CLASSES), [c](const SClass& row) { return row.cEscape == c; });
+        if (pClass == std::end(CLASSES)) {
+            if (m_i < m_strPattern.size()) {
+                AddHere();
+            }
+            return;
+        }
+        ++m_i;
+        if (pClass->pMember != nullptr) {
+            Add(pClass->pMember);
+        }
+    }
+
+    /** Takes its first member; of one that excludes, a letter. */
+    void Class() {
+        const bool bNegated = m_i + 1 < m_strPattern.size() && m_strPattern[m_i + 1] == '^';
+        m_i += bNegated ? 2 : 1;
+        if (bNegated) {
+            Add("a");
+        } else if (m_strPattern.compare(m_i, 1, "\\") == 0) {
+            Escape();
+        } else if (m_strPattern.compare(m_i, 2, "[:") == 0) {
+            Add(m_strPattern.compare(m_i, 5, "[:dig") == 0 ? "1" : "a");
+            m_i = std::min(m_strPattern.find(":]", m_i), m_strPattern.size() - 2) + 2;
+        } else if (m_i < m_strPattern.size()) {
+            AddHere();
+        }
+        while (m_i < m_strPattern.size() && m_strPattern[m_i] != ']') {
+            m_i += m_strPattern[m_i] == '\\' ? 2 : 1;
+        }
+        m_i = std::min(m_i + 1, m_strPattern.size());
+    }
+
+    /** What stands between "(?" and the content of the group. */
+    void SkipGroupHead() {
+        if (m_strPattern.compare(m_i, 1, "?") == 0) {
+            const std::size_t iEnd = m_strPattern.find_first_of(":=!>)", m_i);
+            m_i = iEnd == std::string_view::npos ? m_strPattern.size() : iEnd + (m_strPattern[iEnd] == ')' ? 0 : 1);
+        }
+    }
+
+    void Braces() {
+        const std::size_t iEnd = std::min(m_strPattern.find('}', m_i), m_strPattern.size());
+        const std::string strCounts(m_strPattern.substr(m_i + 1, iEnd - m_i - 1));
+        if (strCounts.find_first_not_of("0123456789,") != std::string::npos || strCounts.empty()) {
+            AddHere();
+            return;
+        }
+        const std::size_t iComma = strCounts.find(',');
+        const bool bEndless = iComma != std::string::npos && iComma + 1 == strCounts.size();
+        const int iMost = std::atoi(strCounts.c_str() + (iComma == std::string::npos ? 0 : iComma + 1));
+        if (iComma != std::string::npos || iMost > 1) {
+            Repeat(iComma != std::string::npos && (bEndless || iMost > FEW));
+        }
+        m_i = std::min(iEnd + 1, m_strPattern.size());
+    }
+
+    std::string_view m_strPattern;
+    std::size_t m_i = 0;
+    SPatternSample m_sample;
+    int m_iRepeats = 0;
+    int m_iLong = 0;
+    bool m_bAlternatives = false;
+};
+
+}  // namespace
+
+SPatternSample SamplePattern(std::string_view strPattern) {
+    return CSampler(strPattern).Run();
+}
