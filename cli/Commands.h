@@ -12,3 +12,5 @@ void AddMetadataCommand(CCommandLine& line);
 void AddStoreCommands(CCommandLine& line);
 void AddDiffCommand(CCommandLine& line);
 void AddRefsCommand(CCommandLine& line);
+void AddCheckCommand(CCommandLine& line);
+void AddExplainCommand(CCommandLine& line);

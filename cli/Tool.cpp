@@ -19,8 +19,8 @@ constexpr const char HELP_FORMAT[] = "dlpctl-help/1";
 
 /** In the order of the help. */
 constexpr void (*ADD_COMMANDS[])(CCommandLine&) = {
-    AddImportCommand, AddExportCommand, AddAssetCommands,   AddListCommand,   AddShowCommand,
-    AddDiffCommand,   AddRefsCommand,   AddMetadataCommand, AddStoreCommands,
+    AddImportCommand, AddExportCommand, AddAssetCommands,  AddListCommand,     AddShowCommand,   AddDiffCommand,
+    AddRefsCommand,   AddCheckCommand,  AddExplainCommand, AddMetadataCommand, AddStoreCommands,
 };
 
 void CheckArguments(const std::vector<std::string>& vecArguments) {

@@ -52,6 +52,23 @@ const SRefused REFUSED[] = {
     {{"show", "thing", "x"}, "there is no kind \"thing\"; write templates, expressions or keywords", "dlpctl-show/1"},
     {{"diff", "x"}, "B is required; see dlpctl diff --help", "dlpctl-diff/1"},
     {{"diff", "-", "-"}, "standard input can be read once only; name a file", "dlpctl-diff/1"},
+    {{"check"}, "FILE is required; see dlpctl check --help", "dlpctl-check/1"},
+    {{"check", "x", "--format", "xml"},
+     "there is no format \"xml\"; write text, json, sarif, junit or github",
+     "dlpctl-check/1"},
+    {{"check", "x", "--fail-on", "all"},
+     "--fail-on: there is no level \"all\"; write error, warning or note",
+     "dlpctl-check/1"},
+    {{"check", "x", "--allow", "DLP00"},
+     "--allow: there is no code \"DLP00\"; did you mean \"DLP001\"?",
+     "dlpctl-check/1"},
+    {{"check", "x", "--allow", "not-xml"}, "--allow: DLP003 cannot be allowed", "dlpctl-check/1"},
+    {{"check", "--fix", "-"}, "--fix needs a file that it can write", "dlpctl-check/1"},
+    {{"check", "--dry-run", "x"}, "--dry-run goes with --fix: without it nothing is written anyway", "dlpctl-check/1"},
+    {{"explain", "unknown-aset"},
+     "there is no code \"unknown-aset\"; did you mean \"unknown-asset\"?",
+     "dlpctl-explain/1"},
+    {{"explain", "everything"}, "there is no code \"everything\"; dlpctl explain lists the codes", "dlpctl-explain/1"},
     {{"refs", "x", "y"}, "\"y\" is one argument too many; see dlpctl refs --help", "dlpctl-refs/1"},
     {{"refs", "--template"}, "--template needs a value; see dlpctl refs --help", "dlpctl-refs/1"},
     {{"store", "load"}, "FILE is required; see dlpctl store load --help", "dlpctl-store-load/1"},
@@ -140,16 +157,28 @@ TEST_F(CommandLine, TopHelpHasOneLinePerCommandAndTheFirstSteps) {
          {"\n  import FILE…  ", "\n  export NAME… | --all  ", "\n  assets import FILE…  ",
           "\n  assets export [--expression NAME]… [--keyword NAME]… | --all  ",
           "\n  list templates|expressions|keywords  ", "\n  show template|expression|keyword NAME  ", "\n  diff A B  ",
-          "\n  refs [POLICY]  ", "\n  metadata  ", "\n  store dump [-o FILE]  ", "\n  store load FILE  ",
-          "\n  store info  ", "\n  --store URL  ", "\n  -q,--quiet  ", "\nFirst steps:\n"}) {
+          "\n  refs [POLICY]  ", "\n  check FILE… | DIR…  ", "\n  explain [CODE…]  ", "\n  metadata  ",
+          "\n  store dump [-o FILE]  ", "\n  store load FILE  ", "\n  store info  ", "\n  --store URL  ",
+          "\n  -q,--quiet  ", "\nFirst steps:\n"}) {
         EXPECT_NE(run.strOut.find(pLine), std::string::npos) << pLine;
     }
 }
 
 TEST_F(CommandLine, EveryCommandHasHelpWithExamples) {
-    const std::vector<std::string> aCommands[] = {
-        {"import"}, {"export"}, {"assets", "import"}, {"assets", "export"}, {"list"},          {"show"},
-        {"diff"},   {"refs"},   {"metadata"},         {"store", "dump"},    {"store", "load"}, {"store", "info"}};
+    const std::vector<std::string> aCommands[] = {{"import"},
+                                                  {"export"},
+                                                  {"assets", "import"},
+                                                  {"assets", "export"},
+                                                  {"list"},
+                                                  {"show"},
+                                                  {"diff"},
+                                                  {"refs"},
+                                                  {"check"},
+                                                  {"explain"},
+                                                  {"metadata"},
+                                                  {"store", "dump"},
+                                                  {"store", "load"},
+                                                  {"store", "info"}};
     for (std::vector<std::string> vecCommand : aCommands) {
         const std::string strName = vecCommand.front() + (vecCommand.size() > 1 ? ' ' + vecCommand.back() : "");
         vecCommand.emplace_back("--help");

@@ -1,0 +1,187 @@
+#include <algorithm>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <system_error>
+#include <vector>
+
+#include <nlohmann/json.hpp>
+
+#include "cli/CommandContext.h"
+#include "cli/CommandLine.h"
+#include "cli/Commands.h"
+#include "cli/Signals.h"
+#include "cli/Text.h"
+#include "cli/check/CheckFormats.h"
+#include "cli/check/FileCheck.h"
+#include "platform/common/TextTools.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr SCommandHelp HELP = {
+    "check",
+    "check FILE… | DIR…",
+    "find what is wrong in policies before anything is stored",
+    "Tells with its place whatever an import would refuse, skip or silently replace, and what most likely is a\n"
+    "mistake. Below a DIR every .xml file is checked. Each file is tried against the store by itself, and the\n"
+    "store is as it was afterwards. Exit codes: 0 nothing of the level of --fail-on, 1 something, 2 a file that\n"
+    "is no XML. dlpctl explain CODE says more about a code.\n",
+    "  dlpctl check policy.xml\n"
+    "  dlpctl check --no-store --strict policies/\n"
+    "  dlpctl check --format sarif policies/ > policies.sarif\n"
+    "  dlpctl check --fix policy.xml\n",
+    CHECK_JSON_FORMAT,
+};
+
+constexpr const char MEMORY_STORE[] = "memory:";
+constexpr const char STANDARD_STREAM[] = "-";
+constexpr const char EXTENSION[] = ".xml";
+constexpr const char NO_FILES[] = "no .xml file is below it";
+constexpr ESeverity SEVERITIES[] = {ESeverity::ERROR, ESeverity::WARNING, ESeverity::NOTE};
+
+struct SArguments {
+    std::vector<std::string> vecFiles;
+    std::vector<std::string> vecAllow;
+    std::string strFailOn;
+    std::string strFormat;
+    SFileCheck check;
+    bool bNoStore = false;
+};
+
+ESeverity FindSeverity(const std::string& strName) {
+    for (const ESeverity eSeverity : SEVERITIES) {
+        if (strName == GetSeverityName(eSeverity)) {
+            return eSeverity;
+        }
+    }
+    throw CToolError(EVerdict::USAGE,
+                     "--fail-on: there is no level " + Text::Quoted(strName) + "; write error, warning or note");
+}
+
+ECode FindAllowed(const std::string& strCode) {
+    const SCodeRow* pRow = FindCode(strCode);
+    if (pRow == nullptr) {
+        throw CToolError(EVerdict::USAGE,
+                         "--allow: there is no code " + Text::Quoted(strCode) + "; " + SuggestCode(strCode));
+    }
+    if (IsAboutNoDocument(pRow->eCode)) {
+        throw CToolError(EVerdict::USAGE, std::string("--allow: ") + pRow->pCode + " cannot be allowed");
+    }
+    return pRow->eCode;
+}
+
+const SCheckFormat& ChooseFormat(const CCommandContext& context, const std::string& strFormat) {
+    const SCheckFormat& format = FindCheckFormat(!strFormat.empty() ? strFormat
+                                                 : context.IsJson() ? CHECK_JSON
+                                                                    : CHECK_TEXT);
+    if (context.IsJson() && format.fnMake != MakeCheckJson) {
+        throw CToolError(EVerdict::USAGE, "write either --json or --format " + strFormat);
+    }
+    return format;
+}
+
+/** A check makes no store: against one that is not there yet, everything is new. */
+void ChooseStore(CCommandContext& context, bool bNoStore) {
+    std::error_code error;
+    const std::string strPath = bNoStore ? std::string() : context.GetStorePath();
+    if (bNoStore || (!strPath.empty() && !fs::exists(strPath, error) && !error)) {
+        context.Options().strStore = MEMORY_STORE;
+    }
+}
+
+bool IsPolicy(const fs::directory_entry& entry) {
+    std::error_code error;
+    return entry.is_regular_file(error) &&
+           OS::EqualsNoCase(entry.path().extension().string(), std::string_view(EXTENSION));
+}
+
+/** @return the .xml files below a directory, in the order of their paths */
+std::vector<std::string> ListFolder(const std::string& strPath, const std::string& strShown) {
+    std::vector<std::string> vecFiles;
+    std::error_code error;
+    fs::recursive_directory_iterator it(strPath, fs::directory_options::skip_permission_denied, error);
+    for (; !error && it != fs::recursive_directory_iterator(); it.increment(error)) {
+        if (IsPolicy(*it)) {
+            vecFiles.push_back((fs::path(strShown) / it->path().lexically_relative(strPath)).string());
+        }
+    }
+    std::sort(vecFiles.begin(), vecFiles.end());
+    return vecFiles;
+}
+
+SFileReport MakeUnreadable(const SFileCheck& check, const std::string& strFile, const char* pWhy) {
+    CDiagnostics diagnostics(check.choice);
+    diagnostics.Add(ECode::UNREADABLE, std::string::npos, {pWhy});
+    return {strFile, nullptr, diagnostics.Finish({}), 0};
+}
+
+SCheckReport CheckAll(CCommandContext& context, const SArguments& arguments) {
+    SCheckReport report;
+    report.bAll = arguments.check.choice.bAll;
+    for (const std::string& strFile : arguments.vecFiles) {
+        const std::string strPath = context.GetAbsolute(strFile);
+        std::error_code error;
+        if (strFile == STANDARD_STREAM || !fs::is_directory(strPath, error)) {
+            report.vecFiles.push_back(CheckFile(context, arguments.check, strFile));
+            continue;
+        }
+        const std::vector<std::string> vecBelow = ListFolder(strPath, strFile);
+        if (vecBelow.empty()) {
+            report.vecFiles.push_back(MakeUnreadable(arguments.check, strFile, NO_FILES));
+        }
+        for (const std::string& strBelow : vecBelow) {
+            Signals::ThrowIfCaught();
+            report.vecFiles.push_back(CheckFile(context, arguments.check, strBelow));
+        }
+    }
+    return report;
+}
+
+void CheckFixable(const SArguments& arguments) {
+    const auto& vecFiles = arguments.vecFiles;
+    if (arguments.check.bFix && std::find(vecFiles.begin(), vecFiles.end(), STANDARD_STREAM) != vecFiles.end()) {
+        throw CToolError(EVerdict::USAGE, "--fix needs a file that it can write");
+    }
+    if (arguments.check.bDryRun && !arguments.check.bFix) {
+        throw CToolError(EVerdict::USAGE, "--dry-run goes with --fix: without it nothing is written anyway");
+    }
+}
+
+EVerdict Check(CCommandContext& context, SArguments& arguments) {
+    const SCheckFormat& format = ChooseFormat(context, arguments.strFormat);
+    const ESeverity eFailOn = FindSeverity(arguments.strFailOn.empty() ? "error" : arguments.strFailOn);
+    CheckFixable(arguments);
+    for (const std::string& strCode : arguments.vecAllow) {
+        arguments.check.choice.vecAllow.push_back(FindAllowed(strCode));
+    }
+    ChooseStore(context, arguments.bNoStore);
+    SCheckReport report = CheckAll(context, arguments);
+    report.eFailOn = eFailOn;
+    context.Write(format.fnMake(report));
+    return report.GetVerdict();
+}
+
+}  // namespace
+
+void AddCheckCommand(CCommandLine& line) {
+    const auto pArguments = std::make_shared<SArguments>();
+    CLI::App& command = line.AddCommand(line.GetTop(), HELP,
+                                        [pArguments](CCommandContext& context) { return Check(context, *pArguments); });
+    CCommandLine::AddTexts(command, "FILE", "FILE", pArguments->vecFiles, "policies, or folders of them")->required();
+    CCommandLine::AddFlag(command, "--no-store", pArguments->bNoStore, "check against an empty store");
+    CCommandLine::AddFlag(command, "--assets", pArguments->check.bAssetsOnly,
+                          "check what dlpctl assets import takes: the digital assets alone");
+    CCommandLine::AddFlag(command, "--strict", pArguments->check.choice.bStrict, "every warning is an error");
+    CCommandLine::AddTexts(command, "--allow", "CODE", pArguments->vecAllow, "do not tell this code; may be repeated");
+    CCommandLine::AddText(command, "--fail-on", "LEVEL", pArguments->strFailOn,
+                          "exit with 1 from this level on: error (as without it), warning or note")
+        ->take_last();
+    CCommandLine::AddText(command, "--format", "NAME", pArguments->strFormat, "text, json, sarif, junit or github")
+        ->take_last();
+    CCommandLine::AddFlag(command, "--all", pArguments->check.choice.bAll,
+                          "tell everything; otherwise text ends after 100, and each file after 1000 of a code");
+    CCommandLine::AddFlag(command, "--fix", pArguments->check.bFix, "replace what can be without a change of meaning");
+    CCommandLine::AddFlag(command, "--dry-run", pArguments->check.bDryRun, "with --fix: only say what would be");
+}

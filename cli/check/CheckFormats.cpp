@@ -1,0 +1,25 @@
+#include "cli/check/CheckFormats.h"
+
+#include <algorithm>
+#include <iterator>
+
+#include "cli/Text.h"
+
+namespace {
+
+constexpr SCheckFormat FORMATS[] = {
+    {CHECK_TEXT, MakeCheckText}, {CHECK_JSON, MakeCheckJson}, {"sarif", MakeCheckSarif},
+    {"junit", MakeCheckJunit},   {"github", MakeCheckGithub},
+};
+
+}  // namespace
+
+const SCheckFormat& FindCheckFormat(const std::string& strName) {
+    const auto* pFormat = std::find_if(std::begin(FORMATS), std::end(FORMATS),
+                                       [&](const SCheckFormat& format) { return strName == format.pName; });
+    if (pFormat == std::end(FORMATS)) {
+        throw CToolError(EVerdict::USAGE,
+                         "there is no format " + Text::Quoted(strName) + "; write text, json, sarif, junit or github");
+    }
+    return *pFormat;
+}

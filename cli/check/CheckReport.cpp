@@ -1,0 +1,34 @@
+#include "cli/check/CheckReport.h"
+
+#include <algorithm>
+
+bool SFileReport::IsInvalid() const {
+    return std::any_of(vecDiagnostics.begin(), vecDiagnostics.end(),
+                       [](const SDiagnostic& diagnostic) { return IsAboutNoDocument(diagnostic.eCode); });
+}
+
+std::array<std::size_t, 3> SCheckReport::Count() const {
+    std::array<std::size_t, 3> aCounts{};
+    for (const SFileReport& file : vecFiles) {
+        for (const SDiagnostic& diagnostic : file.vecDiagnostics) {
+            aCounts[static_cast<std::size_t>(diagnostic.eSeverity)] += diagnostic.bFixed ? 0 : 1;
+        }
+    }
+    return aCounts;
+}
+
+EVerdict SCheckReport::GetVerdict() const {
+    bool bFails = false;
+    for (const SFileReport& file : vecFiles) {
+        if (file.IsInvalid()) {
+            return EVerdict::INVALID;
+        }
+        bFails = bFails || std::any_of(file.vecDiagnostics.begin(), file.vecDiagnostics.end(),
+                                       [this](const SDiagnostic& diagnostic) { return Fails(*this, diagnostic); });
+    }
+    return bFails ? EVerdict::FINDINGS : EVerdict::DONE;
+}
+
+bool Fails(const SCheckReport& report, const SDiagnostic& diagnostic) {
+    return !diagnostic.bFixed && diagnostic.eSeverity <= report.eFailOn;
+}

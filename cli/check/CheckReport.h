@@ -1,0 +1,34 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <string>
+#include <vector>
+
+#include "cli/Verdict.h"
+#include "cli/check/Diagnostics.h"
+
+/** What was found in one file. */
+struct SFileReport {
+    std::string strFile;
+    const char* pLayout = nullptr;  ///< null when the file is no policy
+    std::vector<SDiagnostic> vecDiagnostics;
+    std::size_t iOmitted = 0;  ///< found, but not kept
+
+    /** @return whether the file is no document at all */
+    bool IsInvalid() const;
+};
+
+/** What was found in all of them. Every format is a view of it. */
+struct SCheckReport {
+    std::vector<SFileReport> vecFiles;
+    ESeverity eFailOn = ESeverity::ERROR;
+    bool bAll = false;
+
+    /** @return how many of each severity, without those that were fixed */
+    std::array<std::size_t, 3> Count() const;
+    EVerdict GetVerdict() const;
+};
+
+/** @return whether a diagnostic is one that the check fails on */
+bool Fails(const SCheckReport& report, const SDiagnostic& diagnostic);

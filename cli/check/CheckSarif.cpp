@@ -1,0 +1,94 @@
+// SARIF 2.1.0, an OASIS standard.
+
+#include <string_view>
+
+#include <nlohmann/json.hpp>
+
+#include "cli/check/CheckFormats.h"
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+constexpr const char SCHEMA[] = "https://json.schemastore.org/sarif-2.1.0.json";
+constexpr const char VERSION[] = "2.1.0";
+constexpr const char TOOL[] = "dlpctl";
+constexpr std::string_view PLAIN = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789-._~/";
+
+/** A path as a URI: absolute ones as file:, relative ones as relative references. */
+std::string MakeUri(const std::string& strPath) {
+    constexpr const char DIGITS[] = "0123456789ABCDEF";
+    std::string strUri = strPath.compare(0, 1, "/") == 0 ? "file://" : "";
+    for (const char c : strPath) {
+        if (PLAIN.find(c) != std::string_view::npos) {
+            strUri += c;
+        } else {
+            const auto iByte = static_cast<unsigned char>(c);
+            strUri += {'%', DIGITS[iByte >> 4U], DIGITS[iByte & 15U]};
+        }
+    }
+    return strUri;
+}
+
+Json MakeText(const std::string& strText) {
+    return {{"text", strText}};
+}
+
+Json MakeRules() {
+    Json rules = Json::array();
+    for (const SCodeRow& row : GetCodeTable()) {
+        rules.push_back({{"id", row.pCode},
+                         {"name", row.pName},
+                         {"shortDescription", MakeText(row.pWhat)},
+                         {"fullDescription", MakeText(row.pMore)},
+                         {"help", MakeText(row.pAdvice)},
+                         {"defaultConfiguration", {{"level", GetSeverityName(row.eSeverity)}}}});
+    }
+    return rules;
+}
+
+Json MakeLocation(const std::string& strFile, SPlace place) {
+    Json physical = {{"artifactLocation", {{"uri", MakeUri(strFile)}}}};
+    if (place.iLine != 0) {
+        physical["region"] = {{"startLine", place.iLine}, {"startColumn", place.iColumn}};
+    }
+    return {{"physicalLocation", std::move(physical)}};
+}
+
+Json MakeResult(const std::string& strFile, const SDiagnostic& diagnostic) {
+    Json result = {{"ruleId", GetCodeRow(diagnostic.eCode).pCode},
+                   {"ruleIndex", static_cast<std::size_t>(diagnostic.eCode)},
+                   {"level", GetSeverityName(diagnostic.eSeverity)},
+                   {"message", MakeText(diagnostic.strMessage + "; " + diagnostic.strAdvice)},
+                   {"locations", Json::array({MakeLocation(strFile, diagnostic.place)})}};
+    if (diagnostic.related) {
+        Json location = MakeLocation(strFile, diagnostic.related->place);
+        location["id"] = 1;
+        location["message"] = MakeText(diagnostic.related->strMessage);
+        result["relatedLocations"] = Json::array({std::move(location)});
+    }
+    return result;
+}
+
+}  // namespace
+
+std::string MakeCheckSarif(const SCheckReport& report) {
+    Json results = Json::array();
+    for (const SFileReport& file : report.vecFiles) {
+        for (const SDiagnostic& diagnostic : file.vecDiagnostics) {
+            if (!diagnostic.bFixed) {
+                results.push_back(MakeResult(file.strFile, diagnostic));
+            }
+        }
+    }
+    const Json driver = {{"name", TOOL}, {"version", DLP_VERSION}, {"rules", MakeRules()}};
+    const EVerdict eVerdict = report.GetVerdict();
+    const Json invocation = {{"executionSuccessful", eVerdict != EVerdict::INVALID},
+                             {"exitCode", GetExitCode(eVerdict)}};
+    const Json run = {{"tool", {{"driver", driver}}},
+                      {"columnKind", "unicodeCodePoints"},
+                      {"invocations", Json::array({invocation})},
+                      {"results", std::move(results)}};
+    const Json log = {{"$schema", SCHEMA}, {"version", VERSION}, {"runs", Json::array({run})}};
+    return log.dump(2, ' ', false, Json::error_handler_t::replace) + '\n';
+}

@@ -1,0 +1,73 @@
+#include <algorithm>
+
+#include "cli/InputFile.h"
+#include "cli/Text.h"
+#include "cli/check/CheckFormats.h"
+
+namespace {
+
+constexpr std::size_t MAX_ROWS = 100;
+
+struct SWords {
+    const char* pOne;
+    const char* pMany;
+};
+constexpr SWords SEVERITIES[] = {{"error", "errors"}, {"warning", "warnings"}, {"note", "notes"}};
+
+std::string MakeExcerptLines(const SDiagnostic& diagnostic) {
+    const std::string strNumber = std::to_string(diagnostic.place.iLine);
+    const std::string strMargin(std::max<std::size_t>(strNumber.size(), 5) + 1, ' ');
+    return std::string(strMargin.size() - strNumber.size(), ' ') + strNumber + " | " + diagnostic.excerpt.strLine +
+           '\n' + strMargin + " | " + std::string(diagnostic.excerpt.iCaret, ' ') + "^\n";
+}
+
+std::string MakeRow(const std::string& strFile, const SDiagnostic& diagnostic) {
+    const SCodeRow& row = GetCodeRow(diagnostic.eCode);
+    std::string strRow = FormatPlace(strFile, diagnostic.place) + ": " + GetSeverityName(diagnostic.eSeverity) + ": " +
+                         row.pCode + ' ' + row.pName + ": " + diagnostic.strMessage + '\n';
+    if (diagnostic.place.iLine != 0) {
+        strRow += MakeExcerptLines(diagnostic);
+    }
+    strRow += diagnostic.bFixed ? "  fixed: " + Text::Quoted(diagnostic.fix->strReplacement) + " is written there now\n"
+                                : "  " + diagnostic.strAdvice + '\n';
+    if (diagnostic.related) {
+        strRow += "  " + FormatPlace(strFile, diagnostic.related->place) + ": " + diagnostic.related->strMessage + '\n';
+    }
+    return strRow;
+}
+
+std::string MakeSummary(const SCheckReport& report) {
+    const auto aCounts = report.Count();
+    std::string strSummary;
+    for (std::size_t i = 0; i < aCounts.size(); ++i) {
+        if (aCounts[i] != 0) {
+            strSummary +=
+                (strSummary.empty() ? "" : ", ") + Text::Counted(aCounts[i], SEVERITIES[i].pOne, SEVERITIES[i].pMany);
+        }
+    }
+    return (strSummary.empty() ? "nothing to report" : strSummary) + " in " +
+           Text::Counted(report.vecFiles.size(), "file", "files") + '\n';
+}
+
+}  // namespace
+
+std::string MakeCheckText(const SCheckReport& report) {
+    std::string strText;
+    std::size_t iRows = 0;
+    std::size_t iMore = 0;
+    for (const SFileReport& file : report.vecFiles) {
+        iMore += file.iOmitted;
+        for (const SDiagnostic& diagnostic : file.vecDiagnostics) {
+            if (iRows == MAX_ROWS && !report.bAll) {
+                ++iMore;
+            } else {
+                strText += MakeRow(file.strFile, diagnostic);
+                ++iRows;
+            }
+        }
+    }
+    if (iMore != 0) {
+        strText += std::to_string(iMore) + " more; --all shows them\n";
+    }
+    return strText + MakeSummary(report);
+}

@@ -1,0 +1,58 @@
+#pragma once
+
+#include <cstddef>
+#include <string_view>
+
+#include "cli/check/Diagnostics.h"
+#include "cli/check/SourceMarkup.h"
+#include "platform/xml/CXMLView.h"
+#include "xml/Vocabulary.h"
+
+/** What the checks of one document work on. Offsets count from the start of its text. */
+struct SCheckedDocument {
+    std::string_view strText;
+    CXMLView root;
+    bool bOlder;       ///< of the older layout
+    bool bAssetsOnly;  ///< its assets alone are meant to be imported
+    CDiagnostics& diagnostics;
+
+    /** @return where the attribute stands; the element when it has none of that name */
+    SAttributePlace Find(const CXMLView& element, std::string_view strAttribute) const {
+        return FindAttribute(strText, element.Offset(), strAttribute);
+    }
+
+    /** Calls fnElement for each element of that name in each section of that name. */
+    template <class F>
+    void ForEach(const char* pSection, const char* pElement, const F& fnElement) const {
+        for (CXMLView section = root.FirstChild(pSection); section; section = section.NextSibling(pSection)) {
+            for (CXMLView element = section.FirstChild(pElement); element; element = element.NextSibling(pElement)) {
+                fnElement(element);
+            }
+        }
+    }
+    template <class F>
+    void ForEachTemplate(const F& fnTemplate) const {
+        ForEach(TagUtf8::COMPLIANCE_TEMPLATES, TagUtf8::TEMPLATE, fnTemplate);
+    }
+};
+
+/** Elements, attributes and text that nothing reads, or reads as something else. */
+void CheckShape(const SCheckedDocument& document);
+/** Types, flags and numbers that are read as something else, and those that contradict each other. */
+void CheckValues(const SCheckedDocument& document);
+/** Categories and validators that the predefined lists do not have. */
+void CheckLists(const SCheckedDocument& document);
+/** Names that stand several times, and those that do not survive the text form of rules. */
+void CheckNames(const SCheckedDocument& document);
+/** Patterns of expressions, tried with a regular-expression engine. */
+void CheckPatterns(const SCheckedDocument& document);
+/** Keywords of keyword lists. */
+void CheckKeywords(const SCheckedDocument& document);
+/** Rules that are empty, badly joined or say nothing new, and templates that equal another. */
+void CheckRules(const SCheckedDocument& document);
+/**
+ * Building blocks that an import refuses, and assets that nobody uses. Asks the store, which must hold what an import
+ * of the document has put there.
+ * @throws OS::CException when the store fails
+ */
+void CheckReferences(const SCheckedDocument& document);

@@ -1,0 +1,86 @@
+#pragma once
+
+#include <cstddef>
+#include <span>
+#include <string>
+
+/** How much a diagnostic weighs, the heaviest first. */
+enum class ESeverity { ERROR, WARNING, NOTE };
+
+/** What a check can find; a row of the table of codes each, in its order. */
+enum class ECode {
+    UNREADABLE,
+    NOT_UTF8,
+    NOT_XML,
+    WRONG_ROOT,
+    WRONG_LANGUAGE,
+    NO_TEMPLATES,
+    OLDER_LAYOUT,
+    OLDER_SECTION,
+    OLDER_BUILT_IN,
+    OLDER_NAME_LOST,
+    UNKNOWN_ELEMENT,
+    MISPLACED_ELEMENT,
+    UNKNOWN_ATTRIBUTE,
+    MISPLACED_ATTRIBUTE,
+    STRAY_TEXT,
+    FOREIGN_RULE,
+    CHILD_TWICE,
+    NO_NAME,
+    NO_DISPLAY_NAME,
+    MISSING_CHILD,
+    BUILT_IN,
+    DUPLICATE_NAME,
+    UNKNOWN_TYPE,
+    UNCLEAR_FLAG,
+    UNCLEAR_NUMBER,
+    MIN_ABOVE_MAX,
+    UNKNOWN_VALIDATOR,
+    UNKNOWN_ASSET,
+    SOURCE_TYPE,
+    OPERATION,
+    UNKNOWN_TEMPLATE,
+    UNKNOWN_CATEGORY,
+    UNUSED_ASSET,
+    NAME_IN_TEXT,
+    MISSING_OPERATION,
+    FIRST_OPERATION,
+    PATTERN_REFUSED,
+    PATTERN_BACKTRACKS,
+    PATTERN_EMPTY,
+    LIST_EMPTY,
+    KEYWORD_BLANK,
+    KEYWORD_TWICE,
+    THRESHOLD_UNREACHABLE,
+    TEMPLATE_EMPTY,
+    HITS_BELOW_ONE,
+    SAME_TEMPLATE,
+    RULE_POINTLESS,
+    COUNT,
+};
+
+struct SCodeRow {
+    ECode eCode;
+    const char* pCode;  ///< stays with its meaning for ever
+    ESeverity eSeverity;
+    const char* pName;
+    const char* pWhat;    ///< one sentence without its point; {} stands for what a diagnostic fills in
+    const char* pAdvice;  ///< what to do
+    const char* pMore;    ///< why it matters, for who asks
+    const char* pBad;     ///< markup that gives it, or a description that begins with "("
+    const char* pGood;    ///< markup that is near it and does not
+};
+
+/** In the order of ECode. */
+std::span<const SCodeRow> GetCodeTable();
+const SCodeRow& GetCodeRow(ECode eCode);
+/** @param strCode a code or its name, in any case @return null when there is none */
+const SCodeRow* FindCode(const std::string& strCode);
+/** @return the code or name that is nearest, or where all are listed: how to go on after FindCode gave null */
+std::string SuggestCode(const std::string& strCode);
+
+/** @return "error", "warning" or "note" */
+const char* GetSeverityName(ESeverity eSeverity);
+
+/** @return whether the code says that the file is no document at all */
+bool IsAboutNoDocument(ECode eCode);

@@ -1,0 +1,86 @@
+#include "cli/check/Diagnostics.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace {
+
+constexpr std::string_view BLANK = "{}";
+
+std::string Fill(std::string_view strSentence, const std::vector<std::string>& vecTexts) {
+    std::string strFilled;
+    auto itText = vecTexts.begin();
+    for (std::size_t iBlank = strSentence.find(BLANK); iBlank != std::string_view::npos && itText != vecTexts.end();
+         iBlank = strSentence.find(BLANK)) {
+        strFilled.append(strSentence.substr(0, iBlank)).append(*itText++);
+        strSentence.remove_prefix(iBlank + BLANK.size());
+    }
+    return strFilled.append(strSentence);
+}
+
+ESeverity GetSeverity(const SCodeRow& row, bool bStrict) {
+    return bStrict && row.eSeverity == ESeverity::WARNING ? ESeverity::ERROR : row.eSeverity;
+}
+
+}  // namespace
+
+CDiagnostics::CDiagnostics(const SCheckChoice& choice) : m_choice(choice) {}
+
+SDiagnostic* CDiagnostics::Add(ECode eCode, std::size_t iOffset, const std::vector<std::string>& vecWhat,
+                               const std::vector<std::string>& vecAdvice) {
+    const SCodeRow& row = GetCodeRow(eCode);
+    const ESeverity eSeverity = GetSeverity(row, m_choice.bStrict);
+    m_iErrors += row.eSeverity == ESeverity::ERROR ? 1 : 0;
+    if (std::find(m_choice.vecAllow.begin(), m_choice.vecAllow.end(), eCode) != m_choice.vecAllow.end()) {
+        return nullptr;
+    }
+    if (++m_aCounts[static_cast<std::size_t>(eCode)] > MAX_OF_CODE && !m_choice.bAll) {
+        ++m_iOmitted;
+        return nullptr;
+    }
+    m_vecDiagnostics.push_back({.eCode = eCode,
+                                .eSeverity = eSeverity,
+                                .strMessage = Fill(row.pWhat, vecWhat),
+                                .strAdvice = Fill(row.pAdvice, vecAdvice),
+                                .iOffset = iOffset == std::string::npos ? iOffset : iOffset + m_iStart,
+                                .place = {},
+                                .excerpt = {},
+                                .related = {},
+                                .fix = {}});
+    return &m_vecDiagnostics.back();
+}
+
+void CDiagnostics::Relate(SDiagnostic* pDiagnostic, std::size_t iOffset, const std::string& strMessage) const {
+    if (pDiagnostic != nullptr) {
+        pDiagnostic->related = {iOffset + m_iStart, strMessage, {}};
+    }
+}
+
+void CDiagnostics::Fix(SDiagnostic* pDiagnostic, std::size_t iOffset, std::size_t iLength,
+                       std::string strReplacement) const {
+    if (pDiagnostic != nullptr) {
+        pDiagnostic->fix = {iOffset + m_iStart, iLength, std::move(strReplacement)};
+    }
+}
+
+std::vector<SDiagnostic> CDiagnostics::Finish(std::string_view strBytes) {
+    std::stable_sort(m_vecDiagnostics.begin(), m_vecDiagnostics.end(),
+                     [](const SDiagnostic& left, const SDiagnostic& right) {
+                         return left.iOffset + 1 < right.iOffset + 1;  // the file as a whole comes first
+                     });
+    std::optional<CSourcePlaces> places;
+    for (SDiagnostic& diagnostic : m_vecDiagnostics) {
+        if (diagnostic.iOffset == std::string::npos) {
+            continue;
+        }
+        if (!places) {
+            places.emplace(strBytes);
+        }
+        diagnostic.place = places->Find(diagnostic.iOffset);
+        diagnostic.excerpt = MakeExcerpt(strBytes, diagnostic.iOffset);
+        if (diagnostic.related) {
+            diagnostic.related->place = places->Find(diagnostic.related->iOffset);
+        }
+    }
+    return std::move(m_vecDiagnostics);
+}

@@ -1,0 +1,84 @@
+#include "cli/check/DiagnosticsPage.h"
+
+#include <string_view>
+
+namespace {
+
+constexpr std::string_view BLANK = "{}";
+constexpr const char ELLIPSIS[] = "…";
+constexpr std::size_t WIDTH = 100;
+
+constexpr const char PAGE_HEAD[] =
+    "# Diagnostics\n"
+    "\n"
+    "What `dlpctl check` finds. This page is made from the tool's own table (`dlpctl explain --markdown`);\n"
+    "`dlpctl explain CODE` shows one entry. Errors are what an import refuses, skips or loses; with `--strict`\n"
+    "warnings are errors too; `--allow CODE` leaves a code out. An … stands for what is filled in.\n";
+
+std::string Sentence(const char* pSentence) {
+    std::string strSentence = WithBlanks(pSentence);
+    if (strSentence[0] >= 'a' && strSentence[0] <= 'z') {
+        strSentence[0] = static_cast<char>(strSentence[0] - 'a' + 'A');
+    }
+    return strSentence + '.';
+}
+
+/** An advice that is filled in whole says nothing here. */
+std::string Advice(const SCodeRow& row) {
+    return row.pAdvice == BLANK ? std::string() : Sentence(row.pAdvice);
+}
+
+std::string Wrapped(std::string_view strText) {
+    std::string strWrapped;
+    while (strText.size() > WIDTH) {
+        const std::size_t iEnd = strText.rfind(' ', WIDTH);
+        strWrapped.append(strText.substr(0, iEnd)) += '\n';
+        strText.remove_prefix(iEnd + 1);
+    }
+    return strWrapped.append(strText) += '\n';
+}
+
+std::string Indented(std::string_view strText) {
+    std::string strIndented = "  ";
+    for (const char c : strText) {
+        strIndented += c;
+        strIndented += c == '\n' ? "  " : "";
+    }
+    return strIndented + '\n';
+}
+
+std::string MakeExample(const char* pHead, const std::string& strExample) {
+    const bool bMarkup = strExample.front() == '<';
+    return std::string("\n") + pHead + ":\n\n" +
+           (bMarkup ? "```xml\n" + strExample + "\n```\n" : strExample.substr(1, strExample.size() - 2) + '\n');
+}
+
+}  // namespace
+
+std::string WithBlanks(const char* pSentence) {
+    std::string strText = pSentence;
+    for (std::size_t i = strText.find(BLANK); i != std::string::npos; i = strText.find(BLANK, i)) {
+        strText.replace(i, BLANK.size(), ELLIPSIS);
+    }
+    return strText;
+}
+
+std::string MakeExplanation(const SCodeRow& row) {
+    const std::string strAdvice = Advice(row);
+    return std::string(row.pCode) + ' ' + row.pName + " (" + GetSeverityName(row.eSeverity) + ")\n\n" +
+           Wrapped(Sentence(row.pWhat)) + '\n' + Wrapped(row.pMore) +
+           (strAdvice.empty() ? "" : '\n' + Wrapped("What to do: " + strAdvice)) + "\nWrong:\n\n" + Indented(row.pBad) +
+           "\nRight:\n\n" + Indented(row.pGood);
+}
+
+std::string MakeDiagnosticsPage() {
+    std::string strPage = PAGE_HEAD;
+    for (const SCodeRow& row : GetCodeTable()) {
+        const std::string strAdvice = Advice(row);
+        strPage += std::string("\n## ") + row.pCode + ' ' + row.pName + "\n\n" + '*' + GetSeverityName(row.eSeverity) +
+                   "*: " + Sentence(row.pWhat) + "\n\n" + Wrapped(row.pMore) +
+                   (strAdvice.empty() ? "" : '\n' + Wrapped(strAdvice)) + MakeExample("Wrong", row.pBad) +
+                   MakeExample("Right", row.pGood);
+    }
+    return strPage;
+}

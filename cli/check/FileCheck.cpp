@@ -1,0 +1,207 @@
+#include "cli/check/FileCheck.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "api/CDLPDigitalAssetsParser.h"
+#include "cli/CommandContext.h"
+#include "cli/ImportRefusal.h"
+#include "cli/InputFile.h"
+#include "cli/InstalledFiles.h"
+#include "cli/OutputFile.h"
+#include "cli/Signals.h"
+#include "cli/StoreSession.h"
+#include "cli/Text.h"
+#include "cli/check/CheckedDocument.h"
+#include "cli/check/ImportTrial.h"
+#include "digital_assets/DigitalAssets.h"
+#include "platform/common/TextConversion.h"
+#include "platform/store/CSettingsStore.h"
+#include "templates/PolicyFile.h"
+#include "xml/CPolicyDocument.h"
+
+namespace {
+
+constexpr const char STANDARD_LAYOUT[] = "standard";
+constexpr const char OLDER_LAYOUT[] = "older";
+constexpr const char EMPTY[] = "it is empty";
+constexpr const char NO_MARKUP[] = "there is no \"<\" in it";
+constexpr const char* KIND_WORDS[] = {"expression", "keyword list", "template", "category", "section"};
+
+const char* Word(EItemKind eKind) {
+    return KIND_WORDS[static_cast<std::size_t>(eKind)];
+}
+
+class CFileCheck {
+  public:
+    CFileCheck(CCommandContext& context, const SFileCheck& check, const std::string& strFile)
+        : m_context(context), m_check(check), m_diagnostics(check.choice) {
+        m_report.strFile = strFile;
+    }
+
+    SFileReport Run() {
+        if (Read()) {
+            CheckDocument();
+        }
+        m_report.vecDiagnostics = m_diagnostics.Finish(m_file.strBytes);
+        m_report.iOmitted = m_diagnostics.GetOmitted();
+        if (m_check.bFix && !m_report.IsInvalid()) {
+            Fix();
+        }
+        return std::move(m_report);
+    }
+
+  private:
+    /** @return whether the file holds text that may be a document; what keeps it from that is told */
+    bool Read() {
+        try {
+            m_file.strBytes = ReadBytes(m_context, m_report.strFile);
+        } catch (const CInputError& error) {
+            m_diagnostics.Add(ECode::UNREADABLE, std::string::npos, {error.GetReason()});
+            return false;
+        }
+        m_file.iStart = std::min(m_file.strBytes.find('<'), m_file.strBytes.size());
+        m_diagnostics.SetStart(m_file.iStart);
+        const std::size_t iInvalid = OS::FindInvalidUtf8(m_file.Text());
+        if (m_file.Text().empty()) {
+            m_diagnostics.Add(ECode::NOT_XML, std::string::npos, {m_file.strBytes.empty() ? EMPTY : NO_MARKUP});
+        } else if (iInvalid != std::string::npos) {
+            m_diagnostics.Add(ECode::NOT_UTF8, iInvalid);
+        }
+        return !m_file.Text().empty() && iInvalid == std::string::npos;
+    }
+
+    void CheckDocument() {
+        CPolicyDocument document(m_file.Text());
+        const CXMLParser& parser = document.Load();
+        const SXMLLoadError& error = parser.GetLoadError();
+        if (!error.strMessage.empty()) {
+            m_diagnostics.Add(ECode::NOT_XML, error.iOffset, {Text::Printable(error.strMessage)});
+            return;
+        }
+        const CXMLView root = parser.RootView();
+        if (root.Name() != TagUtf8::SA_POLICY) {
+            m_diagnostics.Add(ECode::WRONG_ROOT, root.Offset(),
+                              {Text::Quoted(root.Name()), Text::Quoted(TagUtf8::SA_POLICY)});
+            return;
+        }
+        const bool bOlder = !m_check.bAssetsOnly && IsOlderLayout(root);
+        m_report.pLayout = bOlder ? OLDER_LAYOUT : STANDARD_LAYOUT;
+        const SCheckedDocument checked{m_file.Text(), root, bOlder, m_check.bAssetsOnly, m_diagnostics};
+        if (bOlder) {
+            m_diagnostics.Add(ECode::OLDER_LAYOUT, root.Offset());
+            WarnOfMissing(m_context, FindMapFile(), NO_MAP_FILE);
+        }
+        CheckAlone(checked);
+        CheckWithStore(checked, document);
+    }
+
+    static void CheckAlone(const SCheckedDocument& checked) {
+        constexpr void (*CHECKS[])(const SCheckedDocument&) = {CheckShape,    CheckValues,   CheckLists, CheckNames,
+                                                               CheckPatterns, CheckKeywords, CheckRules};
+        for (const auto fnCheck : CHECKS) {
+            Signals::ThrowIfCaught();
+            fnCheck(checked);
+        }
+    }
+
+    void CheckWithStore(const SCheckedDocument& checked, CPolicyDocument& document) {
+        const CStoreSession& store = m_context.GetStore();
+        const CKeptSettings kept;
+        const CSettingsTransaction unit(EUnitOfWork::WRITE);
+        STrial trial = TryImport(m_context, document, m_check.bAssetsOnly);
+        if (trial.iResult == DigitalAssets::RESULT_WRONG_LANGUAGE) {
+            TellLanguage(checked);
+            trial = TryImport(m_context, document, m_check.bAssetsOnly);
+        }
+        Signals::ThrowIfCaught();
+        store.ThrowIfFailed();
+        for (const SImportItem& item : trial.vecItems) {
+            Tell(checked, item);
+        }
+        CheckReferences(checked);
+        store.ThrowIfFailed();
+        if (trial.iResult != 0 && m_diagnostics.GetErrors() == 0) {
+            m_diagnostics.Add(ECode::NO_TEMPLATES, checked.root.Offset(),
+                              {ExplainRefusal(checked.root, trial.iResult)});
+        }
+    }
+
+    /** The rest is looked at as if the language were the right one. */
+    void TellLanguage(const SCheckedDocument& checked) {
+        const std::string_view strLanguage = checked.root.Attribute(TagUtf8::LOCALIZATION_LANGUAGE);
+        const std::string strOurs = OS::Utf8Lenient(CDLPDigitalAssetsParser::GetLanguage());
+        m_diagnostics.Add(
+            ECode::WRONG_LANGUAGE, checked.Find(checked.root, TagUtf8::LOCALIZATION_LANGUAGE).iName,
+            {Text::Quoted(strLanguage), strOurs.empty() ? "none is set here" : "here it is " + Text::Quoted(strOurs)},
+            {Text::Quoted(strLanguage)});
+        CDLPDigitalAssetsParser::SetLanguage(OS::WideText(strLanguage));
+    }
+
+    /** What a template is refused for is told of its parts. */
+    void Tell(const SCheckedDocument& checked, const SImportItem& item) {
+        const std::string strName = Text::Quoted(item.strName);
+        const auto fnAdd = [&](ECode eCode, const std::vector<std::string>& vecWhat) {
+            m_diagnostics.Add(eCode, item.iOffset, vecWhat);
+        };
+        switch (item.eReason) {
+            case EReason::NO_NAME:
+                fnAdd(ECode::NO_NAME, {Word(item.eKind)});
+                break;
+            case EReason::NO_DISPLAY_NAME:
+                fnAdd(ECode::NO_DISPLAY_NAME, {Word(item.eKind), strName});
+                break;
+            case EReason::BUILT_IN:
+                fnAdd(ECode::BUILT_IN, {Word(item.eKind), strName});
+                break;
+            case EReason::MISSING_CHILD:
+                fnAdd(ECode::MISSING_CHILD, {Word(item.eKind), strName, Text::Quoted(item.strDetail)});
+                break;
+            case EReason::OLDER_BUILT_IN:
+                fnAdd(ECode::OLDER_BUILT_IN, {strName});
+                break;
+            case EReason::OLDER_SECTION:
+                fnAdd(ECode::OLDER_SECTION, {strName});
+                break;
+            case EReason::UNKNOWN_TEMPLATE:
+                m_diagnostics.Add(ECode::UNKNOWN_TEMPLATE, FindTextOffset(checked.strText, item.iOffset, 0),
+                                  {strName, Text::Quoted(item.strDisplayName)});
+                break;
+            case EReason::UNSUPPORTED_ASSETS:
+            case EReason::STORE:
+            case EReason::NONE:
+                break;
+        }
+    }
+
+    /** Writes the file anew, with the replacements from its end to its beginning. */
+    void Fix() {
+        std::string strFixed = m_file.strBytes;
+        bool bAny = false;
+        for (auto itDiagnostic = m_report.vecDiagnostics.rbegin(); itDiagnostic != m_report.vecDiagnostics.rend();
+             ++itDiagnostic) {
+            if (itDiagnostic->fix) {
+                const SFix& fix = *itDiagnostic->fix;
+                strFixed.replace(fix.iOffset, fix.iLength, fix.strReplacement);
+                itDiagnostic->bFixed = bAny = true;
+            }
+        }
+        if (bAny && !m_check.bDryRun) {
+            COutputFile file(m_context.GetAbsolute(m_report.strFile), Text::Printable(m_report.strFile));
+            file.Write(strFixed);
+            file.Commit();
+        }
+    }
+
+    CCommandContext& m_context;
+    const SFileCheck& m_check;
+    SPolicyFile m_file;
+    CDiagnostics m_diagnostics;
+    SFileReport m_report;
+};
+
+}  // namespace
+
+SFileReport CheckFile(CCommandContext& context, const SFileCheck& check, const std::string& strFile) {
+    return CFileCheck(context, check, strFile).Run();
+}

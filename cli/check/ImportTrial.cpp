@@ -1,0 +1,48 @@
+#include "cli/check/ImportTrial.h"
+
+#include "api/CDLPDigitalAssetsParser.h"
+#include "cli/CommandContext.h"
+#include "cli/Signals.h"
+#include "digital_assets/DigitalAssets.h"
+#include "templates/DLPTemplateMgr.h"
+
+namespace {
+
+class CCollector : public CImportObserver {
+  public:
+    explicit CCollector(std::vector<SImportItem>& vecItems) : m_vecItems(vecItems) {}
+
+    /** Only what is not taken is told. */
+    void OnItem(const SImportItem& item) override {
+        Signals::ThrowIfCaught();
+        if (item.eDisposition == EDisposition::SKIPPED || item.eDisposition == EDisposition::FAILED) {
+            m_vecItems.push_back(item);
+        }
+    }
+
+  private:
+    std::vector<SImportItem>& m_vecItems;
+};
+
+}  // namespace
+
+STrial TryImport(const CCommandContext& context, CPolicyDocument& document, bool bAssetsOnly) {
+    STrial trial;
+    CCollector collector(trial.vecItems);
+    std::vector<OS::x_wstring> vecImported;
+    std::vector<OS::x_wstring> vecSkipped;
+    std::vector<OS::x_wstring> vecAssets;
+    trial.iResult =
+        bAssetsOnly
+            ? DigitalAssets::Import(DigitalAssets::EImport::ALL, context.GetScope(), document, vecAssets, &collector)
+            : CTemplateMgr(context.GetScope()).ImportDocument(document, vecImported, vecSkipped, vecAssets, &collector);
+    return trial;
+}
+
+CKeptSettings::CKeptSettings()
+    : m_strVersion(CDLPDigitalAssetsParser::GetVersion()), m_strLanguage(CDLPDigitalAssetsParser::GetLanguage()) {}
+
+CKeptSettings::~CKeptSettings() {
+    CDLPDigitalAssetsParser::SetVersion(m_strVersion);
+    CDLPDigitalAssetsParser::SetLanguage(m_strLanguage);
+}

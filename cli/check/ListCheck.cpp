@@ -1,0 +1,79 @@
+#include <string>
+#include <unordered_set>
+#include <vector>
+
+#include "api/DLPMetaDataLoaderImpl.h"
+#include "cli/NearestName.h"
+#include "cli/Text.h"
+#include "cli/check/CheckedDocument.h"
+#include "platform/common/TextConversion.h"
+
+namespace {
+
+constexpr const char LIST_NAMES[] = "dlpctl metadata lists them";
+
+/** Looking for the nearest name takes long, and nobody reads hundreds of them. */
+constexpr std::size_t MAX_SUGGESTIONS = 20;
+
+/** One of the predefined lists, by its names. Empty when there is no file: then nothing is known to be wrong. */
+class CPredefinedList {
+  public:
+    using Read = bool (DLPMetaDataLoaderImpl::*)(std::vector<OS::x_wstring>&, std::vector<OS::x_wstring>&);
+
+    CPredefinedList(DLPMetaDataLoaderImpl& metadata, Read fnRead) {
+        std::vector<OS::x_wstring> vecNames;
+        std::vector<OS::x_wstring> vecDisplayNames;
+        (metadata.*fnRead)(vecNames, vecDisplayNames);
+        for (const OS::x_wstring& strName : vecNames) {
+            m_vecNames.push_back(Text::Unescaped(OS::Utf8Lenient(strName)));
+        }
+        m_setNames.insert(m_vecNames.begin(), m_vecNames.end());
+    }
+
+    bool Lacks(const std::string& strName) const { return !m_vecNames.empty() && m_setNames.count(strName) == 0; }
+
+    std::string Suggest(const std::string& strName) {
+        const std::string strNearest =
+            m_iSuggestions++ < MAX_SUGGESTIONS ? FindNearestName(strName, m_vecNames) : std::string();
+        return strNearest.empty() ? LIST_NAMES : "did you mean " + Text::Quoted(strNearest) + '?';
+    }
+
+  private:
+    std::vector<std::string> m_vecNames;
+    std::unordered_set<std::string> m_setNames;
+    std::size_t m_iSuggestions = 0;
+};
+
+struct SCategoryList {
+    const char* pSection;
+    const char* pElement;
+    CPredefinedList::Read fnRead;
+};
+constexpr SCategoryList CATEGORIES[] = {
+    {TagUtf8::INDUSTRIES, TagUtf8::INDUSTRY, &DLPMetaDataLoaderImpl::GetIndustries},
+    {TagUtf8::REGIONS, TagUtf8::REGION, &DLPMetaDataLoaderImpl::GetRegions},
+};
+
+}  // namespace
+
+void CheckLists(const SCheckedDocument& document) {
+    DLPMetaDataLoaderImpl metadata;
+    CPredefinedList validators(metadata, &DLPMetaDataLoaderImpl::GetValidators);
+    document.ForEach(TagUtf8::DIGITAL_ASSETS, TagUtf8::ENTITY, [&](const CXMLView& element) {
+        const std::string strValidator(element.Attribute(TagUtf8::VALIDATOR));
+        if (!strValidator.empty() && validators.Lacks(strValidator)) {
+            document.diagnostics.Add(ECode::UNKNOWN_VALIDATOR, document.Find(element, TagUtf8::VALIDATOR).iName,
+                                     {Text::Quoted(strValidator)}, {validators.Suggest(strValidator)});
+        }
+    });
+    for (const SCategoryList& list : CATEGORIES) {
+        CPredefinedList categories(metadata, list.fnRead);
+        document.ForEach(list.pSection, list.pElement, [&](const CXMLView& element) {
+            const std::string strName(element.Attribute(TagUtf8::NAME));
+            if (categories.Lacks(strName)) {
+                document.diagnostics.Add(ECode::UNKNOWN_CATEGORY, document.Find(element, TagUtf8::NAME).iName,
+                                         {list.pElement, Text::Quoted(strName)}, {categories.Suggest(strName)});
+            }
+        });
+    }
+}

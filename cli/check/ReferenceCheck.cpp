@@ -1,0 +1,186 @@
+#include <map>
+#include <set>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "cli/Kinds.h"
+#include "cli/NearestName.h"
+#include "cli/Text.h"
+#include "cli/check/CheckedDocument.h"
+#include "platform/common/TextConversion.h"
+#include "platform/store/CSettingsStore.h"
+#include "platform/xml/CXMLParser.h"
+#include "templates/CAssetNames.h"
+#include "templates/DLPXmlNormalizer.h"
+#include "templates/TemplateXml.h"
+
+namespace {
+
+constexpr const char IMPORT_FIRST[] = "import or add it, or correct the name";
+
+/** Looking for the nearest name takes long in a large store, and nobody reads hundreds of them. */
+constexpr std::size_t MAX_SUGGESTIONS = 20;
+
+struct SAssetKind {
+    EElementType eType;
+    ESettingsKind eKind;
+    const char* pElement;
+};
+constexpr SAssetKind ASSET_KINDS[] = {
+    {EElementType::ENTITY, ESettingsKind::EXPRESSION, TagUtf8::ENTITY},
+    {EElementType::KEYWORD, ESettingsKind::KEYWORD, TagUtf8::DICTIONARY},
+};
+
+const SAssetKind& GetAssetKind(EElementType eType) {
+    return ASSET_KINDS[eType == EElementType::ENTITY ? 0 : 1];
+}
+
+/** A reference to an asset, by what names it after the document was rewritten. */
+using Reference = std::pair<EElementType, std::string>;
+
+template <class F>
+void ForEachBlock(const CXMLView& element, const F& fnBlock) {
+    for (CXMLView rule = element.FirstChild(TagUtf8::MATCH_RULE); rule; rule = rule.NextSibling(TagUtf8::MATCH_RULE)) {
+        for (CXMLView block = rule.FirstChild(TagUtf8::BUILDING_BLOCK); block;
+             block = block.NextSibling(TagUtf8::BUILDING_BLOCK)) {
+            fnBlock(block);
+        }
+    }
+}
+
+class CReferenceCheck {
+  public:
+    explicit CReferenceCheck(const SCheckedDocument& document) : m_document(document) {}
+
+    void Run() {
+        CAssetNames names;
+        ForEachAsset([this](Reference&& reference, const CXMLView&) { m_setDefined.insert(std::move(reference)); });
+        m_document.ForEachTemplate([&](const CXMLView& element) {
+            ForEachBlock(element, [&](const CXMLView& block) {
+                const EElementType eType = TemplateXml::ReadExactType(block);
+                if (eType != EElementType::UNKNOWN) {
+                    const std::string strName = GetName(block);
+                    names.Add(eType, strName);
+                    m_setUsed.emplace(eType, strName);
+                }
+            });
+        });
+        names.Ask();
+        m_document.ForEachTemplate([&](const CXMLView& element) {
+            ForEachBlock(element, [&](const CXMLView& block) { CheckBlock(block, names); });
+            for (CXMLView rule = element.FirstChild(TagUtf8::MATCH_RULE); rule;
+                 rule = rule.NextSibling(TagUtf8::MATCH_RULE)) {
+                CheckOperation(rule);
+            }
+        });
+        CheckUnused();
+    }
+
+  private:
+    /** @return the name of today */
+    std::string GetName(const CXMLView& block) const {
+        const std::string_view strName = block.Attribute(TagUtf8::SOURCE_NAME);
+        return m_document.bOlder
+                   ? OS::Utf8Lenient(CDLPXmlNormalizer().MapDigitalAssetsSourceName(OS::WideText(strName)))
+                   : std::string(strName);
+    }
+
+    void CheckBlock(const CXMLView& block, const CAssetNames& names) {
+        const EElementType eType = TemplateXml::ReadExactType(block);
+        if (eType == EElementType::UNKNOWN) {
+            m_document.diagnostics.Add(ECode::SOURCE_TYPE, m_document.Find(block, TagUtf8::SOURCE_TYPE).iName,
+                                       {Text::Quoted(block.Attribute(TagUtf8::SOURCE_TYPE))});
+        } else if (const std::string strName = GetName(block);
+                   !names.IsStored(eType, strName) && m_setDefined.count({eType, strName}) == 0) {
+            const SAssetKind& kind = GetAssetKind(eType);
+            m_document.diagnostics.Add(ECode::UNKNOWN_ASSET, m_document.Find(block, TagUtf8::SOURCE_NAME).iName,
+                                       {GetKind(kind.eKind).pWord, Text::Quoted(strName)},
+                                       {Suggest(kind.eKind, strName)});
+        }
+        CheckOperation(block);
+    }
+
+    void CheckOperation(const CXMLView& node) const {
+        if (!TemplateXml::IsOperationAccepted(node)) {
+            m_document.diagnostics.Add(ECode::OPERATION, m_document.Find(node, TagUtf8::OPERATION).iName,
+                                       {Text::Quoted(node.Attribute(TagUtf8::OPERATION))});
+        }
+    }
+
+    std::string Suggest(ESettingsKind eKind, const std::string& strName) {
+        if (m_iSuggestions++ >= MAX_SUGGESTIONS) {
+            return IMPORT_FIRST;
+        }
+        const auto [itNames, bNew] = m_mapNames.try_emplace(eKind);
+        if (bNew) {
+            CSettingsStore::Current().ReadColumn(eKind, NAME_COLUMN, itNames->second);
+        }
+        const std::string strNearest = FindNearestName(strName, itNames->second);
+        return strNearest.empty() ? IMPORT_FIRST : "did you mean " + Text::Quoted(strNearest) + '?';
+    }
+
+    void CheckUnused() {
+        std::vector<std::pair<Reference, CXMLView>> vecUnused = FindUnused();
+        if (vecUnused.empty()) {
+            return;
+        }
+        // Only now it matters what the templates of the store refer to.
+        CSettingsStore::Current().ReadAll(ESettingsKind::TEMPLATE, [&](CSettingsRow&& row) {
+            CXMLParser stored;
+            stored.LoadUtf8(row.GetText(TemplateColumn::ELEMENT));
+            ForEachBlock(stored.RootView(), [&](const CXMLView& block) {
+                const TemplateXml::SBuildingBlock read = TemplateXml::ReadBuildingBlock(block);
+                m_setUsed.emplace(read.eType, read.strName);
+            });
+        });
+        for (const auto& [reference, element] : vecUnused) {
+            if (m_setUsed.count(reference) == 0) {
+                m_document.diagnostics.Add(
+                    ECode::UNUSED_ASSET, element.Offset(),
+                    {GetKind(GetAssetKind(reference.first).eKind).pWord, Text::Quoted(reference.second)});
+            }
+        }
+    }
+
+    /** Not in the older layout, which has none. */
+    template <class F>
+    void ForEachAsset(const F& fnAsset) const {
+        if (m_document.bOlder) {
+            return;
+        }
+        for (const SAssetKind& kind : ASSET_KINDS) {
+            m_document.ForEach(TagUtf8::DIGITAL_ASSETS, kind.pElement, [&](const CXMLView& element) {
+                Reference reference(kind.eType, element.Attribute(TagUtf8::NAME));
+                if (!reference.second.empty()) {
+                    fnAsset(std::move(reference), element);
+                }
+            });
+        }
+    }
+
+    std::vector<std::pair<Reference, CXMLView>> FindUnused() const {
+        std::vector<std::pair<Reference, CXMLView>> vecUnused;
+        ForEachAsset([&](Reference&& reference, const CXMLView& element) {
+            if (m_setUsed.count(reference) == 0) {
+                vecUnused.emplace_back(std::move(reference), element);
+            }
+        });
+        return vecUnused;
+    }
+
+    const SCheckedDocument& m_document;
+    std::set<Reference> m_setUsed;
+    /** What the document itself has: if it is not taken, that is told of the asset, which is the one to correct. */
+    std::set<Reference> m_setDefined;
+    std::map<ESettingsKind, std::vector<std::string>> m_mapNames;
+    std::size_t m_iSuggestions = 0;
+};
+
+}  // namespace
+
+void CheckReferences(const SCheckedDocument& document) {
+    if (!document.bAssetsOnly) {
+        CReferenceCheck(document).Run();
+    }
+}

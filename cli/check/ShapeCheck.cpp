@@ -1,0 +1,175 @@
+// Walks the text itself and not the tree: attributes and texts have no place there, and a tag of a million attributes
+// must be walked once.
+
+#include <algorithm>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "cli/NearestName.h"
+#include "cli/Text.h"
+#include "cli/check/CheckedDocument.h"
+#include "cli/check/DocumentShape.h"
+
+namespace {
+
+constexpr std::string_view SPACE = " \t\r\n";
+constexpr std::string_view NAMESPACES = "xml";
+constexpr const char REMOVE[] = "remove it";
+
+/** Looking for the nearest name takes long, and nobody reads hundreds of them. */
+constexpr std::size_t MAX_SUGGESTIONS = 20;
+
+/** What stands between two tags, or is one. */
+struct SSkipped {
+    std::string_view strStart;
+    std::string_view strEnd;
+    bool bText;
+};
+constexpr SSkipped SKIPPED[] = {{"<!--", "-->", false}, {"<![CDATA[", "]]>", true}, {"<?", "?>", false}};
+
+class CShapeCheck {
+  public:
+    explicit CShapeCheck(const SCheckedDocument& document) : m_document(document), m_shape(document.bOlder) {}
+
+    void Run() {
+        const std::string_view strText = m_document.strText;
+        std::size_t i = 0;
+        while (i < strText.size()) {
+            if (strText[i] != '<') {
+                const std::size_t iEnd = std::min(strText.find('<', i), strText.size());
+                Text(i, iEnd);
+                i = iEnd;
+            } else if (strText.compare(i, 2, "</") == 0) {
+                m_vecOpen.pop_back();
+                i = Behind(">", i);
+            } else if (!Skip(i)) {
+                i = Start(i);
+            }
+        }
+    }
+
+  private:
+    struct SOpen {
+        const SShape* pShape;  ///< null: nothing in it is looked at
+        bool bTextTold = false;
+        std::uint32_t iSeen = 0;  ///< which of its children
+    };
+
+    std::size_t Behind(std::string_view strEnd, std::size_t i) const {
+        const std::size_t iEnd = m_document.strText.find(strEnd, i);
+        return iEnd == std::string_view::npos ? m_document.strText.size() : iEnd + strEnd.size();
+    }
+
+    bool Skip(std::size_t& i) {
+        for (const SSkipped& skipped : SKIPPED) {
+            if (m_document.strText.compare(i, skipped.strStart.size(), skipped.strStart) == 0) {
+                const std::size_t iContent = i + skipped.strStart.size();
+                i = Behind(skipped.strEnd, iContent);
+                if (skipped.bText) {
+                    Text(iContent, i - skipped.strEnd.size());
+                }
+                return true;
+            }
+        }
+        return false;
+    }
+
+    void Text(std::size_t iStart, std::size_t iEnd) {
+        const std::size_t iFirst = m_document.strText.find_first_not_of(SPACE, iStart);
+        if (iFirst >= iEnd || m_vecOpen.empty()) {
+            return;
+        }
+        SOpen& open = m_vecOpen.back();
+        if (open.pShape != nullptr && !open.pShape->bText && !open.bTextTold) {
+            open.bTextTold = true;
+            m_document.diagnostics.Add(ECode::STRAY_TEXT, iFirst, {Text::Quoted(open.pShape->strName)});
+        }
+    }
+
+    /** @return the offset behind the start tag */
+    std::size_t Start(std::size_t iTag) {
+        CTagScanner tag(m_document.strText, iTag);
+        const std::string_view strName =
+            m_document.strText.substr(iTag + 1, m_document.strText.find_first_of(" \t\r\n/>", iTag) - iTag - 1);
+        const SShape* pShape = FindHere(strName, iTag);
+        while (tag.Next()) {
+            if (pShape != nullptr) {
+                CheckAttribute(*pShape, tag.GetName(), tag.GetNameOffset());
+            }
+        }
+        if (!tag.IsEmptyElement()) {
+            m_vecOpen.push_back({pShape});
+        }
+        return tag.GetEnd();
+    }
+
+    /** @return null for an element that does not belong here, which is told */
+    const SShape* FindHere(std::string_view strName, std::size_t iTag) {
+        if (m_vecOpen.empty()) {
+            return m_shape.Find(strName);
+        }
+        SOpen& parent = m_vecOpen.back();
+        if (parent.pShape == nullptr) {
+            return nullptr;
+        }
+        const std::size_t iChild = CDocumentShape::IndexOf(parent.pShape->vecChildren, strName);
+        if (iChild == parent.pShape->vecChildren.size()) {
+            TellMisplaced(*parent.pShape, strName, iTag);
+            return nullptr;
+        }
+        const std::uint32_t iBit = std::uint32_t{1} << iChild;
+        if (parent.pShape->bChildrenOnce && (parent.iSeen & iBit) != 0) {
+            m_document.diagnostics.Add(ECode::CHILD_TWICE, iTag,
+                                       {Text::Quoted(strName), Text::Quoted(parent.pShape->strName)});
+        }
+        parent.iSeen |= iBit;
+        return m_shape.Find(strName);
+    }
+
+    void TellMisplaced(const SShape& parent, std::string_view strName, std::size_t iTag) {
+        if (parent.strName == TagUtf8::TEMPLATE || parent.strName == TagUtf8::MATCH_RULE) {
+            const bool bRule = parent.strName == TagUtf8::TEMPLATE;
+            m_document.diagnostics.Add(ECode::FOREIGN_RULE, iTag,
+                                       {Text::Quoted(strName), bRule ? "rule" : "building block"});
+        } else if (m_shape.Find(strName) != nullptr) {
+            m_document.diagnostics.Add(ECode::MISPLACED_ELEMENT, iTag,
+                                       {Text::Quoted(strName), Text::Quoted(parent.strName)});
+        } else {
+            m_document.diagnostics.Add(ECode::UNKNOWN_ELEMENT, iTag, {Text::Quoted(strName)},
+                                       {Suggest(strName, parent.vecChildren)});
+        }
+    }
+
+    void CheckAttribute(const SShape& shape, std::string_view strName, std::size_t iOffset) {
+        if (CDocumentShape::IndexOf(shape.vecAttributes, strName) != shape.vecAttributes.size()) {
+            if (m_document.bOlder && shape.strName == TagUtf8::TEMPLATE && strName == TagUtf8::DISPLAY_NAME) {
+                m_document.diagnostics.Add(ECode::OLDER_NAME_LOST, iOffset);
+            }
+        } else if (const SShape* pOwner = m_shape.FindOwner(strName)) {
+            m_document.diagnostics.Add(ECode::MISPLACED_ATTRIBUTE, iOffset,
+                                       {Text::Quoted(strName), "it belongs to " + Text::Quoted(pOwner->strName)});
+        } else if (strName.compare(0, NAMESPACES.size(), NAMESPACES) != 0) {
+            m_document.diagnostics.Add(ECode::UNKNOWN_ATTRIBUTE, iOffset,
+                                       {Text::Quoted(strName), Text::Quoted(shape.strName)},
+                                       {Suggest(strName, shape.vecAttributes)});
+        }
+    }
+
+    std::string Suggest(std::string_view strName, const std::vector<std::string>& vecNames) {
+        const std::string strNearest =
+            m_iSuggestions++ < MAX_SUGGESTIONS ? FindNearestName(std::string(strName), vecNames) : std::string();
+        return strNearest.empty() ? REMOVE : "did you mean " + Text::Quoted(strNearest) + '?';
+    }
+
+    const SCheckedDocument& m_document;
+    CDocumentShape m_shape;
+    std::vector<SOpen> m_vecOpen;
+    std::size_t m_iSuggestions = 0;
+};
+
+}  // namespace
+
+void CheckShape(const SCheckedDocument& document) {
+    CShapeCheck(document).Run();
+}

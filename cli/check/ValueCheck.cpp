@@ -1,0 +1,232 @@
+// What an import silently replaces shows when the value that it read is compared with the text that stands there.
+
+#include <algorithm>
+#include <cstdint>
+#include <string>
+
+#include "cli/Text.h"
+#include "cli/check/CheckedDocument.h"
+#include "digital_assets/AssetFormat.h"
+#include "platform/common/TextTools.h"
+#include "templates/TemplateXml.h"
+
+namespace {
+
+using DigitalAssets::EAttribute;
+using DigitalAssets::SAssetFormat;
+using DigitalAssets::SNumber;
+using DigitalAssets::SType;
+
+struct SBounds {
+    const char* pMin;
+    const char* pMax;
+};
+constexpr SBounds BOUNDS[] = {
+    {TagUtf8::MIN_LENGTH, TagUtf8::MAX_LENGTH},
+    {TagUtf8::MIN_LEFT_RADIUS, TagUtf8::MAX_LEFT_RADIUS},
+};
+
+bool IsDigit(char c) {
+    return c >= '0' && c <= '9';
+}
+
+/** @return whether the text is the number itself, but for white space, a plus and zeros in front */
+bool SaysNumber(std::string_view strText, int iNumber) {
+    strText = OS::Trim(strText);
+    const bool bNegative = !strText.empty() && strText.front() == '-';
+    strText.remove_prefix(!strText.empty() && (bNegative || strText.front() == '+') ? 1 : 0);
+    if (strText.empty() || !std::all_of(strText.begin(), strText.end(), IsDigit)) {
+        return false;
+    }
+    strText.remove_prefix(std::min(strText.find_first_not_of('0'), strText.size() - 1));
+    const std::int64_t iValue = iNumber;
+    return strText == std::to_string(bNegative ? -iValue : iValue);
+}
+
+class CValueCheck {
+  public:
+    explicit CValueCheck(const SCheckedDocument& document) : m_document(document) {}
+
+    void CheckAsset(const SAssetFormat& format, const CXMLView& element) const {
+        CSettingsRow row(format.eKind == EItemKind::EXPRESSION ? ESettingsKind::EXPRESSION : ESettingsKind::KEYWORD);
+        DigitalAssets::ReadElement(format, element, row);
+        const std::string& strType = row.GetText(format.iTypeColumn);
+        for (const DigitalAssets::SAttribute& attribute : format.aAttributes) {
+            if (attribute.eForm == EAttribute::FLAG) {
+                // A built-in asset is kept only when the document says false in so many words.
+                CheckFlag(element, attribute.pName, attribute.iColumn != AssetColumn::PRE_DEFINED);
+            } else if (attribute.eForm == EAttribute::TYPE) {
+                CheckType(format, element, strType);
+            }
+        }
+        for (const SType& type : format.aTypes) {
+            if (strType == type.pName) {
+                CheckNumbers(format, type, element, row);
+            }
+        }
+    }
+
+    void CheckKeyword(const CXMLView& keyword) const {
+        CheckFlag(keyword, TagUtf8::CASE_SENSITIVE, true);
+        if (keyword.HasAttribute(TagUtf8::SCORE)) {
+            CheckNumber(keyword, TagUtf8::SCORE, OS::TextToInt(keyword.Attribute(TagUtf8::SCORE)));
+        }
+    }
+
+    void CheckTemplate(const CXMLView& element) const {
+        CheckFlag(element, TagUtf8::PRE_DEFINED, true);
+        for (CXMLView rule = element.FirstChild(TagUtf8::MATCH_RULE); rule;
+             rule = rule.NextSibling(TagUtf8::MATCH_RULE)) {
+            for (CXMLView block = rule.FirstChild(TagUtf8::BUILDING_BLOCK); block;
+                 block = block.NextSibling(TagUtf8::BUILDING_BLOCK)) {
+                CheckHits(block);
+            }
+        }
+    }
+
+  private:
+    void CheckFlag(const CXMLView& element, const char* pName, bool bFixable) const {
+        const std::string_view strFlag = element.Attribute(pName);
+        if (!element.HasAttribute(pName) || OS::EqualsNoCase(strFlag, Value::TRUE_TEXT) ||
+            OS::EqualsNoCase(strFlag, Value::FALSE_TEXT)) {
+            return;
+        }
+        const SAttributePlace place = m_document.Find(element, pName);
+        SDiagnostic* pDiagnostic =
+            m_document.diagnostics.Add(ECode::UNCLEAR_FLAG, place.iName, {pName, Text::Quoted(strFlag)});
+        if (bFixable) {
+            m_document.diagnostics.Fix(pDiagnostic, place.iValue, place.iValueLength, Value::FALSE_TEXT);
+        }
+    }
+
+    void CheckType(const SAssetFormat& format, const CXMLView& element, const std::string& strRead) const {
+        const std::string_view strType = element.Attribute(TagUtf8::TYPE);
+        if (OS::EqualsNoCase(strType, std::string_view(strRead))) {
+            return;
+        }
+        std::string strTypes;
+        for (const SType& type : format.aTypes) {
+            strTypes += (strTypes.empty() ? "" : ", ") + std::string(type.pName);
+        }
+        const SAttributePlace place = m_document.Find(element, TagUtf8::TYPE);
+        SDiagnostic* pDiagnostic =
+            m_document.diagnostics.Add(ECode::UNKNOWN_TYPE, place.iName, {Text::Quoted(strType), strRead}, {strTypes});
+        if (place.bFound) {
+            m_document.diagnostics.Fix(pDiagnostic, place.iValue, place.iValueLength, strRead);
+        }
+    }
+
+    void CheckNumbers(const SAssetFormat& format, const SType& type, const CXMLView& element,
+                      const CSettingsRow& row) const {
+        for (const SNumber& number : type.aNumbers) {
+            if (element.HasAttribute(number.pName)) {
+                CheckNumber(element, number.pName, row.GetNumber(number.iColumn));
+            }
+        }
+        CheckForeignNumbers(format, type, element);
+        CheckForeignChildren(format, type, element);
+        for (const SBounds& bounds : BOUNDS) {
+            CheckBounds(bounds, type, element, row);
+        }
+    }
+
+    void CheckForeignNumbers(const SAssetFormat& format, const SType& type, const CXMLView& element) const {
+        for (const SType& other : format.aTypes) {
+            for (const SNumber& number : other.aNumbers) {
+                // The lengths belong to two types; each is told once.
+                const bool bFirst = &other == FindFirstType(format, number.pName);
+                if (bFirst && element.HasAttribute(number.pName) && FindNumber(type, number.pName) == nullptr) {
+                    m_document.diagnostics.Add(ECode::MISPLACED_ATTRIBUTE, m_document.Find(element, number.pName).iName,
+                                               {Text::Quoted(number.pName), std::string("the type is ") + type.pName});
+                }
+            }
+        }
+    }
+
+    void CheckForeignChildren(const SAssetFormat& format, const SType& type, const CXMLView& element) const {
+        for (const DigitalAssets::SChild& child : format.aChildren) {
+            const CXMLView node = element.FirstChild(child.pName);
+            if (child.eNeed == DigitalAssets::ENeed::TYPED && &type == &format.aTypes.front() && node &&
+                !node.Text().empty()) {
+                m_document.diagnostics.Add(
+                    ECode::MISPLACED_ELEMENT, node.Offset(),
+                    {Text::Quoted(child.pName), "an expression of type " + std::string(type.pName)});
+            }
+        }
+    }
+
+    static const SNumber* FindNumber(const SType& type, std::string_view strName) {
+        const auto itNumber = std::find_if(type.aNumbers.begin(), type.aNumbers.end(),
+                                           [&](const SNumber& number) { return strName == number.pName; });
+        return itNumber == type.aNumbers.end() ? nullptr : &*itNumber;
+    }
+    static const SType* FindFirstType(const SAssetFormat& format, std::string_view strNumber) {
+        const auto itType = std::find_if(format.aTypes.begin(), format.aTypes.end(),
+                                         [&](const SType& type) { return FindNumber(type, strNumber) != nullptr; });
+        return itType == format.aTypes.end() ? nullptr : &*itType;
+    }
+
+    void CheckBounds(const SBounds& bounds, const SType& type, const CXMLView& element, const CSettingsRow& row) const {
+        const SNumber* pMin = FindNumber(type, bounds.pMin);
+        const SNumber* pMax = FindNumber(type, bounds.pMax);
+        if (pMin == nullptr || pMax == nullptr || row.GetNumber(pMin->iColumn) <= row.GetNumber(pMax->iColumn)) {
+            return;
+        }
+        const std::size_t iMin = m_document.Find(element, bounds.pMin).iName;
+        const SAttributePlace max = m_document.Find(element, bounds.pMax);
+        SDiagnostic* pDiagnostic =
+            m_document.diagnostics.Add(ECode::MIN_ABOVE_MAX, iMin,
+                                       {bounds.pMin, std::to_string(row.GetNumber(pMin->iColumn)), bounds.pMax,
+                                        std::to_string(row.GetNumber(pMax->iColumn))});
+        if (max.bFound) {
+            m_document.diagnostics.Relate(pDiagnostic, max.iName, std::string(bounds.pMax) + " stands here");
+        }
+    }
+
+    void CheckNumber(const CXMLView& element, const char* pName, int iRead) const {
+        const std::string_view strNumber = element.Attribute(pName);
+        if (SaysNumber(strNumber, iRead)) {
+            return;
+        }
+        const SAttributePlace place = m_document.Find(element, pName);
+        m_document.diagnostics.Fix(m_document.diagnostics.Add(ECode::UNCLEAR_NUMBER, place.iName,
+                                                              {pName, Text::Quoted(strNumber), std::to_string(iRead)}),
+                                   place.iValue, place.iValueLength, std::to_string(iRead));
+    }
+
+    void CheckHits(const CXMLView& block) const {
+        const TemplateXml::SBuildingBlock read = TemplateXml::ReadBuildingBlock(block);
+        const bool bGiven = block.HasAttribute(TagUtf8::ENTITY_HITS);
+        if (read.eType != EElementType::ENTITY) {
+            if (bGiven && read.eType == EElementType::KEYWORD) {
+                m_document.diagnostics.Add(ECode::MISPLACED_ATTRIBUTE,
+                                           m_document.Find(block, TagUtf8::ENTITY_HITS).iName,
+                                           {Text::Quoted(TagUtf8::ENTITY_HITS), "keyword lists have no hits"});
+            }
+        } else if (bGiven && !SaysNumber(block.Attribute(TagUtf8::ENTITY_HITS), read.iCount)) {
+            CheckNumber(block, TagUtf8::ENTITY_HITS, read.iCount);
+        } else if (read.iCount < 1) {
+            m_document.diagnostics.Add(ECode::HITS_BELOW_ONE, m_document.Find(block, TagUtf8::ENTITY_HITS).iName,
+                                       {std::to_string(read.iCount)});
+        }
+    }
+
+    const SCheckedDocument& m_document;
+};
+
+}  // namespace
+
+void CheckValues(const SCheckedDocument& document) {
+    const CValueCheck check(document);
+    for (const SAssetFormat* pFormat : {&DigitalAssets::EXPRESSION_FORMAT, &DigitalAssets::KEYWORD_FORMAT}) {
+        document.ForEach(TagUtf8::DIGITAL_ASSETS, pFormat->pElement,
+                         [&](const CXMLView& element) { check.CheckAsset(*pFormat, element); });
+    }
+    document.ForEach(TagUtf8::DIGITAL_ASSETS, TagUtf8::DICTIONARY, [&](const CXMLView& list) {
+        for (CXMLView keyword = list.FirstChild(TagUtf8::KEYWORD); keyword;
+             keyword = keyword.NextSibling(TagUtf8::KEYWORD)) {
+            check.CheckKeyword(keyword);
+        }
+    });
+    document.ForEachTemplate([&](const CXMLView& element) { check.CheckTemplate(element); });
+}
