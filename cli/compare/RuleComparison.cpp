@@ -5,8 +5,8 @@
 #include <map>
 #include <utility>
 
-#include "cli/compare/CNormalForms.h"
-#include "cli/compare/CTruthTable.h"
+#include "cli/compare/NormalForms.h"
+#include "cli/compare/TruthTable.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "cli/compare/CNormalForms.h"
+#include "cli/compare/NormalForms.h"
 
 #include <utility>
 

@@ -1,4 +1,4 @@
-#include "cli/compare/CTruthTable.h"
+#include "cli/compare/TruthTable.h"
 
 #include <bit>
 #include <iterator>
@@ -47,12 +47,17 @@ void CTruthTable::Join(EOperator eOperator, const CTruthTable& other) {
 
 std::optional<std::uint32_t> CTruthTable::FindFewest() const {
     std::optional<std::uint32_t> fewest;
+    int iFewest = MAX_CONDITIONS + 1;
     for (std::size_t i = 0; i < m_vecWords.size(); ++i) {
-        for (std::uint64_t iWord = m_vecWords[i]; iWord != 0; iWord &= iWord - 1) {
-            const std::size_t iWay = i * WORD_BITS + static_cast<std::size_t>(std::countr_zero(iWord));
+        const int iOfWord = std::popcount(i);
+        for (std::uint64_t iWord = m_vecWords[i]; iWord != 0 && iOfWord < iFewest; iWord &= iWord - 1) {
+            const auto iBit = static_cast<unsigned int>(std::countr_zero(iWord));
+            const std::size_t iWay = i * WORD_BITS + iBit;
+            const int iHolding = iOfWord + std::popcount(iBit);
             // The last word of a small table repeats its ways.
-            if (iWay < m_iWays && (!fewest || std::popcount(iWay) < std::popcount(*fewest))) {
+            if (iWay < m_iWays && iHolding < iFewest) {
                 fewest = static_cast<std::uint32_t>(iWay);
+                iFewest = iHolding;
             }
         }
     }
