@@ -16,7 +16,7 @@ cp -R "$here/toy" "$folder/toy"
 
 mutate() {
     "$here/../../scripts/mutate" --tree "$folder/toy" --build "$folder/build" --folders src --tests toy_tests \
-                                 --count 1000 2>"$folder/$1.log" >"$folder/$1.txt"
+                                 --count 1000 2>"$folder/$1.log" >"$folder/$1.txt" || { cat "$folder/$1.log"; exit 1; }
     diff -u "$here/toy/$1.txt" "$folder/$1.txt"
 }
 
@@ -24,7 +24,7 @@ mutate survivors
 # Better tests: only they are built, and only the survivors are asked for.
 cat "$folder/toy/tests/MoreCases.in" >>"$folder/toy/tests/ToyCases.cpp"
 mutate fewer-survivors
-! grep 'looking for' "$folder/fewer-survivors.log"
+if grep 'looking for' "$folder/fewer-survivors.log"; then exit 1; fi
 # Nothing has changed: nothing is run.
 mutate fewer-survivors
 test ! -s "$folder/fewer-survivors.log"
