@@ -100,7 +100,8 @@ class Build:
 
     def configure(self):
         subprocess.run(["cmake", "-S", self.tree, "-B", self.out, "-G", "Ninja", "-DCMAKE_BUILD_TYPE=Mutants",
-                        "-DDLP_BUILD_TESTS=ON", "--no-warn-unused-cli", f"-DCMAKE_CXX_FLAGS=-O0 -w -Wno-narrowing -include {RUNTIME}"],
+                        "-DDLP_BUILD_TESTS=ON", "--no-warn-unused-cli",
+                        f"-DCMAKE_CXX_FLAGS=-O0 -w -Wno-narrowing -include {RUNTIME}"],
                        check=True, stdout=subprocess.DEVNULL)
         return json.loads((self.out / "compile_commands.json").read_text())
 
@@ -159,8 +160,8 @@ class Build:
         return None
 
     def guilty(self, output, mutants):
-        """The mutants that the errors name; those on their lines; else on the lines of the notes beside them; else those
-        of the files that failed."""
+        """The mutants that the errors name; those on their lines; else on the lines of the notes beside them; else
+        those of the files that failed."""
         named = set(map(int, re.findall(r"error:.*mutate::Is\((\d+)\)", output))) & set(mutants)
         for kind in ("error", "note|warning|required from here", ""):
             places = set()
