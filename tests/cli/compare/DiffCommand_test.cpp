@@ -215,6 +215,22 @@ TEST_F(DiffCommand, TheLaterOfTwoElementsCountsAsInAnImport) {
                   SAME);
 }
 
+TEST_F(DiffCommand, ABuiltInTemplateIsReplacedByABuiltInOneOnly) {
+    const auto fnTemplate = [](const std::string& strDescription, const std::string& strPreDefined) {
+        return "\n<template name=\"t\" display_name=\"T\" description=\"" + strDescription + "\" pre-defined=\"" +
+               strPreDefined + "\"/>";
+    };
+    const std::string strFirst = Policy("", fnTemplate("first", "true"));
+    ExpectSame(Policy("", fnTemplate("older", "true") + fnTemplate("first", "TRUE")), strFirst);
+    const SToolRun run = Diff(Policy("", fnTemplate("first", "true") + fnTemplate("own", "no")), strFirst);
+    EXPECT_EQ(run.iCode, 1);
+    EXPECT_EQ(run.strOut, "");
+    EXPECT_EQ(run.strErr, "dlpctl: warning: " + m_dir.Path("a.xml") +
+                              ":3:1: template \"t\" skipped: the stored one is built in and this one is not; give it "
+                              "another name, or set pre-defined=\"true\" to replace the built-in one\n" +
+                              SAME);
+}
+
 TEST_F(DiffCommand, WhatImportWouldNotTakeIsLeftOutAndSaid) {
     const SToolRun run =
         Diff(Policy("<entity name=\"a\" display_name=\"A\"/>\n<dictionary name=\"\" display_name=\"W\"/>",
