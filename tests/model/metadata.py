@@ -7,7 +7,6 @@ from log import Log
 from texts import escape_special
 from xmltree import Document, Element
 
-POLICY_FILE = "PredefinedDLPPolicy.xml"
 SECTIONS = ("validators", "entity_types", "dictionary_types", "industries", "regions")
 LISTS = {"validators": "validators", "expression_types": "entity_types",
          "keyword_conditions": "dictionary_types", "industries": "industries",
