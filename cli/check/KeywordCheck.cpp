@@ -18,31 +18,29 @@ std::string Fold(std::string strText) {
     return strText;
 }
 
-/** The keywords of one list that were met so far, those of equal letters together. */
+/** The keywords of one list that were met so far. */
 class CKeywords {
   public:
-    struct SSeen {
-        std::string strKeyword;
-        bool bCaseSensitive;
-        std::size_t iOffset;
-    };
-
-    /** @return one that is the same; null, with this one added, when there is none */
-    const SSeen* FindOrAdd(SSeen&& keyword) {
-        const auto [itFirst, itEnd] = m_mapSeen.equal_range(Fold(keyword.strKeyword));
-        for (auto itSeen = itFirst; itSeen != itEnd; ++itSeen) {
-            const SSeen& seen = itSeen->second;
-            if (!seen.bCaseSensitive || !keyword.bCaseSensitive || seen.strKeyword == keyword.strKeyword) {
-                return &seen;
-            }
-        }
-        std::string strFolded = Fold(keyword.strKeyword);
-        m_mapSeen.emplace(std::move(strFolded), std::move(keyword));
-        return nullptr;
+    /** @return the offset of one that is the same; npos, with this one added, when there is none */
+    std::size_t FindOrAdd(const std::string& strKeyword, bool bCaseSensitive, std::size_t iOffset) {
+        const auto [itFolded, bNewFolded] =
+            m_mapFolded.try_emplace(Fold(strKeyword), SFolded{iOffset, !bCaseSensitive});
+        const auto [itExact, bNewExact] = m_mapExact.try_emplace(strKeyword, iOffset);
+        SFolded& folded = itFolded->second;
+        const bool bOther = bNewFolded || (bCaseSensitive && !folded.bAnyCase && bNewExact);
+        folded.bAnyCase = folded.bAnyCase || !bCaseSensitive;
+        return bOther ? std::string::npos : bNewExact ? folded.iOffset : itExact->second;
     }
 
   private:
-    std::unordered_multimap<std::string, SSeen> m_mapSeen;
+    /** The first keyword of these letters, and whether one of them is found in any case. */
+    struct SFolded {
+        std::size_t iOffset;
+        bool bAnyCase;
+    };
+
+    std::unordered_map<std::string, SFolded> m_mapFolded;
+    std::unordered_map<std::string, std::size_t> m_mapExact;
 };
 
 /** @return how many keywords, or the sum of what they count if that is more */
@@ -51,19 +49,19 @@ std::int64_t CheckEach(const SCheckedDocument& document, const CXMLView& list) {
     std::int64_t iKeywords = 0;
     std::int64_t iScores = 0;
     for (CXMLView node = list.FirstChild(TagUtf8::KEYWORD); node; node = node.NextSibling(TagUtf8::KEYWORD)) {
-        std::string strKeyword = node.Text();
+        const std::string strKeyword = node.Text();
         ++iKeywords;
         iScores += std::max(0, OS::TextToInt(node.Attribute(TagUtf8::SCORE)));
         if (OS::Trim(std::string_view(strKeyword)).empty()) {
             document.diagnostics.Add(ECode::KEYWORD_BLANK, node.Offset());
             continue;
         }
-        const std::string strShown = Text::Quoted(strKeyword);
         const bool bCaseSensitive = OS::EqualsNoCase(node.Attribute(TagUtf8::CASE_SENSITIVE), Value::TRUE_TEXT);
-        if (const CKeywords::SSeen* pSeen =
-                keywords.FindOrAdd({std::move(strKeyword), bCaseSensitive, node.Offset()})) {
-            document.diagnostics.Relate(document.diagnostics.Add(ECode::KEYWORD_TWICE, node.Offset(), {strShown}),
-                                        pSeen->iOffset, "the first one is here");
+        const std::size_t iSame = keywords.FindOrAdd(strKeyword, bCaseSensitive, node.Offset());
+        if (iSame != std::string::npos) {
+            document.diagnostics.Relate(
+                document.diagnostics.Add(ECode::KEYWORD_TWICE, node.Offset(), {Text::Quoted(strKeyword)}), iSame,
+                "the first one is here");
         }
     }
     return std::max(iKeywords, iScores);

@@ -5,10 +5,10 @@
 
 namespace {
 
-/** Of one document: trying thousands of slow patterns would take longer than anybody waits. */
-constexpr std::size_t MAX_COSTLY_RUNS = 200;
+/** For one document, enough for some thousands of patterns: trying any number would take longer than anybody waits. */
+constexpr std::size_t MAX_EFFORT = 60000;
 
-void CheckPattern(const SCheckedDocument& document, const CXMLView& node, std::size_t& iCostlyRuns) {
+void CheckPattern(const SCheckedDocument& document, const CXMLView& node, std::size_t& iEffort) {
     const std::string strPattern = node.Text();
     const CPatternProbe probe(strPattern);
     const auto fnPlace = [&](std::size_t iByte) { return FindTextOffset(document.strText, node.Offset(), iByte); };
@@ -20,7 +20,7 @@ void CheckPattern(const SCheckedDocument& document, const CXMLView& node, std::s
     if (probe.MatchesEmpty()) {
         document.diagnostics.Add(ECode::PATTERN_EMPTY, fnPlace(0));
     }
-    if (const std::size_t iCharacters = probe.FindRunaway(iCostlyRuns)) {
+    if (const std::size_t iCharacters = probe.FindRunaway(iEffort)) {
         document.diagnostics.Add(ECode::PATTERN_BACKTRACKS, fnPlace(0),
                                  {std::to_string(CPatternProbe::MAX_STEPS), std::to_string(iCharacters)});
     }
@@ -29,10 +29,10 @@ void CheckPattern(const SCheckedDocument& document, const CXMLView& node, std::s
 }  // namespace
 
 void CheckPatterns(const SCheckedDocument& document) {
-    std::size_t iCostlyRuns = MAX_COSTLY_RUNS;
+    std::size_t iEffort = MAX_EFFORT;
     document.ForEach(TagUtf8::DIGITAL_ASSETS, TagUtf8::ENTITY, [&](const CXMLView& element) {
         if (const CXMLView node = element.FirstChild(TagUtf8::REGULAR_EXPRESSION)) {
-            CheckPattern(document, node, iCostlyRuns);
+            CheckPattern(document, node, iEffort);
         }
     });
 }

@@ -24,7 +24,8 @@ constexpr std::size_t MAX_PUMPS = 12;
 constexpr const char STOPPER[] = "\x01";
 
 /** Most patterns need no more. */
-constexpr std::uint32_t FEW_STEPS = 2000;
+constexpr std::uint32_t FEW_STEPS = 1000;
+constexpr std::size_t COSTLY_EFFORT = CPatternProbe::MAX_STEPS / FEW_STEPS;
 
 /** Not to see at a glance that a text lacks a character that every match has: any text may have it somewhere. */
 constexpr std::uint32_t OPTIONS = PCRE2_UTF | PCRE2_NO_START_OPTIMIZE;
@@ -110,15 +111,15 @@ bool CPatternProbe::MatchesEmpty() const {
     return m_pEngine->pCode != nullptr && m_pEngine->Match("", 0, 0, MAX_STEPS) >= 0;
 }
 
-std::size_t CPatternProbe::FindRunaway(std::size_t& iCostlyRuns) const {
+std::size_t CPatternProbe::FindRunaway(std::size_t& iEffort) const {
     const SPatternSample sample = SamplePattern(m_strPattern);
-    if (m_pEngine->pCode == nullptr || !sample.bCanRunAway) {
+    if (m_pEngine->pCode == nullptr || iEffort == 0 || !sample.bCanRunAway) {
         return 0;
     }
     for (const auto& [strPump, strBefore] : MakePumps(sample.vecCharacters)) {
         const std::string strSubject = strBefore + Repeat(strPump) + STOPPER;
-        if (RunsAway(strSubject, 0, iCostlyRuns) ||
-            (!strBefore.empty() && RunsAway(strSubject, strBefore.size(), iCostlyRuns))) {
+        if (RunsAway(strSubject, 0, iEffort) ||
+            (!strBefore.empty() && RunsAway(strSubject, strBefore.size(), iEffort))) {
             return OS::CountCodePoints(strSubject);
         }
     }
@@ -126,11 +127,15 @@ std::size_t CPatternProbe::FindRunaway(std::size_t& iCostlyRuns) const {
 }
 
 /** From one place only: a match that is tried from every place takes longer, but in proportion to the text. */
-bool CPatternProbe::RunsAway(const std::string& strSubject, std::size_t iStart, std::size_t& iCostlyRuns) const {
+bool CPatternProbe::RunsAway(const std::string& strSubject, std::size_t iStart, std::size_t& iEffort) const {
     constexpr std::uint32_t HERE = PCRE2_ANCHORED | PCRE2_NO_UTF_CHECK;
-    if (!IsLimit(m_pEngine->Match(strSubject, iStart, HERE, FEW_STEPS)) || iCostlyRuns == 0) {
+    if (iEffort == 0) {
         return false;
     }
-    --iCostlyRuns;
+    --iEffort;
+    if (!IsLimit(m_pEngine->Match(strSubject, iStart, HERE, FEW_STEPS))) {
+        return false;
+    }
+    iEffort -= std::min(iEffort, COSTLY_EFFORT);
     return IsLimit(m_pEngine->Match(strSubject, iStart, HERE, MAX_STEPS));
 }

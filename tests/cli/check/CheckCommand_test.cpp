@@ -189,6 +189,37 @@ TEST_F(CheckCommand, ABrokenPatternIsShownInTheFileThroughReferencesAndSections)
     EXPECT_EQ(report["files"][0]["diagnostics"][0]["column"], 40);
 }
 
+TEST_F(CheckCommand, KeywordsAreTheSameInAnyCaseUnlessBothMindIt) {
+    struct {
+        std::vector<std::pair<const char*, bool>> vecKeywords;  ///< and whether case matters
+        std::vector<int> vecTwice;                              ///< which of them are told, from 0
+    } const aLists[] = {
+        {{{"a", true}, {"A", true}, {"b", true}}, {}},
+        {{{"a", true}, {"a", true}}, {1}},
+        {{{"a", false}, {"A", true}}, {1}},
+        {{{"a", true}, {"A", false}, {"A", true}}, {1, 2}},
+        {{{"ab", true}, {"aB", true}, {"Ab", false}, {"AB", true}}, {2, 3}},
+        {{{"a", true}, {"a ", true}}, {}},
+    };
+    for (const auto& list : aLists) {
+        std::string strDocument =
+            "<SAPolicy template_version=\"3\"><digitalAssets><dictionary name=\"d\" type=\"Any\" "
+            "display_name=\"D\">\n";
+        for (const auto& [pKeyword, bCase] : list.vecKeywords) {
+            strDocument += std::string("<keyword caseSensitive=\"") + (bCase ? "true" : "false") + "\">" + pKeyword +
+                           "</keyword>\n";
+        }
+        const Json report = Json::parse(
+            Run({"--json", "check", "--assets", "-"}, strDocument + "</dictionary></digitalAssets></SAPolicy>").strOut);
+        std::vector<int> vecTwice;
+        for (const Json& diagnostic : report["files"][0]["diagnostics"]) {
+            EXPECT_EQ(diagnostic["code"], "DLP052");
+            vecTwice.push_back(diagnostic["line"].get<int>() - 2);
+        }
+        EXPECT_EQ(vecTwice, list.vecTwice) << strDocument;
+    }
+}
+
 TEST_F(CheckCommand, TheStoreThatCannotBeOpenedEndsTheCheck) {
     m_dir.Write("none.db", "this is no database of anything, and long enough to be told apart from an empty file");
     const SToolRun run = RunOn(Url("none.db"), {"check", "-"}, Documents::Small());
