@@ -59,6 +59,8 @@ class ToolFaults : public CToolTest {
             {"show of no name", {"show", "keyword", "word"}, "", false},
             {"diff", {"diff", "memory:", "store"}, "", false},
             {"refs", {"refs"}, "", false},
+            {"check", {"check", "-"}, Second(), false},
+            {"check of assets", {"check", "--assets", "-"}, Second(), false},
             {"dump", {"store", "dump"}, "", false},
             {"dump to a file", {"store", "dump", "-o", m_dir.Path("out")}, "", true},
             {"load", {"store", "load", "-"}, strLoad, false},
