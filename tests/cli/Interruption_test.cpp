@@ -38,6 +38,7 @@ const SCommand COMMANDS[] = {
     {"List", {"list", "expressions"}, "dlpctl-list/1"},
     {"Diff", {"diff", "memory:", "store"}, "dlpctl-diff/1"},
     {"Refs", {"refs"}, "dlpctl-refs/1"},
+    {"Check", {"check", DLP_SOURCE_DIR "/examples/starter-policy.xml"}, "dlpctl-check/1"},
     {"Dump", {"store", "dump", "-o", "OUT"}, "dlpctl-dump/1"},
     {"Load", {"store", "load", "-"}, "dlpctl-store-load/1"},
 };
