@@ -21,6 +21,14 @@ std::string MakeExcerptLines(const SDiagnostic& diagnostic) {
            '\n' + strMargin + " | " + std::string(diagnostic.excerpt.iCaret, ' ') + "^\n";
 }
 
+std::string MakeAdvice(const SDiagnostic& diagnostic) {
+    const std::string strFix = diagnostic.fix ? Text::Quoted(diagnostic.fix->strReplacement) : std::string();
+    if (diagnostic.bFixed) {
+        return "fixed: " + strFix + " is written there now";
+    }
+    return diagnostic.strAdvice + (diagnostic.fix ? "; --fix writes " + strFix : std::string());
+}
+
 std::string MakeRow(const std::string& strFile, const SDiagnostic& diagnostic) {
     const SCodeRow& row = GetCodeRow(diagnostic.eCode);
     std::string strRow = FormatPlace(strFile, diagnostic.place) + ": " + GetSeverityName(diagnostic.eSeverity) + ": " +
@@ -28,8 +36,7 @@ std::string MakeRow(const std::string& strFile, const SDiagnostic& diagnostic) {
     if (diagnostic.place.iLine != 0) {
         strRow += MakeExcerptLines(diagnostic);
     }
-    strRow += diagnostic.bFixed ? "  fixed: " + Text::Quoted(diagnostic.fix->strReplacement) + " is written there now\n"
-                                : "  " + diagnostic.strAdvice + '\n';
+    strRow += "  " + MakeAdvice(diagnostic) + '\n';
     if (diagnostic.related) {
         strRow += "  " + FormatPlace(strFile, diagnostic.related->place) + ": " + diagnostic.related->strMessage + '\n';
     }

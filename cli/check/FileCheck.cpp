@@ -183,7 +183,8 @@ class CFileCheck {
             if (itDiagnostic->fix) {
                 const SFix& fix = *itDiagnostic->fix;
                 strFixed.replace(fix.iOffset, fix.iLength, fix.strReplacement);
-                itDiagnostic->bFixed = bAny = true;
+                itDiagnostic->bFixed = !m_check.bDryRun;
+                bAny = true;
             }
         }
         if (bAny && !m_check.bDryRun) {

@@ -153,7 +153,11 @@ TEST_F(CheckCommand, TextEndsAfterAHundredUnlessAllIsAskedFor) {
 TEST_F(CheckCommand, AFixChangesNoMeaning) {
     const std::string strFile = m_dir.Write("p.xml", WithFixes());
     RunOn(Url("before.db"), {"import", strFile});
-    EXPECT_EQ(RunOn("memory:", {"check", "--fix", "--dry-run", strFile}).iCode, 0);
+    const std::string strPreview = RunOn("memory:", {"check", "--fix", "--dry-run", strFile}).strOut;
+    EXPECT_NE(strPreview.find("\n  write one of Generic, Type 1, Type 2, Type 3; --fix writes \"Generic\"\n"),
+              std::string::npos)
+        << strPreview;
+    EXPECT_NE(strPreview.find("\n7 warnings in 1 file\n"), std::string::npos) << strPreview;
     EXPECT_EQ(m_dir.Read("p.xml"), WithFixes());
 
     const SToolRun run = RunOn("memory:", {"--json", "check", "--fix", strFile});
