@@ -142,9 +142,9 @@ class Sequences:
     def _setting(self) -> Operation:
         if self._chance.random() < 0.6:
             value = self._taste.pick(s.LANGUAGES + [""], s.ODD_LANGUAGES, "odd languages")
-            return {"op": "set_language", "value": value}
+            return {"op": "set_language", "value": value + self._bad(0.05)}
         value = self._taste.pick(s.VERSIONS, s.ODD_VERSIONS + ["", "3&4"], "odd versions")
-        return {"op": "set_version", "value": value}
+        return {"op": "set_version", "value": value + self._bad(0.2)}
 
     def _text_operation(self) -> Operation:
         name = self._chance.choice(["check", "format", "normalize", "categories"])
@@ -165,7 +165,7 @@ class Sequences:
         if self._chance.random() < 0.5:
             return {"op": "template_to_rules", "text": self._policies.template_text(),
                     "rules": rules[:1], "operators": operators[:1]}
-        bad = self._bad(0.05)
+        bad = self._bad(0.2)
         return {"op": "rules_to_template", "before": self._policies.template_text(), "rules": rules,
                 "operators": operators,
                 "name": self._taste.name(s.TEMPLATE_NAMES), "display_name": self._taste.text(),
