@@ -136,6 +136,16 @@ INSTANTIATE_TEST_SUITE_P(
                           R"(<matchRule><buildingBlock sourceType="C"/></matchRule>)",
                           "this digital asset type is not supported type = C"},
                     SCase{R"(<matchRule><buildingBlock sourceType="ENTITY" sourceName="Card"/>)"
+                          R"(<buildingBlock sourceType="KEYWORD" sourceName="none" operation="AND"/></matchRule>)",
+                          "keyword internal name none is invalid"},
+                    SCase{R"(<matchRule><buildingBlock sourceType="ENTITY" sourceName="Card"/>)"
+                          R"(<buildingBlock sourceType="KEYWORD" sourceName="Words" operation="OR"/>)"
+                          R"(<buildingBlock sourceType="ENTITY" sourceName="Card" operation="EXCEPT"/></matchRule>)",
+                          "buildingblock operation EXCEPT is invalid"},
+                    SCase{R"(<matchRule><buildingBlock sourceType="ENTITY" sourceName="Card"/>)"
+                          R"(<other/><buildingBlock sourceType="C"/></matchRule>)",
+                          "this digital asset type is not supported type = C"},
+                    SCase{R"(<matchRule><buildingBlock sourceType="ENTITY" sourceName="Card"/>)"
                           R"(<buildingBlock sourceType="KEYWORD" sourceName="Words" operation="AND"/></matchRule>)"
                           R"(<matchRule><buildingBlock sourceType="KEYWORD" sourceName="none"/></matchRule>)",
                           "keyword internal name none is invalid"},
