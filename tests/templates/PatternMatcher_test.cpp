@@ -161,6 +161,7 @@ INSTANTIATE_TEST_SUITE_P(Classes, PatternDialect,
                                          SCase{L"[^a]", L"", "none"},           //
                                          SCase{L"[a^]", L"^", "0-1"},           //
                                          SCase{L"[a-]", L"-", "0-1"},           //
+                                         SCase{L"[a-]b", L"a-b", "1-3"},        //
                                          SCase{L"[-a]", L"-", "0-1"},           //
                                          SCase{L"[a-c-e]+", L"-e", "0-2"},      //
                                          SCase{L"[.*(|{]+", L"x.*(|{", "1-6"},  //
