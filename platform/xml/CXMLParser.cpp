@@ -19,7 +19,10 @@ constexpr char NOT_UTF16[] = "declared as UTF-16, which the file is not";
 /** Stands for a byte too many, which is as wrong. */
 constexpr wchar_t HALF_A_PAIR = 0xD800;
 
-/** UTF-16 of a file, byte order mark included. @return UTF-8, in which a lone surrogate is what no UTF-8 has */
+/**
+ * UTF-16 of a file, byte order mark included; in UTF-8 it stays the mark, so that one alone is passed over.
+ * @return UTF-8, in which a lone surrogate is what no UTF-8 has
+ */
 std::string FromUtf16(std::string_view strBytes) {
     const std::size_t iHigh = strBytes[0] == '\xFE' ? 0 : 1;
     const auto fnUnit = [strBytes, iHigh](std::size_t i) {
@@ -27,7 +30,7 @@ std::string FromUtf16(std::string_view strBytes) {
                                     static_cast<unsigned char>(strBytes[i + 1 - iHigh]));
     };
     std::wstring strText;
-    for (std::size_t i = 2; i + 1 < strBytes.size(); i += 2) {
+    for (std::size_t i = 0; i + 1 < strBytes.size(); i += 2) {
         const wchar_t c = fnUnit(i);
         const bool bPair = c >= 0xD800 && c <= 0xDBFF && i + 3 < strBytes.size();
         const wchar_t cNext = bPair ? fnUnit(i + 2) : 0;

@@ -450,6 +450,15 @@ TEST(XmlFile, WithoutByteOrderMarkIsUtf8WhateverElseItDeclares) {
     EXPECT_EQ(strPath + ":1:1: declared as UTF-16, which the file is not", Thrown([&] { LoadFile(strPath); }));
 }
 
+TEST(XmlFile, SecondByteOrderMarkIsRefused) {
+    const CTempDir folder;
+    for (const std::string& strBytes :
+         {Utf16(u"\uFEFF<a/>", true), Utf16(u"\uFEFF<a/>", false), std::string("\xEF\xBB\xBF\xEF\xBB\xBF<a/>")}) {
+        const std::string strPath = folder.Write("marks.xml", strBytes);
+        EXPECT_NE("nothing thrown", Thrown([&] { LoadFile(strPath); }));
+    }
+}
+
 TEST(XmlFile, FaultyUtf16IsRefused) {
     const CTempDir folder;
     const std::u16string HALVES[] = {u"<a>\xD83D</a>", u"<a>\xDE00</a>", u"<a>\xDE00\xD83D</a>", u"<a/>\xD83D"};
