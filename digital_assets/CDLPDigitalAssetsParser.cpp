@@ -71,7 +71,8 @@ bool CDLPDigitalAssetsParser::GenerateDigitalAssetsXML(const OS::x_wstring&,
                                                        const std::vector<OS::x_wstring>& vecKeywords,
                                                        std::wstring& strOut) {
     return WriteWide(strOut, [&](std::string& strUtf8) {
-        return DigitalAssets::Generate(vecExpressions, vecKeywords, strUtf8, nullptr);
+        CXMLWriter writer(strUtf8);
+        return DigitalAssets::Generate(vecExpressions, vecKeywords, writer, nullptr);
     });
 }
 

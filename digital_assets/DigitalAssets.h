@@ -39,16 +39,17 @@ bool StartRoot(CXMLWriter& writer);
 bool WriteEmptyRoot(CXMLWriter& writer);
 
 /**
- * Appends the digitalAssets element with the chosen assets, all as they are at one moment, to strOut, which stays as it
- * was on failure.
+ * Writes the digitalAssets element with the chosen assets, all as they are at one moment; on failure a part of it. When
+ * a keyword list nests so deep that the element cannot be read again, the result is true, the observer is told of the
+ * list, and the writer has not ended the element in the sense of HasEnded.
  * @param vecExpressions, vecKeywords subject identifiers
  * @param pObserver told of the record over which it fails; may be null
  * @return false, logged, when any one record cannot be read or written
  */
 bool Generate(const std::vector<OS::x_wstring>& vecExpressions, const std::vector<OS::x_wstring>& vecKeywords,
-              std::string& strOut, CExportObserver* pObserver);
+              CXMLWriter& writer, CExportObserver* pObserver);
 
-/** Appends a whole document with the chosen assets to strOut; as Generate. */
+/** Appends a whole document with the chosen assets to strOut, which stays as it was on failure; as Generate. */
 bool Export(const std::vector<OS::x_wstring>& vecExpressions, const std::vector<OS::x_wstring>& vecKeywords,
             std::string& strOut, CExportObserver* pObserver);
 

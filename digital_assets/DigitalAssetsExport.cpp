@@ -52,6 +52,7 @@ constexpr SExport KEYWORDS = {
 };
 
 constexpr wchar_t NO_DICTIONARY[] = L"the stored keywords are no dictionary document";
+constexpr wchar_t TOO_DEEP[] = L"the stored keywords nest too deep to be read again";
 constexpr wchar_t ASSETS_GENERATED[] = L"CDLPDigitalAssetsParser::GenerateDigitalAssetsXML()";
 constexpr wchar_t PART_FAILED[] = L"Fail to generate xml file digital assets part.";
 
@@ -149,6 +150,7 @@ Record Load(const SExport& kind, const OS::x_wstring& strSubject, CExportObserve
 
 bool WriteRecords(const SExport& kind, const std::vector<OS::x_wstring>& vecSubjects, CXMLWriter& writer,
                   CExportObserver* pObserver) {
+    bool bTooDeep = false;
     for (const OS::x_wstring& strSubject : vecSubjects) {
         const Record pRecord = Load(kind, strSubject, pObserver);
         if (!WriteElement(kind, pRecord->Row(), strSubject, writer, pObserver)) {
@@ -157,35 +159,11 @@ bool WriteRecords(const SExport& kind, const std::vector<OS::x_wstring>& vecSubj
         if (!writer.HasEnded(kind.format.pElement)) {
             return NotFound(NODE_NOT_FOUND, kind.format.pElement);
         }
-    }
-    return true;
-}
-
-/**
- * All records as they are at one moment.
- * @return false, logged, when a record cannot be read or written; what was written is no whole element then
- */
-bool WriteAssets(const std::vector<OS::x_wstring>& vecExpressions, const std::vector<OS::x_wstring>& vecKeywords,
-                 CXMLWriter& writer, CExportObserver* pObserver) {
-    DLP_LOG(DBG::LEVEL_ENTER, ASSETS_GENERATED);
-    try {
-        CSettingsTransaction unit(EUnitOfWork::READ);
-        writer.StartElement(TagUtf8::DIGITAL_ASSETS);
-        if (!writer.IsIn(TagUtf8::DIGITAL_ASSETS)) {
-            return NotFound(NODE_NOT_FOUND, TagUtf8::DIGITAL_ASSETS);
+        if (!bTooDeep && writer.DepthWritten() >= CXMLParser::MAX_DEPTH) {
+            bTooDeep = true;
+            TellFailed(pObserver, strSubject, TOO_DEEP);
         }
-        writer.Attribute(TagUtf8::COMMAND, Value::OVERWRITE);
-        if (!WriteRecords(EXPRESSIONS, vecExpressions, writer, pObserver) ||
-            !WriteRecords(KEYWORDS, vecKeywords, writer, pObserver)) {
-            return false;
-        }
-        writer.EndElement();
-        unit.Commit();
-    } catch (const OS::CException& error) {
-        DLP_LOG(DBG::LEVEL_ERROR, L"Fail to generate digital access xml, Error: %s", error.GetErrorMessage());
-        return false;
     }
-    DLP_LOG(DBG::LEVEL_LEAVE, ASSETS_GENERATED);
     return true;
 }
 
@@ -220,13 +198,26 @@ bool WriteEmptyRoot(CXMLWriter& writer) {
 }
 
 bool Generate(const std::vector<OS::x_wstring>& vecExpressions, const std::vector<OS::x_wstring>& vecKeywords,
-              std::string& strOut, CExportObserver* pObserver) {
-    CAppended appended(strOut);
-    CXMLWriter writer(strOut);
-    if (!WriteAssets(vecExpressions, vecKeywords, writer, pObserver)) {
+              CXMLWriter& writer, CExportObserver* pObserver) {
+    DLP_LOG(DBG::LEVEL_ENTER, ASSETS_GENERATED);
+    try {
+        CSettingsTransaction unit(EUnitOfWork::READ);
+        writer.StartElement(TagUtf8::DIGITAL_ASSETS);
+        if (!writer.IsIn(TagUtf8::DIGITAL_ASSETS)) {
+            return NotFound(NODE_NOT_FOUND, TagUtf8::DIGITAL_ASSETS);
+        }
+        writer.Attribute(TagUtf8::COMMAND, Value::OVERWRITE);
+        if (!WriteRecords(EXPRESSIONS, vecExpressions, writer, pObserver) ||
+            !WriteRecords(KEYWORDS, vecKeywords, writer, pObserver)) {
+            return false;
+        }
+        writer.EndElement();
+        unit.Commit();
+    } catch (const OS::CException& error) {
+        DLP_LOG(DBG::LEVEL_ERROR, L"Fail to generate digital access xml, Error: %s", error.GetErrorMessage());
         return false;
     }
-    appended.Keep();
+    DLP_LOG(DBG::LEVEL_LEAVE, ASSETS_GENERATED);
     return true;
 }
 
@@ -242,7 +233,7 @@ bool Export(const std::vector<OS::x_wstring>& vecExpressions, const std::vector<
         if (!writer.IsIn(TagUtf8::SA_POLICY)) {
             return NotFound(NOT_FOUND, TagUtf8::SA_POLICY);
         }
-        if (!WriteAssets(vecExpressions, vecKeywords, writer, pObserver)) {
+        if (!Generate(vecExpressions, vecKeywords, writer, pObserver)) {
             return Failed(PART_FAILED);
         }
         if (!writer.HasEnded(TagUtf8::DIGITAL_ASSETS)) {

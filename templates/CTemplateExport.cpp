@@ -48,11 +48,8 @@ void AddTo(std::set<std::wstring>* pSubjects, const std::vector<OS::x_wstring>& 
     }
 }
 
-/** @return whether the section is there; a missing one is logged */
-bool IsMade(const std::string& strSection, const char* pTag) {
-    if (StartsWithElement(strSection, pTag)) {
-        return true;
-    }
+/** Logs the section that is not there. @return false */
+bool NotMade(const char* pTag) {
     DLP_LOG(DBG::LEVEL_FAILURE, TemplateLog::NODE_NOT_FOUND, OS::WideText(pTag));
     return false;
 }
@@ -201,7 +198,7 @@ bool CTemplateExport::MakeTemplates() {
             writer.Raw(pPrepared->strMarkup);
         }
     });
-    return IsMade(m_strTemplates, TagUtf8::COMPLIANCE_TEMPLATES);
+    return StartsWithElement(m_strTemplates, TagUtf8::COMPLIANCE_TEMPLATES) || NotMade(TagUtf8::COMPLIANCE_TEMPLATES);
 }
 
 bool CTemplateExport::MakeAssets() {
@@ -214,9 +211,10 @@ bool CTemplateExport::MakeAssets() {
     }
     const std::vector<OS::x_wstring> vecExpressions = MakeSubjects(SUBJECT_EXPRESSION, lstExpressions);
     const std::vector<OS::x_wstring> vecKeywords = MakeSubjects(SUBJECT_KEYWORD, lstKeywords);
-    DigitalAssets::Generate(vecExpressions, vecKeywords, m_strAssets, m_pObserver);
-    if (!IsMade(m_strAssets, TagUtf8::DIGITAL_ASSETS)) {
-        return false;
+    CXMLWriter writer(m_strAssets);
+    if (!DigitalAssets::Generate(vecExpressions, vecKeywords, writer, m_pObserver) ||
+        !writer.HasEnded(TagUtf8::DIGITAL_ASSETS)) {
+        return NotMade(TagUtf8::DIGITAL_ASSETS);
     }
     AddTo(m_sets.pExpressions, vecExpressions);
     AddTo(m_sets.pKeywords, vecKeywords);

@@ -89,7 +89,7 @@ bool CXMLWriter::IsIn(const char* pName) const {
 
 bool CXMLWriter::HasEnded(const char* pName) const {
     // What nests deepest may stand before this element; as deep as that one, it was too deep by itself.
-    const bool bReadable = m_iDeepest - m_vecOpen.size() <= CXMLParser::MAX_DEPTH;
+    const bool bReadable = DepthWritten() <= CXMLParser::MAX_DEPTH;
     return !XML_FINDS_NOTHING() && bReadable && std::string_view(m_pEnded) == pName;
 }
 

@@ -39,6 +39,8 @@ class DLP_PLATFORM_API CXMLWriter {
     bool IsIn(const char* pName) const;
     /** @return whether the element ended last has this name and nests no deeper than is read; Raw counts as flat */
     bool HasEnded(const char* pName) const;
+    /** @return how deep elements nest that were written so far, counted from below those that are open now */
+    std::size_t DepthWritten() const { return m_iDeepest - m_vecOpen.size(); }
 
   private:
     void CloseStartTag();

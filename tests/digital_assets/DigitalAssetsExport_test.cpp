@@ -2,6 +2,7 @@
 
 #include "api/CDLPDigitalAssetsParser.h"
 #include "digital_assets/DigitalAssets.h"
+#include "platform/xml/CXMLWriter.h"
 #include "tests/digital_assets/AssetFixture.h"
 #include "tests/support/FaultStore.h"
 
@@ -282,6 +283,12 @@ TEST_F(AssetExport, AssetsTooDeepToBeReadFailTheDocument) {
     EXPECT_NE(Export({}, {L"k"}), "failed");
     save(255);
     EXPECT_NE(Assets({}, {L"k"}), "failed");
+    CExportListener listener;
+    std::string strOut;
+    Keyword(L"other").SaveThis();
+    EXPECT_FALSE(DigitalAssets::Export({}, Subjects(SUBJECT_KEYWORD, {L"k", L"other"}), strOut, &listener));
+    EXPECT_THAT(listener.m_vecFailed,
+                ElementsAre("ORVAL_SUB_CFG_DLP_KEYWORDk: the stored keywords nest too deep to be read again"));
     CLogRecorder log;
     EXPECT_EQ(Export({}, {L"k"}), "failed");
     EXPECT_THAT(log.Lines(), ElementsAre(Line("0x110", "CDLPDigitalAssetsParser::ExportDigitalAssets()"),
@@ -359,8 +366,8 @@ TEST_F(AssetExport, ObserverHearsOverWhichRecordItFails) {
     CExportListener listener;
     std::string strOut = AS_IT_WAS;
     EXPECT_FALSE(DigitalAssets::Export(Subjects(SUBJECT_EXPRESSION, {L"e"}), {}, strOut, &listener));
-    EXPECT_FALSE(DigitalAssets::Generate({}, Subjects(SUBJECT_KEYWORD, {L"k"}), strOut, &listener));
-    EXPECT_FALSE(DigitalAssets::Generate({}, Subjects(SUBJECT_KEYWORD, {L"absent"}), strOut, &listener));
+    EXPECT_FALSE(DigitalAssets::Export({}, Subjects(SUBJECT_KEYWORD, {L"k"}), strOut, &listener));
+    EXPECT_FALSE(DigitalAssets::Export({}, Subjects(SUBJECT_KEYWORD, {L"absent"}), strOut, &listener));
     EXPECT_EQ(strOut, AS_IT_WAS);
     EXPECT_THAT(listener.m_vecFailed,
                 ElementsAre(testing::MatchesRegex("ORVAL_SUB_CFG_DLP_EXPRESSIONe: .*U\\+0001.*"),
@@ -370,7 +377,8 @@ TEST_F(AssetExport, ObserverHearsOverWhichRecordItFails) {
 
 TEST_F(AssetExport, TextIsAppendedToWhatIsThere) {
     std::string strOut = AS_IT_WAS;
-    EXPECT_TRUE(DigitalAssets::Generate({}, {}, strOut, nullptr));
+    CXMLWriter writer(strOut);
+    EXPECT_TRUE(DigitalAssets::Generate({}, {}, writer, nullptr));
     EXPECT_TRUE(DigitalAssets::Export({}, {}, strOut, nullptr));
     EXPECT_EQ(strOut, std::string(AS_IT_WAS) + "<digitalAssets command=\"overwrite\"/>" + DECLARATION + ROOT_START +
                           "<digitalAssets command=\"overwrite\"/></SAPolicy>");

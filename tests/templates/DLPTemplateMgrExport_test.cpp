@@ -363,6 +363,31 @@ TEST_F(TemplateExport, AssetThatTheCheckDoesNotSeeFailsTheExport) {
     EXPECT_EQ(observer.m_vecHeard[0].find("ORVAL_SUB_CFG_DLP_EXPRESSIONnone: "), 0U);
 }
 
+TEST_F(TemplateExport, KeywordsTooDeepToBeReadFailTheExport) {
+    const auto save = [](int iDepth) {
+        OS::x_wstring strText;
+        for (int i = 0; i < iDepth; ++i) {
+            strText = L"<keyword>" + strText + L"</keyword>";
+        }
+        CCfgSettingDLPFilterKeyword record(OS::x_wstring(SUBJECT_KEYWORD) + L"Words");
+        record.GetThis();
+        record.SetSubkeywordList(L"<dictionary>" + strText + L"</dictionary>");
+        record.SaveThis();
+    };
+    TemplateStore::AddTemplate({"T", "t", Rule(Block("KEYWORD", "Words"))});
+    save(254);
+    EXPECT_NE(Export({L"T"}), "");
+    save(255);
+    Subjects lstKeywords;
+    CExportRecorder observer;
+    CLogRecorder log;
+    EXPECT_EQ(m_manager.ExportDocument({L"T"}, &observer, nullptr, &lstKeywords), "");
+    EXPECT_EQ(log.Lines().back(), "0x1004 DLPTemplateMgr.cpp Fail to find node digitalAssets");
+    EXPECT_TRUE(lstKeywords.empty());
+    EXPECT_EQ(observer.m_vecHeard,
+              Lines{"ORVAL_SUB_CFG_DLP_KEYWORDWords: the stored keywords nest too deep to be read again"});
+}
+
 TEST_F(TemplateExport, StepsAreLoggedInOrder) {
     TemplateStore::AddTemplate({"T", "t", Rule(Block("ENTITY", "Card")), false, {"Finance"}});
     CLogRecorder log;
