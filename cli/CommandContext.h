@@ -89,8 +89,10 @@ class CCommandContext {
     /** @return whether data may be coloured: it goes to a terminal, and $NO_COLOR asks for no other */
     bool ColoursData() const;
 
-  private:
+    /** @return the URL of the store that is or would be opened @throws CToolError (USAGE) when nothing says where */
     std::string GetStoreUrl() const;
+
+  private:
     void SetHome();
     void OpenLog();
     std::string Paint(const char* pColour, const std::string& strText) const;

@@ -27,7 +27,8 @@ constexpr const char FIRST_STEPS[] =
     "  dlpctl show template NAME                   see one with its rules\n"
     "  dlpctl export --all --indent -o policy.xml  write it all out again\n"
     "\n"
-    "dlpctl COMMAND --help says more about a command. \"-\" as a FILE is standard input or output.\n"
+    "dlpctl COMMAND --help says more about a command. \"-\" as a FILE is standard input or output. Every option can\n"
+    "also be set by an environment variable or in a file: dlpctl config --help.\n"
     "Exit codes: 0 done; 1 done, but something was skipped, left out or not found; 2 invalid input, nothing\n"
     "written; 3 usage or configuration; 4 the store, the output or memory failed; 130, 143 interrupted.\n";
 
@@ -41,11 +42,15 @@ bool IsOption(const std::string& strWord) {
     return strWord.size() > 1 && strWord.front() == '-';
 }
 
+std::string ProtectValue(const std::string& strValue) {
+    const bool bLooksLikeList = strValue.size() > 1 && strValue.front() == '[' && strValue.back() == ']';
+    const bool bMarked = !strValue.empty() && strValue.front() == MARK;
+    return bLooksLikeList || bMarked ? MARK + strValue : strValue;
+}
+
 std::string Protect(const std::string& strArgument) {
-    const bool bLooksLikeList = strArgument.size() > 1 && strArgument.front() == '[' && strArgument.back() == ']';
-    const bool bMarked = !strArgument.empty() && strArgument.front() == MARK;
     const bool bEmptyValue = IsOption(strArgument) && strArgument.back() == '=';
-    return bEmptyValue ? strArgument + MARK : bLooksLikeList || bMarked ? MARK + strArgument : strArgument;
+    return bEmptyValue ? strArgument + MARK : ProtectValue(strArgument);
 }
 
 std::string Unprotect(const std::string& strArgument) {
@@ -168,6 +173,24 @@ void CCommandLine::AddFlag(CLI::App& command, const char* pNames, bool& bFlag, c
     command.add_flag(pNames, bFlag, pSummary);
 }
 
+void CCommandLine::Give(CLI::Option& option, const std::vector<std::string>& vecValues) {
+    for (const std::string& strValue : vecValues) {
+        option.add_result(ProtectValue(strValue));
+    }
+    option.run_callback();
+}
+
+void CCommandLine::ForEachOption(const std::function<void(const std::string&, CLI::Option&)>& fnOption) {
+    for (CLI::Option* pOption : m_app.get_options()) {
+        fnOption("", *pOption);
+    }
+    for (const SCommand& command : m_vecCommands) {
+        for (CLI::Option* pOption : command.pApp->get_options()) {
+            fnOption(GetWords(command), *pOption);
+        }
+    }
+}
+
 CCommandLine::SParsed CCommandLine::Parse(const std::vector<std::string>& vecArguments) {
     std::vector<std::string> vecReversed;
     std::transform(vecArguments.rbegin(), vecArguments.rend(), std::back_inserter(vecReversed), Protect);
@@ -224,7 +247,7 @@ std::string CCommandLine::ListCommands(const CLI::App& parent) const {
 
 void CCommandLine::Refuse(const std::string& strWhy) const {
     const SCommand* pGiven = FindGiven();
-    const std::string strSeeHelp = "; see dlpctl " + GetWords(pGiven) + "--help";
+    const std::string strSeeHelp = "; see dlpctl " + (pGiven == nullptr ? "" : GetWords(*pGiven) + ' ') + "--help";
     std::vector<std::string> vecRest = m_app.remaining(true);
     std::transform(vecRest.begin(), vecRest.end(), vecRest.begin(), Unprotect);
     // Before a command is known, a word is where one was meant, and what follows may be its options.
@@ -256,10 +279,7 @@ void CCommandLine::RefuseCommand(const std::vector<std::string>& vecRest) const 
                                           Ask(FindNearestName(vecRest.front(), vecNames), LIST_COMMANDS));
 }
 
-std::string CCommandLine::GetWords(const SCommand* pCommand) const {
-    if (pCommand == nullptr) {
-        return {};
-    }
-    const CLI::App* pGroup = pCommand->pApp->get_parent();
-    return (pGroup == &m_app ? std::string() : pGroup->get_name() + ' ') + pCommand->help.pName + ' ';
+std::string CCommandLine::GetWords(const SCommand& command) const {
+    const CLI::App* pGroup = command.pApp->get_parent();
+    return (pGroup == &m_app ? std::string() : pGroup->get_name() + ' ') + command.help.pName;
 }

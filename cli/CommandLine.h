@@ -40,6 +40,14 @@ class CCommandLine {
     static CLI::Option* AddTexts(CLI::App& command, const char* pNames, const char* pValue,
                                  std::vector<std::string>& vecTexts, const char* pSummary);
     static void AddFlag(CLI::App& command, const char* pNames, bool& bFlag, const char* pSummary);
+    /** Gives an option these values as if they stood on the command line. @throws CLI::ParseError */
+    static void Give(CLI::Option& option, const std::vector<std::string>& vecValues);
+
+    /**
+     * Every option and argument: those of every command first (the command's words are ""), then command by command in
+     * the order of the help.
+     */
+    void ForEachOption(const std::function<void(const std::string& strCommand, CLI::Option&)>& fnOption);
 
     struct SParsed {
         Run fnRun;  ///< empty: show strShow, and be done
@@ -53,7 +61,7 @@ class CCommandLine {
 
   private:
     struct SCommand {
-        const CLI::App* pApp;
+        CLI::App* pApp;
         SCommandHelp help;
         Run fnRun;
     };
@@ -61,8 +69,8 @@ class CCommandLine {
     const SCommand* FindGiven() const;
     std::string MakeHelp() const;
     std::string ListCommands(const CLI::App& parent) const;
-    /** @return the command's words, each with a blank behind it; none for null */
-    std::string GetWords(const SCommand* pCommand) const;
+    /** @return the command's words, as store dump */
+    std::string GetWords(const SCommand& command) const;
     /** @param strWhy empty: no known command is given */
     [[noreturn]] void Refuse(const std::string& strWhy) const;
     [[noreturn]] void RefuseCommand(const std::vector<std::string>& vecRest) const;

@@ -8,6 +8,8 @@
 #include "cli/CommandLine.h"
 #include "cli/Commands.h"
 #include "cli/Verdict.h"
+#include "cli/configuration/ConfigCommand.h"
+#include "cli/configuration/Configuration.h"
 #include "platform/common/TextConversion.h"
 
 namespace {
@@ -42,14 +44,38 @@ EVerdict Show(CCommandContext& context, const CCommandLine::SParsed& parsed) {
     return EVerdict::DONE;
 }
 
-EVerdict Run(const std::vector<std::string>& vecArguments, CCommandLine& line, CCommandContext& context) {
-    CheckArguments(vecArguments);
-    const CCommandLine::SParsed parsed = line.Parse(vecArguments);
+/** Options set elsewhere count for the answer to a command line that cannot be read as well. */
+CCommandLine::SParsed Parse(const std::vector<std::string>& vecArguments, CCommandLine& line,
+                            CConfiguration& configuration, CCommandContext& context) {
+    try {
+        CheckArguments(vecArguments);
+        return line.Parse(vecArguments);
+    } catch (const CToolError&) {
+        try {
+            configuration.Apply(context);
+        } catch (const CToolError&) {
+            // The first fault is the one to tell.
+        }
+        throw;
+    }
+}
+
+EVerdict Run(const std::vector<std::string>& vecArguments, CCommandLine& line, CConfiguration& configuration,
+             CCommandContext& context) {
+    const CCommandLine::SParsed parsed = Parse(vecArguments, line, configuration, context);
     if (!parsed.fnRun) {
         return Show(context, parsed);
     }
-    context.Prepare();
-    return parsed.fnRun(context);
+    configuration.Apply(context);
+    try {
+        context.Prepare();
+        return parsed.fnRun(context);
+    } catch (const CToolError& error) {
+        if (error.GetVerdict() != EVerdict::USAGE) {
+            throw;
+        }
+        throw CToolError(EVerdict::USAGE, configuration.Explain(error.what()));
+    }
 }
 
 /** A failure to say so cannot be told to anyone. */
@@ -72,9 +98,11 @@ int RunTool(const std::vector<std::string>& vecArguments, std::istream& in, std:
     for (const auto fnAdd : ADD_COMMANDS) {
         fnAdd(line);
     }
+    CConfiguration configuration(line);
+    AddConfigCommand(line, configuration);
     EVerdict eVerdict = EVerdict::DONE;
     try {
-        eVerdict = Run(vecArguments, line, context);
+        eVerdict = Run(vecArguments, line, configuration, context);
         if (eVerdict != EVerdict::OUTPUT) {
             context.Flush();
         }

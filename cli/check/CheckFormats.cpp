@@ -18,8 +18,8 @@ const SCheckFormat& FindCheckFormat(const std::string& strName) {
     const auto* pFormat = std::find_if(std::begin(FORMATS), std::end(FORMATS),
                                        [&](const SCheckFormat& format) { return strName == format.pName; });
     if (pFormat == std::end(FORMATS)) {
-        throw CToolError(EVerdict::USAGE,
-                         "there is no format " + Text::Quoted(strName) + "; write text, json, sarif, junit or github");
+        throw CToolError(EVerdict::USAGE, "--format: there is no format " + Text::Quoted(strName) +
+                                              "; write text, json, sarif, junit or github");
     }
     return *pFormat;
 }

@@ -54,7 +54,7 @@ const SRefused REFUSED[] = {
     {{"diff", "-", "-"}, "standard input can be read once only; name a file", "dlpctl-diff/1"},
     {{"check"}, "FILE is required; see dlpctl check --help", "dlpctl-check/1"},
     {{"check", "x", "--format", "xml"},
-     "there is no format \"xml\"; write text, json, sarif, junit or github",
+     "--format: there is no format \"xml\"; write text, json, sarif, junit or github",
      "dlpctl-check/1"},
     {{"check", "x", "--fail-on", "all"},
      "--fail-on: there is no level \"all\"; write error, warning or note",
@@ -83,6 +83,7 @@ const SRefused REFUSED[] = {
     {{"list", "templates", "--log-level", "info,loud"},
      "--log-level: there is no level \"loud\"; the levels are info, enter, leave, content, error, failure, all",
      "dlpctl-list/1"},
+    {{"config", "x"}, "\"x\" is one argument too many; see dlpctl config --help", "dlpctl-config/1"},
     {{"list", "\xff"}, "argument 2 is not UTF-8", "dlpctl/1"},
 };
 
@@ -158,8 +159,8 @@ TEST_F(CommandLine, TopHelpHasOneLinePerCommandAndTheFirstSteps) {
           "\n  assets export [--expression NAME]… [--keyword NAME]… | --all  ",
           "\n  list templates|expressions|keywords  ", "\n  show template|expression|keyword NAME  ", "\n  diff A B  ",
           "\n  refs [POLICY]  ", "\n  check FILE… | DIR…  ", "\n  explain [CODE…]  ", "\n  metadata  ",
-          "\n  store dump [-o FILE]  ", "\n  store load FILE  ", "\n  store info  ", "\n  --store URL  ",
-          "\n  -q,--quiet  ", "\nFirst steps:\n"}) {
+          "\n  store dump [-o FILE]  ", "\n  store load FILE  ", "\n  store info  ", "\n  config [--origin]  ",
+          "\n  --store URL  ", "\n  -q,--quiet  ", "\nFirst steps:\n"}) {
         EXPECT_NE(run.strOut.find(pLine), std::string::npos) << pLine;
     }
 }
@@ -178,7 +179,8 @@ TEST_F(CommandLine, EveryCommandHasHelpWithExamples) {
                                                   {"metadata"},
                                                   {"store", "dump"},
                                                   {"store", "load"},
-                                                  {"store", "info"}};
+                                                  {"store", "info"},
+                                                  {"config"}};
     for (std::vector<std::string> vecCommand : aCommands) {
         const std::string strName = vecCommand.front() + (vecCommand.size() > 1 ? ' ' + vecCommand.back() : "");
         vecCommand.emplace_back("--help");

@@ -24,6 +24,7 @@ CToolTest::CToolTest() {
     m_dir.Write("home/config/cfg_dlp_da_map.txt", "Old One\tone\n");
     ::setenv("DLP_INSTALL_PATH", m_dir.Path("home").c_str(), 1);
     ::setenv("DLP_STORE", Url("store.db").c_str(), 1);
+    ::setenv("XDG_CONFIG_HOME", m_dir.Path("config").c_str(), 1);
 }
 
 CToolTest::~CToolTest() = default;

@@ -1,0 +1,246 @@
+#include "cli/configuration/Configuration.h"
+
+#include <gtest/gtest.h>
+
+#include <set>
+
+#include <nlohmann/json.hpp>
+
+#include "tests/cli/ManualPage.h"
+#include "tests/cli/ToolRun.h"
+#include "tests/support/JsonSchema.h"
+
+namespace {
+
+using Json = nlohmann::json;
+
+class Configuration : public CToolTest {
+  protected:
+    Configuration() : m_strFile(m_dir.Path("config/dlpctl/config.toml")) {}
+
+    void WriteFile(const std::string& strText) const { m_dir.Write("config/dlpctl/config.toml", strText); }
+
+    /** @return what the tool says of an option, by its key */
+    Json GetOption(const std::string& strKey, std::vector<std::string> vecArguments = {}) const {
+        vecArguments.insert(vecArguments.begin(), {"--json", "config"});
+        const Json answer = Json::parse(Get(vecArguments));
+        for (const Json& option : answer["options"]) {
+            if (option["key"] == strKey) {
+                return {option["value"], option["origin"], option["place"]};
+            }
+        }
+        return {};
+    }
+
+    std::string m_strFile;
+};
+
+struct SRefusedFile {
+    const char* pText;
+    const char* pMessage;  ///< behind the file's path
+};
+
+const SRefusedFile REFUSED_FILES[] = {
+    {"langauge = 'x'\n", ":1:1: there is no key \"langauge\"; did you mean \"language\"?"},
+    {"json = true\n[chek]\nall = true\n", ":2:2: there is no table \"chek\"; did you mean \"check\"?"},
+    {"[check]\n  indent = true\n", ":2:3: there is no key \"indent\"; dlpctl config lists what there is"},
+    {"[check]\nlanguage = 'x'\n", ":2:1: there is no key \"language\"; dlpctl config lists what there is"},
+    {"[something]\n", ":1:2: there is no table \"something\"; dlpctl config lists what there is"},
+    {"help = true\n", ":1:1: there is no key \"help\"; dlpctl config lists what there is"},
+    {"[import]\nFILE = 'x'\n", ":1:2: there is no table \"import\"; did you mean \"export\"?"},
+    {"json = 'yes'\n", ":1:1: json: write true or false"},
+    {"language = true\n", ":1:1: language: write a text in quotes"},
+    {"language = ['a', 'b']\n", ":1:1: language: write a text in quotes"},
+    {"language = 2020-01-01\n", ":1:1: language: write a text in quotes"},
+    {"[check]\nallow = [true]\n", ":2:1: allow: write a text in quotes, or a list of them in square brackets"},
+    {"language = ''\n", ":1:1: language: the value is empty"},
+    {"[check]\nformat = 'xml'\n",
+     ":2:1: --format: there is no format \"xml\"; write text, json, sarif, junit or github"},
+    {"[check]\nallow = ['DLP034', 'DLP00']\n", ":2:1: --allow: there is no code \"DLP00\"; did you mean \"DLP001\"?"},
+    {"log-level = 'loud'\n",
+     ":1:1: --log-level: there is no level \"loud\"; the levels are info, enter, leave, content, error, failure, all"},
+};
+
+}  // namespace
+
+TEST_F(Configuration, OptionsOfTheFileCount) {
+    WriteFile("language = \"French\"\nquiet = true\n[check]\nformat = \"github\"\nallow = ['DLP010', \"DLP034\"]\n");
+    EXPECT_EQ(GetOption("language"), Json({"French", "file", m_strFile + ":1:1"}));
+    EXPECT_EQ(GetOption("quiet"), Json({true, "file", m_strFile + ":2:1"}));
+    EXPECT_EQ(GetOption("check.allow"), Json({{"DLP010", "DLP034"}, "file", m_strFile + ":5:1"}));
+    const std::string strPolicy = m_dir.Write("p.xml", "<SAPolicy/>");
+    EXPECT_EQ(Run({"check", strPolicy}).strOut.find("error DLP"), std::string::npos);
+    EXPECT_NE(Run({"check", strPolicy}).strOut.find("::error file=" + strPolicy), std::string::npos);
+}
+
+TEST_F(Configuration, TheCommandLineCountsBeforeTheEnvironmentAndThatBeforeTheFile) {
+    EXPECT_EQ(GetOption("scope"), Json({nullptr, "default", nullptr}));
+    WriteFile("scope = 'of the file'\n");
+    EXPECT_EQ(GetOption("scope"), Json({"of the file", "file", m_strFile + ":1:1"}));
+    ::setenv("DLPCTL_SCOPE", "of the environment", 1);
+    EXPECT_EQ(GetOption("scope"), Json({"of the environment", "environment", "$DLPCTL_SCOPE"}));
+    EXPECT_EQ(GetOption("scope", {"--scope", "given"}), Json({"given", "command line", nullptr}));
+    ::setenv("DLPCTL_SCOPE", "", 1);
+    EXPECT_EQ(GetOption("scope"), Json({"of the file", "file", m_strFile + ":1:1"}));
+}
+
+TEST_F(Configuration, WhatTheOptionSaysIsDone) {
+    Import(Documents::Small());
+    const std::string strPlain = Get({"export", "--all"});
+    const std::string strIndented = Get({"export", "--all", "--indent"});
+    ASSERT_NE(strPlain, strIndented);
+    WriteFile("[export]\nindent = true\n");
+    EXPECT_EQ(Get({"export", "--all"}), strIndented);
+    EXPECT_EQ(Get({"export", "--all", "--indent=false"}), strPlain);
+    ::setenv("DLPCTL_EXPORT_INDENT", "Off", 1);
+    EXPECT_EQ(Get({"export", "--all"}), strPlain);
+    ::setenv("DLPCTL_ASSETS_EXPORT_EXPRESSION", "one\ntwo", 1);
+    EXPECT_EQ(Get({"assets", "export"}), Get({"assets", "export", "--expression", "one", "--expression", "two"}));
+    ::setenv("DLPCTL_JSON", "1", 1);
+    EXPECT_EQ(Json::parse(Get({"list", "templates"}))["format"], "dlpctl-list/1");
+}
+
+TEST_F(Configuration, ValuesAreTakenAsTheyStand) {
+    WriteFile("[assets-export]\nexpression = [\"[a]\", \"a,b\", \"\\u0001x\", 'it''s']\n");
+    EXPECT_EQ(Run({"assets", "export"}).iCode, 3);
+    WriteFile("[assets-export]\nexpression = [\"[a]\", \"a,b\", \"--x=\"]\n");
+    EXPECT_EQ(Run({"assets", "export", "-q"}).strErr,
+              "dlpctl: warning: expression \"[a]\" is left out: it is not stored; dlpctl list expressions lists the "
+              "names\n"
+              "dlpctl: warning: expression \"a,b\" is left out: it is not stored; dlpctl list expressions lists the "
+              "names\n"
+              "dlpctl: warning: expression \"--x=\" is left out: it is not stored; dlpctl list expressions lists the "
+              "names\n");
+}
+
+TEST_F(Configuration, TheStoreOfTheEnvironmentCountsBeforeThatOfTheFile) {
+    WriteFile("store = '" + Url("file.db") + "'\n");
+    EXPECT_EQ(GetOption("store"), Json({Url("store.db"), "environment", "$DLP_STORE"}));
+    ::unsetenv("DLP_STORE");
+    EXPECT_EQ(GetOption("store"), Json({Url("file.db"), "file", m_strFile + ":1:1"}));
+    Import(Documents::Small());
+    EXPECT_NE(m_dir.Read("file.db"), "");
+    EXPECT_EQ(m_dir.Read("store.db"), "");
+}
+
+TEST_F(Configuration, AFaultOfTheFileIsSaidWithItsPlace) {
+    const std::string strPolicy = m_dir.Write("p.xml", Documents::Small());
+    for (const SRefusedFile& refused : REFUSED_FILES) {
+        WriteFile(refused.pText);
+        const SToolRun run = Run({"check", strPolicy});
+        EXPECT_EQ(run.iCode, 3) << refused.pText;
+        EXPECT_EQ(run.strErr, "dlpctl: " + m_strFile + refused.pMessage + '\n');
+        EXPECT_EQ(run.strOut, "");
+    }
+}
+
+TEST_F(Configuration, AFaultThatShowsLateIsSaidWithItsPlaceToo) {
+    ::unsetenv("DLP_INSTALL_PATH");
+    WriteFile("# where\nhome = '/dev/null/x'\n");
+    EXPECT_EQ(Run({"metadata"}).strErr,
+              "dlpctl: " + m_strFile + ":2:1: --home: there is no directory \"/dev/null/x\"\n");
+    EXPECT_EQ(Run({"metadata", "--home", "/dev/null/y"}).strErr,
+              "dlpctl: --home: there is no directory \"/dev/null/y\"\n");
+}
+
+TEST_F(Configuration, AFileThatIsNoTomlIsRefused) {
+    for (const char* pText : {"[check\n", "x = \n", "language = 'a'\nlanguage = 'b'\n", "\xff = 1\n"}) {
+        WriteFile(pText);
+        const SToolRun run = Run({"--json", "list", "templates"});
+        EXPECT_EQ(run.iCode, 3) << pText;
+        EXPECT_EQ(run.strErr.find("dlpctl: " + m_strFile + ':'), 0U) << run.strErr;
+        EXPECT_EQ(Json::parse(run.strOut)["verdict"], "usage");
+    }
+    m_dir.MakeFolder("other/dlpctl/config.toml");
+    ::setenv("XDG_CONFIG_HOME", m_dir.Path("other").c_str(), 1);
+    EXPECT_EQ(Run({"list", "templates"}).strErr,
+              "dlpctl: " + m_dir.Path("other/dlpctl/config.toml") + ": Is a directory\n");
+}
+
+TEST_F(Configuration, HelpNeedsNoSoundFile) {
+    WriteFile("nonsense");
+    EXPECT_EQ(Run({"config", "--help"}).iCode, 0);
+    EXPECT_EQ(Run({"--version"}).iCode, 0);
+    EXPECT_EQ(Run({"nope"}).strErr, "dlpctl: there is no command \"nope\"; dlpctl --help lists the commands\n");
+}
+
+TEST_F(Configuration, AFaultOfTheEnvironmentIsSaidWithItsVariable) {
+    ::setenv("DLPCTL_QUIET", "perhaps", 1);
+    EXPECT_EQ(Run({"metadata"}).strErr, "dlpctl: $DLPCTL_QUIET: \"perhaps\" is neither true nor false\n");
+    ::setenv("DLPCTL_QUIET", "no", 1);
+    ::setenv("DLPCTL_LOG_LEVEL", "loud", 1);
+    EXPECT_EQ(Run({"metadata"}).strErr,
+              "dlpctl: $DLPCTL_LOG_LEVEL: --log-level: there is no level \"loud\"; the levels are info, enter, leave, "
+              "content, error, failure, all\n");
+    ::setenv("DLPCTL_LOG_LEVEL", "\xff", 1);
+    EXPECT_EQ(Run({"metadata"}).strErr, "dlpctl: $DLPCTL_LOG_LEVEL: its value is not UTF-8\n");
+}
+
+TEST_F(Configuration, AnUnreadableCommandLineIsAnsweredAsTheFileAsks) {
+    WriteFile("json = true\n");
+    const SToolRun run = Run({"list"});
+    EXPECT_EQ(run.iCode, 3);
+    EXPECT_EQ(Json::parse(run.strOut)["verdict"], "usage");
+}
+
+TEST_F(Configuration, NoFileAndNoHomeAreFine) {
+    ::unsetenv("XDG_CONFIG_HOME");
+    ::unsetenv("HOME");
+    const Json answer = Json::parse(Get({"--json", "config"}));
+    EXPECT_EQ(answer["file"], nullptr);
+    EXPECT_EQ(answer["found"], false);
+    ::setenv("HOME", m_dir.Path("me").c_str(), 1);
+    EXPECT_EQ(Json::parse(Get({"--json", "config"}))["file"], m_dir.Path("me/.config/dlpctl/config.toml"));
+    m_dir.Write("me/.config/dlpctl/config.toml", "scope = 'mine'\n");
+    EXPECT_EQ(GetOption("scope")[0], "mine");
+    ::setenv("XDG_CONFIG_HOME", "relative", 1);
+    EXPECT_EQ(GetOption("scope")[0], "mine");
+}
+
+TEST_F(Configuration, EveryOptionIsListedUnderNamesOfItsOwn) {
+    const Json answer = Json::parse(Get({"--json", "config"}));
+    EXPECT_EQ(CheckAnswer("config", answer.dump()), "");
+    std::set<std::string> lstVariables;
+    std::set<std::string> lstKeys;
+    for (const Json& option : answer["options"]) {
+        EXPECT_TRUE(lstVariables.insert(option["variable"].get<std::string>()).second) << option;
+        EXPECT_TRUE(lstKeys.insert(option["key"].get<std::string>()).second) << option;
+    }
+    for (const char* pVariable : {"DLP_STORE", "DLP_INSTALL_PATH", "DLPCTL_JSON", "DLPCTL_STORE_DUMP_OUTPUT",
+                                  "DLPCTL_CHECK_FAIL_ON", "DLPCTL_CONFIG_ORIGIN"}) {
+        EXPECT_EQ(lstVariables.count(pVariable), 1U) << pVariable;
+    }
+    EXPECT_EQ(lstVariables.count("DLPCTL_HELP"), 0U);
+    EXPECT_EQ(lstVariables.count("DLPCTL_VERSION"), 0U);
+}
+
+TEST_F(Configuration, TheListSaysWhereValuesComeFrom) {
+    WriteFile("[check]\nallow = ['DLP010', 'DLP034']\n");
+    ::setenv("DLPCTL_CHEKC_ALL", "1", 1);
+    const SToolRun run = Run({"config", "--origin", "--language", "French"});
+    EXPECT_EQ(run.strErr,
+              "dlpctl: warning: $DLPCTL_CHEKC_ALL is the variable of no option; did you mean \"DLPCTL_CHECK_ALL\"?\n");
+    EXPECT_EQ(run.strOut.find("OPTION "), 0U) << run.strOut;
+    for (const auto& [strOption, strValue, strOrigin] : std::vector<std::tuple<std::string, std::string, std::string>>{
+             {"--store", Url("store.db"), "$DLP_STORE"},
+             {"--language", "French", "command line"},
+             {"--scope", "", "default"},
+             {"check --allow", "DLP010, DLP034", m_strFile + ":2:1"}}) {
+        const std::size_t iStart = run.strOut.find('\n' + strOption + ' ');
+        ASSERT_NE(iStart, std::string::npos) << strOption;
+        const std::string strLine = run.strOut.substr(iStart + 1, run.strOut.find('\n', iStart + 1) - iStart - 1);
+        EXPECT_NE(strLine.find(strValue), std::string::npos) << strLine;
+        EXPECT_EQ(strLine.substr(strLine.size() - strOrigin.size()), strOrigin);
+    }
+    EXPECT_EQ(Run({"config", "-q"}).strOut.find("ORIGIN"), std::string::npos);
+}
+
+TEST_F(Configuration, LinesOfThePageRun) {
+    const std::vector<std::string> vecLines = ManualPage::GetCommandLines("config");
+    EXPECT_GE(vecLines.size(), 3U);
+    for (const std::string& strLine : vecLines) {
+        const SToolRun run = CProgram::Shell(ManualPage::ToShell(strLine));
+        EXPECT_EQ(run.iCode, 0) << strLine;
+        EXPECT_EQ(run.strErr, "") << strLine;
+    }
+}
