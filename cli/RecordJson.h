@@ -15,6 +15,8 @@ struct SKeyword {
     std::string strDescription;
     int iScore = 0;
     bool bCaseSensitive = false;
+
+    bool operator==(const SKeyword&) const = default;
 };
 
 /** @return the keywords of a keyword list's row in stored order; none when its text is no dictionary */

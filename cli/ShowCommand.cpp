@@ -10,6 +10,7 @@
 #include "cli/Commands.h"
 #include "cli/Kinds.h"
 #include "cli/RecordJson.h"
+#include "cli/RecordText.h"
 #include "cli/StoreSession.h"
 #include "cli/Suggestion.h"
 #include "cli/Text.h"
@@ -71,15 +72,6 @@ std::string MakeFields(const CSettingsRow& row) {
     return fields.ToString();
 }
 
-std::string MakeKeywords(const CSettingsRow& row) {
-    CTextTable keywords({"KEYWORD", "SCORE", "CASE", "DESCRIPTION"});
-    for (const SKeyword& keyword : ReadKeywords(row)) {
-        keywords.Add({keyword.strKeyword, std::to_string(keyword.iScore), Text::YesNo(keyword.bCaseSensitive),
-                      keyword.strDescription});
-    }
-    return '\n' + keywords.ToString();
-}
-
 std::string MakeRules(const CSettingsRow& row) {
     const std::vector<SMatchRule> vecRules = ReadRules(row);
     std::vector<OS::x_wstring> vecTexts;
@@ -97,7 +89,7 @@ std::string MakeRules(const CSettingsRow& row) {
 std::string MakeText(const CSettingsRow& row) {
     switch (row.GetKind()) {
         case ESettingsKind::KEYWORD:
-            return MakeFields(row) + MakeKeywords(row);
+            return MakeFields(row) + '\n' + MakeKeywordTable(row);
         case ESettingsKind::TEMPLATE:
             return MakeFields(row) + MakeRules(row);
         case ESettingsKind::EXPRESSION:
@@ -110,19 +102,15 @@ EVerdict Show(CCommandContext& context, const std::string& strKind, const std::s
     const SKind& kind = FindKind(strKind);
     const CStoreSession& store = context.GetStore();
     const CSettingsTransaction unit(EUnitOfWork::READ);
-    const std::unique_ptr<CSettingsRow> pRow = CSettingsStore::Current().FindOne(kind.eKind, NAME_COLUMN, strName);
-    if (pRow == nullptr) {
-        throw CToolError(EVerdict::FINDINGS, std::string("no ") + kind.pWord + " is named " + Text::Quoted(strName) +
-                                                 "; " + SuggestStoredName(kind, strName));
-    }
+    const CSettingsRow row = ReadStored(kind, strName);
     store.ThrowIfFailed();
     if (context.IsJson()) {
         context.WriteJson({{"format", HELP.pFormat},
                            {"verdict", GetVerdictName(EVerdict::DONE)},
                            {"kind", kind.pSingular},
-                           {"record", RecordToJson(*pRow)}});
+                           {"record", RecordToJson(row)}});
     } else {
-        context.Write(MakeText(*pRow));
+        context.Write(MakeText(row));
     }
     return EVerdict::DONE;
 }

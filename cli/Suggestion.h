@@ -3,6 +3,7 @@
 #include <string>
 
 #include "cli/Kinds.h"
+#include "platform/store/CSettingsRow.h"
 
 /**
  * @return how to go on after asking for a name that is not stored: the stored name that is nearest, else where the
@@ -10,3 +11,9 @@
  * @throws OS::CException when the store fails
  */
 std::string SuggestStoredName(const SKind& kind, const std::string& strWanted);
+
+/**
+ * @return the stored record of that internal name
+ * @throws CToolError (FINDINGS) with the suggestion when there is none; OS::CException when the store fails
+ */
+CSettingsRow ReadStored(const SKind& kind, const std::string& strName);

@@ -203,15 +203,6 @@ Json KeywordsToJson(const std::vector<SKeywordChange>& vecKeywords) {
     return list;
 }
 
-Json ChangeToJson(const SItemChange& change) {
-    return {{"kind", GetKind(change.eKind).pSingular},
-            {"name", change.strName},
-            {"change", Row(GetChange(change)).pCode},
-            {"fields", FieldsToJson(change)},
-            {"keywords", KeywordsToJson(change.vecKeywords)},
-            {"rules", change.rules ? RulesToJson(*change.rules) : Json()}};
-}
-
 Json PolicyToJson(const SPolicy& policy) {
     Json leftOut = Json::array();
     for (const SReportItem& item : policy.vecLeftOut) {
@@ -232,6 +223,15 @@ std::string MakeChangeText(const SItemChange& change, bool bColour) {
     return CChangeText(change, bColour).Make();
 }
 
+Json MakeChangeJson(const SItemChange& change) {
+    return {{"kind", GetKind(change.eKind).pSingular},
+            {"name", change.strName},
+            {"change", Row(GetChange(change)).pCode},
+            {"fields", FieldsToJson(change)},
+            {"keywords", KeywordsToJson(change.vecKeywords)},
+            {"rules", change.rules ? RulesToJson(*change.rules) : Json()}};
+}
+
 std::string MakeDiffSummary(const SDiffReport& report) {
     std::size_t aCounts[CHANGE_COUNT] = {};
     for (const SItemChange& change : report.vecChanges) {
@@ -249,7 +249,7 @@ std::string MakeDiffSummary(const SDiffReport& report) {
 Json MakeDiffJson(const SDiffReport& report, const char* pFormat) {
     Json items = Json::array();
     for (const SItemChange& change : report.vecChanges) {
-        items.push_back(ChangeToJson(change));
+        items.push_back(MakeChangeJson(change));
     }
     return {{"format", pFormat},
             {"verdict", GetVerdictName(report.GetVerdict())},

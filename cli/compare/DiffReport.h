@@ -25,6 +25,8 @@ struct SDiffReport {
  * @param bColour as terminals show it
  */
 std::string MakeChangeText(const SItemChange& change, bool bColour);
+/** @return it as an item of the whole object */
+nlohmann::ordered_json MakeChangeJson(const SItemChange& change);
 /** @return one line without its end */
 std::string MakeDiffSummary(const SDiffReport& report);
 nlohmann::ordered_json MakeDiffJson(const SDiffReport& report, const char* pFormat);

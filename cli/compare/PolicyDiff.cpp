@@ -7,9 +7,8 @@
 #include <utility>
 
 #include "cli/Kinds.h"
+#include "cli/RecordText.h"
 #include "cli/Signals.h"
-#include "platform/common/TextConversion.h"
-#include "templates/MatchRule.h"
 
 namespace {
 
@@ -93,48 +92,20 @@ std::vector<SKeywordChange> CompareKeywords(const CSettingsRow& before, const CS
     return Pair(Without(vecBefore, vecAfter), Without(vecAfter, vecBefore));
 }
 
-std::vector<std::string> MakeRuleTexts(const std::vector<SMatchRule>& vecRules) {
-    std::vector<OS::x_wstring> vecTexts;
-    std::vector<OS::x_wstring> vecOperators;
-    FormatMatchRules(vecRules, vecTexts, vecOperators);
-    std::vector<std::string> vecLines;
-    for (std::size_t i = 0; i < vecTexts.size(); ++i) {
-        std::replace(vecTexts[i].begin(), vecTexts[i].end(), L'\t', L' ');
-        const EOperator eOperator = vecRules[i].eOperator;
-        const std::string strOperator =
-            eOperator == EOperator::UNKNOWN ? "" : OperatorText(eOperator) + std::string(" ");
-        vecLines.push_back(strOperator + OS::Utf8Lenient(vecTexts[i]));
-    }
-    return vecLines;
-}
-
 std::optional<SRulesChange> CompareTemplates(const CSettingsRow& before, const CSettingsRow& after) {
     if (before.GetText(TemplateColumn::ELEMENT) == after.GetText(TemplateColumn::ELEMENT)) {
         return std::nullopt;
     }
     const std::vector<SMatchRule> vecBefore = ReadRules(before);
     const std::vector<SMatchRule> vecAfter = ReadRules(after);
-    SRulesChange change{MakeRuleTexts(vecBefore), MakeRuleTexts(vecAfter), CompareRules(vecBefore, vecAfter)};
+    SRulesChange change{MakeRuleLines(vecBefore), MakeRuleLines(vecAfter), CompareRules(vecBefore, vecAfter)};
     if (change.vecBefore == change.vecAfter && change.comparison.eRelation == ERelation::SAME) {
         return std::nullopt;
     }
     return change;
 }
 
-SItemChange Compare(ESettingsKind eKind, const std::string& strName, const CSettingsRow& before,
-                    const CSettingsRow& after) {
-    SItemChange change{eKind, strName, &before, &after};
-    change.vecColumns = FindColumns(before, after);
-    if (eKind == ESettingsKind::KEYWORD) {
-        change.vecKeywords = CompareKeywords(before, after);
-    } else if (eKind == ESettingsKind::TEMPLATE) {
-        change.rules = CompareTemplates(before, after);
-    }
-    return change;
-}
-
-void CompareItems(ESettingsKind eKind, const SPolicy::Items& before, const SPolicy::Items& after,
-                  std::vector<SItemChange>& vecChanges) {
+void CompareItems(const SPolicy::Items& before, const SPolicy::Items& after, std::vector<SItemChange>& vecChanges) {
     auto itBefore = before.begin();
     auto itAfter = after.begin();
     while (itBefore != before.end() || itAfter != after.end()) {
@@ -143,11 +114,11 @@ void CompareItems(ESettingsKind eKind, const SPolicy::Items& before, const SPoli
                            : itBefore == before.end() ? 1
                                                       : itBefore->first.compare(itAfter->first);
         if (iOrder < 0) {
-            vecChanges.push_back({eKind, itBefore->first, &itBefore->second, nullptr});
+            vecChanges.push_back(CompareItem(itBefore->first, &itBefore->second, nullptr));
         } else if (iOrder > 0) {
-            vecChanges.push_back({eKind, itAfter->first, nullptr, &itAfter->second});
+            vecChanges.push_back(CompareItem(itAfter->first, nullptr, &itAfter->second));
         } else {
-            SItemChange change = Compare(eKind, itBefore->first, itBefore->second, itAfter->second);
+            SItemChange change = CompareItem(itBefore->first, &itBefore->second, &itAfter->second);
             if (change.IsDifference() || change.rules) {
                 vecChanges.push_back(std::move(change));
             }
@@ -165,10 +136,24 @@ bool SItemChange::IsDifference() const {
     return pBefore == nullptr || pAfter == nullptr || !vecColumns.empty() || !vecKeywords.empty() || bRules;
 }
 
+SItemChange CompareItem(const std::string& strName, const CSettingsRow* pBefore, const CSettingsRow* pAfter) {
+    SItemChange change{(pBefore != nullptr ? pBefore : pAfter)->GetKind(), strName, pBefore, pAfter};
+    if (pBefore == nullptr || pAfter == nullptr) {
+        return change;
+    }
+    change.vecColumns = FindColumns(*pBefore, *pAfter);
+    if (change.eKind == ESettingsKind::KEYWORD) {
+        change.vecKeywords = CompareKeywords(*pBefore, *pAfter);
+    } else if (change.eKind == ESettingsKind::TEMPLATE) {
+        change.rules = CompareTemplates(*pBefore, *pAfter);
+    }
+    return change;
+}
+
 std::vector<SItemChange> ComparePolicies(const SPolicy& before, const SPolicy& after) {
     std::vector<SItemChange> vecChanges;
     for (const ESettingsKind eKind : ALL_SETTINGS_KINDS) {
-        CompareItems(eKind, before.Of(eKind), after.Of(eKind), vecChanges);
+        CompareItems(before.Of(eKind), after.Of(eKind), vecChanges);
     }
     return vecChanges;
 }

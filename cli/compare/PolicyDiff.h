@@ -41,3 +41,6 @@ struct SItemChange {
  * identifiers, scope and marks of the store, order, and markup that no item is read from.
  */
 std::vector<SItemChange> ComparePolicies(const SPolicy& before, const SPolicy& after);
+
+/** The same for one item, also when nothing differs. @param pBefore, pAfter not null both */
+SItemChange CompareItem(const std::string& strName, const CSettingsRow* pBefore, const CSettingsRow* pAfter);

@@ -1,0 +1,13 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "platform/store/CSettingsRow.h"
+#include "templates/MatchRule.h"
+
+/** @return the keywords of a keyword list as a table, a line each */
+std::string MakeKeywordTable(const CSettingsRow& row);
+
+/** @return a text for each rule, as P:card(2) AND K:words, with the rule's own operator before it if it has one */
+std::vector<std::string> MakeRuleLines(const std::vector<SMatchRule>& vecRules);
