@@ -14,3 +14,5 @@ void AddDiffCommand(CCommandLine& line);
 void AddRefsCommand(CCommandLine& line);
 void AddCheckCommand(CCommandLine& line);
 void AddExplainCommand(CCommandLine& line);
+void AddRenameCommand(CCommandLine& line);
+void AddDeleteCommand(CCommandLine& line);

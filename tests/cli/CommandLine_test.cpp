@@ -71,6 +71,12 @@ const SRefused REFUSED[] = {
     {{"explain", "everything"}, "there is no code \"everything\"; dlpctl explain lists the codes", "dlpctl-explain/1"},
     {{"refs", "x", "y"}, "\"y\" is one argument too many; see dlpctl refs --help", "dlpctl-refs/1"},
     {{"refs", "--template"}, "--template needs a value; see dlpctl refs --help", "dlpctl-refs/1"},
+    {{"rename", "template", "x"}, "NEW is required; see dlpctl rename --help", "dlpctl-rename/1"},
+    {{"rename", "list", "x", "y"},
+     "there is no kind \"list\"; write templates, expressions or keywords",
+     "dlpctl-rename/1"},
+    {{"delete", "template"}, "NAME is required; see dlpctl delete --help", "dlpctl-delete/1"},
+    {{"delete", "x", "y"}, "there is no kind \"x\"; write templates, expressions or keywords", "dlpctl-delete/1"},
     {{"store", "load"}, "FILE is required; see dlpctl store load --help", "dlpctl-store-load/1"},
     {{"store", "dump", "x"}, "\"x\" is one argument too many; see dlpctl store dump --help", "dlpctl-dump/1"},
     {{"metadata", "x"}, "\"x\" is one argument too many; see dlpctl metadata --help", "dlpctl-metadata/1"},
@@ -154,13 +160,26 @@ TEST_F(CommandLine, TopHelpHasOneLinePerCommandAndTheFirstSteps) {
     const SToolRun run = Run({"--help"});
     EXPECT_EQ(run.iCode, 0);
     EXPECT_EQ(run.strErr, "");
-    for (const char* pLine :
-         {"\n  import FILE…  ", "\n  export NAME… | --all  ", "\n  assets import FILE…  ",
-          "\n  assets export [--expression NAME]… [--keyword NAME]… | --all  ",
-          "\n  list templates|expressions|keywords  ", "\n  show template|expression|keyword NAME  ", "\n  diff A B  ",
-          "\n  refs [POLICY]  ", "\n  check FILE… | DIR…  ", "\n  explain [CODE…]  ", "\n  metadata  ",
-          "\n  store dump [-o FILE]  ", "\n  store load FILE  ", "\n  store info  ", "\n  config [--origin]  ",
-          "\n  --store URL  ", "\n  -q,--quiet  ", "\nFirst steps:\n"}) {
+    for (const char* pLine : {"\n  import FILE…  ",
+                              "\n  export NAME… | --all  ",
+                              "\n  assets import FILE…  ",
+                              "\n  assets export [--expression NAME]… [--keyword NAME]… | --all  ",
+                              "\n  list templates|expressions|keywords  ",
+                              "\n  show template|expression|keyword NAME  ",
+                              "\n  diff A B  ",
+                              "\n  refs [POLICY]  ",
+                              "\n  check FILE… | DIR…  ",
+                              "\n  explain [CODE…]  ",
+                              "\n  metadata  ",
+                              "\n  rename template|expression|keyword OLD NEW  ",
+                              "\n  delete template|expression|keyword NAME  ",
+                              "\n  store dump [-o FILE]  ",
+                              "\n  store load FILE  ",
+                              "\n  store info  ",
+                              "\n  config [--origin]  ",
+                              "\n  --store URL  ",
+                              "\n  -q,--quiet  ",
+                              "\nFirst steps:\n"}) {
         EXPECT_NE(run.strOut.find(pLine), std::string::npos) << pLine;
     }
 }
@@ -176,6 +195,8 @@ TEST_F(CommandLine, EveryCommandHasHelpWithExamples) {
                                                   {"refs"},
                                                   {"check"},
                                                   {"explain"},
+                                                  {"rename"},
+                                                  {"delete"},
                                                   {"metadata"},
                                                   {"store", "dump"},
                                                   {"store", "load"},

@@ -1,0 +1,56 @@
+#include "cli/edit/StoreEdit.h"
+
+#include <nlohmann/json.hpp>
+
+#include "cli/CommandContext.h"
+#include "cli/CommandLine.h"
+#include "cli/Signals.h"
+#include "cli/StoreSession.h"
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+constexpr const char NOT_WRITTEN[] = "Nothing was written: this was a dry run.";
+
+}  // namespace
+
+void AddEditOptions(CLI::App& command, SEditOptions& options) {
+    CCommandLine::AddFlag(command, "--dry-run", options.bDryRun, "only say what would be changed");
+}
+
+CStoreEdit::CStoreEdit(CCommandContext& context, const char* pFormat, const SEditOptions& options)
+    : m_context(context),
+      m_session(context.GetStore()),
+      m_unit(EUnitOfWork::WRITE),
+      m_pFormat(pFormat),
+      m_options(options) {}
+
+EVerdict CStoreEdit::Finish(const Json& members, const std::string& strText) {
+    Signals::ThrowIfCaught();
+    m_session.ThrowIfFailed();
+    Json answer = {{"format", m_pFormat}};
+    // The answer begins before the store changes: when nobody can be told, nothing is done.
+    if (m_context.IsJson()) {
+        m_context.StartJson(answer);
+    } else {
+        m_context.Write(strText);
+        m_context.Flush();
+    }
+    if (!m_options.bDryRun) {
+        m_unit.Commit();
+    }
+    for (const std::string& strWarning : m_vecWarnings) {
+        m_context.Warn(strWarning);
+    }
+    if (m_context.IsJson()) {
+        answer["verdict"] = GetVerdictName(EVerdict::DONE);
+        answer["dry_run"] = m_options.bDryRun;
+        answer.update(members);
+        answer["warnings"] = m_vecWarnings;
+        m_context.WriteJson(answer);
+    } else if (m_options.bDryRun) {
+        m_context.Note(NOT_WRITTEN);
+    }
+    return EVerdict::DONE;
+}
