@@ -38,7 +38,7 @@ constexpr SCommandHelp EXPORT = {
     "write expressions and keyword lists alone as one document",
     "NAMEs are internal names, the first column of dlpctl list.\n",
     "  dlpctl assets export --all --indent -o assets.xml\n"
-    "  dlpctl assets export --expression NAME --keyword NAME\n",
+    "  dlpctl assets export --expression iban --keyword payment-card-words\n",
     "dlpctl-assets-export/1",
 };
 

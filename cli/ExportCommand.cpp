@@ -28,7 +28,7 @@ constexpr SCommandHelp HELP = {
     "NAMEs are internal names, the first column of dlpctl list templates; --all takes them all, in that order.\n"
     "What is asked for and not in the document is named, with the reason.\n",
     "  dlpctl export --all --indent -o policy.xml\n"
-    "  dlpctl export NAME > one.xml\n",
+    "  dlpctl export payment-cards > one.xml\n",
     "dlpctl-export/1",
 };
 

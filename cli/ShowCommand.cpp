@@ -27,8 +27,8 @@ constexpr SCommandHelp HELP = {
     "show one record with all it holds",
     "NAME is the internal name, the first column of dlpctl list. Rules read as P:expression(hits) and K:keyword "
     "list.\n",
-    "  dlpctl show template NAME\n"
-    "  dlpctl --json show keyword NAME\n",
+    "  dlpctl show template payment-cards\n"
+    "  dlpctl --json show keyword payment-card-words\n",
     "dlpctl-show/1",
 };
 

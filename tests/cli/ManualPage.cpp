@@ -1,6 +1,7 @@
 #include "tests/cli/ManualPage.h"
 
 #include <fstream>
+#include <regex>
 #include <sstream>
 
 namespace {
@@ -27,6 +28,29 @@ std::vector<std::string> GetCommandLines(const std::string& strCommand) {
         }
     }
     return vecLines;
+}
+
+std::vector<std::string> GetCommandLines() {
+    std::ifstream page(DLP_SOURCE_DIR "/docs/dlpctl.md");
+    std::vector<std::string> vecLines;
+    for (std::string strLine; std::getline(page, strLine);) {
+        if (BeginsWith(strLine, PROGRAM)) {
+            vecLines.push_back(strLine);
+        }
+    }
+    return vecLines;
+}
+
+std::vector<std::string> GetCommands(const std::string& strHelp) {
+    static const std::regex s_command("^  ([a-z]+( [a-z]+)?)(?=  | [^a-z]| [a-z]+[|])");
+    std::istringstream help(strHelp.substr(strHelp.find("Commands:\n")));
+    std::vector<std::string> vecCommands;
+    std::string strLine;
+    std::getline(help, strLine);
+    for (std::smatch match; std::getline(help, strLine) && std::regex_search(strLine, match, s_command);) {
+        vecCommands.push_back(match[1]);
+    }
+    return vecCommands;
 }
 
 std::vector<std::string> GetExamples(const std::string& strHelp) {

@@ -6,7 +6,6 @@
 
 #include <nlohmann/json.hpp>
 
-#include "tests/cli/ManualPage.h"
 #include "tests/cli/ToolRun.h"
 #include "tests/support/JsonSchema.h"
 
@@ -233,14 +232,4 @@ TEST_F(Configuration, TheListSaysWhereValuesComeFrom) {
         EXPECT_EQ(strLine.substr(strLine.size() - strOrigin.size()), strOrigin);
     }
     EXPECT_EQ(Run({"config", "-q"}).strOut.find("ORIGIN"), std::string::npos);
-}
-
-TEST_F(Configuration, LinesOfThePageRun) {
-    const std::vector<std::string> vecLines = ManualPage::GetCommandLines("config");
-    EXPECT_GE(vecLines.size(), 3U);
-    for (const std::string& strLine : vecLines) {
-        const SToolRun run = CProgram::Shell(ManualPage::ToShell(strLine));
-        EXPECT_EQ(run.iCode, 0) << strLine;
-        EXPECT_EQ(run.strErr, "") << strLine;
-    }
 }

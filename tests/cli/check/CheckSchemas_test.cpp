@@ -1,45 +1,22 @@
 #include <gtest/gtest.h>
 
-#include "tests/cli/ManualPage.h"
 #include "tests/cli/ToolRun.h"
 #include "tests/support/JsonSchema.h"
 
 namespace {
 
-/** Every command line that the page and the help show of these commands. */
-class CheckPages : public CToolTest {
+class CheckSchemas : public CToolTest {
   protected:
-    CheckPages() {
+    CheckSchemas() {
         m_dir.Write("policy.xml", Documents::Small());
         m_dir.Write("assets.xml", Documents::Small());
         m_dir.Write("policies/one.xml", Documents::Small());
-    }
-
-    void ExpectToRun(const std::string& strCommand, std::size_t iAtLeast) const {
-        std::vector<std::string> vecLines = ManualPage::GetCommandLines(strCommand);
-        EXPECT_GE(vecLines.size(), iAtLeast);
-        for (const std::string& strLine : ManualPage::GetExamples(Run({strCommand, "--help"}).strOut)) {
-            vecLines.push_back(strLine);
-        }
-        for (const std::string& strLine : vecLines) {
-            const SToolRun run = CProgram::Shell("cd '" + m_dir.Path() + "' && " + ManualPage::ToShell(strLine));
-            EXPECT_TRUE(run.iCode == 0 || run.iCode == 1) << strLine;
-            EXPECT_EQ(run.strErr, "") << strLine;
-        }
     }
 };
 
 }  // namespace
 
-TEST_F(CheckPages, LinesOfCheckRun) {
-    ExpectToRun("check", 7);
-}
-
-TEST_F(CheckPages, LinesOfExplainRun) {
-    ExpectToRun("explain", 5);
-}
-
-TEST_F(CheckPages, EveryAnswerInJsonFollowsItsSchema) {
+TEST_F(CheckSchemas, EveryAnswerInJsonFollowsItsSchema) {
     using namespace Documents;
     const std::string strFile = m_dir.Write("p.xml", Policy(Entity("e", "caseSensitive=\"yes\""), ""));
     const std::vector<std::string> aRuns[] = {
