@@ -28,18 +28,20 @@ void CheckTarget(const CCommandContext& context, const std::string& strFile, con
 
 }  // namespace
 
-COutput::COutput(CCommandContext& context, const std::string& strFile) : m_context(context) {
+COutput::COutput(CCommandContext& context, const std::string& strFile)
+    : m_context(context), m_iPiece(context.IsJson() ? std::string().max_size() : PIECE) {
     if (!IsDash(strFile)) {
         const std::string strPath = context.GetAbsolute(strFile);
         CheckTarget(context, strFile, strPath);
         m_pFile = std::make_unique<COutputFile>(strPath, Text::Printable(strFile));
+        m_iPiece = PIECE;
     }
 }
 
 COutput::~COutput() = default;
 
 void COutput::Write(std::string_view strText) {
-    if (m_strWaiting.size() + strText.size() < PIECE) {
+    if (m_strWaiting.size() + strText.size() < m_iPiece) {
         m_strWaiting += strText;
         return;
     }

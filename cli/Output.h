@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -9,7 +10,8 @@ class COutputFile;
 
 /**
  * Where a command's document goes: the file that -o names, or standard output. Writes in large pieces, so that a short
- * document that fails on its way leaves nothing behind.
+ * document that fails on its way leaves nothing behind; with --json in one piece to standard output, so that either the
+ * whole document stands there or the answer that says why not.
  */
 class COutput {
   public:
@@ -28,6 +30,7 @@ class COutput {
     void Put(std::string_view strText);
 
     CCommandContext& m_context;
+    std::size_t m_iPiece;  ///< what is shorter waits
     std::string m_strWaiting;
     std::unique_ptr<COutputFile> m_pFile;
 };

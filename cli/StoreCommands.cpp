@@ -77,20 +77,31 @@ EVerdict Dump(CCommandContext& context, const std::string& strFile) {
     const CStoreSession& store = context.GetStore();
     COutput output(context, strFile);
     const CSettingsTransaction unit(EUnitOfWork::READ);
+    Json dumped = Json::object();
     output.Write(std::string("{\n  \"") + FORMAT + "\": \"" + DUMP.pFormat + '"');
     for (const SKind& kind : KINDS) {
         output.Write(std::string(",\n  \"") + kind.pList + "\": [");
-        bool bFirst = true;
+        std::size_t iRecords = 0;
         CSettingsStore::Current().ReadAll(kind.eKind, [&](CSettingsRow&& row) {
             Signals::ThrowIfCaught();
-            output.Write((bFirst ? "\n" : ",\n") + RecordLines(row));
-            bFirst = false;
+            output.Write((iRecords == 0 ? "\n" : ",\n") + RecordLines(row));
+            ++iRecords;
         });
-        output.Write(bFirst ? "]" : "\n  ]");
+        output.Write(iRecords == 0 ? "]" : "\n  ]");
+        dumped[kind.pList] = iRecords;
     }
     output.Write("\n}\n");
     store.ThrowIfFailed();
+    if (!context.IsJson() || COutput::IsStandard(context, strFile)) {
+        output.Commit();
+        return EVerdict::DONE;
+    }
+    Json answer = {{FORMAT, DUMP.pFormat}, {"output", strFile}};
+    context.StartJson(answer);
     output.Commit();
+    answer["verdict"] = GetVerdictName(EVerdict::DONE);
+    answer["dumped"] = std::move(dumped);
+    context.WriteJson(answer);
     return EVerdict::DONE;
 }
 

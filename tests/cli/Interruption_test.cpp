@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <csignal>
+#include <functional>
 
 #include <nlohmann/json.hpp>
 
@@ -27,6 +28,18 @@ class CSignallingStore : public CForwardingStore {
         if (!Signals::IsCaught()) {
             std::raise(SIGTERM);
         }
+    }
+};
+
+/** A signal comes as the last table is read. */
+class CLateSignallingStore : public CForwardingStore {
+  public:
+    using CForwardingStore::CForwardingStore;
+    void ReadAll(ESettingsKind eKind, const std::function<void(CSettingsRow&&)>& fnRow) override {
+        if (eKind == ESettingsKind::TEMPLATE) {
+            std::raise(SIGTERM);
+        }
+        CForwardingStore::ReadAll(eKind, fnRow);
     }
 };
 
@@ -70,3 +83,20 @@ TEST_P(Interruption, EndsTheCommandAndChangesNothing) {
 
 INSTANTIATE_TEST_SUITE_P(Commands, Interruption, ::testing::ValuesIn(COMMANDS),
                          [](const auto& command) { return std::string(command.param.pName); });
+
+using InterruptedDump = CToolTest;
+
+TEST_F(InterruptedDump, InJsonIsTheAnswerThatSaysSo) {
+    std::string strEntities;
+    for (int i = 0; i < 1000; ++i) {
+        strEntities += Documents::Entity("e" + std::to_string(i));
+    }
+    Import(Documents::Policy(strEntities + Documents::Dictionary("w"), Documents::Template("t", "e1", "w")));
+    ASSERT_GT(Dump().size(), 500000U);
+    Signals::Watch();
+    CSettingsStore::SetWrapper([](std::unique_ptr<CSettingsStore> pInner) {
+        return std::make_unique<CLateSignallingStore>(std::move(pInner));
+    });
+    EXPECT_EQ(Json::parse(Run({"--json", "store", "dump"}).strOut),
+              Json({{"format", "dlpctl-dump/1"}, {"verdict", "interrupted"}, {"message", "interrupted"}}));
+}

@@ -259,6 +259,19 @@ TEST_F(StoreCommands, DeepJsonIsRefusedWithoutRecursion) {
     EXPECT_EQ(Run({"store", "load", "-"}, std::string(1000000, '[') + std::string(1000000, ']')).iCode, 2);
 }
 
+TEST_F(StoreCommands, ADumpToAFileIsAnsweredInJson) {
+    Import(Documents::Small());
+    const std::string strFile = m_dir.Path("dump.json");
+    EXPECT_EQ(Json::parse(Get({"--json", "store", "dump", "-o", strFile})),
+              Json({{"format", "dlpctl-dump/1"},
+                    {"output", strFile},
+                    {"verdict", "done"},
+                    {"dumped", {{"expressions", 2}, {"keyword_lists", 1}, {"templates", 1}}}}));
+    EXPECT_EQ(m_dir.Read("dump.json"), Dump());
+    EXPECT_EQ(Get({"--json", "store", "dump"}), Dump());
+    EXPECT_EQ(Get({"--json", "store", "dump", "-o", "-"}), Dump());
+}
+
 TEST_F(StoreCommands, ADumpGoesToAFileWholeOrNotAtAll) {
     EXPECT_EQ(Get({"store", "dump", "-o", m_dir.Path("dump.json")}), "");
     EXPECT_EQ(m_dir.Read("dump.json"), EMPTY_DUMP);
