@@ -45,3 +45,16 @@ TEST(JsonSchema, WhatIsMissingIsAViolation) {
     EXPECT_EQ(CheckAnswer("none", "{}"), "none has no schema");
     EXPECT_EQ(CheckAnswer("diff", "{"), "no JSON: {");
 }
+
+TEST(JsonSchema, AnswersAreHeldAgainstTheSchemaOfTheirFormat) {
+    const std::string strVersion = R"({"format":"dlpctl-version/1","verdict":"done","version":"1"})";
+    EXPECT_EQ(CheckAnswers(strVersion + '\n'), "");
+    EXPECT_EQ(CheckAnswers(strVersion + '\n' + strVersion + '\n'), "");
+    EXPECT_EQ(CheckAnswers("<a/>"), "");
+    EXPECT_EQ(CheckAnswers(R"({"$schema":"its own"})"), "");
+    EXPECT_EQ(CheckAnswers(R"({"format":"dlpctl/1","verdict":"done","message":""})"),
+              "dlpctl/1: /verdict: \"done\" is none of [\"usage\",\"output\",\"memory\",\"interrupted\"]");
+    EXPECT_EQ(CheckAnswers(R"({"format":"dlpctl-new/1"})"), "dlpctl-new/1: new has no schema");
+    EXPECT_EQ(CheckAnswers("{}"), "no format is named: {}");
+    EXPECT_EQ(CheckAnswers("{\n"), "no JSON: {");
+}

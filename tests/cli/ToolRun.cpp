@@ -7,6 +7,7 @@
 
 #include "api/CDLPDigitalAssetsParser.h"
 #include "cli/Tool.h"
+#include "tests/support/JsonSchema.h"
 
 namespace {
 
@@ -36,6 +37,7 @@ SToolRun CToolTest::Run(const std::vector<std::string>& vecArguments, const std:
     std::ostringstream out;
     std::ostringstream err;
     const int iCode = RunTool(vecArguments, in, out, err);
+    EXPECT_EQ(CheckAnswers(out.str()), "") << ::testing::PrintToString(vecArguments);
     return {iCode, out.str(), err.str()};
 }
 

@@ -17,7 +17,7 @@ struct SToolRun {
 /**
  * Runs the tool as a fresh program would: version and language are at their start again. A store and an installation
  * directory of the test's own stand in $DLP_STORE and $DLP_INSTALL_PATH; the configuration is looked for below
- * config/ in its folder, where there is none.
+ * config/ in its folder, where there is none. Every answer in JSON is held against its schema.
  */
 class CToolTest : public ::testing::Test {
   protected:

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <fstream>
 #include <map>
+#include <sstream>
+#include <string_view>
 
 namespace {
 
@@ -146,6 +148,29 @@ std::string FindSchemaViolation(const Json& schema, const Json& value) {
     return CSchema(schema).Check(schema, value, "");
 }
 
+namespace {
+
+/** @return "dump" for "dlpctl-dump/1", "dlpctl" for "dlpctl/1" */
+std::string GetSchemaName(const std::string& strFormat) {
+    constexpr std::string_view PREFIX = "dlpctl-";
+    const std::string strName = strFormat.substr(0, strFormat.find('/'));
+    return strName.compare(0, PREFIX.size(), PREFIX) == 0 ? strName.substr(PREFIX.size()) : strName;
+}
+
+std::string CheckObject(const Json& object) {
+    if (!object.contains("format")) {
+        return object.contains("$schema") ? "" : "no format is named: " + object.dump();
+    }
+    const std::string strFormat = object["format"].get<std::string>();
+    if (strFormat.find("import") != std::string::npos) {
+        return "";
+    }
+    const std::string strWrong = CheckAnswer(GetSchemaName(strFormat), object.dump());
+    return strWrong.empty() ? "" : strFormat + ": " + strWrong;
+}
+
+}  // namespace
+
 std::string CheckAnswer(const std::string& strName, const std::string& strJson) {
     std::ifstream file(DLP_SOURCE_DIR "/docs/schemas/" + strName + ".schema.json");
     const Json schema = Json::parse(file, nullptr, false);
@@ -154,4 +179,23 @@ std::string CheckAnswer(const std::string& strName, const std::string& strJson) 
         return schema.is_discarded() ? strName + " has no schema" : "no JSON: " + strJson;
     }
     return FindSchemaViolation(schema, value);
+}
+
+std::string CheckAnswers(const std::string& strOutput) {
+    if (strOutput.empty() || strOutput.front() != '{') {
+        return "";
+    }
+    const Json whole = Json::parse(strOutput, nullptr, false);
+    if (whole.is_object()) {
+        return CheckObject(whole);
+    }
+    std::istringstream output(strOutput);
+    for (std::string strLine; std::getline(output, strLine);) {
+        const Json object = Json::parse(strLine, nullptr, false);
+        const std::string strWrong = object.is_object() ? CheckObject(object) : "no JSON: " + strLine;
+        if (!strWrong.empty()) {
+            return strWrong;
+        }
+    }
+    return "";
 }

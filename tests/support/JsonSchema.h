@@ -13,3 +13,9 @@ std::string FindSchemaViolation(const nlohmann::json& schema, const nlohmann::js
 
 /** The same for the schema docs/schemas/NAME.schema.json and a text. */
 std::string CheckAnswer(const std::string& strName, const std::string& strJson);
+
+/**
+ * The same for what a run of the tool wrote, if that is JSON: one object, or one on each line. The schema is the one
+ * that the member "format" names; an object without one must name its own schema.
+ */
+std::string CheckAnswers(const std::string& strOutput);
