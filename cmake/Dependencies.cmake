@@ -5,10 +5,13 @@ find_package(SQLite3 3.35 REQUIRED)
 find_package(fmt REQUIRED)
 find_package(pugixml REQUIRED)
 find_package(Boost REQUIRED)
+# Its header alone: the functions are taken inline.
+pkg_check_modules(XXHASH REQUIRED libxxhash)
 
 # What every target of the project is compiled with.
 add_library(dlp_options INTERFACE)
 target_include_directories(dlp_options INTERFACE ${PROJECT_SOURCE_DIR})
+target_include_directories(dlp_options SYSTEM INTERFACE ${XXHASH_INCLUDE_DIRS})
 target_compile_options(dlp_options INTERFACE -Wall -Wextra -Wpedantic -Wconversion -Wshadow
                                              $<$<CONFIG:Release>:-O2>)
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)

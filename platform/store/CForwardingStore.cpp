@@ -19,6 +19,26 @@ auto CForwardingStore::Forward(const char* pName, Operation&& fnOperation) {
     }
 }
 
+/** What the caller's own function throws is no failure of the store. */
+template <class Told, class Walk>
+void CForwardingStore::ForwardWalk(const char* pName, const std::function<void(Told)>& fnTold, Walk&& fnWalk) {
+    bool bCallersFault = false;
+    const std::function<void(Told)> fnWatched = [&](Told told) {
+        bCallersFault = true;
+        fnTold(std::forward<Told>(told));
+        bCallersFault = false;
+    };
+    try {
+        Before(pName);
+        fnWalk(fnWatched);
+    } catch (...) {
+        if (!bCallersFault) {
+            Failed(pName);
+        }
+        throw;
+    }
+}
+
 SStoreInfo CForwardingStore::GetInfo() {
     return Forward("GetInfo", [&] { return m_pInner->GetInfo(); });
 }
@@ -34,21 +54,7 @@ void CForwardingStore::FindHeld(ESettingsKind eKind, std::size_t iColumn, const 
 }
 
 void CForwardingStore::ReadAll(ESettingsKind eKind, const std::function<void(CSettingsRow&&)>& fnRow) {
-    static constexpr const char NAME[] = "ReadAll";
-    bool bCallersFault = false;
-    try {
-        Before(NAME);
-        m_pInner->ReadAll(eKind, [&](CSettingsRow&& row) {
-            bCallersFault = true;
-            fnRow(std::move(row));
-            bCallersFault = false;
-        });
-    } catch (...) {
-        if (!bCallersFault) {
-            Failed(NAME);
-        }
-        throw;
-    }
+    ForwardWalk("ReadAll", fnRow, [&](const auto& fnWatched) { m_pInner->ReadAll(eKind, fnWatched); });
 }
 
 void CForwardingStore::ReadColumn(ESettingsKind eKind, std::size_t iColumn, std::vector<std::string>& vecValues) {
@@ -57,6 +63,10 @@ void CForwardingStore::ReadColumn(ESettingsKind eKind, std::size_t iColumn, std:
 
 std::size_t CForwardingStore::Count(ESettingsKind eKind) {
     return Forward("Count", [&] { return m_pInner->Count(eKind); });
+}
+
+void CForwardingStore::Check(const std::function<void(const SStoreDamage&)>& fnDamage) {
+    ForwardWalk("Check", fnDamage, [&](const auto& fnWatched) { m_pInner->Check(fnWatched); });
 }
 
 void CForwardingStore::Save(const CSettingsRow& row) {

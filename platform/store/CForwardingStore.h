@@ -19,6 +19,7 @@ class DLP_PLATFORM_API CForwardingStore : public CSettingsStore {
     void ReadAll(ESettingsKind eKind, const std::function<void(CSettingsRow&&)>& fnRow) override;
     void ReadColumn(ESettingsKind eKind, std::size_t iColumn, std::vector<std::string>& vecValues) override;
     std::size_t Count(ESettingsKind eKind) override;
+    void Check(const std::function<void(const SStoreDamage&)>& fnDamage) override;
     void Save(const CSettingsRow& row) override;
     bool Remove(ESettingsKind eKind, const std::string& strSubject) override;
     void ReplaceAll(ESettingsKind eKind, const std::vector<CSettingsRow>& vecRows) override;
@@ -40,4 +41,6 @@ class DLP_PLATFORM_API CForwardingStore : public CSettingsStore {
   private:
     template <class Operation>
     auto Forward(const char* pName, Operation&& fnOperation);
+    template <class Told, class Walk>
+    void ForwardWalk(const char* pName, const std::function<void(Told)>& fnTold, Walk&& fnWalk);
 };

@@ -66,6 +66,9 @@ std::size_t CMemoryStore::Count(ESettingsKind eKind) {
     return Table(eKind).rows.size();
 }
 
+/** What is in memory is as it was written. */
+void CMemoryStore::Check(const std::function<void(const SStoreDamage&)>&) {}
+
 void CMemoryStore::Save(const CSettingsRow& row) {
     m_units.RequireWritable(StoreDoing::SAVING);
     row.Validate();

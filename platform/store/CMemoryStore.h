@@ -26,6 +26,7 @@ class CMemoryStore : public CSettingsStore {
     void ReadAll(ESettingsKind eKind, const std::function<void(CSettingsRow&&)>& fnRow) override;
     void ReadColumn(ESettingsKind eKind, std::size_t iColumn, std::vector<std::string>& vecValues) override;
     std::size_t Count(ESettingsKind eKind) override;
+    void Check(const std::function<void(const SStoreDamage&)>& fnDamage) override;
     void Save(const CSettingsRow& row) override;
     bool Remove(ESettingsKind eKind, const std::string& strSubject) override;
     void ReplaceAll(ESettingsKind eKind, const std::vector<CSettingsRow>& vecRows) override;

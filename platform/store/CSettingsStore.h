@@ -17,6 +17,13 @@ struct SStoreInfo {
     int iSchemaVersion = 0;
 };
 
+/** Something in a store that is not as it was written. */
+struct SStoreDamage {
+    std::string strTable;    ///< "" when it is not about one
+    std::string strSubject;  ///< the record's; "" when it is not about one
+    std::string strWhat;     ///< for people; what the record or the engine holds may stand in it as it is
+};
+
 /** What a unit of work will do. A READ unit sees one state of the store throughout. */
 enum class EUnitOfWork { READ, WRITE };
 
@@ -72,6 +79,12 @@ class DLP_PLATFORM_API CSettingsStore {
     /** One text column of every row, in the order of keys; a null reads as "". */
     virtual void ReadColumn(ESettingsKind eKind, std::size_t iColumn, std::vector<std::string>& vecValues) = 0;
     virtual std::size_t Count(ESettingsKind eKind) = 0;
+
+    /**
+     * Looks at everything that is kept, in one state of the store.
+     * @param fnDamage is told of each damage; what it throws ends the walk and passes
+     */
+    virtual void Check(const std::function<void(const SStoreDamage&)>& fnDamage) = 0;
 
     /** Adds the row or replaces the one with its key, whole. @throws also for what CSettingsRow::Validate refuses */
     virtual void Save(const CSettingsRow& row) = 0;

@@ -2,15 +2,18 @@
 
 #include <sqlite3.h>
 
-#include <array>
 #include <cstring>
 #include <new>
+#include <system_error>
+#include <vector>
 
 #include "platform/store/CSqliteStatement.h"
 #include "platform/store/CSqliteStore.h"
 #include "platform/store/SettingsSchema.h"
 #include "platform/store/SqlText.h"
 #include "platform/store/SqliteFile.h"
+#include "platform/store/SqlitePageSums.h"
+#include "platform/store/SqliteUpgrade.h"
 #include "platform/store/StoreError.h"
 
 namespace {
@@ -18,9 +21,18 @@ namespace {
 /** What says in the file's header that it is a settings store: "DLPS". */
 constexpr std::int64_t APPLICATION_ID = 0x444C5053;
 
+constexpr char FOREIGN[] =
+    "it is no settings store, or a damaged one, and is left as it is; name another path, or bring back a backup "
+    "(\"dlpctl store restore\")";
+constexpr char OLDER[] =
+    "it was written by an older version and cannot be brought up where it is; copy it to where it can be written, and "
+    "open it there";
+constexpr char DAMAGED_PAGE[] = "a page is not as it was written";
+constexpr char DAMAGED_BEGINNING[] = "it is damaged: its first page is not as it was written";
+
 /**
- * The page size counts for a new file only and must be set before the first write. The cache (in KiB) takes the indexes
- * of some ten thousand records, so that the time per record does not grow with their number.
+ * The page size (that of SqlitePageSums) counts for a new file only and must be set before the first write. The cache
+ * (in KiB) takes the indexes of some ten thousand records, so that the time per record does not grow with their number.
  */
 constexpr char CONNECTION_SETTINGS[] =
     "PRAGMA page_size = 8192;"
@@ -35,7 +47,8 @@ constexpr char GET_VERSION[] = "PRAGMA user_version";
 
 /** The header of a database file, as far as it is looked at. */
 constexpr char HEADER_MAGIC[] = "SQLite format 3";
-constexpr std::size_t HEADER_SIZE = 100;
+constexpr int HEADER_TRIES = 8;
+constexpr std::size_t HEADER_RESERVED = 20;
 constexpr std::size_t HEADER_VERSION = 60;
 constexpr std::size_t HEADER_APPLICATION = 68;
 
@@ -48,7 +61,7 @@ std::int32_t ReadBigEndian(const unsigned char* pBytes) {
 }  // namespace
 
 CSqliteConnection::CSqliteConnection(const std::string& strPath, int iBusyMilliseconds, EUnitOfWork eUse)
-    : m_strUrl(CSqliteStore::SCHEME + strPath) {
+    : m_strUrl(CSqliteStore::SCHEME + strPath), m_note(strPath) {
     const bool bRead = eUse == EUnitOfWork::READ;
     const bool bWritable = !bRead || FindSqliteFile(strPath, m_strUrl);
     const bool bEmpty = !bRead && MakeSqliteFile(strPath, m_strUrl);
@@ -60,18 +73,38 @@ CSqliteConnection::CSqliteConnection(const std::string& strPath, int iBusyMillis
     sqlite3_extended_result_codes(Get(), 1);
     sqlite3_busy_timeout(Get(), iBusyMilliseconds);
     Execute(CONNECTION_SETTINGS);
+    if (bEmpty) {
+        SqlitePageSums::Reserve(Get());
+    }
+    OpenSchema(strPath, iBusyMilliseconds, bRead, bWritable);
+}
+
+/** The journal may know more than the header has told. */
+void CSqliteConnection::OpenSchema(const std::string& strPath, int iBusyMilliseconds, bool bRead, bool bWritable) {
+    if (!bRead) {
+        CreateSchema();
+    }
+    CheckOwner(Number(GET_APPLICATION));
+    CheckVersion(Number(GET_VERSION));
+    if (bRead && Number(GET_VERSION) == SchemaVersion::TABLES) {
+        if (!bWritable) {
+            Refuse(OLDER);
+        }
+        const CSqliteConnection writing(strPath, iBusyMilliseconds, EUnitOfWork::WRITE);
+    }
     if (bRead) {
         Execute(READING_SETTING);
-        CheckOwner();
-        return;
+    } else {
+        BringUpSchema(*this);
+        ChangeJournal(iBusyMilliseconds);
     }
-    CreateSchema();
-    ChangeJournal(iBusyMilliseconds);
+    m_iVersion = static_cast<int>(Number(GET_VERSION));
 }
 
 void CSqliteConnection::Open(const std::string& strPath, int iFlags) {
     sqlite3* pDb = nullptr;
-    const int iCode = sqlite3_open_v2(strPath.c_str(), &pDb, iFlags | SQLITE_OPEN_NOMUTEX, nullptr);
+    const int iCode =
+        sqlite3_open_v2(strPath.c_str(), &pDb, iFlags | SQLITE_OPEN_NOMUTEX, SqlitePageSums::GetVfsName());
     m_pDb.reset(pDb);
     if (iCode != SQLITE_OK) {
         Throw(iCode, StoreDoing::OPENING);
@@ -89,18 +122,36 @@ void CSqliteConnection::SClose::operator()(sqlite3* pDb) const noexcept {
 void CSqliteConnection::CheckHeader() const {
     sqlite3_file* pFile = nullptr;
     sqlite3_file_control(Get(), nullptr, SQLITE_FCNTL_FILE_POINTER, &pFile);
-    std::array<unsigned char, HEADER_SIZE> aHeader{};
-    const int iCode = pFile->pMethods->xRead(pFile, aHeader.data(), HEADER_SIZE, 0);
-    if (iCode != SQLITE_OK && iCode != SQLITE_IOERR_SHORT_READ) {
+    std::vector<unsigned char> vecPage(SqlitePageSums::PAGE_SIZE);
+    int iCode = SQLITE_IOERR_DATA;
+    // Another process may be writing the page just now: nothing locks it here.
+    for (int iTries = 0; iCode == SQLITE_IOERR_DATA && iTries < HEADER_TRIES; ++iTries) {
+        sqlite3_sleep(iTries);
+        iCode = pFile->pMethods->xRead(pFile, vecPage.data(), SqlitePageSums::PAGE_SIZE, 0);
+    }
+    if (iCode != SQLITE_OK && iCode != SQLITE_IOERR_SHORT_READ && iCode != SQLITE_IOERR_DATA) {
         Refuse(sqlite3_errstr(iCode));
     }
-    const bool bDatabase = std::memcmp(aHeader.data(), HEADER_MAGIC, sizeof(HEADER_MAGIC)) == 0;
-    CheckOwner(bDatabase ? ReadBigEndian(&aHeader[HEADER_APPLICATION]) : 0, ReadBigEndian(&aHeader[HEADER_VERSION]));
+    const bool bDatabase = std::memcmp(vecPage.data(), HEADER_MAGIC, sizeof(HEADER_MAGIC)) == 0;
+    CheckOwner(bDatabase ? ReadBigEndian(&vecPage[HEADER_APPLICATION]) : 0);
+    const std::int32_t iVersion = ReadBigEndian(&vecPage[HEADER_VERSION]);
+    const bool bSummed = vecPage[HEADER_RESERVED] == SqlitePageSums::SUM_SIZE;
+    if (iCode == SQLITE_IOERR_DATA || bSummed != (iVersion >= SchemaVersion::PAGE_SUMS)) {
+        ThrowStoreError(m_strUrl, StoreDoing::OPENING, std::string(DAMAGED_BEGINNING) + StoreAdvice::DAMAGED,
+                        StoreCode::DAMAGED);
+    }
+    CheckVersion(iVersion);
 }
 
-void CSqliteConnection::CheckOwner(std::int64_t iApplication, std::int64_t iVersion) const {
-    if (iApplication != APPLICATION_ID || iVersion < 1) {
-        Refuse("it is a file of another kind, which is left as it is; name another path");
+void CSqliteConnection::CheckOwner(std::int64_t iApplication) const {
+    if (iApplication != APPLICATION_ID) {
+        ThrowStoreError(m_strUrl, StoreDoing::OPENING, FOREIGN, StoreCode::DAMAGED);
+    }
+}
+
+void CSqliteConnection::CheckVersion(std::int64_t iVersion) const {
+    if (iVersion < SchemaVersion::TABLES) {
+        ThrowStoreError(m_strUrl, StoreDoing::OPENING, FOREIGN, StoreCode::DAMAGED);
     }
     if (iVersion > SETTINGS_SCHEMA_VERSION) {
         Refuse("it was written by a newer version (schema " + std::to_string(iVersion) +
@@ -116,16 +167,12 @@ void CSqliteConnection::CreateSchema() {
             for (const ESettingsKind eKind : ALL_SETTINGS_KINDS) {
                 Execute(SqlText::CreateTable(GetSettingsTable(eKind)));
             }
+            CreateTotals(*this, {});
             Execute(GET_APPLICATION + (" = " + std::to_string(APPLICATION_ID)));
             Execute(GET_VERSION + (" = " + std::to_string(SETTINGS_SCHEMA_VERSION)));
         }
         Execute(SqlText::COMMIT);
     }
-    CheckOwner();
-}
-
-void CSqliteConnection::CheckOwner() {
-    CheckOwner(Number(GET_APPLICATION), Number(GET_VERSION));
 }
 
 /** The engine does not wait here for other processes that make the same change at the same time. */
@@ -147,6 +194,15 @@ bool CSqliteConnection::IsInTransaction() const {
     return sqlite3_get_autocommit(Get()) == 0;
 }
 
+bool CSqliteConnection::HasMoved() const {
+    int iMoved = 1;
+    // Asked twice: a question that fails counts as yes.
+    for (int iTries = 0; iMoved != 0 && iTries < 2; ++iTries) {
+        sqlite3_file_control(Get(), nullptr, SQLITE_FCNTL_HAS_MOVED, &iMoved);
+    }
+    return iMoved != 0;
+}
+
 void CSqliteConnection::Execute(const std::string& strSql) {
     const int iCode = sqlite3_exec(Get(), strSql.c_str(), nullptr, nullptr, nullptr);
     if (iCode != SQLITE_OK) {
@@ -165,9 +221,23 @@ void CSqliteConnection::Throw(int iCode, const char* pDoing) const {
     if (iPrimaryCode == SQLITE_NOMEM || iCode == SQLITE_IOERR_NOMEM) {
         throw std::bad_alloc();
     }
-    const bool bBusy = iPrimaryCode == SQLITE_BUSY;
-    ThrowStoreError(m_strUrl, pDoing, bBusy ? "another process is writing to it; try again" : sqlite3_errmsg(Get()),
-                    iCode);
+    std::string strWhy = sqlite3_errmsg(Get());
+    if (const int iError = sqlite3_system_errno(Get());
+        iError != 0 && (iPrimaryCode == SQLITE_IOERR || iPrimaryCode == SQLITE_CANTOPEN)) {
+        strWhy += ": " + std::generic_category().message(iError);
+    }
+    if (iPrimaryCode == SQLITE_BUSY) {
+        const std::string strWriter = m_note.Read();
+        ThrowStoreError(
+            m_strUrl, pDoing,
+            "another process is writing to it" + (strWriter.empty() ? "" : " (" + strWriter + ')') + "; try again",
+            iCode);
+    }
+    if (iCode == SQLITE_IOERR_DATA || iPrimaryCode == SQLITE_CORRUPT || iPrimaryCode == SQLITE_NOTADB) {
+        const std::string strDamage = iCode == SQLITE_IOERR_DATA ? DAMAGED_PAGE : strWhy;
+        ThrowStoreError(m_strUrl, pDoing, "it is damaged: " + strDamage + StoreAdvice::DAMAGED, StoreCode::DAMAGED);
+    }
+    ThrowStoreError(m_strUrl, pDoing, strWhy, iCode);
 }
 
 void CSqliteConnection::Refuse(const std::string& strWhy) const {

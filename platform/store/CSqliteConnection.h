@@ -5,6 +5,7 @@
 #include <string>
 
 #include "platform/store/CSettingsStore.h"
+#include "platform/store/CWriterNote.h"
 
 struct sqlite3;
 
@@ -13,7 +14,7 @@ class CSqliteConnection {
   public:
     /**
      * Opens the file; to WRITE, making it with its folders when it is missing or empty. A file of another kind, of
-     * another program or of a newer version is refused and left as it is.
+     * another program or of a newer version is refused and left as it is; one of the first version is brought up.
      * @param strPath absolute
      * @param iBusyMilliseconds how long to wait for another writer
      * @throws OS::CException
@@ -25,6 +26,17 @@ class CSqliteConnection {
     sqlite3* Get() const { return m_pDb.get(); }
     /** The store's URL. */
     const std::string& GetUrl() const { return m_strUrl; }
+    /** Whether another file, or none, stands at the path by now: what is written to the open one is lost to all others.
+     */
+    bool HasMoved() const;
+    /** Who writes, for those who wait. */
+    CWriterNote& GetWriterNote() { return m_note; }
+    /** The version of the schema that the file has. */
+    int GetSchemaVersion() const { return m_iVersion; }
+    /** Runs statements that give nothing. */
+    void Execute(const std::string& strSql);
+    /** @return the first number that the statement gives */
+    std::int64_t Number(const std::string& strSql);
     /** Whether the engine has a transaction open; after a failure it may have undone the one that was begun. */
     bool IsInTransaction() const;
     /**
@@ -40,15 +52,16 @@ class CSqliteConnection {
     };
 
     void CheckHeader() const;
-    void CheckOwner(std::int64_t iApplication, std::int64_t iVersion) const;
+    void CheckOwner(std::int64_t iApplication) const;
+    void CheckVersion(std::int64_t iVersion) const;
     void Open(const std::string& strPath, int iFlags);
-    void CheckOwner();
+    void OpenSchema(const std::string& strPath, int iBusyMilliseconds, bool bRead, bool bWritable);
     void CreateSchema();
     void ChangeJournal(int iBusyMilliseconds);
-    void Execute(const std::string& strSql);
-    std::int64_t Number(const std::string& strSql);
     [[noreturn]] void Refuse(const std::string& strWhy) const;
 
     std::string m_strUrl;
+    CWriterNote m_note;
     std::unique_ptr<sqlite3, SClose> m_pDb;
+    int m_iVersion = 0;
 };

@@ -30,6 +30,10 @@ void CSqliteStatement::BindText(int iParameter, const std::string& strText) {
                               SQLITE_UTF8));
 }
 
+void CSqliteStatement::BindNumber(int iParameter, std::int64_t iNumber) {
+    Check(sqlite3_bind_int64(m_pStatement.get(), iParameter, iNumber));
+}
+
 void CSqliteStatement::BindColumn(const CSettingsRow& row, std::size_t iColumn, EColumnType eType) {
     const int iParameter = static_cast<int>(iColumn) + 1;
     switch (eType) {

@@ -21,6 +21,7 @@ class CSqliteStatement {
 
     /** @param strText must outlive the run */
     void BindText(int iParameter, const std::string& strText);
+    void BindNumber(int iParameter, std::int64_t iNumber);
     /** Binds every value of the row, in the order of its table's columns. @param row must outlive the run */
     void BindRow(const CSettingsRow& row);
     /** Goes on to the next result row. @return false when there is none */
@@ -54,6 +55,7 @@ class CSqliteRun {
     CSqliteRun& operator=(const CSqliteRun&) = delete;
     ~CSqliteRun() { m_statement.Reset(); }
     CSqliteStatement* operator->() { return &m_statement; }
+    CSqliteStatement& operator*() { return m_statement; }
 
   private:
     CSqliteStatement& m_statement;

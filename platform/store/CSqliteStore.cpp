@@ -3,6 +3,7 @@
 #include <sqlite3.h>
 
 #include <filesystem>
+#include <optional>
 #include <system_error>
 #include <utility>
 
@@ -15,13 +16,15 @@ enum class CSqliteStore::EStatement : std::size_t {
     SELECT_FIRST,
     SELECT_HELD,
     SELECT_COLUMN,
-    COUNT,
-    SAVE,
+    TOTALS,
+    UPDATE_TOTALS,
+    SELECT_CHECKSUM,
+    INSERT,
+    UPDATE,
     REMOVE,
     REMOVE_ALL,
     BEGIN_WRITE,
     BEGIN_READ,
-    FIX_SNAPSHOT,
     BEGIN_NESTED,
     COMMIT,
     COMMIT_NESTED,
@@ -48,13 +51,15 @@ constexpr SStatement STATEMENTS[] = {
     {StoreDoing::READING, nullptr, SqlText::SelectFirst},
     {StoreDoing::READING, nullptr, SqlText::SelectHeld},
     {StoreDoing::READING, nullptr, SqlText::SelectColumn},
-    {StoreDoing::COUNTING, nullptr, OfTable<SqlText::Count>},
-    {StoreDoing::SAVING, nullptr, OfTable<SqlText::Save>},
+    {StoreDoing::COUNTING, SqlText::SELECT_TOTALS, nullptr},
+    {StoreDoing::COMMITTING, SqlText::UPDATE_TOTALS, nullptr},
+    {StoreDoing::SAVING, nullptr, OfTable<SqlText::SelectChecksum>},
+    {StoreDoing::SAVING, nullptr, OfTable<SqlText::Insert>},
+    {StoreDoing::SAVING, nullptr, OfTable<SqlText::Update>},
     {StoreDoing::REMOVING, nullptr, OfTable<SqlText::Remove>},
     {StoreDoing::REPLACING, nullptr, OfTable<SqlText::RemoveAll>},
     {StoreDoing::BEGINNING, SqlText::BEGIN_WRITE, nullptr},
     {StoreDoing::BEGINNING, "BEGIN", nullptr},
-    {StoreDoing::BEGINNING, "SELECT 1 FROM sqlite_schema", nullptr},
     {StoreDoing::BEGINNING, "SAVEPOINT unit", nullptr},
     {StoreDoing::COMMITTING, SqlText::COMMIT, nullptr},
     {StoreDoing::COMMITTING, "RELEASE unit", nullptr},
@@ -78,6 +83,33 @@ std::string AbsolutePath(const std::string& strPath) {
         fnRefuse(error.message());
     }
     return strAbsolute;
+}
+
+constexpr char NOTHING_WRITTEN[] = "nothing was written";
+constexpr char WRITTEN_ELSEWHERE[] = "what was written is in the file that stood there before";
+constexpr char CHECK_STRUCTURE[] = "PRAGMA integrity_check";
+constexpr char SOUND[] = "ok";
+constexpr char ALTERED[] = "is not as it was written";
+constexpr char VANISHED[] = "records are missing";
+
+/** @return what is wrong in the record beside its checksum; "" when nothing is */
+std::string FindNonsense(const CSettingsRow& row) {
+    try {
+        row.Validate();
+    } catch (const OS::CException& error) {
+        return error.what();
+    }
+    const STable& table = GetSettingsTable(row.GetKind());
+    for (std::size_t i = 0; i < table.iColumns; ++i) {
+        if (table.pColumns[i].eType == EColumnType::FLAG && (row.GetNumber(i) < 0 || row.GetNumber(i) > 1)) {
+            return std::string(table.pColumns[i].pName) + " is neither 0 nor 1";
+        }
+    }
+    return {};
+}
+
+std::uint64_t StoredChecksum(const CSqliteStatement& statement, ESettingsKind eKind) {
+    return static_cast<std::uint64_t>(statement.Number(static_cast<int>(GetSettingsTable(eKind).iColumns)));
 }
 
 }  // namespace
@@ -125,7 +157,7 @@ void CSqliteStore::RequireUnitKept(const char* pDoing) const {
 }
 
 SStoreInfo CSqliteStore::GetInfo() {
-    return {m_units.GetUrl(), std::string("SQLite ") + sqlite3_libversion(), SETTINGS_SCHEMA_VERSION};
+    return {m_units.GetUrl(), std::string("SQLite ") + sqlite3_libversion(), m_connection.GetSchemaVersion()};
 }
 
 void CSqliteStore::Find(ESettingsKind eKind, std::size_t iColumn, const std::vector<std::string>& vecValues,
@@ -134,7 +166,7 @@ void CSqliteStore::Find(ESettingsKind eKind, std::size_t iColumn, const std::vec
     for (const std::string& strValue : vecValues) {
         CSqliteRun run = Start(EStatement::SELECT_FIRST, eKind, iColumn);
         run->BindText(1, strValue);
-        vecRows.push_back(run->Step() ? std::make_unique<CSettingsRow>(run->Row(eKind)) : nullptr);
+        vecRows.push_back(run->Step() ? std::make_unique<CSettingsRow>(ReadVerified(*run, eKind)) : nullptr);
     }
 }
 
@@ -154,10 +186,87 @@ void CSqliteStore::FindHeld(ESettingsKind eKind, std::size_t iColumn, const std:
 
 void CSqliteStore::ReadAll(ESettingsKind eKind, const std::function<void(CSettingsRow&&)>& fnRow) {
     RequireUnitKept(StoreDoing::READING);
-    // A statement of this walk's own: the function may walk the same table.
+    // Statements of this walk's own: the function may walk the same table. While the first of them is not ended, both
+    // see one state of the store.
+    CSqliteStatement totals(m_connection, SqlText::SELECT_TOTALS, StoreDoing::READING);
+    const auto iKind = static_cast<std::size_t>(eKind);
+    const SStoreTotals expected = m_units.IsInside() ? m_vecTotals.back()[iKind] : ReadTotals(totals)[iKind];
+    const std::uint64_t iChanges = m_iChanges;
+    SStoreTotals found;
     CSqliteStatement statement(m_connection, SqlText::SelectAll(GetSettingsTable(eKind)), StoreDoing::READING);
     while (statement.Step()) {
-        fnRow(statement.Row(eKind));
+        found.Add(StoredChecksum(statement, eKind));
+        fnRow(ReadVerified(statement, eKind));
+    }
+    if (iChanges == m_iChanges && found != expected) {
+        ThrowDamaged({GetSettingsTable(eKind).pName, "", VANISHED});
+    }
+}
+
+void CSqliteStore::Check(const std::function<void(const SStoreDamage&)>& fnDamage) {
+    // Not committed: the engine may have undone it when it came upon the damage.
+    std::optional<CSettingsTransaction> optUnit;
+    std::string strTotals;
+    try {
+        optUnit.emplace(*this, EUnitOfWork::READ);
+    } catch (const OS::CException& error) {
+        if (error.GetErrorCode() != StoreCode::DAMAGED) {
+            throw;
+        }
+        strTotals = error.what();
+    }
+    CheckStructure(fnDamage);
+    if (!optUnit) {
+        fnDamage({"", "", strTotals});
+        return;
+    }
+    for (const ESettingsKind eKind : ALL_SETTINGS_KINDS) {
+        CheckTable(eKind, fnDamage);
+    }
+}
+
+/** The engine's own words, a line for each damage. */
+void CSqliteStore::CheckStructure(const std::function<void(const SStoreDamage&)>& fnDamage) {
+    std::vector<std::string> vecDamages;
+    try {
+        CSqliteStatement statement(m_connection, CHECK_STRUCTURE, StoreDoing::CHECKING);
+        while (statement.Step()) {
+            vecDamages.push_back(statement.Text(0));
+        }
+    } catch (const OS::CException& error) {
+        vecDamages.push_back(error.what());
+    }
+    for (const std::string& strDamage : vecDamages) {
+        if (strDamage != SOUND) {
+            fnDamage({"", "", strDamage});
+        }
+    }
+}
+
+/** Goes on behind each damaged record; a page that cannot be read ends the walk over its table. */
+void CSqliteStore::CheckTable(ESettingsKind eKind, const std::function<void(const SStoreDamage&)>& fnDamage) {
+    const STable& table = GetSettingsTable(eKind);
+    std::vector<SStoreDamage> vecDamages;
+    try {
+        SStoreTotals found;
+        CSqliteStatement statement(m_connection, SqlText::SelectAll(table), StoreDoing::CHECKING);
+        while (statement.Step()) {
+            const CSettingsRow row = statement.Row(eKind);
+            found.Add(StoredChecksum(statement, eKind));
+            if (ChecksumOf(row) != StoredChecksum(statement, eKind)) {
+                vecDamages.push_back({table.pName, row.GetSubject(), ALTERED});
+            } else if (std::string strNonsense = FindNonsense(row); !strNonsense.empty()) {
+                vecDamages.push_back({table.pName, row.GetSubject(), std::move(strNonsense)});
+            }
+        }
+        if (found != m_vecTotals.back()[static_cast<std::size_t>(eKind)]) {
+            vecDamages.push_back({table.pName, "", VANISHED});
+        }
+    } catch (const OS::CException& error) {
+        vecDamages.push_back({table.pName, "", error.what()});
+    }
+    for (const SStoreDamage& damage : vecDamages) {
+        fnDamage(damage);
     }
 }
 
@@ -170,40 +279,49 @@ void CSqliteStore::ReadColumn(ESettingsKind eKind, std::size_t iColumn, std::vec
 }
 
 std::size_t CSqliteStore::Count(ESettingsKind eKind) {
-    std::optional<std::size_t>& optCount = Counted(eKind);
-    if (optCount && m_connection.IsInTransaction()) {
-        return *optCount;
-    }
-    CSqliteRun run = Start(EStatement::COUNT, eKind);
-    run->Step();
-    const auto iCount = static_cast<std::size_t>(run->Number(0));
+    RequireUnitKept(StoreDoing::COUNTING);
+    const auto iKind = static_cast<std::size_t>(eKind);
     if (m_units.IsInside()) {
-        optCount = iCount;
+        return m_vecTotals.back()[iKind].iRecords;
     }
-    return iCount;
+    CSqliteRun run(Prepared(EStatement::TOTALS));
+    return ReadTotals(*run)[iKind].iRecords;
 }
 
 void CSqliteStore::Save(const CSettingsRow& row) {
     m_units.RequireWritable(StoreDoing::SAVING);
     row.Validate();
-    std::optional<std::size_t>& optCount = Counted(row.GetKind());
-    CSqliteRun run = Start(EStatement::SAVE, row.GetKind());
-    const bool bCountedAnew = optCount && !IsHeld(row.GetKind(), 0, row.GetSubject());
-    run->BindRow(row);
-    run->Step();
-    if (bCountedAnew) {
-        ++*optCount;
+    if (!m_units.IsInside()) {
+        CSettingsTransaction unit(*this, EUnitOfWork::WRITE);
+        Save(row);
+        unit.Commit();
+        return;
     }
+    const std::uint64_t iChecksum = ChecksumOf(row);
+    if (Write(EStatement::INSERT, row, iChecksum)) {
+        Change(row.GetKind()).Add(iChecksum);
+        return;
+    }
+    const std::uint64_t iOldChecksum = ReadChecksum(row.GetKind(), row.GetSubject());
+    Write(EStatement::UPDATE, row, iChecksum);
+    SStoreTotals& totals = Change(row.GetKind());
+    totals.Remove(iOldChecksum);
+    totals.Add(iChecksum);
 }
 
 bool CSqliteStore::Remove(ESettingsKind eKind, const std::string& strSubject) {
     m_units.RequireWritable(StoreDoing::REMOVING);
+    if (!m_units.IsInside()) {
+        CSettingsTransaction unit(*this, EUnitOfWork::WRITE);
+        const bool bThere = Remove(eKind, strSubject);
+        unit.Commit();
+        return bThere;
+    }
     CSqliteRun run = Start(EStatement::REMOVE, eKind);
     run->BindText(1, strSubject);
-    run->Step();
-    const bool bThere = sqlite3_changes(m_connection.Get()) > 0;
-    if (std::optional<std::size_t>& optCount = Counted(eKind); optCount && bThere) {
-        --*optCount;
+    const bool bThere = run->Step();
+    if (bThere) {
+        Change(eKind).Remove(static_cast<std::uint64_t>(run->Number(0)));
     }
     return bThere;
 }
@@ -214,25 +332,94 @@ void CSqliteStore::ReplaceAll(ESettingsKind eKind, const std::vector<CSettingsRo
         CSqliteRun run = Start(EStatement::REMOVE_ALL, eKind);
         run->Step();
     }
-    Counted(eKind).reset();
+    Change(eKind) = {};
     for (const CSettingsRow& row : vecRows) {
         Save(row);
     }
     transaction.Commit();
 }
 
+/** @return whether there was a row to write */
+bool CSqliteStore::Write(EStatement eStatement, const CSettingsRow& row, std::uint64_t iChecksum) {
+    const auto iColumns = static_cast<int>(GetSettingsTable(row.GetKind()).iColumns);
+    CSqliteRun run = Start(eStatement, row.GetKind());
+    run->BindRow(row);
+    run->BindNumber(iColumns + 1, static_cast<std::int64_t>(iChecksum));
+    run->Step();
+    return sqlite3_changes(m_connection.Get()) > 0;
+}
+
+std::uint64_t CSqliteStore::ReadChecksum(ESettingsKind eKind, const std::string& strSubject) {
+    CSqliteRun run = Start(EStatement::SELECT_CHECKSUM, eKind);
+    run->BindText(1, strSubject);
+    run->Step();
+    return static_cast<std::uint64_t>(run->Number(0));
+}
+
+CSettingsRow CSqliteStore::ReadVerified(const CSqliteStatement& statement, ESettingsKind eKind) const {
+    CSettingsRow row = statement.Row(eKind);
+    if (ChecksumOf(row) != StoredChecksum(statement, eKind)) {
+        ThrowDamaged({GetSettingsTable(eKind).pName, row.GetSubject(), ALTERED});
+    }
+    return row;
+}
+
+/** Leaves the statement where it is, so that what is read before its end is of the same state. */
+AllStoreTotals CSqliteStore::ReadTotals(CSqliteStatement& statement) const {
+    AllStoreTotals aTotals;
+    std::size_t iKind = 0;
+    while (iKind < SETTINGS_KINDS && statement.Step() && statement.Number(0) == static_cast<std::int64_t>(iKind)) {
+        aTotals[iKind++] = {static_cast<std::uint64_t>(statement.Number(1)),
+                            static_cast<std::uint64_t>(statement.Number(2))};
+    }
+    if (iKind < SETTINGS_KINDS) {
+        ThrowDamaged({"", "", "how many records it holds is missing"});
+    }
+    return aTotals;
+}
+
+void CSqliteStore::WriteTotals() {
+    for (std::size_t i = 0; i < SETTINGS_KINDS; ++i) {
+        const SStoreTotals& totals = m_vecTotals.back()[i];
+        if (totals != m_aStored[i]) {
+            CSqliteRun run(Prepared(EStatement::UPDATE_TOTALS));
+            run->BindNumber(1, static_cast<std::int64_t>(i));
+            run->BindNumber(2, static_cast<std::int64_t>(totals.iRecords));
+            run->BindNumber(3, static_cast<std::int64_t>(totals.iChecksum));
+            run->Step();
+        }
+    }
+}
+
+/** @return what the innermost unit sees, to be changed with the table */
+SStoreTotals& CSqliteStore::Change(ESettingsKind eKind) {
+    ++m_iChanges;
+    return m_vecTotals.back()[static_cast<std::size_t>(eKind)];
+}
+
+void CSqliteStore::ThrowDamaged(const SStoreDamage& damage) const {
+    ThrowStoreError(m_units.GetUrl(), StoreDoing::READING, "it is damaged: " + ToText(damage) + StoreAdvice::DAMAGED,
+                    StoreCode::DAMAGED);
+}
+
 void CSqliteStore::Begin(EUnitOfWork eUnit) {
     RequireUnitKept(StoreDoing::BEGINNING);
     const bool bNested = m_units.IsInside();
+    m_vecTotals.reserve(m_vecTotals.size() + 1);  // lack of memory must not leave a unit without its totals
     m_units.Push(eUnit);
     try {
         if (bNested) {
             Run(EStatement::BEGIN_NESTED);
-        } else if (eUnit == EUnitOfWork::WRITE) {
-            Run(EStatement::BEGIN_WRITE);
         } else {
-            Run(EStatement::BEGIN_READ);
-            Run(EStatement::FIX_SNAPSHOT);
+            Run(eUnit == EUnitOfWork::WRITE ? EStatement::BEGIN_WRITE : EStatement::BEGIN_READ);
+            CSqliteRun run(Prepared(EStatement::TOTALS));  // for a unit that reads, this fixes the state that it sees
+            m_aStored = ReadTotals(*run);
+            if (eUnit == EUnitOfWork::WRITE) {
+                if (m_connection.HasMoved()) {
+                    ThrowMoved(StoreDoing::BEGINNING, NOTHING_WRITTEN);
+                }
+                m_connection.GetWriterNote().Leave();
+            }
         }
     } catch (...) {
         m_units.Pop();
@@ -241,28 +428,53 @@ void CSqliteStore::Begin(EUnitOfWork eUnit) {
         }
         throw;
     }
+    m_vecTotals.push_back(bNested ? m_vecTotals.back() : m_aStored);
 }
 
 void CSqliteStore::Commit() {
     m_units.RequireInside(StoreDoing::COMMITTING);
     try {
         RequireUnitKept(StoreDoing::COMMITTING);
-        Run(m_units.IsNested() ? EStatement::COMMIT_NESTED : EStatement::COMMIT);
+        if (m_units.IsNested()) {
+            Run(EStatement::COMMIT_NESTED);
+        } else {
+            WriteTotals();
+            if (m_units.IsWriting() && m_connection.HasMoved()) {
+                ThrowMoved(StoreDoing::COMMITTING, NOTHING_WRITTEN);
+            }
+            Run(EStatement::COMMIT);
+        }
     } catch (...) {
         Rollback();
         throw;
     }
-    m_units.Pop();
-    if (!m_units.IsInside()) {
-        m_aCounts = {};
+    const AllStoreTotals aTotals = m_vecTotals.back();
+    const bool bWritten = m_units.IsWriting() && !m_units.IsNested();
+    EndUnit();
+    if (m_units.IsInside()) {
+        m_vecTotals.back() = aTotals;
+    } else if (bWritten && m_connection.HasMoved()) {
+        ThrowMoved(StoreDoing::COMMITTING, WRITTEN_ELSEWHERE);
     }
+}
+
+void CSqliteStore::EndUnit() {
+    m_units.Pop();
+    m_vecTotals.pop_back();
+    if (!m_units.IsInside()) {
+        m_connection.GetWriterNote().Remove();
+    }
+}
+
+void CSqliteStore::ThrowMoved(const char* pDoing, const char* pWhat) const {
+    ThrowStoreError(m_units.GetUrl(), pDoing, std::string("its file was removed or replaced meanwhile; ") + pWhat);
 }
 
 void CSqliteStore::Rollback() {
     m_units.RequireInside(StoreDoing::UNDOING);
     const bool bNested = m_units.IsNested();
-    m_units.Pop();
-    m_aCounts = {};
+    EndUnit();
+    ++m_iChanges;
     if (!m_connection.IsInTransaction()) {
         return;  // the engine has undone it already
     }

@@ -1,17 +1,22 @@
 #pragma once
 
-#include <array>
+#include <cstdint>
 #include <map>
-#include <optional>
 #include <string>
 #include <tuple>
+#include <vector>
 
 #include "platform/store/CSettingsStore.h"
 #include "platform/store/CSqliteConnection.h"
 #include "platform/store/CSqliteStatement.h"
 #include "platform/store/CUnitsOfWork.h"
+#include "platform/store/RecordChecksum.h"
 
-/** The settings store in one database file, shared with other processes. */
+/**
+ * The settings store in one database file, shared with other processes. Every record carries a checksum, and the totals
+ * of each table change in the same transaction: a record that was altered is refused when it is read, and a walk over a
+ * table fails when one has vanished.
+ */
 class CSqliteStore : public CSettingsStore {
   public:
     static constexpr const char SCHEME[] = "sqlite:";
@@ -34,6 +39,7 @@ class CSqliteStore : public CSettingsStore {
     void ReadAll(ESettingsKind eKind, const std::function<void(CSettingsRow&&)>& fnRow) override;
     void ReadColumn(ESettingsKind eKind, std::size_t iColumn, std::vector<std::string>& vecValues) override;
     std::size_t Count(ESettingsKind eKind) override;
+    void Check(const std::function<void(const SStoreDamage&)>& fnDamage) override;
     void Save(const CSettingsRow& row) override;
     bool Remove(ESettingsKind eKind, const std::string& strSubject) override;
     void ReplaceAll(ESettingsKind eKind, const std::vector<CSettingsRow>& vecRows) override;
@@ -43,7 +49,6 @@ class CSqliteStore : public CSettingsStore {
 
   private:
     enum class EStatement : std::size_t;
-    using Counts = std::array<std::optional<std::size_t>, SETTINGS_KINDS>;
 
     CSqliteStatement& Prepared(EStatement eStatement, ESettingsKind eKind = ESettingsKind::EXPRESSION,
                                std::size_t iColumn = 0);
@@ -51,10 +56,22 @@ class CSqliteStore : public CSettingsStore {
     void Run(EStatement eStatement);
     void RequireUnitKept(const char* pDoing) const;
     bool IsHeld(ESettingsKind eKind, std::size_t iColumn, const std::string& strValue);
-    std::optional<std::size_t>& Counted(ESettingsKind eKind) { return m_aCounts[static_cast<std::size_t>(eKind)]; }
+    void CheckStructure(const std::function<void(const SStoreDamage&)>& fnDamage);
+    void CheckTable(ESettingsKind eKind, const std::function<void(const SStoreDamage&)>& fnDamage);
+    CSettingsRow ReadVerified(const CSqliteStatement& statement, ESettingsKind eKind) const;
+    std::uint64_t ReadChecksum(ESettingsKind eKind, const std::string& strSubject);
+    bool Write(EStatement eStatement, const CSettingsRow& row, std::uint64_t iChecksum);
+    AllStoreTotals ReadTotals(CSqliteStatement& statement) const;
+    void WriteTotals();
+    SStoreTotals& Change(ESettingsKind eKind);
+    void EndUnit();
+    [[noreturn]] void ThrowMoved(const char* pDoing, const char* pWhat) const;
+    [[noreturn]] void ThrowDamaged(const SStoreDamage& damage) const;
 
     CSqliteConnection m_connection;
     std::map<std::tuple<EStatement, ESettingsKind, std::size_t>, CSqliteStatement> m_mapStatements;
     CUnitsOfWork m_units;
-    Counts m_aCounts;  ///< what Count was asked for since the outermost unit began
+    AllStoreTotals m_aStored{};               ///< as the outermost unit found them
+    std::vector<AllStoreTotals> m_vecTotals;  ///< as each unit that is open sees them
+    std::uint64_t m_iChanges = 0;             ///< counts changes through this object, and what undoes them
 };

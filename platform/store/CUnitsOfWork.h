@@ -15,6 +15,7 @@ class CUnitsOfWork {
     bool IsInside() const { return !m_vecUnits.empty(); }
     /** Whether the innermost unit stands inside another one. */
     bool IsNested() const { return m_vecUnits.size() > 1; }
+    bool IsWriting() const { return IsInside() && m_vecUnits.back() == EUnitOfWork::WRITE; }
     /** @throws OS::CException when the innermost unit only reads */
     void RequireWritable(const char* pDoing) const;
     /** @throws OS::CException when no unit is open */

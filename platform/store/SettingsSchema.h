@@ -32,8 +32,15 @@ struct STable {
     std::size_t iColumns;
 };
 
-/** Version of the schema below; a store of a newer one is refused. */
-inline constexpr int SETTINGS_SCHEMA_VERSION = 1;
+/** What the versions of a store's schema added. */
+namespace SchemaVersion {
+inline constexpr int TABLES = 1;       ///< the tables below
+inline constexpr int RECORD_SUMS = 2;  ///< a checksum in every record, and totals
+inline constexpr int PAGE_SUMS = 3;    ///< a checksum in every page too; only a store that is made new gets them
+}  // namespace SchemaVersion
+
+/** The version of new stores; a newer one is refused, and one of TABLES alone is brought up to RECORD_SUMS. */
+inline constexpr int SETTINGS_SCHEMA_VERSION = SchemaVersion::PAGE_SUMS;
 
 DLP_PLATFORM_API const STable& GetSettingsTable(ESettingsKind eKind) noexcept;
 

@@ -4,6 +4,8 @@ namespace SqlText {
 
 namespace {
 
+constexpr char CHECKSUM[] = "checksum";
+
 const char* TypeText(EColumnType eType) {
     switch (eType) {
         case EColumnType::NUMBER:
@@ -34,7 +36,7 @@ std::string List(const STable& table, std::size_t iFirst, Item&& fnItem) {
 }
 
 std::string Names(const STable& table) {
-    return List(table, 0, [](const SColumn& column) { return std::string(column.pName); });
+    return List(table, 0, [](const SColumn& column) { return std::string(column.pName); }) + ", " + CHECKSUM;
 }
 
 std::string From(const STable& table) {
@@ -60,7 +62,8 @@ std::string CreateTable(const STable& table) {
     const std::string strName = table.pName;
     const std::string strColumns =
         List(table, 0, [](const SColumn& column) { return std::string(column.pName) + TypeText(column.eType); });
-    std::string strSql = "CREATE TABLE " + strName + " (" + strColumns + ", UNIQUE (" + Key(table) + "));";
+    std::string strSql = "CREATE TABLE " + strName + " (" + strColumns + ", " + CHECKSUM +
+                         " INTEGER NOT NULL, UNIQUE (" + Key(table) + "));";
     for (std::size_t i = 0; i < table.iColumns; ++i) {
         if (table.pColumns[i].bIndexed) {
             strSql += CreateIndex(strName, table.pColumns[i].pName, Key(table));
@@ -69,12 +72,23 @@ std::string CreateTable(const STable& table) {
     return strSql;
 }
 
-std::string Save(const STable& table) {
+std::string AddChecksum(const STable& table) {
+    return std::string("ALTER TABLE ") + table.pName + " ADD COLUMN " + CHECKSUM + " INTEGER NOT NULL DEFAULT 0";
+}
+
+std::string Insert(const STable& table) {
     const std::string strParameters = List(table, 0, [](const SColumn&) { return std::string("?"); });
-    const std::string strUpdates =
-        List(table, 1, [](const SColumn& column) { return std::string(column.pName) + " = excluded." + column.pName; });
     return std::string("INSERT INTO ") + table.pName + " (" + Names(table) + ") VALUES (" + strParameters +
-           ") ON CONFLICT (" + Key(table) + ") DO UPDATE SET " + strUpdates;
+           ", ?) ON CONFLICT (" + Key(table) + ") DO NOTHING";
+}
+
+std::string Update(const STable& table) {
+    int iParameter = 1;
+    const std::string strUpdates = List(table, 1, [&](const SColumn& column) {
+        return std::string(column.pName) + " = ?" + std::to_string(++iParameter);
+    });
+    return std::string("UPDATE ") + table.pName + " SET " + strUpdates + ", " + CHECKSUM + " = ?" +
+           std::to_string(iParameter + 1) + Where(table, 0);
 }
 
 std::string SelectAll(const STable& table) {
@@ -85,6 +99,14 @@ std::string SelectFirst(const STable& table, std::size_t iColumn) {
     return "SELECT " + Names(table) + From(table) + Where(table, iColumn) + InOrder(table) + " LIMIT 1";
 }
 
+std::string SelectChecksum(const STable& table) {
+    return std::string("SELECT ") + CHECKSUM + From(table) + Where(table, 0);
+}
+
+std::string UpdateChecksum(const STable& table) {
+    return std::string("UPDATE ") + table.pName + " SET " + CHECKSUM + " = ?2" + Where(table, 0);
+}
+
 std::string SelectHeld(const STable& table, std::size_t iColumn) {
     return "SELECT 1" + From(table) + Where(table, iColumn) + " LIMIT 1";
 }
@@ -93,12 +115,8 @@ std::string SelectColumn(const STable& table, std::size_t iColumn) {
     return std::string("SELECT ") + table.pColumns[iColumn].pName + From(table) + InOrder(table);
 }
 
-std::string Count(const STable& table) {
-    return "SELECT count(*)" + From(table);
-}
-
 std::string Remove(const STable& table) {
-    return "DELETE" + From(table) + Where(table, 0);
+    return "DELETE" + From(table) + Where(table, 0) + " RETURNING " + CHECKSUM;
 }
 
 std::string RemoveAll(const STable& table) {

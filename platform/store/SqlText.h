@@ -12,20 +12,35 @@ namespace SqlText {
 inline constexpr char BEGIN_WRITE[] = "BEGIN IMMEDIATE";
 inline constexpr char COMMIT[] = "COMMIT";
 
+/** What counts the rows of each table and sums their checksums, modulo 2^64. */
+inline constexpr char CREATE_TOTALS[] =
+    "CREATE TABLE totals (kind INTEGER PRIMARY KEY, records INTEGER NOT NULL, checksum INTEGER NOT NULL)";
+/** Parameters: kind, records, checksum. */
+inline constexpr char INSERT_TOTALS[] = "INSERT INTO totals (kind, records, checksum) VALUES (?1, ?2, ?3)";
+inline constexpr char UPDATE_TOTALS[] = "UPDATE totals SET records = ?2, checksum = ?3 WHERE kind = ?1";
+inline constexpr char SELECT_TOTALS[] = "SELECT kind, records, checksum FROM totals ORDER BY kind";
+
 /** The statements that make the table and its indexes. */
 std::string CreateTable(const STable& table);
-/** Adds a row or replaces the one of its key; one parameter per column. */
-std::string Save(const STable& table);
-/** All columns of every row, in the order of keys. */
+/** Gives a table of the first schema the column of checksums. */
+std::string AddChecksum(const STable& table);
+/** Adds a row unless its key is there; one parameter per column, then the checksum. */
+std::string Insert(const STable& table);
+/** Replaces the row of a key; the same parameters. */
+std::string Update(const STable& table);
+/** All columns of every row, then the checksum, in the order of keys. */
 std::string SelectAll(const STable& table);
-/** All columns of the first row, in the order of keys, whose column equals the parameter. */
+/** All columns, then the checksum, of the first row, in the order of keys, whose column equals the parameter. */
 std::string SelectFirst(const STable& table, std::size_t iColumn);
+/** The checksum of the row whose key is the parameter. */
+std::string SelectChecksum(const STable& table);
+/** Parameters: the key, the checksum. */
+std::string UpdateChecksum(const STable& table);
 /** A row when the column of any row equals the parameter. */
 std::string SelectHeld(const STable& table, std::size_t iColumn);
 /** One column of every row, in the order of keys. */
 std::string SelectColumn(const STable& table, std::size_t iColumn);
-std::string Count(const STable& table);
-/** Removes the row whose key is the parameter. */
+/** Removes the row whose key is the parameter, and gives its checksum. */
 std::string Remove(const STable& table);
 std::string RemoveAll(const STable& table);
 

@@ -2,10 +2,13 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/vfs.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <filesystem>
+#include <iterator>
 #include <system_error>
 
 #include "platform/store/StoreError.h"
@@ -16,6 +19,27 @@ constexpr mode_t FOLDER_MODE = 0700;
 constexpr mode_t FILE_MODE = 0600;
 constexpr const char CANNOT_READ[] = "cannot read the file";
 
+/** File systems over which the write-ahead log does not hold: its index is memory that all processes must share. */
+struct SNetwork {
+    long iKind;  ///< see statfs(2)
+    const char* pName;
+};
+constexpr SNetwork NETWORKS[] = {
+    {0x6969, "NFS"},       {0x517B, "SMB"},      {0xFF534D42, "CIFS"}, {0xFE534D42, "SMB2"},   {0x73757245, "Coda"},
+    {0x5346414F, "AFS"},   {0x6B414653, "kAFS"}, {0x00C36400, "Ceph"}, {0x0BD00BD0, "Lustre"}, {0x01161970, "GFS2"},
+    {0x7461636F, "OCFS2"}, {0x564C, "NCP"},      {0x47504653, "GPFS"},
+};
+
+long AskSystem(const std::string& strPath) {
+    struct statfs status {};
+    return ::statfs(strPath.c_str(), &status) == 0 ? static_cast<long>(status.f_type) : 0;
+}
+
+FileSystemProbe& GetProbe() {
+    static FileSystemProbe s_fnProbe = AskSystem;
+    return s_fnProbe;
+}
+
 [[noreturn]] void ThrowSystemError(const std::string& strUrl, const std::string& strWhat, int iError) {
     ThrowStoreError(strUrl, StoreDoing::OPENING, strWhat + ": " + std::generic_category().message(iError), iError);
 }
@@ -23,6 +47,39 @@ constexpr const char CANNOT_READ[] = "cannot read the file";
 void CheckRegular(const struct stat& status, const std::string& strUrl) {
     if (!S_ISREG(status.st_mode)) {
         ThrowStoreError(strUrl, StoreDoing::OPENING, S_ISDIR(status.st_mode) ? "it is a folder" : "it is no file");
+    }
+}
+
+/** A file that is still to be made will be where the nearest folder above it is. */
+void RefuseNetwork(const std::string& strPath, const std::string& strUrl) {
+    std::filesystem::path place = strPath;
+    std::error_code error;
+    while (!std::filesystem::exists(place, error) && place.has_relative_path()) {
+        place = place.parent_path();
+    }
+    // The numbers have 32 bits, but for their sign.
+    const long iKind = GetProbe()(place.string()) & 0xFFFFFFFFL;
+    const auto* pNetwork = std::find_if(std::begin(NETWORKS), std::end(NETWORKS),
+                                        [&](const SNetwork& network) { return network.iKind == iKind; });
+    if (pNetwork != std::end(NETWORKS)) {
+        ThrowStoreError(strUrl, StoreDoing::OPENING,
+                        std::string("it is on a network file system (") + pNetwork->pName +
+                            "), where several processes would damage it; name a place on a local disk");
+    }
+}
+
+/** Whoever could put a link into somebody's folder could else choose the file that is written. */
+void RefuseForeignLink(const std::string& strPath, const std::string& strUrl) {
+    struct stat status {};
+    if (::lstat(strPath.c_str(), &status) != 0 || !S_ISLNK(status.st_mode)) {
+        return;
+    }
+    if (status.st_uid != ::geteuid() && status.st_uid != 0) {
+        ThrowStoreError(strUrl, StoreDoing::OPENING,
+                        "it is another user's symbolic link, which is not followed; name the file itself");
+    }
+    if (::stat(strPath.c_str(), &status) != 0) {
+        ThrowSystemError(strUrl, "it is a symbolic link that leads to no file", errno);
     }
 }
 
@@ -49,6 +106,8 @@ void MakeFolders(const std::filesystem::path& folder, const std::string& strUrl)
 }  // namespace
 
 bool MakeSqliteFile(const std::string& strPath, const std::string& strUrl) {
+    RefuseNetwork(strPath, strUrl);
+    RefuseForeignLink(strPath, strUrl);
     struct stat status {};
     if (::stat(strPath.c_str(), &status) == 0) {
         CheckRegular(status, strUrl);
@@ -69,6 +128,8 @@ bool MakeSqliteFile(const std::string& strPath, const std::string& strUrl) {
 }
 
 bool FindSqliteFile(const std::string& strPath, const std::string& strUrl) {
+    RefuseNetwork(strPath, strUrl);
+    RefuseForeignLink(strPath, strUrl);
     struct stat status {};
     if (::stat(strPath.c_str(), &status) != 0) {
         ThrowSystemError(strUrl, CANNOT_READ, errno);
@@ -78,4 +139,22 @@ bool FindSqliteFile(const std::string& strPath, const std::string& strUrl) {
         ThrowSystemError(strUrl, CANNOT_READ, errno);
     }
     return IsAccessible(strPath, W_OK);
+}
+
+std::vector<std::string> FindSqliteFileDangers(const std::string& strPath) {
+    std::vector<std::string> vecDangers;
+    struct stat status {};
+    if (::stat(strPath.c_str(), &status) == 0 && (status.st_mode & S_IRWXO) != 0) {
+        vecDangers.push_back(std::string("everybody may ") + ((status.st_mode & S_IWOTH) != 0 ? "change" : "read") +
+                             " the store; take that away: chmod o= " + strPath);
+    }
+    const std::string strFolder = std::filesystem::path(strPath).parent_path().string();
+    if (::stat(strFolder.c_str(), &status) == 0 && (status.st_mode & S_IWOTH) != 0 && (status.st_mode & S_ISVTX) == 0) {
+        vecDangers.push_back("everybody may replace the store in its folder; take that away: chmod o-w " + strFolder);
+    }
+    return vecDangers;
+}
+
+void SetFileSystemProbe(FileSystemProbe fnProbe) {
+    GetProbe() = fnProbe ? std::move(fnProbe) : AskSystem;
 }

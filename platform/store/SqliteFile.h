@@ -1,6 +1,8 @@
 #pragma once
 
+#include <functional>
 #include <string>
+#include <vector>
 
 /**
  * Makes sure that a regular file stands at the path. A missing one is made, empty, for its owner alone (mode 0600), and
@@ -17,3 +19,10 @@ bool MakeSqliteFile(const std::string& strPath, const std::string& strUrl);
  * @throws OS::CException
  */
 bool FindSqliteFile(const std::string& strPath, const std::string& strUrl);
+
+/** @return what endangers the file from outside, each in one line with what to do */
+std::vector<std::string> FindSqliteFileDangers(const std::string& strPath);
+
+/** Asks for the kind of a path's file system, the number of statfs; tests put their own in its place. */
+using FileSystemProbe = std::function<long(const std::string& strPath)>;
+void SetFileSystemProbe(FileSystemProbe fnProbe);

@@ -2,8 +2,18 @@
 
 #include "platform/common/CException.h"
 #include "platform/common/TextConversion.h"
+#include "platform/store/CSettingsStore.h"
 
 void ThrowStoreError(const std::string& strUrl, const char* pDoing, const std::string& strWhy, int iCode) {
     const std::string strMessage = "settings store " + strUrl + ", " + pDoing + ": " + strWhy;
     throw OS::CException(iCode, OS::WideLenient(strMessage), 0);
+}
+
+std::string ToText(const SStoreDamage& damage) {
+    if (damage.strTable.empty()) {
+        return damage.strWhat;
+    }
+    const std::string strTable = "the table " + damage.strTable;
+    return damage.strSubject.empty() ? strTable + ": " + damage.strWhat
+                                     : "the record \"" + damage.strSubject + "\" of " + strTable + ' ' + damage.strWhat;
 }

@@ -2,10 +2,15 @@
 
 #include <string>
 
+struct SStoreDamage;
+
 /** What a store was doing when it failed. */
 namespace StoreDoing {
 inline constexpr const char OPENING[] = "opening it";
 inline constexpr const char READING[] = "reading records";
+inline constexpr const char CHECKING[] = "checking it";
+inline constexpr const char BACKING_UP[] = "writing a backup";
+inline constexpr const char RESTORING[] = "restoring it";
 inline constexpr const char COUNTING[] = "counting records";
 inline constexpr const char SAVING[] = "saving a record";
 inline constexpr const char REMOVING[] = "removing a record";
@@ -15,6 +20,17 @@ inline constexpr const char COMMITTING[] = "committing a unit of work";
 inline constexpr const char UNDOING[] = "undoing a unit of work";
 }  // namespace StoreDoing
 
+/** Numbers of failures of our own; the engine's and the system's are not below 0. */
+namespace StoreCode {
+inline constexpr int DAMAGED = -1;  ///< what is there is not what was written
+}
+
+/** What to do about a failure; ends a message. */
+namespace StoreAdvice {
+inline constexpr const char DAMAGED[] =
+    "; \"dlpctl store check\" says what else is, \"dlpctl store restore\" brings back a backup";
+}
+
 /**
  * @param strUrl names the store
  * @param pDoing one of StoreDoing
@@ -23,3 +39,6 @@ inline constexpr const char UNDOING[] = "undoing a unit of work";
  */
 [[noreturn]] void ThrowStoreError(const std::string& strUrl, const char* pDoing, const std::string& strWhy,
                                   int iCode = 0);
+
+/** @return the damage in one line */
+std::string ToText(const SStoreDamage& damage);

@@ -303,7 +303,7 @@ TEST_F(StoreCommands, InfoShowsWhatIsInUse) {
     EXPECT_EQ(run.strOut,
               "store                   memory:\n"
               "engine                  memory\n"
-              "schema                  1\n"
+              "schema                  3\n"
               "expressions             0\n"
               "keyword_lists           0\n"
               "templates               0\n"

@@ -363,9 +363,11 @@ TEST_F(DiffCommand, StoresThatCannotBeReadAreNeverMade) {
         {Url("none/none.db"), "cannot read the file: No such file or directory"},
         {Url("home"), "it is a folder"},
         {"sqlite:" + m_dir.Write("text.db", "text"),
-         "it is a file of another kind, which is left as it is; name another path"},
+         "it is no settings store, or a damaged one, and is left as it is; name another path, or bring back a backup "
+         "(\"dlpctl store restore\")"},
         {"sqlite:" + m_dir.Write("empty.db", ""),
-         "it is a file of another kind, which is left as it is; name another path"},
+         "it is no settings store, or a damaged one, and is left as it is; name another path, or bring back a backup "
+         "(\"dlpctl store restore\")"},
     };
     for (const auto& [strUrl, strWhy] : aUrls) {
         const SToolRun run = Run({"diff", strUrl, "memory:"});

@@ -57,6 +57,7 @@ const SOperation OPERATIONS[] = {
          store.ReadColumn(KIND, 0, vecTexts);
      }},
     {"Count", [](CSettingsStore& store) { store.Count(KIND); }},
+    {"Check", [](CSettingsStore& store) { store.Check([](const SStoreDamage&) {}); }},
     {"Save", [](CSettingsStore& store) { store.Save(Expression("B")); }},
     {"Remove", [](CSettingsStore& store) { store.Remove(KIND, "A"); }},
     {"ReplaceAll", [](CSettingsStore& store) { store.ReplaceAll(KIND, {}); }},
@@ -92,7 +93,7 @@ TEST_P(ForwardingStore, EveryOperationIsHeardOfAndCanFail) {
 }
 
 TEST_P(ForwardingStore, AnswersAreThoseOfTheInnerStore) {
-    EXPECT_EQ(1, m_store.GetInfo().iSchemaVersion);
+    EXPECT_EQ(3, m_store.GetInfo().iSchemaVersion);
     EXPECT_NE(nullptr, m_store.FindOne(KIND, 0, "A"));
     EXPECT_EQ(nullptr, m_store.FindOne(KIND, 0, "B"));
     std::vector<bool> vecHeld;
@@ -118,6 +119,22 @@ TEST_P(ForwardingStore, FailureOfTheInnerStoreIsHeardOf) {
 TEST_P(ForwardingStore, WhatTheCallersFunctionThrowsIsNoFailureOfTheStore) {
     EXPECT_THROW(m_store.ReadAll(KIND, [](CSettingsRow&&) { throw std::runtime_error("caller"); }), std::runtime_error);
     EXPECT_EQ("ReadAll", m_store.strNotes);
+}
+
+/** A store with one damage. */
+class CDamagedStore : public CForwardingStore {
+  public:
+    using CForwardingStore::CForwardingStore;
+    void Check(const std::function<void(const SStoreDamage&)>& fnDamage) override { fnDamage({"t", "S", "gone"}); }
+};
+
+TEST_P(ForwardingStore, DamageIsHandedOn) {
+    CNotingStore store(std::make_unique<CDamagedStore>(CSettingsStore::Make("memory:")));
+    std::string strDamage;
+    store.Check([&](const SStoreDamage& damage) { strDamage = damage.strTable + damage.strSubject + damage.strWhat; });
+    EXPECT_EQ("tSgone", strDamage);
+    EXPECT_THROW(store.Check([](const SStoreDamage&) { throw std::runtime_error("caller"); }), std::runtime_error);
+    EXPECT_EQ("Check Check", store.strNotes);
 }
 
 TEST_P(ForwardingStore, CommitThatIsMadeToFailUndoesItsUnit) {

@@ -17,7 +17,11 @@
 #include <thread>
 
 #include "platform/common/CException.h"
+#include "platform/store/CWriterNote.h"
 #include "platform/store/SqlText.h"
+#include "platform/store/SqliteFile.h"
+#include "platform/store/SqlitePageSums.h"
+#include "tests/cli/Unprivileged.h"
 #include "tests/support/ExceptionText.h"
 #include "tests/support/StoreDump.h"
 #include "tests/support/TempDir.h"
@@ -40,10 +44,10 @@ int Mode(const std::string& strPath) {
     return ::stat(strPath.c_str(), &status) == 0 ? static_cast<int>(status.st_mode & 07777) : -1;
 }
 
-/** Runs SQL on a database file as any other program would. */
-void RunSql(const std::string& strPath, const std::string& strSql) {
+/** Runs SQL on a database file. @param pVfs null: as any other program would; else with checksums of pages */
+void RunSql(const std::string& strPath, const std::string& strSql, const char* pVfs = SqlitePageSums::GetVfsName()) {
     sqlite3* pDb = nullptr;
-    ASSERT_EQ(SQLITE_OK, sqlite3_open(strPath.c_str(), &pDb));
+    ASSERT_EQ(SQLITE_OK, sqlite3_open_v2(strPath.c_str(), &pDb, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE, pVfs));
     ASSERT_EQ(SQLITE_OK, sqlite3_exec(pDb, strSql.c_str(), nullptr, nullptr, nullptr)) << sqlite3_errmsg(pDb);
     sqlite3_close(pDb);
 }
@@ -137,7 +141,8 @@ TEST_F(SqliteStore, FileIsMarkedAsASettingsStore) {
     { CSqliteStore store(Path()); }
     const std::string strFile = m_folder.Read("settings.db");
     EXPECT_EQ(std::string("SQLite format 3\0\x20\0\2\2", 20), strFile.substr(0, 20));  // pages of 8192 bytes, WAL
-    EXPECT_EQ(std::string("\0\0\0\1", 4), strFile.substr(60, 4));
+    EXPECT_EQ(8, strFile[20]);  // bytes that each page keeps for its checksum
+    EXPECT_EQ(std::string("\0\0\0\3", 4), strFile.substr(60, 4));
     EXPECT_EQ("DLPS", strFile.substr(68, 4));
 }
 
@@ -146,7 +151,7 @@ TEST_F(SqliteStore, TellsWhatItIs) {
     const SStoreInfo info = store.GetInfo();
     EXPECT_EQ("sqlite:" + Path(), info.strUrl);
     EXPECT_EQ(std::string("SQLite ") + sqlite3_libversion(), info.strEngine);
-    EXPECT_EQ(1, info.iSchemaVersion);
+    EXPECT_EQ(3, info.iSchemaVersion);
 }
 
 TEST_F(SqliteStore, EmptyFileBecomesAStore) {
@@ -192,7 +197,8 @@ TEST_F(SqliteStore, FolderThatIsGoneIsNoPlaceForARelativePath) {
 
 TEST_F(SqliteStore, LinkToAFileIsFollowed) {
     fs::create_symlink(m_folder.Path("real.db"), Path());
-    EXPECT_EQ(Opening(Path(), "unable to open database file"), ExceptionText([&] { CSqliteStore store(Path()); }));
+    EXPECT_EQ(Opening(Path(), "it is a symbolic link that leads to no file: No such file or directory"),
+              ExceptionText([&] { CSqliteStore store(Path()); }));
     m_folder.Write("real.db", "");
     CSqliteStore(Path()).Save(Expression("S"));
     EXPECT_TRUE(fs::is_symlink(Path()));
@@ -225,7 +231,10 @@ TEST_F(SqliteStore, PlacesWithoutPermissionAreRefused) {
     }
 }
 
-const char FOREIGN[] = "it is a file of another kind, which is left as it is; name another path";
+const char FOREIGN[] =
+    "it is no settings store, or a damaged one, and is left as it is; name another path, or bring back a backup "
+    "(\"dlpctl store restore\")";
+const char ADVICE[] = "; \"dlpctl store check\" says what else is, \"dlpctl store restore\" brings back a backup";
 
 TEST_F(SqliteStore, FileThatIsNoDatabaseIsLeftAsItIs) {
     const std::string FILES[] = {"x",
@@ -252,7 +261,7 @@ TEST_F(SqliteStore, DatabaseOfAnotherProgramIsLeftAsItIs) {
     };
     for (const char* pSql : PROGRAMS) {
         fs::remove(Path());
-        RunSql(Path(), pSql);
+        RunSql(Path(), pSql, nullptr);
         EXPECT_EQ(Opening(Path(), FOREIGN), RefusalOf(Path())) << pSql;
     }
 }
@@ -282,9 +291,9 @@ TEST_F(SqliteStore, JournalsOfAnotherProgramAreLeftAsTheyAre) {
 
 TEST_F(SqliteStore, NewerSchemaIsLeftAsItIs) {
     CSqliteStore(Path()).Save(Expression("S"));
-    RunSql(Path(), "PRAGMA user_version = 2; ALTER TABLE expressions ADD COLUMN more TEXT;");
+    RunSql(Path(), "PRAGMA user_version = 4; ALTER TABLE expressions ADD COLUMN more TEXT;");
     EXPECT_EQ(Opening(Path(),
-                      "it was written by a newer version (schema 2, known here: 1) and is left as it is; use "
+                      "it was written by a newer version (schema 4, known here: 3) and is left as it is; use "
                       "that version"),
               RefusalOf(Path()));
 }
@@ -293,19 +302,18 @@ TEST_F(SqliteStore, NewerSchemaThatOnlyTheJournalKnowsIsRefused) {
     CSqliteStore(Path()).Save(Expression("S"));
     const pid_t iProcess = StartProcess([&] {
         sqlite3* pDb = nullptr;
-        sqlite3_open(Path().c_str(), &pDb);
-        sqlite3_exec(pDb, "PRAGMA user_version = 3", nullptr, nullptr, nullptr);
+        sqlite3_open_v2(Path().c_str(), &pDb, SQLITE_OPEN_READWRITE, SqlitePageSums::GetVfsName());
+        sqlite3_exec(pDb, "PRAGMA user_version = 4", nullptr, nullptr, nullptr);
         ::raise(SIGKILL);
     });
     ASSERT_EQ(-SIGKILL, WaitFor(iProcess));
     EXPECT_EQ(Opening(Path(),
-                      "it was written by a newer version (schema 3, known here: 1) and is left as it is; use "
+                      "it was written by a newer version (schema 4, known here: 3) and is left as it is; use "
                       "that version"),
               ExceptionText([&] { CSqliteStore store(Path()); }));
 }
 
 TEST_F(SqliteStore, OpenedForReadingItMakesNothing) {
-    const std::string strKind = "it is a file of another kind, which is left as it is; name another path";
     const std::string strMissing = "cannot read the file: No such file or directory";
     m_folder.MakeFolder("folder");
     const std::pair<std::string, std::string> aRefused[] = {
@@ -313,8 +321,8 @@ TEST_F(SqliteStore, OpenedForReadingItMakesNothing) {
         {m_folder.Path("none/settings.db"), strMissing},
         {m_folder.Path("folder"), "it is a folder"},
         {"/dev/null", "it is no file"},
-        {m_folder.Write("empty.db", ""), strKind},
-        {m_folder.Write("text.db", "text"), strKind},
+        {m_folder.Write("empty.db", ""), FOREIGN},
+        {m_folder.Write("text.db", "text"), FOREIGN},
     };
     const auto mapBefore = Files();
     for (const auto& [strPath, strWhy] : aRefused) {
@@ -330,8 +338,9 @@ TEST_F(SqliteStore, OpenedForReadingItIsReadAndLeftAsItIs) {
     {
         const std::unique_ptr<CSettingsStore> pStore = CSettingsStore::Make("sqlite:" + Path(), EUnitOfWork::READ);
         EXPECT_EQ("expressions subject=\"S\" pattern=\"p\"\n", DumpStore(*pStore));
-        EXPECT_EQ("settings store sqlite:" + Path() + ", saving a record: attempt to write a readonly database",
-                  ExceptionText([&] { pStore->Save(Expression("T")); }));
+        EXPECT_EQ(
+            "settings store sqlite:" + Path() + ", beginning a unit of work: attempt to write a readonly database",
+            ExceptionText([&] { pStore->Save(Expression("T")); }));
     }
     EXPECT_TRUE(mapBefore == Files());
 }
@@ -360,6 +369,84 @@ TEST_F(SqliteStore, OpenedForReadingItSeesWhatOnlyTheJournalHolds) {
     EXPECT_EQ("expressions subject=\"S\"\n", DumpStore(*CSettingsStore::Make("sqlite:" + Path(), EUnitOfWork::READ)));
     writer.Save(Expression("T"));
     EXPECT_EQ("expressions subject=\"S\"\nexpressions subject=\"T\"\n", DumpStore(writer));
+}
+
+TEST_F(SqliteStore, LinkOfAnotherUserIsNotFollowed) {
+    if (::geteuid() != 0) {
+        GTEST_SKIP() << "only root can make another user's link";
+    }
+    CSqliteStore(m_folder.Path("real.db")).Save(Expression("S"));
+    fs::create_symlink(m_folder.Path("real.db"), Path());
+    ASSERT_EQ(0, ::lchown(Path().c_str(), 65534, 65534));
+    const std::string strWhy = "it is another user's symbolic link, which is not followed; name the file itself";
+    EXPECT_EQ(Opening(Path(), strWhy), RefusalOf(Path()));
+    EXPECT_EQ(Opening(Path(), strWhy),
+              ExceptionText([&] { CSettingsStore::Make("sqlite:" + Path(), EUnitOfWork::READ); }));
+}
+
+TEST_F(SqliteStore, NetworkFileSystemsAreRefused) {
+    { CSqliteStore store(Path()); }
+    std::string strAsked;
+    long iKind = 0x6969;
+    SetFileSystemProbe([&](const std::string& strPath) {
+        strAsked = strPath;
+        return iKind;
+    });
+    const auto fnRefused = [&](const char* pName) {
+        return std::string("it is on a network file system (") + pName +
+               "), where several processes would damage it; name a place on a local disk";
+    };
+    EXPECT_EQ(Opening(Path(), fnRefused("NFS")), RefusalOf(Path()));
+    EXPECT_EQ(Opening(Path(), fnRefused("NFS")),
+              ExceptionText([&] { CSettingsStore::Make("sqlite:" + Path(), EUnitOfWork::READ); }));
+    EXPECT_EQ(Path(), strAsked);
+    iKind = static_cast<std::int32_t>(0xFF534D42);  // as a system tells it whose numbers have a sign
+    EXPECT_EQ(Opening(m_folder.Path("new/folder/x.db"), fnRefused("CIFS")),
+              RefusalOf(m_folder.Path("new/folder/x.db")));
+    EXPECT_EQ(m_folder.Path(), strAsked);
+    iKind = 0xEF53;
+    { CSqliteStore store(Path()); }
+    SetFileSystemProbe({});
+    { CSqliteStore store(Path()); }
+}
+
+TEST_F(SqliteStore, FileThatIsRemovedOrReplacedTakesNothingMore) {
+    const std::string strStore = "settings store sqlite:" + Path() + ", ";
+    const std::string strMoved = "its file was removed or replaced meanwhile; nothing was written";
+    for (const bool bReplaced : {false, true}) {
+        fs::remove(Path());
+        CSqliteStore store(Path());
+        store.Save(Expression("S"));
+        store.Begin(EUnitOfWork::WRITE);
+        store.Save(Expression("T"));
+        fs::rename(Path(), m_folder.Path("former.db"));
+        if (bReplaced) {
+            m_folder.Write("settings.db", m_folder.Read("former.db"));
+        }
+        EXPECT_EQ(strStore + "committing a unit of work: " + strMoved, ExceptionText([&] { store.Commit(); }));
+        EXPECT_EQ(strStore + "beginning a unit of work: " + strMoved,
+                  ExceptionText([&] { store.Save(Expression("U")); }));
+        EXPECT_EQ("expressions subject=\"S\"\n", DumpStore(store));
+    }
+}
+
+TEST_F(SqliteStore, WriterLeavesItsNoteWhileItWrites) {
+    CSqliteStore store(Path());
+    const auto fnNoted = [&] { return fs::exists(Path() + "-writer"); };
+    store.Begin(EUnitOfWork::READ);
+    EXPECT_FALSE(fnNoted());
+    store.Commit();
+    for (const bool bKept : {true, false}) {
+        store.Begin(EUnitOfWork::WRITE);
+        store.Begin(EUnitOfWork::WRITE);
+        EXPECT_TRUE(fnNoted());
+        store.Commit();
+        EXPECT_TRUE(fnNoted());
+        bKept ? store.Commit() : store.Rollback();
+        EXPECT_FALSE(fnNoted());
+    }
+    store.Save(Expression("S"));
+    EXPECT_FALSE(fnNoted());
 }
 
 TEST_F(SqliteStore, LookupsGoThroughIndexes) {
@@ -429,10 +516,11 @@ TEST_F(SqliteStore, WriterThatWaitsInVainSaysWhy) {
     CSqliteStore first(Path());
     CSqliteStore second(Path(), SHORT_WAIT);
     const std::string strStore = "settings store sqlite:" + Path() + ", ";
-    const std::string strWhy = ": another process is writing to it; try again";
     first.Begin(EUnitOfWork::WRITE);
+    const std::string strWhy = ": another process is writing to it (" + CWriterNote(Path()).Read() + "); try again";
+    EXPECT_NE(std::string::npos, strWhy.find("(process " + std::to_string(::getpid()) + " on "));
     EXPECT_EQ(strStore + "beginning a unit of work" + strWhy, ExceptionText([&] { second.Begin(EUnitOfWork::WRITE); }));
-    EXPECT_EQ(strStore + "saving a record" + strWhy, ExceptionText([&] { second.Save(Expression("S")); }));
+    EXPECT_EQ(strStore + "beginning a unit of work" + strWhy, ExceptionText([&] { second.Save(Expression("S")); }));
     EXPECT_EQ(strStore + "undoing a unit of work: none has been begun", ExceptionText([&] { second.Rollback(); }));
     first.Commit();
     second.Save(Expression("S"));
@@ -558,7 +646,8 @@ TEST_F(SqliteStore, UnitThatTheEngineHasUndoneTakesNothingMore) {
     {
         const CFileSizeLimit limit(fs::file_size(Path() + "-wal"));
         // More than the engine's cache takes, so that it has to write before the commit.
-        EXPECT_EQ("settings store sqlite:" + Path() + ", saving a record: disk I/O error", ExceptionText([&] {
+        EXPECT_EQ("settings store sqlite:" + Path() + ", saving a record: disk I/O error: File too large",
+                  ExceptionText([&] {
                       for (int i = 0; i < 100; ++i) {
                           store.Save(Expression(std::to_string(i), std::string(1 << 20, 'x')));
                       }
@@ -693,7 +782,8 @@ TEST_F(SqliteStore, DamagedPagesAreReported) {
     }
     m_folder.Write("settings.db", strFile);
     CSqliteStore store(Path());
-    EXPECT_EQ("settings store sqlite:" + Path() + ", reading records: database disk image is malformed",
+    EXPECT_EQ("settings store sqlite:" + Path() + ", reading records: it is damaged: a page is not as it was written" +
+                  ADVICE,
               ExceptionText([&] { DumpStore(store); }));
 }
 
@@ -701,22 +791,274 @@ TEST_F(SqliteStore, MissingTableIsReported) {
     { CSqliteStore store(Path()); }
     RunSql(Path(), "DROP TABLE keyword_lists");
     CSqliteStore store(Path());
-    EXPECT_EQ("settings store sqlite:" + Path() + ", counting records: no such table: keyword_lists",
-              ExceptionText([&] { store.Count(ESettingsKind::KEYWORD); }));
-    EXPECT_EQ(0u, store.Count(ESettingsKind::TEMPLATE));
+    EXPECT_EQ("settings store sqlite:" + Path() + ", reading records: no such table: keyword_lists",
+              ExceptionText([&] { store.FindOne(ESettingsKind::KEYWORD, 0, "S"); }));
+    EXPECT_EQ(nullptr, store.FindOne(ESettingsKind::TEMPLATE, 0, "S"));
 }
 
-TEST_F(SqliteStore, ValuesOfOddTypesAreRead) {
-    CSqliteStore(Path()).Save(Expression("S"));
+/** What a record's damage is called. */
+std::string Damaged(const std::string& strPath, const std::string& strWhat) {
+    return "settings store sqlite:" + strPath + ", reading records: it is damaged: " + strWhat + ADVICE;
+}
+
+/** Makes a store of the first version, with one record of each of two tables. */
+void MakeFirstVersion(const std::string& strPath) {
+    std::string strSql = "PRAGMA page_size = 8192;";
+    for (const ESettingsKind eKind : ALL_SETTINGS_KINDS) {
+        const STable& table = GetSettingsTable(eKind);
+        std::string strTable = SqlText::CreateTable(table);
+        const std::string strChecksum = ", checksum INTEGER NOT NULL";
+        strSql += strTable.replace(strTable.find(strChecksum), strChecksum.size(), "");
+    }
+    RunSql(
+        strPath,
+        strSql +
+            "PRAGMA application_id = 0x444C5053; PRAGMA user_version = 1; PRAGMA journal_mode = WAL;"
+            "INSERT INTO expressions VALUES ('E', 'e', '', '', 1, 0, '', '', '', 0, 1, 2, 3, 4, 5, 6, 'p', '', '', '');"
+            "INSERT INTO templates VALUES ('T', NULL, '', '', 0, '', 'a' || char(10), '', '');",
+        nullptr);
+}
+
+/** @return the store's damages, a line each */
+std::string CheckText(CSettingsStore& store) {
+    std::string strText;
+    store.Check([&](const SStoreDamage& damage) {
+        strText += damage.strTable + '|' + damage.strSubject + '|' + damage.strWhat + '\n';
+    });
+    return strText;
+}
+
+TEST_F(SqliteStore, CheckFindsEveryDamage) {
+    {
+        CSqliteStore store(Path());
+        for (const char* pSubject : {"A", "B", "C"}) {
+            store.Save(Expression(pSubject));
+        }
+        EXPECT_EQ("", CheckText(store));
+    }
     RunSql(Path(),
-           "UPDATE expressions SET pattern = x'', example = x'FF41', description = 12, min_length = 'many', "
-           "max_length = 7.9, suffix_length = 4294967297, display_name = cast(x'610062' AS TEXT);"
-           "INSERT INTO templates VALUES ('T', x'6E', '', '', 'yes', '', 'a' || char(10) || '\\', '\\', '');");
+           "UPDATE expressions SET scope = 'x' WHERE subject <> 'B'; DELETE FROM expressions WHERE subject = 'B';"
+           "DROP TABLE keyword_lists;");
     CSqliteStore store(Path());
-    EXPECT_EQ("expressions subject=\"S\" display_name=\"a" + std::string(1, '\0') +
-                  "b\" description=\"12\" max_length=7 suffix_length=1 example=\"\xFF\x41\"\n"
-                  "templates subject=\"T\" name=\"n\" industries=[\"a\"]\n",
+    EXPECT_EQ(
+        "expressions|A|is not as it was written\nexpressions|C|is not as it was written\n"
+        "expressions||records are missing\n"
+        "keyword_lists||settings store sqlite:" +
+            Path() + ", checking it: no such table: keyword_lists\n",
+        CheckText(store));
+    EXPECT_THROW(store.Check([](const SStoreDamage&) { throw OS::CException(0, L"enough", 0); }), OS::CException);
+    EXPECT_THROW(store.Rollback(), OS::CException);  // no unit is left open
+}
+
+TEST_F(SqliteStore, CheckFindsNonsenseThatWasBroughtUp) {
+    MakeFirstVersion(Path());
+    RunSql(Path(), "UPDATE expressions SET pre_defined = 2; UPDATE templates SET description = CAST(x'610062' AS TEXT)",
+           nullptr);
+    CSqliteStore store(Path());
+    EXPECT_EQ(
+        "expressions|E|pre_defined is neither 0 nor 1\n"
+        "templates|T|record \"T\" cannot be saved: description, byte 1: U+0000 cannot be stored\n",
+        CheckText(store));
+}
+
+TEST_F(SqliteStore, RecordThatWasAlteredIsRefused) {
+    CSettingsRow sample(ESettingsKind::TEMPLATE);
+    sample.SetText(TemplateColumn::SUBJECT, "T");
+    sample.SetText(TemplateColumn::ELEMENT_NAME, "n");
+    sample.SetList(TemplateColumn::INDUSTRIES, {"a", "b"});
+    const char* const ALTERED[] = {
+        "description = 'x'",
+        "description = description || char(0)",
+        "pre_defined = 2",
+
+        "name = NULL",
+        "industries = 'b' || char(10) || 'a'",
+        "checksum = checksum + 1",
+        "checksum = -checksum",
+        "display_name = scope, scope = display_name || 's'",
+    };
+    for (const char* pAltered : ALTERED) {
+        fs::remove(Path());
+        CSqliteStore(Path()).Save(sample);
+        RunSql(Path(), std::string("UPDATE templates SET ") + pAltered);
+        CSqliteStore store(Path());
+        const std::string strWhy = Damaged(Path(), "the record \"T\" of the table templates is not as it was written");
+        EXPECT_EQ(strWhy, ExceptionText([&] { DumpStore(store); })) << pAltered;
+        EXPECT_EQ(strWhy, ExceptionText([&] { store.FindOne(ESettingsKind::TEMPLATE, 0, "T"); })) << pAltered;
+        if (std::string(pAltered).find("checksum") != std::string::npos) {
+            continue;
+        }
+        store.Save(sample);  // written anew, it is whole again
+        EXPECT_EQ("templates subject=\"T\" name=\"n\" industries=[\"a\",\"b\"]\n", DumpStore(store)) << pAltered;
+    }
+}
+
+TEST_F(SqliteStore, RecordThatVanishedOrCameInIsNoticed) {
+    const std::string strMissing = Damaged(Path(), "the table expressions: records are missing");
+    const char* const CHANGES[] = {
+        "DELETE FROM expressions WHERE subject = 'B'",
+        "DELETE FROM expressions",
+        "UPDATE totals SET records = records + 1 WHERE kind = 0",
+        "UPDATE totals SET checksum = checksum + 1 WHERE kind = 0",
+    };
+    for (const char* pChange : CHANGES) {
+        fs::remove(Path());
+        for (const char* pSubject : {"A", "B", "C"}) {
+            CSqliteStore(Path()).Save(Expression(pSubject));
+        }
+        RunSql(Path(), pChange);
+        CSqliteStore store(Path());
+        EXPECT_EQ(strMissing, ExceptionText([&] { DumpStore(store); })) << pChange;
+        const CSettingsTransaction unit(store, EUnitOfWork::READ);
+        EXPECT_EQ(strMissing, ExceptionText([&] { DumpStore(store); })) << pChange;
+    }
+    RunSql(Path(), "DELETE FROM totals WHERE kind = 1");
+    EXPECT_EQ(Damaged(Path(), "how many records it holds is missing"), ExceptionText([&] {
+                  CSqliteStore store(Path());
+                  store.Count(ESettingsKind::EXPRESSION);
+              }));
+}
+
+TEST_F(SqliteStore, TotalsFollowEveryChange) {
+    CSqliteStore store(Path());
+    const auto fnKeep = [&](const std::function<void()>& fnChange, bool bKeep) {
+        CSettingsTransaction unit(store, EUnitOfWork::WRITE);
+        fnChange();
+        DumpStore(store);  // verifies what the unit sees
+        if (bKeep) {
+            unit.Commit();
+        }
+    };
+    const auto fnNested = [&](bool bKeep) {
+        fnKeep([&] { store.Save(Expression("inner", std::to_string(store.Count(ESettingsKind::EXPRESSION)))); }, bKeep);
+        store.Save(Expression("after"));
+    };
+    store.Save(Expression("A", "1"));
+    store.Save(Expression("A", "2"));
+    fnKeep([&] { store.Remove(ESettingsKind::EXPRESSION, "A"); }, false);
+    fnKeep([&] { fnNested(true); }, true);
+    fnKeep([&] { fnNested(false); }, true);
+    fnKeep([&] { fnNested(true); }, false);
+    fnKeep([&] { store.ReplaceAll(ESettingsKind::EXPRESSION, {Expression("B"), Expression("B", "twice")}); }, true);
+    fnKeep([&] { store.ReplaceAll(ESettingsKind::EXPRESSION, {}); }, false);
+    EXPECT_FALSE(store.Remove(ESettingsKind::EXPRESSION, "A"));
+    EXPECT_TRUE(store.Remove(ESettingsKind::EXPRESSION, "B"));
+    EXPECT_FALSE(store.Remove(ESettingsKind::EXPRESSION, "B"));
+    store.Save(Expression("C"));
+    EXPECT_EQ("expressions subject=\"C\"\n", DumpStore(store));
+    EXPECT_EQ(1u, store.Count(ESettingsKind::EXPRESSION));
+    CSqliteStore again(Path());
+    EXPECT_EQ("expressions subject=\"C\"\n", DumpStore(again));
+    EXPECT_EQ(1u, again.Count(ESettingsKind::EXPRESSION));
+}
+
+TEST_F(SqliteStore, WalkThatChangesTheTableIsNotTakenForDamage) {
+    CSqliteStore store(Path());
+    store.Save(Expression("A"));
+    store.Save(Expression("B"));
+    int iRows = 0;
+    store.ReadAll(ESettingsKind::EXPRESSION, [&](CSettingsRow&& row) {
+        ++iRows;
+        store.Save(Expression(row.GetSubject(), "changed"));
+    });
+    EXPECT_EQ(2, iRows);
+    EXPECT_EQ("expressions subject=\"A\" pattern=\"changed\"\nexpressions subject=\"B\" pattern=\"changed\"\n",
               DumpStore(store));
+}
+
+const char FIRST_VERSION_DUMP[] =
+    "expressions subject=\"E\" name=\"e\" pre_defined=1 min_length=1 max_length=2 suffix_length=3 min_left_radius=4 "
+    "max_left_radius=5 max_right_radius=6 pattern=\"p\"\n"
+    "templates subject=\"T\" industries=[\"a\"]\n";
+
+TEST_F(SqliteStore, StoreOfTheFirstVersionIsBroughtUp) {
+    for (const EUnitOfWork eUse : {EUnitOfWork::WRITE, EUnitOfWork::READ}) {
+        fs::remove(Path());
+        MakeFirstVersion(Path());
+        {
+            const std::unique_ptr<CSettingsStore> pStore = CSettingsStore::Make("sqlite:" + Path(), eUse);
+            EXPECT_EQ(FIRST_VERSION_DUMP, DumpStore(*pStore));
+            EXPECT_EQ(2, pStore->GetInfo().iSchemaVersion);
+            EXPECT_EQ(1u, pStore->Count(ESettingsKind::TEMPLATE));
+        }
+        CSqliteStore store(Path());
+        store.Save(Expression("F"));
+        EXPECT_TRUE(store.Remove(ESettingsKind::EXPRESSION, "E"));
+        EXPECT_EQ("expressions subject=\"F\"\ntemplates subject=\"T\" industries=[\"a\"]\n", DumpStore(store));
+    }
+    RunSql(Path(), "UPDATE templates SET scope = 'x'", nullptr);
+    CSqliteStore store(Path());
+    EXPECT_EQ(Damaged(Path(), "the record \"T\" of the table templates is not as it was written"),
+              ExceptionText([&] { DumpStore(store); }));
+}
+
+TEST_F(SqliteStore, StoreOfTheFirstVersionThatCannotBeWrittenSaysWhatToDo) {
+    MakeFirstVersion(Path());
+    ::chmod(Path().c_str(), 0444);
+    ::chmod(m_folder.Path().c_str(), 0777);
+    const CUnprivileged unprivileged;
+    EXPECT_EQ(
+        Opening(Path(),
+                "it was written by an older version and cannot be brought up where it is; copy it to where it can "
+                "be written, and open it there"),
+        ExceptionText([&] { CSettingsStore::Make("sqlite:" + Path(), EUnitOfWork::READ); }));
+}
+
+TEST_F(SqliteStore, BringingUpIsWholeOrNotAtAllWhereverMemoryRunsOut) {
+    const int iTimes = RunOutOfMemory([&] { CSqliteStore store(Path()); },
+                                      [&] {
+                                          CSqliteStore store(Path());
+                                          if (store.GetInfo().iSchemaVersion == 2) {
+                                              EXPECT_EQ(FIRST_VERSION_DUMP, DumpStore(store));
+                                          }
+                                          fs::remove(Path());
+                                          MakeFirstVersion(Path());
+                                      });
+    EXPECT_GT(iTimes, 5);
+}
+
+TEST_F(SqliteStore, ManyProcessesMayBringItUpAtOnce) {
+    for (int iRound = 0; iRound < 5; ++iRound) {
+        fs::remove(Path());
+        MakeFirstVersion(Path());
+        std::vector<pid_t> vecProcesses;
+        for (int i = 0; i < 6; ++i) {
+            vecProcesses.push_back(StartProcess([&] { CSqliteStore(Path()).Save(Expression(std::to_string(i))); }));
+        }
+        for (const pid_t iProcess : vecProcesses) {
+            EXPECT_EQ(0, WaitFor(iProcess));
+        }
+        CSqliteStore store(Path());
+        DumpStore(store);
+        EXPECT_EQ(7u, store.Count(ESettingsKind::EXPRESSION));
+    }
+}
+
+TEST_F(SqliteStore, DamageOfAnyPageIsNoticed) {
+    {
+        CSqliteStore store(Path());
+        for (int i = 0; i < 40; ++i) {
+            store.Save(Expression(std::to_string(i), std::string(600, 'x')));
+        }
+    }
+    const std::string strWhole = m_folder.Read("settings.db");
+    const std::size_t iPages = strWhole.size() / 8192;
+    ASSERT_GE(iPages, 10u);
+    for (std::size_t iPage = 1; iPage < iPages; ++iPage) {
+        std::string strDamaged = strWhole;
+        strDamaged[iPage * 8192 + 8000] ^= 4;
+        m_folder.Write("settings.db", strDamaged);
+        CSqliteStore store(Path());
+        EXPECT_NE("", CheckText(store)) << iPage;
+    }
+    for (const std::size_t iOffset : {20u, 24u, 50u, 60u, 63u, 95u, 120u, 8000u, 8190u}) {
+        std::string strDamaged = strWhole;
+        strDamaged[iOffset] ^= 1;
+        m_folder.Write("settings.db", strDamaged);
+        EXPECT_EQ(Opening(Path(), std::string("it is damaged: its first page is not as it was written") + ADVICE),
+                  RefusalOf(Path()))
+            << iOffset;
+    }
 }
 
 }  // namespace

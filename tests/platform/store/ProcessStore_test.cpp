@@ -87,7 +87,7 @@ TEST_F(ProcessStore, MemoryIsEmptyAtEachOpen) {
     CSettingsStore::Open("memory:");
     CSettingsStore::Current().Save(Keyword("S"));
     EXPECT_EQ("memory", CSettingsStore::Current().GetInfo().strEngine);
-    EXPECT_EQ(1, CSettingsStore::Current().GetInfo().iSchemaVersion);
+    EXPECT_EQ(3, CSettingsStore::Current().GetInfo().iSchemaVersion);
     CSettingsStore::Open("memory:");
     EXPECT_EQ("", DumpStore(CSettingsStore::Current()));
 }

@@ -1,0 +1,108 @@
+#include "platform/store/CWriterNote.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <climits>
+#include <ctime>
+#include <exception>
+
+namespace {
+
+constexpr char SUFFIX[] = "-writer";
+constexpr mode_t OWN_MODE = 0600;
+constexpr mode_t SHARED_BITS = 0666;
+constexpr int TRIES = 10;
+constexpr unsigned TRY_MICROSECONDS = 500;
+constexpr std::size_t LONGEST_NOTE = 512;
+
+std::string MakeNote() {
+    std::array<char, HOST_NAME_MAX + 1> aHost{};
+    ::gethostname(aHost.data(), aHost.size() - 1);
+    const std::time_t iNow = std::time(nullptr);
+    std::tm now{};
+    ::gmtime_r(&iNow, &now);
+    std::array<char, 32> aTime{};
+    std::strftime(aTime.data(), aTime.size(), "%Y-%m-%dT%H:%M:%SZ", &now);
+    return "process " + std::to_string(::getpid()) + " on " + aHost.data() + ", since " + aTime.data();
+}
+
+/** Whoever may write to the folder may have written it. */
+bool IsPlain(const std::string& strNote) {
+    return !strNote.empty() && std::all_of(strNote.begin(), strNote.end(), [](unsigned char c) {
+        return std::isalnum(c) != 0 || c == ' ' || c == ',' || c == '.' || c == ':' || c == '-' || c == '_';
+    });
+}
+
+}  // namespace
+
+std::string CWriterNote::GetPath() const {
+    return m_strStorePath + SUFFIX;
+}
+
+/**
+ * The lock on the note goes with the process, however it ends: that tells a note that counts from one left behind.
+ * @return the open file; -1 when another process has it
+ */
+int CWriterNote::Take() const {
+    const int iFile = ::open(GetPath().c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, OWN_MODE);
+    struct stat status {};
+    if (iFile >= 0 && ::flock(iFile, LOCK_EX | LOCK_NB) == 0 && ::fstat(iFile, &status) == 0 &&
+        S_ISREG(status.st_mode) && status.st_nlink > 0) {
+        return iFile;
+    }
+    if (iFile >= 0) {
+        ::close(iFile);
+    }
+    return -1;
+}
+
+void CWriterNote::Leave() noexcept {
+    try {
+        const std::string strNote = MakeNote();
+        // The writer before may be about to remove its own.
+        for (int iTries = 0; m_iFile < 0 && iTries < TRIES; ++iTries) {
+            ::usleep(iTries == 0 ? 0 : TRY_MICROSECONDS);
+            m_iFile = Take();
+        }
+        struct stat status {};
+        if (::stat(m_strStorePath.c_str(), &status) == 0) {
+            ::fchmod(m_iFile, status.st_mode & SHARED_BITS);
+        }
+        [[maybe_unused]] const bool bLeft =
+            ::ftruncate(m_iFile, 0) == 0 && ::write(m_iFile, strNote.data(), strNote.size()) > 0;
+    } catch (const std::exception&) {
+        // Without memory there is no note.
+    }
+}
+
+void CWriterNote::Remove() noexcept {
+    if (m_iFile < 0) {
+        return;
+    }
+    try {
+        ::unlink(GetPath().c_str());
+    } catch (const std::exception&) {
+        // The next writer takes the file over.
+    }
+    ::close(m_iFile);
+    m_iFile = -1;
+}
+
+std::string CWriterNote::Read() const {
+    const int iFile = ::open(GetPath().c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK);
+    if (iFile < 0) {
+        return {};
+    }
+    std::string strNote(LONGEST_NOTE, '\0');
+    const bool bLeftBehind = ::flock(iFile, LOCK_SH | LOCK_NB) == 0;
+    const ssize_t iBytes = bLeftBehind ? 0 : ::read(iFile, strNote.data(), strNote.size());
+    ::close(iFile);
+    strNote.resize(iBytes > 0 ? static_cast<std::size_t>(iBytes) : 0);
+    return IsPlain(strNote) ? strNote : std::string();
+}

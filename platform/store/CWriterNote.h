@@ -1,0 +1,29 @@
+#pragma once
+
+#include <string>
+
+/**
+ * Says who writes to a store: a file beside the store's, "-writer", that a process leaves while its unit of work lasts,
+ * for those who wait in vain. It only informs: a note that cannot be left is done without, and one whose process is
+ * gone is not believed.
+ */
+class CWriterNote {
+  public:
+    /** @param strStorePath absolute */
+    explicit CWriterNote(const std::string& strStorePath) : m_strStorePath(strStorePath) {}
+    CWriterNote(const CWriterNote&) = delete;
+    CWriterNote& operator=(const CWriterNote&) = delete;
+    ~CWriterNote() { Remove(); }
+
+    void Leave() noexcept;
+    void Remove() noexcept;
+    /** @return such as "process 12 on host-a, since 2026-03-01T08:00:00Z"; "" when nobody says so */
+    std::string Read() const;
+
+  private:
+    std::string GetPath() const;
+    int Take() const;
+
+    std::string m_strStorePath;
+    int m_iFile = -1;
+};
