@@ -169,6 +169,11 @@ CLI::Option* CCommandLine::AddTexts(CLI::App& command, const char* pNames, const
     return Finish(pOption, pValue);
 }
 
+CLI::Option* CCommandLine::AllowEmpty(CLI::Option* pOption) {
+    pOption->get_validator(NOT_EMPTY)->active(false);
+    return pOption;
+}
+
 void CCommandLine::AddFlag(CLI::App& command, const char* pNames, bool& bFlag, const char* pSummary) {
     command.add_flag(pNames, bFlag, pSummary);
 }
@@ -213,6 +218,12 @@ CCommandLine::SParsed CCommandLine::Parse(const std::vector<std::string>& vecArg
 const char* CCommandLine::GetFormat() const {
     const SCommand* pGiven = FindGiven();
     return pGiven == nullptr ? GENERAL_FORMAT : pGiven->help.pFormat;
+}
+
+const SCommandHelp* CCommandLine::FindHelp(const CLI::App& command) const {
+    const auto itCommand = std::find_if(m_vecCommands.begin(), m_vecCommands.end(),
+                                        [&](const SCommand& known) { return known.pApp == &command; });
+    return itCommand == m_vecCommands.end() ? nullptr : &itCommand->help;
 }
 
 const CCommandLine::SCommand* CCommandLine::FindGiven() const {

@@ -33,10 +33,14 @@ class CCommandLine {
     /** @param fnRun called when this command was given @return where its own options are added */
     CLI::App& AddCommand(CLI::App& parent, const SCommandHelp& help, Run fnRun);
     CLI::App& GetTop() { return m_app; }
+    /** @return what the help says of a command; null for words that several commands begin with */
+    const SCommandHelp* FindHelp(const CLI::App& command) const;
 
     /** @param pNames as -o,--output; without dashes: by its place @param pValue how the help calls the value */
     static CLI::Option* AddText(CLI::App& command, const char* pNames, const char* pValue, std::string& strText,
                                 const char* pSummary);
+    /** Lets the value of an option be empty. */
+    static CLI::Option* AllowEmpty(CLI::Option* pOption);
     static CLI::Option* AddTexts(CLI::App& command, const char* pNames, const char* pValue,
                                  std::vector<std::string>& vecTexts, const char* pSummary);
     static void AddFlag(CLI::App& command, const char* pNames, bool& bFlag, const char* pSummary);

@@ -10,6 +10,7 @@
 #include "cli/Verdict.h"
 #include "cli/configuration/ConfigCommand.h"
 #include "cli/configuration/Configuration.h"
+#include "cli/manual/ManualCommands.h"
 #include "platform/common/TextConversion.h"
 
 namespace {
@@ -101,6 +102,7 @@ int RunTool(const std::vector<std::string>& vecArguments, std::istream& in, std:
     }
     CConfiguration configuration(line);
     AddConfigCommand(line, configuration);
+    AddCompletionCommand(line);
     EVerdict eVerdict = EVerdict::DONE;
     try {
         eVerdict = Run(vecArguments, line, configuration, context);

@@ -23,6 +23,10 @@ install(DIRECTORY ${PROJECT_SOURCE_DIR}/config ${PROJECT_SOURCE_DIR}/examples
         DESTINATION ${CMAKE_INSTALL_DATADIR}/dlpparser)
 install(FILES ${PROJECT_SOURCE_DIR}/LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR})
 
+install(FILES ${DLP_COMPLETIONS}/bash DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions RENAME dlpctl)
+install(FILES ${DLP_COMPLETIONS}/zsh DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/site-functions RENAME _dlpctl)
+install(FILES ${DLP_COMPLETIONS}/fish DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d RENAME dlpctl.fish)
+
 install(EXPORT dlpparserTargets NAMESPACE dlpparser:: DESTINATION ${DLP_CMAKE_DIR})
 configure_package_config_file(${PROJECT_SOURCE_DIR}/cmake/dlpparserConfig.cmake.in
                               ${PROJECT_BINARY_DIR}/dlpparserConfig.cmake INSTALL_DESTINATION ${DLP_CMAKE_DIR})

@@ -17,3 +17,16 @@ target_compile_definitions(dlpctl_core PRIVATE DLP_VERSION="${PROJECT_VERSION}")
 
 add_executable(dlpctl ${PROJECT_SOURCE_DIR}/cli/main.cpp)
 target_link_libraries(dlpctl PRIVATE dlpctl_core dlp_options)
+
+# What is made of the tool's table of commands: completions where the shells look for them.
+set(DLP_COMPLETIONS ${PROJECT_BINARY_DIR}/completions)
+set(DLP_COMPLETION_FILES)
+foreach(shell bash zsh fish)
+    add_custom_command(OUTPUT ${DLP_COMPLETIONS}/${shell}
+                       COMMAND ${CMAKE_COMMAND} -E make_directory ${DLP_COMPLETIONS}
+                       COMMAND ${CMAKE_COMMAND} -E env --unset=HOME --unset=XDG_CONFIG_HOME
+                               $<TARGET_FILE:dlpctl> completion ${shell} > ${DLP_COMPLETIONS}/${shell}
+                       DEPENDS dlpctl VERBATIM)
+    list(APPEND DLP_COMPLETION_FILES ${DLP_COMPLETIONS}/${shell})
+endforeach()
+add_custom_target(dlpctl_completions ALL DEPENDS ${DLP_COMPLETION_FILES})

@@ -175,10 +175,11 @@ void AddCheckCommand(CCommandLine& line) {
                           "check what dlpctl assets import takes: the digital assets alone");
     CCommandLine::AddFlag(command, "--strict", pArguments->check.choice.bStrict, "every warning is an error");
     CCommandLine::AddTexts(command, "--allow", "CODE", pArguments->vecAllow, "do not tell this code; may be repeated");
-    CCommandLine::AddText(command, "--fail-on", "LEVEL", pArguments->strFailOn,
-                          "exit with 1 from this level on: error (as without it), warning or note")
+    CCommandLine::AddText(command, "--fail-on", "error|warning|note", pArguments->strFailOn,
+                          "exit with 1 from this level on; error as without it")
         ->take_last();
-    CCommandLine::AddText(command, "--format", "NAME", pArguments->strFormat, "text, json, sarif, junit or github")
+    CCommandLine::AddText(command, "--format", "text|json|sarif|junit|github", pArguments->strFormat,
+                          "how to write the report; text as without it")
         ->take_last();
     CCommandLine::AddFlag(command, "--all", pArguments->check.choice.bAll,
                           "tell everything; otherwise text ends after 100, and each file after 1000 of a code");

@@ -89,6 +89,7 @@ const SRefused REFUSED[] = {
     {{"list", "templates", "--log-level", "info,loud"},
      "--log-level: there is no level \"loud\"; the levels are info, enter, leave, content, error, failure, all",
      "dlpctl-list/1"},
+    {{"completion", "tcsh"}, "there is no shell \"tcsh\"; write bash, zsh or fish", "dlpctl-completion/1"},
     {{"config", "x"}, "\"x\" is one argument too many; see dlpctl config --help", "dlpctl-config/1"},
     {{"list", "\xff"}, "argument 2 is not UTF-8", "dlpctl/1"},
 };
@@ -177,6 +178,7 @@ TEST_F(CommandLine, TopHelpHasOneLinePerCommandAndTheFirstSteps) {
                               "\n  store load FILE  ",
                               "\n  store info  ",
                               "\n  config [--origin]  ",
+                              "\n  completion bash|zsh|fish  ",
                               "\n  --store URL  ",
                               "\n  -q,--quiet  ",
                               "\nFirst steps:\n"}) {
@@ -201,7 +203,8 @@ TEST_F(CommandLine, EveryCommandHasHelpWithExamples) {
                                                   {"store", "dump"},
                                                   {"store", "load"},
                                                   {"store", "info"},
-                                                  {"config"}};
+                                                  {"config"},
+                                                  {"completion"}};
     for (std::vector<std::string> vecCommand : aCommands) {
         const std::string strName = vecCommand.front() + (vecCommand.size() > 1 ? ' ' + vecCommand.back() : "");
         vecCommand.emplace_back("--help");

@@ -19,6 +19,9 @@ for room in api settings platform/common platform/xml platform/logging platform/
     [ -d "$prefix/include/dlpparser/$room" ]
 done
 [ -f "$prefix/share/dlpparser/examples/starter-policy.xml" ]
+for file in bash-completion/completions/dlpctl zsh/site-functions/_dlpctl fish/vendor_completions.d/dlpctl.fish; do
+    grep -q dlpctl "$prefix/share/$file"
+done
 
 # The store's own headers and the managers' stay inside; every header that is installed compiles alone, as C++17.
 cd "$prefix/include/dlpparser"

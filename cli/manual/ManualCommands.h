@@ -1,0 +1,6 @@
+#pragma once
+
+class CCommandLine;
+
+/** Commands that tell of the command line itself; they keep hold of it. */
+void AddCompletionCommand(CCommandLine& line);
