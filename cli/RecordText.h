@@ -6,6 +6,9 @@
 #include "platform/store/CSettingsRow.h"
 #include "templates/MatchRule.h"
 
+/** @return what its columns hold, a line each, but for markup */
+std::string MakeFieldTable(const CSettingsRow& row);
+
 /** @return the keywords of a keyword list as a table, a line each */
 std::string MakeKeywordTable(const CSettingsRow& row);
 

@@ -32,46 +32,6 @@ constexpr SCommandHelp HELP = {
     "dlpctl-show/1",
 };
 
-/** Markup is for machines; people get what it says below the fields. */
-bool IsMarkup(ESettingsKind eKind, std::size_t iColumn) {
-    return (eKind == ESettingsKind::KEYWORD && iColumn == KeywordColumn::TEXT) ||
-           (eKind == ESettingsKind::TEMPLATE && iColumn == TemplateColumn::ELEMENT);
-}
-
-std::string Join(const std::vector<std::string>& vecTexts) {
-    std::string strJoined;
-    for (const std::string& strText : vecTexts) {
-        strJoined += (strJoined.empty() ? "" : ", ") + strText;
-    }
-    return strJoined;
-}
-
-std::string ToCell(const CSettingsRow& row, EColumnType eType, std::size_t iColumn) {
-    switch (eType) {
-        case EColumnType::NUMBER:
-            return std::to_string(row.GetNumber(iColumn));
-        case EColumnType::FLAG:
-            return Text::YesNo(row.GetFlag(iColumn));
-        case EColumnType::TEXT_LIST:
-            return Join(row.GetList(iColumn));
-        case EColumnType::TEXT:
-        case EColumnType::NULLABLE_TEXT:
-            break;
-    }
-    return row.GetText(iColumn);
-}
-
-std::string MakeFields(const CSettingsRow& row) {
-    const STable& table = GetSettingsTable(row.GetKind());
-    CTextTable fields;
-    for (std::size_t i = 0; i < table.iColumns; ++i) {
-        if (!IsMarkup(row.GetKind(), i)) {
-            fields.Add({table.pColumns[i].pName, ToCell(row, table.pColumns[i].eType, i)});
-        }
-    }
-    return fields.ToString();
-}
-
 std::string MakeRules(const CSettingsRow& row) {
     const std::vector<SMatchRule> vecRules = ReadRules(row);
     std::vector<OS::x_wstring> vecTexts;
@@ -89,13 +49,13 @@ std::string MakeRules(const CSettingsRow& row) {
 std::string MakeText(const CSettingsRow& row) {
     switch (row.GetKind()) {
         case ESettingsKind::KEYWORD:
-            return MakeFields(row) + '\n' + MakeKeywordTable(row);
+            return MakeFieldTable(row) + '\n' + MakeKeywordTable(row);
         case ESettingsKind::TEMPLATE:
-            return MakeFields(row) + MakeRules(row);
+            return MakeFieldTable(row) + MakeRules(row);
         case ESettingsKind::EXPRESSION:
             break;
     }
-    return MakeFields(row);
+    return MakeFieldTable(row);
 }
 
 EVerdict Show(CCommandContext& context, const std::string& strKind, const std::string& strName) {

@@ -74,20 +74,29 @@ EOperator ToOperator(std::wstring_view strText) {
 }
 
 SMatchRule ParseMatchRule(std::wstring_view strRule, std::wstring_view strOperator) {
+    std::vector<std::wstring_view> vecTexts;
+    return ParseMatchRule(strRule, strOperator, vecTexts);
+}
+
+SMatchRule ParseMatchRule(std::wstring_view strRule, std::wstring_view strOperator,
+                          std::vector<std::wstring_view>& vecTexts) {
     static const CPattern s_pattern(OPERATOR_PATTERN);
     SMatchRule rule;
     rule.eOperator = ToOperator(strOperator);
     CPatternMatcher matcher(s_pattern, strRule);
     EOperator ePending = EOperator::UNKNOWN;
     std::size_t iPosition = 0;
+    const auto fnAppend = [&](std::wstring_view strElement) {
+        vecTexts.push_back(OS::Trim(strElement));
+        rule.vecElements.push_back(ParseRuleElement(vecTexts.back(), ePending));
+    };
     while (matcher.Search(iPosition)) {
         const CPatternMatcher::SSpan word = matcher.GetGroup(0);
-        const std::wstring_view strElement = strRule.substr(iPosition, word.iStart - iPosition);
-        rule.vecElements.push_back(ParseRuleElement(OS::Trim(strElement), ePending));
+        fnAppend(strRule.substr(iPosition, word.iStart - iPosition));
         ePending = ToOperator(matcher.Text(word));
         iPosition = matcher.GetMatch().iEnd;
     }
-    rule.vecElements.push_back(ParseRuleElement(OS::Trim(strRule.substr(iPosition)), ePending));
+    fnAppend(strRule.substr(iPosition));
     return rule;
 }
 

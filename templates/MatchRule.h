@@ -45,6 +45,9 @@ EOperator ToOperator(std::wstring_view strText);
  * @return a rule of one element at least; the first one has no operator
  */
 SMatchRule ParseMatchRule(std::wstring_view strRule, std::wstring_view strOperator);
+/** The same. @param vecTexts receives the part of strRule that each element was read from */
+SMatchRule ParseMatchRule(std::wstring_view strRule, std::wstring_view strOperator,
+                          std::vector<std::wstring_view>& vecTexts);
 
 /**
  * Reads one element: P:name(count) anywhere in the text, else K:name, else an UNKNOWN element without name. The name is

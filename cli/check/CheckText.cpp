@@ -14,13 +14,6 @@ struct SWords {
 };
 constexpr SWords SEVERITIES[] = {{"error", "errors"}, {"warning", "warnings"}, {"note", "notes"}};
 
-std::string MakeExcerptLines(const SDiagnostic& diagnostic) {
-    const std::string strNumber = std::to_string(diagnostic.place.iLine);
-    const std::string strMargin(std::max<std::size_t>(strNumber.size(), 5) + 1, ' ');
-    return std::string(strMargin.size() - strNumber.size(), ' ') + strNumber + " | " + diagnostic.excerpt.strLine +
-           '\n' + strMargin + " | " + std::string(diagnostic.excerpt.iCaret, ' ') + "^\n";
-}
-
 std::string MakeAdvice(const SDiagnostic& diagnostic) {
     const std::string strFix = diagnostic.fix ? Text::Quoted(diagnostic.fix->strReplacement) : std::string();
     if (diagnostic.bFixed) {
@@ -34,7 +27,7 @@ std::string MakeRow(const std::string& strFile, const SDiagnostic& diagnostic) {
     std::string strRow = FormatPlace(strFile, diagnostic.place) + ": " + GetSeverityName(diagnostic.eSeverity) + ": " +
                          row.pCode + ' ' + row.pName + ": " + diagnostic.strMessage + '\n';
     if (diagnostic.place.iLine != 0) {
-        strRow += MakeExcerptLines(diagnostic);
+        strRow += MakeExcerptLines(diagnostic.excerpt, diagnostic.place.iLine);
     }
     strRow += "  " + MakeAdvice(diagnostic) + '\n';
     if (diagnostic.related) {

@@ -11,6 +11,7 @@ namespace {
 
 constexpr std::size_t MAX_COLUMNS = 100;
 constexpr std::size_t MAX_BEHIND = 52;  ///< columns from the caret on
+constexpr std::size_t MARGIN = 5;       ///< of a line's number
 constexpr std::size_t MAX_BYTES = 512;  ///< looked at on either side
 constexpr const char LINE_ENDS[] = "\r\n";
 constexpr const char ELLIPSIS[] = "…";
@@ -94,4 +95,11 @@ SExcerpt MakeExcerpt(std::string_view strBytes, std::size_t iOffset) {
     }
     excerpt.strLine += strBehind;
     return excerpt;
+}
+
+std::string MakeExcerptLines(const SExcerpt& excerpt, std::size_t iLine) {
+    const std::string strNumber = std::to_string(iLine);
+    const std::string strMargin(std::max(strNumber.size(), MARGIN) + 1, ' ');
+    return std::string(strMargin.size() - strNumber.size(), ' ') + strNumber + " | " + excerpt.strLine + '\n' +
+           strMargin + " | " + std::string(excerpt.iCaret, ' ') + "^\n";
 }

@@ -16,3 +16,6 @@ struct SExcerpt {
  * @return the line of that byte; takes a time that does not depend on the file's size
  */
 SExcerpt MakeExcerpt(std::string_view strBytes, std::size_t iOffset);
+
+/** @return two lines: the excerpt behind its line's number, and the caret */
+std::string MakeExcerptLines(const SExcerpt& excerpt, std::size_t iLine);

@@ -257,3 +257,11 @@ TEST(MatchRuleFormat, WhatIsWrittenIsReadBack) {
         EXPECT_EQ(Formatted(rule), OS::Utf8Lenient(pRule) + " / OR");
     }
 }
+
+TEST(MatchRule, EachElementTellsTheTextItWasReadFrom) {
+    constexpr std::wstring_view RULE = L" P:a(1) AND \t OR xK:b ";
+    std::vector<std::wstring_view> vecTexts;
+    EXPECT_EQ(ParseMatchRule(RULE, L"", vecTexts).vecElements.size(), 3U);
+    EXPECT_EQ(vecTexts, (std::vector<std::wstring_view>{L"P:a(1)", L"", L"xK:b"}));
+    EXPECT_EQ(vecTexts.back().data(), RULE.data() + 17);
+}
