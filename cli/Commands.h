@@ -16,3 +16,4 @@ void AddCheckCommand(CCommandLine& line);
 void AddExplainCommand(CCommandLine& line);
 void AddRenameCommand(CCommandLine& line);
 void AddDeleteCommand(CCommandLine& line);
+void AddKeywordsCommands(CCommandLine& line);

@@ -33,7 +33,7 @@ TEST_F(DeleteCommand, WhatTemplatesReferToIsKept) {
         {"delete", "keyword", "words"}, 1,
         "keyword list \"words\" is in use: templates \"cards\", \"other\" refer to it; --force deletes it all "
         "the same");
-    EXPECT_EQ(RunJson("delete", {"delete", "keyword", "words"}).dump(),
+    EXPECT_EQ(RunJson({"delete", "keyword", "words"}).dump(),
               R"({"format":"dlpctl-delete/1","verdict":"findings","kind":"keyword","name":"words",)"
               R"("used_by":["cards","other"],"message":"keyword list \"words\" is in use: templates \"cards\", )"
               R"(\"other\" refer to it; --force deletes it all the same"})");
@@ -49,7 +49,7 @@ TEST_F(DeleteCommand, ForceDeletesAndWarns) {
                "dlpctl: warning: expression \"one\" is in use: template \"cards\" refers to it\n");
     EXPECT_EQ(DumpJson()["expressions"].size(), 1U);
     EXPECT_EQ(
-        RunJson("delete", {"delete", "keyword", "words", "--force", "--dry-run"}).dump(),
+        RunJson({"delete", "keyword", "words", "--force", "--dry-run"}).dump(),
         R"({"format":"dlpctl-delete/1","verdict":"done","dry_run":true,"kind":"keyword","name":"words",)"
         R"("used_by":["cards"],"warnings":["keyword list \"words\" is in use: template \"cards\" refers to it"]})");
     EXPECT_EQ(DumpJson()["keyword_lists"].size(), 1U);
@@ -70,7 +70,7 @@ TEST_F(DeleteCommand, UnknownNamesNameTheNearest) {
     ExpectRefused({"delete", "template", "card"}, 1, "no template is named \"card\"; did you mean \"cards\"?");
     ExpectRefused({"delete", "keyword", "one"}, 1,
                   "no keyword list is named \"one\"; dlpctl list keywords lists the names");
-    EXPECT_EQ(RunJson("delete", {"delete", "keyword", "one"})["verdict"], "findings");
+    EXPECT_EQ(RunJson({"delete", "keyword", "one"})["verdict"], "findings");
 }
 
 TEST_F(DeleteCommand, StoredElementsThatAreNoTemplateReferToNothing) {

@@ -123,9 +123,9 @@ TEST_F(RenameCommand, BuiltInOnesKeepTheirNamesButFollow) {
 }
 
 TEST_F(RenameCommand, JsonSaysWhatFollowed) {
-    EXPECT_EQ(RunJson("rename", {"rename", "expression", "one", "uno"}).dump(),
+    EXPECT_EQ(RunJson({"rename", "expression", "one", "uno"}).dump(),
               R"({"format":"dlpctl-rename/1","verdict":"done","dry_run":false,"kind":"expression","name":"one",)"
               R"("new_name":"uno","followed":["cards"],"warnings":[]})");
-    EXPECT_EQ(RunJson("rename", {"rename", "expression", "uno", "two"}).dump(),
+    EXPECT_EQ(RunJson({"rename", "expression", "uno", "two"}).dump(),
               R"({"format":"dlpctl-rename/1","verdict":"findings","message":"expression \"two\" is stored already"})");
 }

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <cstddef>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+/** Tables as text: rows end with CR LF or LF, cells are quoted as RFC 4180 has it, whatever separates them. */
+namespace DelimitedText {
+
+struct SCell {
+    std::string strText;
+    std::size_t iOffset = 0;  ///< where it begins, its quotation mark included
+};
+
+/** A text that is no such table. */
+class CFault : public std::runtime_error {
+  public:
+    CFault(const std::string& strWhy, std::size_t iOffset) : std::runtime_error(strWhy), m_iOffset(iOffset) {}
+    std::size_t GetOffset() const { return m_iOffset; }
+
+  private:
+    std::size_t m_iOffset;
+};
+
+/** @return every row; lines with nothing in them are no rows @throws CFault */
+std::vector<std::vector<SCell>> Read(std::string_view strText, char cSeparator);
+
+/** @return one row with its end, CR LF */
+std::string Write(const std::vector<std::string>& vecCells, char cSeparator);
+
+/**
+ * A spreadsheet runs a cell that begins with one of = + - @ or a control character as a formula. An apostrophe before
+ * it makes it text; one that stands there already gets another, so that nothing is lost on the way back.
+ */
+std::string Disarm(const std::string& strText);
+/** @return the text that Disarm was given */
+std::string Rearm(const std::string& strText);
+
+}  // namespace DelimitedText

@@ -1,0 +1,214 @@
+#include <gtest/gtest.h>
+
+#include "platform/store/CSettingsStore.h"
+#include "tests/cli/edit/EditRun.h"
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+constexpr const char HEAD[] = "keyword,score,case_sensitive,description\r\n";
+
+class KeywordsCommand : public CEditTest {
+  protected:
+    KeywordsCommand() { Import(Documents::Small()); }
+
+    std::string Show() const { return Get({"keywords", "show", "words"}); }
+    std::string StoredText() const { return DumpJson()["keyword_lists"][0]["text"]; }
+    /** @return the list's markup with these keywords */
+    static std::string Markup(const std::string& strKeywords) {
+        return R"(<dictionary name="words" type="Any" display_name="List words" description="" pre-defined="false">)" +
+               strKeywords + "</dictionary>";
+    }
+    static std::string One() { return R"(<keyword description="" score="1" caseSensitive="false">one</keyword>)"; }
+    static std::string Two() { return R"(<keyword description="second" score="5" caseSensitive="true">two</keyword>)"; }
+
+    void ExpectNoTable(const std::string& strTable, const std::string& strWhy, const std::string& strFormat = "csv") {
+        ExpectRefused({"keywords", "import", "words", "-", "--format", strFormat}, 2, "-:" + strWhy, strTable);
+    }
+};
+
+}  // namespace
+
+TEST_F(KeywordsCommand, ListIsShownAsATable) {
+    EXPECT_EQ(Show(),
+              "KEYWORD  SCORE  CASE  DESCRIPTION\n"
+              "one      1      no\n"
+              "two      5      yes   second\n");
+    EXPECT_EQ(RunJson({"keywords", "show", "words"}).dump(),
+              R"({"format":"dlpctl-keywords-show/1","verdict":"done","name":"words","condition":"Any","threshold":0,)"
+              R"("number":0,"keywords":[{"keyword":"one","description":"","score":1,"case_sensitive":false},)"
+              R"({"keyword":"two","description":"second","score":5,"case_sensitive":true}]})");
+}
+
+TEST_F(KeywordsCommand, NewKeywordsComeLast) {
+    const std::string strOut =
+        "~ keyword list \"words\"\n+   keyword \"a & b\", score 1\n+   keyword \"three\", score 1\n";
+    ExpectSameDry({"keywords", "add", "words", "three", "a & b"}, strOut);
+    ExpectDone({"keywords", "add", "words", "three", "a & b"}, strOut);
+    EXPECT_EQ(StoredText(),
+              Markup(One() + Two() + R"(<keyword description="" score="1" caseSensitive="false">three</keyword>)" +
+                     R"(<keyword description="" score="1" caseSensitive="false">a &amp; b</keyword>)"));
+}
+
+TEST_F(KeywordsCommand, KeywordThatIsThereKeepsWhatIsNotGiven) {
+    ExpectDone({"keywords", "add", "words", "two", "--score", "-7"},
+               "~ keyword list \"words\"\n"
+               "-   keyword \"two\", score 5, case matters: second\n"
+               "+   keyword \"two\", score -7, case matters: second\n");
+    ExpectDone({"keywords", "add", "words", "two", "--case-sensitive", "false", "--description", ""},
+               "~ keyword list \"words\"\n"
+               "-   keyword \"two\", score -7, case matters: second\n"
+               "+   keyword \"two\", score -7\n");
+}
+
+TEST_F(KeywordsCommand, WhatIsThereAlreadyChangesNothing) {
+    const std::string strDump = Dump();
+    ExpectDone({"keywords", "add", "words", "two"}, "= keyword list \"words\"\n");
+    EXPECT_EQ(Dump(), strDump);
+    EXPECT_EQ(RunJson({"keywords", "add", "words", "one"}).dump(),
+              R"({"format":"dlpctl-keywords-add/1","verdict":"done","dry_run":false,"change":{"kind":"keyword",)"
+              R"("name":"words","change":"same","fields":[],"keywords":[],"rules":null},"warnings":[]})");
+}
+
+TEST_F(KeywordsCommand, KeywordsAreRemovedAllOrNone) {
+    ExpectRefused({"keywords", "remove", "words", "one", "tow"}, 1,
+                  "keyword list \"words\" has no keyword \"tow\"; did you mean \"two\"?");
+    ExpectRefused({"keywords", "remove", "words", "entirely"}, 1,
+                  "keyword list \"words\" has no keyword \"entirely\"; dlpctl keywords show lists them");
+    ExpectRefused({"keywords", "remove", "words", "one", "one"}, 1,
+                  "keyword list \"words\" has no keyword \"one\"; dlpctl keywords show lists them");
+    ExpectDone({"keywords", "remove", "words", "one"}, "~ keyword list \"words\"\n-   keyword \"one\", score 1\n");
+    EXPECT_EQ(StoredText(), Markup(Two()));
+    EXPECT_EQ(RunJson({"keywords", "remove", "words", "x"})["verdict"], "findings");
+}
+
+TEST_F(KeywordsCommand, WhatCheckFindsIsWarnedOf) {
+    ExpectDone({"keywords", "remove", "words", "one", "two"},
+               "~ keyword list \"words\"\n-   keyword \"one\", score 1\n-   keyword \"two\", score 5, case matters: "
+               "second\n",
+               "dlpctl: warning: keyword list \"words\": DLP050 list-empty: the keyword list \"words\" has no keyword; "
+               "add one, or remove the list\n");
+    const Json answer = RunJson({"keywords", "add", "words", "a", "A", "--dry-run"});
+    ASSERT_EQ(answer["warnings"].size(), 1U);
+    EXPECT_EQ(answer["warnings"][0].get<std::string>().find("keyword list \"words\": DLP052 keyword-twice: "), 0U);
+}
+
+TEST_F(KeywordsCommand, MarkupOfOtherKeywordsStays) {
+    CSettingsRow row =
+        *CSettingsStore::Make(Url("store.db"))->FindOne(ESettingsKind::KEYWORD, AssetColumn::NAME, "words");
+    row.SetText(KeywordColumn::TEXT, "<dictionary><keyword score=' 5x' more='1'><b>o</b>ne</keyword></dictionary>");
+    CSettingsStore::Make(Url("store.db"))->Save(row);
+    EXPECT_EQ(Run({"keywords", "add", "words", "two"}).iCode, 0);
+    EXPECT_EQ(StoredText(), Markup(R"(<keyword score=" 5x" more="1"><b>o</b>ne</keyword>)"
+                                   R"(<keyword description="" score="1" caseSensitive="false">two</keyword>)"));
+}
+
+TEST_F(KeywordsCommand, TableIsWrittenAndReadBack) {
+    EXPECT_EQ(Run({"keywords", "add", "words", "=1+1", "a,\"b\"", "-", "'@", "--description", "+x\n"}).iCode, 0);
+    const std::string strTable = Get({"keywords", "export", "words"});
+    EXPECT_EQ(strTable, std::string(HEAD) +
+                            "one,1,false,\r\ntwo,5,true,second\r\n'=1+1,1,false,\"'+x\n\"\r\n"
+                            "\"a,\"\"b\"\"\",1,false,\"'+x\n\"\r\n'-,1,false,\"'+x\n\"\r\n''@,1,false,\"'+x\n\"\r\n");
+    const std::string strDump = Dump();
+    for (const char* pFile : {"words.csv", "words.tsv"}) {
+        EXPECT_EQ(Run({"keywords", "export", "words", "-o", m_dir.Path(pFile)}).iCode, 0);
+        ExpectDone({"keywords", "import", "words", m_dir.Path(pFile), "--replace"}, "= keyword list \"words\"\n");
+        EXPECT_EQ(Dump(), strDump);
+    }
+    EXPECT_EQ(m_dir.Read("words.csv"), strTable);
+    EXPECT_EQ(m_dir.Read("words.tsv").find("keyword\tscore\tcase_sensitive\tdescription\r\none\t1\tfalse\t\r\n"), 0U);
+    EXPECT_EQ(RunJson({"keywords", "export", "words", "-o", m_dir.Path("x")}).dump(),
+              R"({"format":"dlpctl-keywords-export/1","verdict":"done","name":"words","output":")" + m_dir.Path("x") +
+                  R"(","keywords":6})");
+}
+
+TEST_F(KeywordsCommand, TableAddsAndChanges) {
+    const std::string strTable = "\xEF\xBB\xBFScore,KEYWORD\n,one\n9,two\n3,\"'=x\"\n";
+    const std::string strOut =
+        "~ keyword list \"words\"\n"
+        "+   keyword \"=x\", score 3\n"
+        "-   keyword \"two\", score 5, case matters: second\n"
+        "+   keyword \"two\", score 9, case matters: second\n";
+    ExpectSameDry({"keywords", "import", "words", "-"}, strOut, strTable);
+    ExpectDone({"keywords", "import", "words", "-"}, strOut, "", strTable);
+    EXPECT_EQ(Show(),
+              "KEYWORD  SCORE  CASE  DESCRIPTION\n"
+              "one      1      no\n"
+              "two      9      yes   second\n"
+              "=x       3      no\n");
+}
+
+TEST_F(KeywordsCommand, TableReplaces) {
+    ExpectDone({"keywords", "import", "words", "-", "--replace", "--format", "tsv"},
+               "~ keyword list \"words\"\n"
+               "-   keyword \"one\", score 1\n"
+               "+   keyword \"three\", score 1\n",
+               "", "keyword\nthree\ntwo\n");
+    EXPECT_EQ(StoredText(),
+              Markup(R"(<keyword description="" score="1" caseSensitive="false">three</keyword>)" + Two()));
+}
+
+TEST_F(KeywordsCommand, TablesThatAreNoneAreRefusedWithTheirPlace) {
+    ExpectNoTable("", " the file is empty; its first line must name the columns, such as keyword");
+    ExpectNoTable("score\n1\n", "1:1: no column is named keyword; the first line names the columns");
+    ExpectNoTable("keyword,weight\n",
+                  "1:9: there is no column \"weight\"; write keyword, score, case_sensitive or description");
+    ExpectNoTable("keyword,keyword\n", "1:9: the column \"keyword\" stands twice");
+    ExpectNoTable("keyword,score\na\n", "2:1: 2 cells are needed in this line, not 1");
+    ExpectNoTable("keyword\na,b\n", "2:1: 1 cell is needed in this line, not 2");
+    ExpectNoTable("keyword,score\na,1\n\xC3\xA4,5x\n", "3:3: a whole number of 32 bits is needed here");
+    ExpectNoTable("keyword,score\na,2147483648\n", "2:3: a whole number of 32 bits is needed here");
+    ExpectNoTable("keyword,case_sensitive\na,yes\n", "2:3: true or false is needed here");
+    ExpectNoTable("keyword,score\n ,1\n", "2:1: the keyword is blank");
+    ExpectNoTable("keyword\n\"a\n", "2:1: this quotation mark is not closed");
+    ExpectNoTable("keyword\n\xFF\n", "2:1: not UTF-8: save the file in that encoding");
+}
+
+TEST_F(KeywordsCommand, BadInputIsToldWithItsName) {
+    ExpectRefused({"keywords", "import", "words", m_dir.Path("none.csv")}, 2,
+                  m_dir.Path("none.csv") + ": No such file or directory");
+    ExpectRefused({"keywords", "import", "words", m_dir.Path("home")}, 2, m_dir.Path("home") + ": Is a directory");
+    ExpectRefused({"keywords", "add", "words", " "}, 2, "the keyword is blank");
+    ExpectRefused({"keywords", "add", "words", "\x01"}, 2,
+                  "text of element keyword: the character U+0001 cannot be written in XML");
+    ExpectRefused({"keywords", "add", "word", "x"}, 1, "no keyword list is named \"word\"; did you mean \"words\"?");
+    ExpectRefused({"keywords", "show", "word"}, 1, "no keyword list is named \"word\"; did you mean \"words\"?");
+    ExpectRefused({"keywords", "add", "words", "x", "--score", "1.5"}, 3,
+                  "--score: \"1.5\" is no whole number of 32 bits");
+    ExpectRefused({"keywords", "add", "words", "x", "--case-sensitive", "no"}, 3,
+                  "--case-sensitive: \"no\" is neither true nor false");
+    ExpectRefused({"keywords", "export", "words", "--format", "xls"}, 3,
+                  "--format: there is no format \"xls\"; write csv or tsv");
+    EXPECT_EQ(Run({"keywords", "export", "words", "--json"}).iCode, 3);
+    EXPECT_EQ(Run({"keywords", "export", "words", "-o", m_dir.Path("store.db")}).iCode, 3);
+}
+
+TEST_F(KeywordsCommand, BuiltInListsAreShownButNotChanged) {
+    Import(Documents::Policy(Documents::Dictionary("base", "pre-defined=\"true\""),
+                             R"(<template name="x" display_name="X"/>)"));
+    EXPECT_EQ(Run({"keywords", "show", "base"}).iCode, 0);
+    for (const std::vector<std::string>& vecArguments :
+         {std::vector<std::string>{"keywords", "add", "base", "x"}, {"keywords", "remove", "base", "one"}}) {
+        ExpectRefused(vecArguments, 1, "keyword list \"base\" is built in; only an import changes it");
+    }
+    ExpectRefused({"keywords", "import", "base", "-"}, 1,
+                  "keyword list \"base\" is built in; only an import changes it", "keyword\nx\n");
+}
+
+TEST_F(KeywordsCommand, ScopeIsKeptWithWhatIsWritten) {
+    EXPECT_EQ(Run({"--scope", "gateway", "keywords", "add", "words", "x"}).iCode, 0);
+    EXPECT_EQ(DumpJson()["keyword_lists"][0]["scope"], "gateway");
+    EXPECT_EQ(Run({"keywords", "add", "words", "y"}).iCode, 0);
+    EXPECT_EQ(DumpJson()["keyword_lists"][0]["scope"], "gateway");
+}
+
+TEST_F(KeywordsCommand, ManyKeywordsTakeTheirTimeOnce) {
+    std::string strTable = "keyword\n";
+    for (int i = 0; i < 20000; ++i) {
+        strTable += "word " + std::to_string(i) + '\n';
+    }
+    const SToolRun run = Run({"keywords", "import", "words", "-"}, strTable);
+    EXPECT_EQ(run.iCode, 0) << run.strErr;
+    EXPECT_EQ(DumpJson()["keyword_lists"][0]["keywords"].size(), 20002U);
+}
