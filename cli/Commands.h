@@ -17,3 +17,4 @@ void AddExplainCommand(CCommandLine& line);
 void AddRenameCommand(CCommandLine& line);
 void AddDeleteCommand(CCommandLine& line);
 void AddKeywordsCommands(CCommandLine& line);
+void AddExpressionCommands(CCommandLine& line);

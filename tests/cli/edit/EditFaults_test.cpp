@@ -17,15 +17,20 @@ using Json = nlohmann::ordered_json;
 
 /** Every command that changes single records. */
 const std::vector<std::string> COMMANDS[] = {
-    {"delete", "expression", "two"},        {"delete", "expression", "one", "--force"},
-    {"rename", "expression", "one", "uno"}, {"rename", "keyword", "words", "terms"},
-    {"keywords", "add", "words", "three"},  {"keywords", "remove", "words", "one"},
+    {"delete", "expression", "two"},
+    {"delete", "expression", "one", "--force"},
+    {"rename", "expression", "one", "uno"},
+    {"rename", "keyword", "words", "terms"},
+    {"keywords", "add", "words", "three"},
+    {"keywords", "remove", "words", "one"},
+    {"expression", "set", "one", "--pattern", "x"},
 };
 
 /** And those that look at one. */
 const std::vector<std::string> READING_COMMANDS[] = {
     {"keywords", "show", "words"},
     {"keywords", "export", "words"},
+    {"expression", "show", "one"},
 };
 
 std::string Describe(const std::vector<std::string>& vecArguments) {
