@@ -18,3 +18,4 @@ void AddRenameCommand(CCommandLine& line);
 void AddDeleteCommand(CCommandLine& line);
 void AddKeywordsCommands(CCommandLine& line);
 void AddExpressionCommands(CCommandLine& line);
+void AddTemplateCommands(CCommandLine& line);

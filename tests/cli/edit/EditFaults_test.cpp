@@ -24,6 +24,7 @@ const std::vector<std::string> COMMANDS[] = {
     {"keywords", "add", "words", "three"},
     {"keywords", "remove", "words", "one"},
     {"expression", "set", "one", "--pattern", "x"},
+    {"template", "set", "cards", "P:one(3)"},
 };
 
 /** And those that look at one. */
@@ -31,6 +32,7 @@ const std::vector<std::string> READING_COMMANDS[] = {
     {"keywords", "show", "words"},
     {"keywords", "export", "words"},
     {"expression", "show", "one"},
+    {"template", "show", "cards"},
 };
 
 std::string Describe(const std::vector<std::string>& vecArguments) {

@@ -1,0 +1,208 @@
+#include "cli/edit/RuleLines.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "cli/InputFile.h"
+#include "cli/Kinds.h"
+#include "cli/RecordText.h"
+#include "cli/Suggestion.h"
+#include "cli/Text.h"
+#include "cli/compare/RuleText.h"
+#include "platform/common/TextConversion.h"
+#include "platform/common/TextTools.h"
+#include "templates/CAssetNames.h"
+
+namespace RuleLines {
+
+namespace {
+
+constexpr const char NOT_UTF8[] = "not UTF-8: save the file in that encoding";
+constexpr const char NO_ELEMENT[] = "an expression as P:NAME(COUNT) or a keyword list as K:NAME is needed here";
+constexpr const char GLUED[] =
+    " joins parts of a rule wherever it stands: put blanks around it; a name that holds it cannot stand in a rule";
+constexpr wchar_t COMMENT = L'#';
+
+/** A reference to an asset, and where its name stands. */
+struct SReference {
+    EElementType eType;
+    std::string strName;
+    std::size_t iOffset;
+};
+
+class CReader {
+  public:
+    /** @param strText UTF-8 */
+    explicit CReader(const std::string& strText) : m_strText(strText) {}
+
+    void Read() {
+        std::size_t iStart = 0;
+        while (iStart < m_strText.size()) {
+            const std::size_t iEnd = std::min(m_strText.find('\n', iStart), m_strText.size());
+            m_iLine = iStart;
+            ReadLine(OS::WideText(std::string_view(m_strText).substr(iStart, iEnd - iStart)));
+            iStart = iEnd + 1;
+        }
+    }
+
+    /** @throws OS::CException when the store fails */
+    void CheckReferences() {
+        CAssetNames names;
+        for (const SReference& reference : m_vecReferences) {
+            names.Add(reference.eType, reference.strName);
+        }
+        names.Ask();
+        for (const SReference& reference : m_vecReferences) {
+            if (!names.IsStored(reference.eType, reference.strName)) {
+                const SKind& kind = GetKind(reference.eType == EElementType::ENTITY ? ESettingsKind::EXPRESSION
+                                                                                    : ESettingsKind::KEYWORD);
+                AddAt(reference.iOffset, std::string("no ") + kind.pWord + " is named " +
+                                             Text::Quoted(reference.strName) + "; " +
+                                             SuggestStoredName(kind, reference.strName));
+            }
+        }
+    }
+
+    const std::vector<SMatchRule>& GetRules() const { return m_vecRules; }
+    std::vector<std::pair<std::size_t, std::string>> TakeFaults() {
+        std::stable_sort(m_vecFaults.begin(), m_vecFaults.end(),
+                         [](const auto& left, const auto& right) { return left.first < right.first; });
+        return std::move(m_vecFaults);
+    }
+
+  private:
+    using View = std::wstring_view;
+
+    void ReadLine(const std::wstring& strLine) {
+        m_strLine = strLine;
+        const View strTrimmed = OS::Trim(m_strLine);
+        if (strTrimmed.empty() || strTrimmed.front() == COMMENT) {
+            return;
+        }
+        const View strWord = strTrimmed.substr(
+            0, static_cast<std::size_t>(std::find_if(strTrimmed.begin(), strTrimmed.end(), OS::IsSpace) -
+                                        strTrimmed.begin()));
+        const EOperator eOperator = ToOperator(strWord);
+        const bool bOperator = eOperator != EOperator::UNKNOWN && OS::WideText(OperatorText(eOperator)) == strWord;
+        ReadRule(bOperator ? strTrimmed.substr(strWord.size()) : strTrimmed, bOperator ? strWord : View());
+    }
+
+    void ReadRule(View strRule, View strOperator) {
+        std::vector<View> vecTexts;
+        m_vecRules.push_back(ParseMatchRule(strRule, strOperator, vecTexts));
+        const std::vector<SRuleElement>& vecElements = m_vecRules.back().vecElements;
+        for (std::size_t i = 1; i < vecElements.size(); ++i) {
+            if (IsGlued(vecTexts[i - 1], vecTexts[i])) {
+                Add(vecTexts[i - 1].data() + vecTexts[i - 1].size(),
+                    OperatorText(vecElements[i].eOperator) + std::string(GLUED));
+                return;
+            }
+        }
+        for (std::size_t i = 0; i < vecElements.size(); ++i) {
+            CheckElement(vecElements[i], vecTexts[i]);
+        }
+    }
+
+    /** @return whether no white space stands before or behind the word between two parts, of which one may be empty */
+    static bool IsGlued(View strBefore, View strAfter) {
+        const wchar_t* pFirst = strBefore.data() + strBefore.size();
+        const wchar_t* pLast = strAfter.data() - 1;
+        return (!strBefore.empty() && !OS::IsSpace(*pFirst)) || (!strAfter.empty() && !OS::IsSpace(*pLast));
+    }
+
+    void CheckElement(const SRuleElement& element, View strText) {
+        if (element.eType == EElementType::UNKNOWN) {
+            Add(strText.data(), NO_ELEMENT);
+            return;
+        }
+        const std::wstring strRead = OS::WideText(FormatCondition({element.eType, element.strName, element.iCount}));
+        std::wstring strWritten(strText);
+        strWritten.front() = OS::ToUpper(strText.substr(0, 1)).front();
+        if (strRead != strWritten) {
+            const auto itDifference =
+                std::mismatch(strRead.begin(), strRead.end(), strWritten.begin(), strWritten.end()).second;
+            Add(strText.data() + (itDifference - strWritten.begin()),
+                "this is read as " + Text::Quoted(OS::Utf8Lenient(strRead)) + "; write it so");
+            return;
+        }
+        m_vecReferences.push_back({element.eType, OS::Utf8Lenient(element.strName), Find(strText.data() + 2)});
+    }
+
+    /** @return the byte of the whole text that a character of the line stands for */
+    std::size_t Find(const wchar_t* pCharacter) const {
+        const auto iBefore = static_cast<std::size_t>(pCharacter - m_strLine.data());
+        return m_iLine + OS::Utf8Lenient(View(m_strLine).substr(0, iBefore)).size();
+    }
+    void Add(const wchar_t* pCharacter, const std::string& strWhy) { AddAt(Find(pCharacter), strWhy); }
+    void AddAt(std::size_t iOffset, const std::string& strWhy) { m_vecFaults.emplace_back(iOffset, strWhy); }
+
+    const std::string& m_strText;
+    std::size_t m_iLine = 0;  ///< where the line that is read begins
+    std::wstring m_strLine;
+    std::vector<SMatchRule> m_vecRules;
+    std::vector<SReference> m_vecReferences;
+    std::vector<std::pair<std::size_t, std::string>> m_vecFaults;
+};
+
+SFault MakeFault(const std::string& strText, std::size_t iOffset, const std::string& strWhy) {
+    return {strWhy, CSourcePlaces(strText).Find(iOffset), MakeExcerpt(strText, iOffset)};
+}
+
+bool IsSame(const SRuleElement& left, const SRuleElement& right, bool bFirst) {
+    return left.eType == right.eType && left.strName == right.strName &&
+           (left.eType != EElementType::ENTITY || left.iCount == right.iCount) &&
+           (bFirst || left.eOperator == right.eOperator);
+}
+
+bool IsSame(const SMatchRule& left, const SMatchRule& right) {
+    bool bFirst = true;
+    return left.eOperator == right.eOperator &&
+           std::equal(left.vecElements.begin(), left.vecElements.end(), right.vecElements.begin(),
+                      right.vecElements.end(), [&](const SRuleElement& first, const SRuleElement& second) {
+                          return IsSame(first, second, std::exchange(bFirst, false));
+                      });
+}
+
+}  // namespace
+
+CFaults::CFaults(std::string strFile, std::vector<SFault> vecFaults)
+    : CToolError(EVerdict::INVALID, FormatPlace(strFile, vecFaults.front().place) + ": " + vecFaults.front().strWhy),
+      m_strFile(std::move(strFile)),
+      m_vecFaults(std::move(vecFaults)) {}
+
+std::vector<SMatchRule> Read(const std::string& strFile, const std::string& strText) {
+    const std::size_t iInvalid = OS::FindInvalidUtf8(strText);
+    if (iInvalid != std::string::npos) {
+        throw CFaults(strFile, {MakeFault(strText, iInvalid, NOT_UTF8)});
+    }
+    CReader reader(strText);
+    reader.Read();
+    reader.CheckReferences();
+    std::vector<SFault> vecFaults;
+    for (const auto& [iOffset, strWhy] : reader.TakeFaults()) {
+        vecFaults.push_back(MakeFault(strText, iOffset, strWhy));
+    }
+    if (!vecFaults.empty()) {
+        throw CFaults(strFile, std::move(vecFaults));
+    }
+    return reader.GetRules();
+}
+
+std::string Write(const std::vector<SMatchRule>& vecRules) {
+    std::string strText;
+    for (const std::string& strLine : MakeRuleLines(vecRules)) {
+        strText += Text::Printable(strLine) + '\n';
+    }
+    return strText;
+}
+
+bool Survive(const std::vector<SMatchRule>& vecRules) {
+    const std::string strText = Write(vecRules);
+    CReader reader(strText);
+    reader.Read();
+    return reader.TakeFaults().empty() &&
+           std::equal(vecRules.begin(), vecRules.end(), reader.GetRules().begin(), reader.GetRules().end(),
+                      [](const SMatchRule& left, const SMatchRule& right) { return IsSame(left, right); });
+}
+
+}  // namespace RuleLines
