@@ -79,12 +79,10 @@ std::string CTemplateExport::Run() {
     for (std::size_t i = 0; i < m_vecNames.size(); ++i) {
         TakeTemplate(i);
     }
-    if (!MakeTemplates() || !MakeAssets() || !MakeCategories()) {
+    if (!MakeTemplates() || !WriteAssets(writer) || !MakeCategories()) {
         return std::string();
     }
-    strOut.reserve(strOut.size() + m_strAssets.size() + m_strTemplates.size() + m_strIndustries.size() +
-                   m_strRegions.size() + Tag::SA_POLICY.size() + std::string_view("></>").size());
-    for (const std::string* pSection : {&m_strAssets, &m_strTemplates, &m_strIndustries, &m_strRegions}) {
+    for (const std::string* pSection : {&m_strTemplates, &m_strIndustries, &m_strRegions}) {
         writer.Raw(*pSection);
     }
     writer.EndElement();
@@ -201,7 +199,7 @@ bool CTemplateExport::MakeTemplates() {
     return StartsWithElement(m_strTemplates, TagUtf8::COMPLIANCE_TEMPLATES) || NotMade(TagUtf8::COMPLIANCE_TEMPLATES);
 }
 
-bool CTemplateExport::MakeAssets() {
+bool CTemplateExport::WriteAssets(CXMLWriter& writer) {
     std::set<std::string> lstExpressions;
     std::set<std::string> lstKeywords;
     for (const SPreparedTemplate* pPrepared : m_vecTaken) {
@@ -211,7 +209,6 @@ bool CTemplateExport::MakeAssets() {
     }
     const std::vector<OS::x_wstring> vecExpressions = MakeSubjects(SUBJECT_EXPRESSION, lstExpressions);
     const std::vector<OS::x_wstring> vecKeywords = MakeSubjects(SUBJECT_KEYWORD, lstKeywords);
-    CXMLWriter writer(m_strAssets);
     if (!DigitalAssets::Generate(vecExpressions, vecKeywords, writer, m_pObserver) ||
         !writer.HasEnded(TagUtf8::DIGITAL_ASSETS)) {
         return NotMade(TagUtf8::DIGITAL_ASSETS);

@@ -11,6 +11,7 @@
 #include "templates/CAssetNames.h"
 #include "templates/SPreparedTemplate.h"
 
+class CXMLWriter;
 class DLPMetaDataLoaderImpl;
 
 /** Where an export adds the subject identifiers of the assets it carries; either may be null. */
@@ -46,7 +47,7 @@ class CTemplateExport {
     void LeaveOut(std::size_t iRequest, ELeftOut eReason, const std::string& strDetail);
     [[noreturn]] void Fail(const CXMLException& exception, const std::string& strSubject);
     bool MakeTemplates();
-    bool MakeAssets();
+    bool WriteAssets(CXMLWriter& writer);
     bool MakeCategories();
     bool MakeCategory(const char* pTag, const char* pSubTag, ListOperation pList, const Categories& categories,
                       std::string& strOut);
@@ -62,8 +63,7 @@ class CTemplateExport {
     Categories m_industries;
     Categories m_regions;
 
-    // The sections of the document, made one by one.
-    std::string m_strAssets;
+    // The sections of the document that follow the assets, made one by one.
     std::string m_strTemplates;
     std::string m_strIndustries;
     std::string m_strRegions;

@@ -14,6 +14,7 @@ void CXMLWriter::Declaration() {
 
 void CXMLWriter::StartElement(const char* pName) {
     XML_STEP("StartElement");
+    MakeRoom();
     CloseStartTag();
     m_strOut.append("<").append(pName);
     m_vecOpen.push_back(pName);
@@ -91,6 +92,16 @@ bool CXMLWriter::HasEnded(const char* pName) const {
     // What nests deepest may stand before this element; as deep as that one, it was too deep by itself.
     const bool bReadable = DepthWritten() <= CXMLParser::MAX_DEPTH;
     return !XML_FINDS_NOTHING() && bReadable && std::string_view(m_pEnded) == pName;
+}
+
+/** Left to itself a text doubles, and is copied, time and again. Room that is not used costs no memory. */
+void CXMLWriter::MakeRoom() {
+    constexpr std::size_t LONG = 1U << 18U;
+    constexpr std::size_t ROOM = 1U << 16U;
+    const std::size_t iCapacity = m_strOut.capacity();
+    if (iCapacity >= LONG && iCapacity - m_strOut.size() < ROOM) {
+        m_strOut.reserve(4 * iCapacity);
+    }
 }
 
 void CXMLWriter::CloseStartTag() {

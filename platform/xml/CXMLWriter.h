@@ -43,6 +43,7 @@ class DLP_PLATFORM_API CXMLWriter {
     std::size_t DepthWritten() const { return m_iDeepest - m_vecOpen.size(); }
 
   private:
+    void MakeRoom();
     void CloseStartTag();
 
     std::string& m_strOut;

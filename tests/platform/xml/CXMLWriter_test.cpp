@@ -41,6 +41,20 @@ TEST(XmlWriter, WritesElementsAttributesAndText) {
         strOut);
 }
 
+TEST(XmlWriter, LongTextIsWrittenWhole) {
+    const std::string strText(100, 'x');
+    std::string strExpected = "<a>";
+    std::string strOut;
+    CXMLWriter writer(strOut);
+    writer.StartElement("a");
+    while (strOut.size() < 4U << 20U) {
+        writer.TextElement("b", strText);
+        strExpected += "<b>" + strText + "</b>";
+    }
+    writer.EndElement();
+    EXPECT_TRUE(strExpected + "</a>" == strOut);
+}
+
 TEST(XmlWriter, EmptyContentLeavesTheElementEmpty) {
     std::string strOut = "before";
     CXMLWriter writer(strOut);
