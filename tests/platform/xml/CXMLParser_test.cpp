@@ -115,6 +115,18 @@ TEST(XmlLoad, FaultyTextIsRefusedWithItsPlace) {
     }
 }
 
+TEST(XmlLoad, TextIsJudgedByItselfWhateverCameBefore) {
+    const std::string GOOD = "<?xml version='1.0' encoding='UTF-16'?><a x='1'><b>&lt;</b></a>";
+    const std::string LONG = "<a>" + std::string(100000, 'x') + "</a>";
+    for (const std::string& strBefore : {std::string("<a x='1' x='2'/>"), std::string("<!DOCTYPE a><a/>"),
+                                         std::string("<a><b>"), Nested(257), GOOD, LONG, LONG + "<"}) {
+        LoadError(strBefore);
+        EXPECT_EQ("loaded", LoadError(GOOD)) << strBefore.substr(0, 80);
+        EXPECT_EQ("loaded", LoadError(Nested(256))) << strBefore.substr(0, 80);
+        EXPECT_EQ("mismatched tag @5 1:6", LoadError("<a></b>")) << strBefore.substr(0, 80);
+    }
+}
+
 TEST(XmlLoad, EveryDoctypeIsRefusedAtItsBeginning) {
     const char* const DOCTYPES[] = {
         "<!DOCTYPE a>",
