@@ -1,6 +1,7 @@
 #include "platform/common/TextConversion.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
 #include <cstring>
 #include <iterator>
@@ -118,60 +119,89 @@ char32_t Decode(std::string_view strText, std::size_t iOffset, std::size_t iLeng
     return iValue;
 }
 
+/** A text on its way out, appended in pieces: so its memory is written once, when it is its turn. */
+template <class C>
+class CPieces {
+  public:
+    CPieces(std::basic_string<C>& strOut, std::size_t iExpected) : m_strOut(strOut) { m_strOut.reserve(iExpected); }
+
+    /** @return room for a block or a sequence, whichever is longer; say with Advance how much of it was used */
+    C* Room() {
+        if (m_iUsed + BLOCK > m_aPiece.size()) {
+            Flush();
+        }
+        return m_aPiece.data() + m_iUsed;
+    }
+    void Advance(std::size_t iUsed) { m_iUsed += iUsed; }
+    void Flush() {
+        m_strOut.append(m_aPiece.data(), m_iUsed);
+        m_iUsed = 0;
+    }
+
+  private:
+    static_assert(MAXIMUM <= BLOCK);
+
+    std::basic_string<C>& m_strOut;
+    std::size_t m_iUsed = 0;
+    std::array<C, 512> m_aPiece;
+};
+
 /** Sequences as long as fnLength says; fnBad gives the character for the byte at an offset that starts none. */
 template <class Length, class Bad>
 x_wstring DecodeText(std::string_view strText, Length fnLength, Bad fnBad) {
     x_wstring strWide;
-    strWide.resize(strText.size());
-    wchar_t* pWide = strWide.data();
+    CPieces<wchar_t> pieces(strWide, strText.size());
     for (std::size_t i = 0; i < strText.size();) {
+        wchar_t* const pRoom = pieces.Room();
         if (strText.size() - i >= BLOCK && IsAsciiBlock(strText.data() + i)) {
-            CopyBlock(strText.data() + i, pWide);
-            pWide += BLOCK;
+            CopyBlock(strText.data() + i, pRoom);
+            pieces.Advance(BLOCK);
             i += BLOCK;
             continue;
         }
         const std::size_t iLength = fnLength(strText, i);
-        *pWide++ = static_cast<wchar_t>(iLength == 0 ? fnBad(i) : Decode(strText, i, iLength));
+        *pRoom = static_cast<wchar_t>(iLength == 0 ? fnBad(i) : Decode(strText, i, iLength));
+        pieces.Advance(1);
         i += std::max<std::size_t>(iLength, 1);
     }
-    strWide.resize(static_cast<std::size_t>(pWide - strWide.data()));
+    pieces.Flush();
     return strWide;
 }
 
-void AppendEncoded(std::string& strUtf8, char32_t c) {
+/** @return how many bytes were written */
+std::size_t Encode(char32_t c, char* pBytes) {
     if (c < 0x80) {
-        strUtf8 += static_cast<char>(c);
-        return;
+        *pBytes = static_cast<char>(c);
+        return 1;
     }
     constexpr char32_t aLimits[] = {0x800, 0x10000, 0x200000, 0x4000000, 0x80000000};
     const auto iTail =
         static_cast<std::size_t>(std::upper_bound(std::begin(aLimits), std::end(aLimits), c) - aLimits) + 1;
-    char aBytes[MAXIMUM];
     for (std::size_t i = iTail; i > 0; --i) {
-        aBytes[i] = static_cast<char>(0x80U | (c & 0x3FU));
+        pBytes[i] = static_cast<char>(0x80U | (c & 0x3FU));
         c >>= 6;
     }
-    aBytes[0] = static_cast<char>((0xFF00U >> (iTail + 1)) | c);
-    strUtf8.append(aBytes, iTail + 1);
+    pBytes[0] = static_cast<char>((0xFF00U >> (iTail + 1)) | c);
+    return iTail + 1;
 }
 
 /** Each character as fnMap(value, position) gives it. */
 template <class Map>
 std::string EncodeText(std::wstring_view strText, Map fnMap) {
     std::string strUtf8;
-    strUtf8.reserve(strText.size());
+    CPieces<char> pieces(strUtf8, strText.size());
     for (std::size_t i = 0; i < strText.size();) {
+        char* const pRoom = pieces.Room();
         if (strText.size() - i >= BLOCK && IsAsciiBlock(strText.data() + i)) {
-            char aBlock[BLOCK];
-            CopyBlock(strText.data() + i, aBlock);
-            strUtf8.append(aBlock, BLOCK);
+            CopyBlock(strText.data() + i, pRoom);
+            pieces.Advance(BLOCK);
             i += BLOCK;
             continue;
         }
-        AppendEncoded(strUtf8, fnMap(static_cast<char32_t>(strText[i]), i));
+        pieces.Advance(Encode(fnMap(static_cast<char32_t>(strText[i]), i), pRoom));
         ++i;
     }
+    pieces.Flush();
     return strUtf8;
 }
 

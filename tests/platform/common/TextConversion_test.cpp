@@ -113,6 +113,19 @@ TEST(TextConversion, OtherCharactersAnywhereAmongAsciiStayInPlace) {
     }
 }
 
+TEST(TextConversion, LongTextIsConvertedWholeWhereverItsSequencesStand) {
+    for (std::size_t iPosition = 490; iPosition < 530; ++iPosition) {
+        std::wstring strWide(1100, L'a');
+        std::string strUtf8(1100, 'a');
+        strWide.insert(iPosition, L"\u4E2D\U0001F600");
+        strUtf8.insert(iPosition, "\xE4\xB8\xAD\xF0\x9F\x98\x80");
+        EXPECT_EQ(OS::WCharToChar(strWide), strUtf8);
+        EXPECT_EQ(OS::WideText(strUtf8), strWide);
+        strWide[iPosition] = static_cast<wchar_t>(-1);
+        EXPECT_EQ(OS::WideLoose(OS::Utf8Loose(strWide)), strWide);
+    }
+}
+
 TEST(TextConversion, ZeroIsACharacterLikeAnother) {
     const std::string strUtf8("a\0b", 3);
     const std::wstring strWide(L"a\0b", 3);
