@@ -26,9 +26,11 @@ bool IsSkipped(const SSkip& skip, std::string_view strName) {
 /** The start tag up to where it ends. */
 void AppendStart(std::string& strOut, pugi::xml_node element, const SSkip& skip) {
     strOut.append("<").append(element.name());
-    for (const pugi::xml_attribute& attribute : element.attributes()) {
-        if (!IsSkipped(skip, attribute.name())) {
-            AppendAttribute(strOut, attribute.name(), attribute.value());
+    pugi::xml_attribute attribute = element.first_attribute();
+    for (; attribute; attribute = attribute.next_attribute()) {
+        const std::string_view strName = attribute.name();
+        if (!IsSkipped(skip, strName)) {
+            AppendAttribute(strOut, strName, attribute.value());
         }
     }
 }
