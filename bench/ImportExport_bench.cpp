@@ -5,15 +5,14 @@
 #include <malloc.h>
 
 #include <cstdlib>
-#include <filesystem>
 #include <fstream>
 #include <string>
 #include <vector>
 
 #include "api/CDLPTemplateParse.h"
+#include "bench/CScratchStore.h"
 #include "bench/PolicyGenerator.h"
 #include "platform/common/TextConversion.h"
-#include "platform/store/CSettingsStore.h"
 
 namespace {
 
@@ -35,37 +34,6 @@ double PeakBytes() {
     }
     return 0;
 }
-
-/** A store's URL, and the folder that goes with it. */
-class CScratchStore {
-  public:
-    explicit CScratchStore(bool bOnDisk) : m_bOnDisk(bOnDisk) {
-        if (m_bOnDisk) {
-            std::string strTemplate = (std::filesystem::temp_directory_path() / "dlpbenchXXXXXX").string();
-            m_strFolder = mkdtemp(strTemplate.data());
-        }
-    }
-    ~CScratchStore() {
-        CSettingsStore::Close();
-        if (m_bOnDisk) {
-            std::filesystem::remove_all(m_strFolder);
-        }
-    }
-    CScratchStore(const CScratchStore&) = delete;
-    CScratchStore& operator=(const CScratchStore&) = delete;
-
-    void OpenEmpty() {
-        CSettingsStore::Close();
-        if (m_bOnDisk) {
-            std::filesystem::remove_all(m_strFolder);
-        }
-        CSettingsStore::Open(m_bOnDisk ? "sqlite:" + m_strFolder + "/settings.db" : "memory:");
-    }
-
-  private:
-    bool m_bOnDisk;
-    std::string m_strFolder;
-};
 
 bool Import(const OS::x_wstring& strDocument) {
     CDLPTemplateParse parse{OS::x_wstring()};

@@ -1,0 +1,179 @@
+// The pieces that an import or export is made of, one by one: per run the bytes or items that went through.
+
+#include <benchmark/benchmark.h>
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "bench/CScratchStore.h"
+#include "bench/PolicyGenerator.h"
+#include "platform/common/TextConversion.h"
+#include "platform/xml/CXMLParser.h"
+#include "platform/xml/XMLGate.hpp"
+#include "templates/MatchRule.h"
+#include "templates/PatternMatcher.h"
+
+namespace {
+
+constexpr int ITEMS = 500;
+constexpr std::size_t ROWS = 1000;
+
+const std::string& Policy() {
+    static const std::string s_strPolicy = PolicyGenerator::Make(ITEMS);
+    return s_strPolicy;
+}
+
+/** The policy's length in text beyond ASCII: two bytes a character. */
+std::string Greek() {
+    std::string strText;
+    while (strText.size() < Policy().size()) {
+        strText += "\xCE\xB1";
+    }
+    return strText;
+}
+
+void CountBytes(benchmark::State& state, std::size_t iBytes) {
+    state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * iBytes));
+}
+
+void Utf8ToWide(benchmark::State& state, bool bAscii) {
+    const std::string strText = bAscii ? Policy() : Greek();
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(OS::WideText(strText));
+    }
+    CountBytes(state, strText.size());
+}
+
+void WideToUtf8(benchmark::State& state, bool bAscii) {
+    const std::string strText = bAscii ? Policy() : Greek();
+    const OS::x_wstring strWide = OS::WideText(strText);
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(OS::Utf8Loose(strWide));
+    }
+    CountBytes(state, strText.size());
+}
+
+void CheckUtf8(benchmark::State& state, bool bAscii) {
+    const std::string strText = bAscii ? Policy() : Greek();
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(OS::FindInvalidUtf8(strText));
+    }
+    CountBytes(state, strText.size());
+}
+
+void Gate(benchmark::State& state) {
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(CheckXml(Policy()).bWellFormed);
+    }
+    CountBytes(state, Policy().size());
+}
+
+void GateOfShortTexts(benchmark::State& state) {
+    const std::string strText =
+        "<template name=\"t\"><matchRule><buildingBlock sourceName=\"n\"/></matchRule></template>";
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(CheckXml(strText).bWellFormed);
+    }
+    CountBytes(state, strText.size());
+}
+
+void GateAndTree(benchmark::State& state) {
+    for (auto _ : state) {
+        CXMLParser document;
+        benchmark::DoNotOptimize(document.LoadUtf8(Policy()));
+    }
+    CountBytes(state, Policy().size());
+}
+
+void WriteTree(benchmark::State& state) {
+    CXMLParser document;
+    document.LoadUtf8(Policy());
+    for (auto _ : state) {
+        std::string strOut;
+        document.SaveUtf8(strOut);
+        benchmark::DoNotOptimize(strOut);
+    }
+    CountBytes(state, Policy().size());
+}
+
+void ParseRules(benchmark::State& state) {
+    const std::wstring strRule = L"P:Card number(2)\tAND\tK:Card words\tOR\tP:Account number(1)\tEXCEPT\tK:Test data";
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(ParseMatchRule(strRule, L"OR"));
+    }
+    state.SetItemsProcessed(state.iterations());
+}
+
+void MatchPattern(benchmark::State& state) {
+    const CPattern pattern(L"{(AND)|(OR)|(EXCEPT)}");
+    std::wstring strText(10000, L'A');
+    strText += L"AND";
+    for (auto _ : state) {
+        CPatternMatcher matcher(pattern, strText);
+        benchmark::DoNotOptimize(matcher.Search(0));
+    }
+    CountBytes(state, strText.size());
+}
+
+CSettingsRow MakeRow(std::size_t i) {
+    CSettingsRow row(ESettingsKind::EXPRESSION);
+    row.SetText(AssetColumn::SUBJECT, "subject " + std::to_string(i));
+    row.SetText(AssetColumn::NAME, "name " + std::to_string(i));
+    row.SetText(ExpressionColumn::PATTERN, std::string(200, 'x'));
+    return row;
+}
+
+void SaveRows(benchmark::State& state, bool bOnDisk) {
+    CScratchStore store(bOnDisk);
+    store.OpenEmpty();
+    for (auto _ : state) {
+        CSettingsTransaction unit;
+        for (std::size_t i = 0; i < ROWS; ++i) {
+            CSettingsStore::Current().Save(MakeRow(i));
+        }
+        unit.Commit();
+    }
+    state.SetItemsProcessed(static_cast<std::int64_t>(state.iterations() * ROWS));
+}
+
+void FindRows(benchmark::State& state, bool bOnDisk) {
+    CScratchStore store(bOnDisk);
+    store.OpenEmpty();
+    std::vector<std::string> vecNames;
+    {
+        CSettingsTransaction unit;
+        for (std::size_t i = 0; i < ROWS; ++i) {
+            CSettingsStore::Current().Save(MakeRow(i));
+            vecNames.push_back("name " + std::to_string(i));
+        }
+        unit.Commit();
+    }
+    for (auto _ : state) {
+        const CSettingsTransaction unit(EUnitOfWork::READ);
+        std::vector<std::unique_ptr<CSettingsRow>> vecRows;
+        CSettingsStore::Current().Find(ESettingsKind::EXPRESSION, AssetColumn::NAME, vecNames, vecRows);
+        benchmark::DoNotOptimize(vecRows);
+    }
+    state.SetItemsProcessed(static_cast<std::int64_t>(state.iterations() * ROWS));
+}
+
+BENCHMARK_CAPTURE(Utf8ToWide, ascii, true)->Unit(benchmark::kMicrosecond);
+BENCHMARK_CAPTURE(Utf8ToWide, greek, false)->Unit(benchmark::kMicrosecond);
+BENCHMARK_CAPTURE(WideToUtf8, ascii, true)->Unit(benchmark::kMicrosecond);
+BENCHMARK_CAPTURE(WideToUtf8, greek, false)->Unit(benchmark::kMicrosecond);
+BENCHMARK_CAPTURE(CheckUtf8, ascii, true)->Unit(benchmark::kMicrosecond);
+BENCHMARK_CAPTURE(CheckUtf8, greek, false)->Unit(benchmark::kMicrosecond);
+BENCHMARK(Gate)->Unit(benchmark::kMicrosecond);
+BENCHMARK(GateOfShortTexts);
+BENCHMARK(GateAndTree)->Unit(benchmark::kMicrosecond);
+BENCHMARK(WriteTree)->Unit(benchmark::kMicrosecond);
+BENCHMARK(ParseRules);
+BENCHMARK(MatchPattern)->Unit(benchmark::kMicrosecond);
+BENCHMARK_CAPTURE(SaveRows, memory, false)->Unit(benchmark::kMicrosecond);
+BENCHMARK_CAPTURE(SaveRows, sqlite, true)->Unit(benchmark::kMicrosecond);
+BENCHMARK_CAPTURE(FindRows, memory, false)->Unit(benchmark::kMicrosecond);
+BENCHMARK_CAPTURE(FindRows, sqlite, true)->Unit(benchmark::kMicrosecond);
+
+}  // namespace
