@@ -1,5 +1,7 @@
 #include "cli/ExportReport.h"
 
+#include <utility>
+
 #include <nlohmann/json.hpp>
 
 #include "cli/CommandContext.h"
@@ -76,7 +78,7 @@ EVerdict FinishExport(CCommandContext& context, const SExportOptions& options, S
     Signals::ThrowIfCaught();
     report.strOutput = options.strOutput;
     COutput output(context, options.strOutput);
-    output.Write(options.bIndent ? IndentXml(report.strDocument) : report.strDocument);
+    output.Write(options.bIndent ? IndentXml(report.strDocument) : std::move(report.strDocument));
     if (context.IsJson()) {
         context.StartJson(MakeHead(report));
     }
