@@ -23,6 +23,7 @@
 #include "platform/common/CException.h"
 #include "platform/common/TextConversion.h"
 #include "platform/store/CSettingsStore.h"
+#include "platform/store/SqliteFile.h"
 #include "platform/system/InstallPath.h"
 
 namespace {
@@ -133,6 +134,9 @@ std::string CCommandContext::ReadStandardInput() {
 CStoreSession& CCommandContext::GetStore() {
     if (m_pStore == nullptr) {
         m_pStore = std::make_unique<CStoreSession>(GetStoreUrl());
+        for (const std::string& strDanger : FindSqliteFileDangers(GetStorePath())) {
+            Warn(Text::Printable(strDanger));
+        }
     }
     return *m_pStore;
 }

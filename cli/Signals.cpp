@@ -24,6 +24,7 @@ void Watch() {
     action.sa_handler = SIG_IGN;
     action.sa_flags = 0;
     sigaction(SIGPIPE, &action, nullptr);
+    sigaction(SIGXFSZ, &action, nullptr);  // a limit on the size of files fails a write, as a full disk does
 }
 
 bool IsCaught() noexcept {

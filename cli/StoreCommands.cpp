@@ -16,6 +16,7 @@
 #include "cli/Output.h"
 #include "cli/RecordJson.h"
 #include "cli/Signals.h"
+#include "cli/StoreCare.h"
 #include "cli/StoreSession.h"
 #include "cli/Text.h"
 #include "platform/common/TextConversion.h"
@@ -27,7 +28,7 @@ namespace {
 using Json = nlohmann::ordered_json;
 
 constexpr const char GROUP[] = "store";
-constexpr const char GROUP_SUMMARY[] = "look at the store as a whole, save it and bring it back";
+constexpr const char GROUP_SUMMARY[] = "look at the store as a whole, verify it, save it and bring it back";
 
 constexpr SCommandHelp DUMP = {
     "dump",
@@ -280,4 +281,5 @@ void AddStoreCommands(CCommandLine& line) {
         line.AddCommand(group, LOAD, [pInput](CCommandContext& context) { return Load(context, *pInput); });
     CCommandLine::AddText(load, "FILE", "FILE", *pInput, "a dump")->required();
     line.AddCommand(group, INFO, Info);
+    AddStoreCareCommands(line, group);
 }

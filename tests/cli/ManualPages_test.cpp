@@ -29,6 +29,7 @@ class ManualPages : public CToolTest {
         EXPECT_EQ(Run({"import", DLP_SOURCE_DIR "/examples/starter-policy.xml"}).iCode, 0);
         Import(strPolicy);
         m_dir.Write("work/store.json", Dump());
+        EXPECT_EQ(Run({"store", "backup", m_dir.Path("work/backup.db")}).iCode, 0);
         EXPECT_EQ(RunOn(Url("work/yesterday.db"), {"import", "-"}, Small()).iCode, 0);
     }
 

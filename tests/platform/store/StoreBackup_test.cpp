@@ -1,0 +1,204 @@
+#include "platform/store/StoreBackup.h"
+
+#include <gtest/gtest.h>
+#include <sqlite3.h>
+#include <sys/stat.h>
+
+#include <filesystem>
+#include <set>
+#include <stdexcept>
+
+#include "platform/store/CSqliteStore.h"
+#include "platform/store/SqlitePageSums.h"
+#include "tests/support/ExceptionText.h"
+#include "tests/support/StoreDump.h"
+#include "tests/support/TempDir.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+CSettingsRow Expression(const std::string& strSubject) {
+    CSettingsRow row(ESettingsKind::EXPRESSION);
+    row.SetText(AssetColumn::SUBJECT, strSubject);
+    return row;
+}
+
+void NoStep() {}
+
+class StoreBackupTest : public testing::Test {
+  protected:
+    StoreBackupTest() { CSqliteStore(Path()).Save(Expression("kept")); }
+
+    std::string Path() const { return m_folder.Path("settings.db"); }
+    std::string BackupPath() const { return m_folder.Path("backup.db"); }
+    std::set<std::string> Names() const {
+        std::set<std::string> setNames;
+        for (const auto& entry : fs::directory_iterator(m_folder.Path())) {
+            setNames.insert(entry.path().filename().string());
+        }
+        return setNames;
+    }
+    std::string DumpFile(const std::string& strPath) const {
+        return DumpStore(*CSettingsStore::Make("sqlite:" + strPath, EUnitOfWork::READ));
+    }
+    void Damage(const std::string& strPath, std::size_t iOffset) const {
+        const std::string strName = fs::path(strPath).filename().string();
+        std::string strBytes = m_folder.Read(strName);
+        strBytes[iOffset] ^= 1;
+        m_folder.Write(strName, strBytes);
+    }
+
+    static constexpr const char KEPT[] = "expressions subject=\"kept\"\n";
+    CTempDir m_folder;
+};
+
+TEST_F(StoreBackupTest, HoldsTheStoreAsItWasAtOneMoment) {
+    CSqliteStore store(Path());
+    CSqliteStore other(Path());
+    bool bFirst = true;
+    const StoreBackup::Counts aCounts = StoreBackup::Save(store, BackupPath(), [&] {
+        if (bFirst) {
+            other.Save(Expression("too late"));
+        }
+        bFirst = false;
+    });
+    EXPECT_EQ((StoreBackup::Counts{1, 0, 0}), aCounts);
+    EXPECT_EQ(KEPT, DumpFile(BackupPath()));
+    struct stat status {};
+    ASSERT_EQ(0, ::stat(BackupPath().c_str(), &status));
+    EXPECT_EQ(0600u, status.st_mode & 07777);
+}
+
+TEST_F(StoreBackupTest, ReplacesAFileWholeOrNotAtAll) {
+    m_folder.Write("backup.db", "former");
+    CSqliteStore store(Path());
+    const auto fnFail = [] { throw std::runtime_error("enough"); };
+    EXPECT_THROW(StoreBackup::Save(store, BackupPath(), fnFail), std::runtime_error);
+    EXPECT_EQ("former", m_folder.Read("backup.db"));
+    EXPECT_EQ((std::set<std::string>{"backup.db", "settings.db", "settings.db-shm", "settings.db-wal"}), Names());
+    StoreBackup::Save(store, BackupPath(), NoStep);
+    EXPECT_EQ(KEPT, DumpFile(BackupPath()));
+    CSqliteStore used(m_folder.Path("used.db"));
+    EXPECT_EQ("settings store sqlite:" + m_folder.Path("used.db") +
+                  ", writing a backup: it is a store that is in use; name another file",
+              ExceptionText([&] { StoreBackup::Save(store, m_folder.Path("used.db"), NoStep); }));
+    EXPECT_EQ("settings store sqlite:/proc/none.db, writing a backup: No such file or directory",
+              ExceptionText([&] { StoreBackup::Save(store, "/proc/none.db", NoStep); }));
+}
+
+TEST_F(StoreBackupTest, DamagedBackupIsRefusedWherever) {
+    {
+        CSqliteStore store(Path());
+        StoreBackup::Save(store, BackupPath(), NoStep);
+    }
+    const std::string strWhole = m_folder.Read("backup.db");
+    for (std::size_t iOffset = 21; iOffset < strWhole.size(); iOffset += 4096) {
+        m_folder.Write("backup.db", strWhole);
+        Damage(BackupPath(), iOffset);
+        EXPECT_NE("", ExceptionText([&] { StoreBackup::Open(BackupPath()); })) << iOffset;
+    }
+    EXPECT_NE("", ExceptionText([&] { StoreBackup::Open(m_folder.Path("none.db")); }));
+}
+
+TEST_F(StoreBackupTest, RestoresIntoALiveStoreAndKeepsWhatWasThere) {
+    CSqliteStore store(Path());
+    StoreBackup::Save(store, BackupPath(), NoStep);
+    store.Save(Expression("later"));
+    const std::string strLater = DumpStore(store);
+    const auto pBackup = StoreBackup::Open(BackupPath());
+    const auto tried = StoreBackup::Restore(*pBackup, Path(), true, NoStep);
+    EXPECT_EQ(strLater, DumpStore(store));
+    EXPECT_FALSE(fs::exists(tried.strFormer));
+    for (const char* pFormer : {"settings.db.before-restore", "settings.db.before-restore-2"}) {
+        const auto restored = StoreBackup::Restore(*pBackup, Path(), false, NoStep);
+        EXPECT_EQ((StoreBackup::Counts{1, 0, 0}), restored.aRestored);
+        EXPECT_FALSE(restored.bDamaged);
+        EXPECT_EQ(fs::canonical(m_folder.Path(pFormer)), restored.strFormer);
+        EXPECT_EQ(KEPT, DumpStore(store));  // the handle that was open before
+    }
+    EXPECT_EQ((StoreBackup::Counts{2, 0, 0}), tried.aReplaced);
+    EXPECT_EQ(strLater, DumpFile(m_folder.Path("settings.db.before-restore")));
+}
+
+TEST_F(StoreBackupTest, RestoringThatIsInterruptedChangesNothing) {
+    CSqliteStore store(Path());
+    StoreBackup::Save(store, BackupPath(), NoStep);
+    store.Save(Expression("later"));
+    const std::string strLater = DumpStore(store);
+    const auto pBackup = StoreBackup::Open(BackupPath());
+    for (int iSteps = 0; iSteps < 3; ++iSteps) {
+        int iStep = 0;
+        const auto fnStep = [&] {
+            if (iStep++ == iSteps) {
+                throw std::runtime_error("enough");
+            }
+        };
+        EXPECT_THROW(StoreBackup::Restore(*pBackup, Path(), false, fnStep), std::runtime_error);
+        EXPECT_EQ(strLater, DumpStore(store));
+    }
+}
+
+TEST_F(StoreBackupTest, PutsADamagedStoreAside) {
+    {
+        CSqliteStore store(Path());
+        StoreBackup::Save(store, BackupPath(), NoStep);
+    }
+    ::chmod(Path().c_str(), 0640);
+    const auto pBackup = StoreBackup::Open(BackupPath());
+    const std::string strSound = m_folder.Read("settings.db");
+    int iAside = 0;
+    for (const std::size_t iOffset :
+         {std::size_t{0}, std::size_t{70}, std::size_t{5000}, 3 * 8192 + std::size_t{8000}}) {
+        m_folder.Write("settings.db", strSound);
+        Damage(Path(), iOffset);
+        const std::string strDamaged = m_folder.Read("settings.db");
+        m_folder.Write("settings.db-wal", "left behind");
+        EXPECT_TRUE(StoreBackup::Restore(*pBackup, Path(), true, NoStep).bDamaged);
+        const auto restored = StoreBackup::Restore(*pBackup, Path(), false, NoStep);
+        EXPECT_TRUE(restored.bDamaged);
+        const std::string strAside = "settings.db.damaged" + (++iAside > 1 ? "-" + std::to_string(iAside) : "");
+        EXPECT_EQ(fs::canonical(m_folder.Path(strAside)), restored.strFormer);
+        EXPECT_EQ(strDamaged, m_folder.Read(strAside)) << iOffset;
+        EXPECT_FALSE(fs::exists(Path() + "-wal"));
+        EXPECT_EQ(KEPT, DumpFile(Path()));
+        struct stat status {};
+        ASSERT_EQ(0, ::stat(Path().c_str(), &status));
+        EXPECT_EQ(0640u, status.st_mode & 07777);
+    }
+}
+
+TEST_F(StoreBackupTest, RestoresWhereNothingIs) {
+    {
+        CSqliteStore store(Path());
+        StoreBackup::Save(store, BackupPath(), NoStep);
+    }
+    const auto pBackup = StoreBackup::Open(BackupPath());
+    const std::string strNew = m_folder.Path("new.db");
+    StoreBackup::Restore(*pBackup, strNew, true, NoStep);
+    EXPECT_FALSE(fs::exists(strNew));
+    EXPECT_EQ("", StoreBackup::Restore(*pBackup, strNew, false, NoStep).strFormer);
+    EXPECT_EQ(KEPT, DumpFile(strNew));
+    EXPECT_NE("", ExceptionText([&] { StoreBackup::Restore(*pBackup, m_folder.MakeFolder("folder"), false, NoStep); }));
+}
+
+TEST_F(StoreBackupTest, StoreOfANewerVersionIsNotPutAside) {
+    {
+        CSqliteStore store(Path());
+        StoreBackup::Save(store, BackupPath(), NoStep);
+    }
+    const auto pBackup = StoreBackup::Open(BackupPath());
+    fs::remove(Path());
+    sqlite3* pDb = nullptr;
+    ASSERT_EQ(SQLITE_OK, sqlite3_open_v2(Path().c_str(), &pDb, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE,
+                                         SqlitePageSums::GetVfsName()));
+    SqlitePageSums::Reserve(pDb);
+    sqlite3_exec(pDb, "PRAGMA page_size = 8192; PRAGMA application_id = 0x444C5053; PRAGMA user_version = 9", nullptr,
+                 nullptr, nullptr);
+    sqlite3_close(pDb);
+    EXPECT_NE(std::string::npos,
+              ExceptionText([&] { StoreBackup::Restore(*pBackup, Path(), false, NoStep); }).find("newer version"));
+    EXPECT_FALSE(fs::exists(Path() + ".damaged"));
+}
+
+}  // namespace
