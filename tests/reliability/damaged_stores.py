@@ -1,0 +1,252 @@
+"""Damages a store in seeded ways and sees what dlpctl makes of it: right, or refused with what to do.
+
+Each damaged store is dumped, exported, checked, imported into and restored. A run must give exactly what it gives on the
+whole store, or end with 4 and one line that says what to do; never crash, never give anything else. A check that calls
+the store sound must be right, and after a restore the store holds what the backup holds.
+"""
+import argparse
+import pathlib
+import random
+import re
+import shutil
+import sqlite3
+import sys
+
+import stores
+
+PAGE = 8192
+ADVICE = re.compile(rb"store restore|use that version|copy it to where|name another path")
+
+
+def flip(data, dice):
+    for _ in range(dice.choice((1, 1, 2, 8, 64))):
+        place = dice.randrange(len(data))
+        data[place] ^= 1 << dice.randrange(8)
+
+
+def flip_in_page(data, dice):
+    """Where the engine keeps what it finds records by: the beginning of a page."""
+    place = dice.randrange(len(data) // PAGE) * PAGE + dice.randrange(64)
+    data[place] ^= 1 << dice.randrange(8)
+
+
+def flip_in_header(data, dice):
+    data[dice.randrange(100)] ^= 1 << dice.randrange(8)
+
+
+def cut(data, dice):
+    """To one byte at least: a file of none is a store that is still to be made."""
+    del data[dice.randrange(1, len(data)):]
+
+
+def cut_pages(data, dice):
+    del data[dice.randrange(1, len(data) // PAGE) * PAGE:]
+
+
+def swap_pages(data, dice):
+    one, other = (page * PAGE for page in dice.sample(range(len(data) // PAGE), 2))
+    data[one:one + PAGE], data[other:other + PAGE] = data[other:other + PAGE], data[one:one + PAGE]
+
+
+def copy_page(data, dice):
+    one, other = (page * PAGE for page in dice.sample(range(len(data) // PAGE), 2))
+    data[one:one + PAGE] = data[other:other + PAGE]
+
+
+def zeros(data, dice):
+    start = dice.randrange(len(data))
+    count = min(dice.choice((16, 512, 4096, PAGE, 65536)), len(data) - start)
+    data[start:start + count] = bytes(count)
+
+
+def noise(data, dice):
+    start = dice.randrange(len(data))
+    count = min(dice.choice((4, 512, PAGE)), len(data) - start)
+    data[start:start + count] = dice.randbytes(count)
+
+
+def append(data, dice):
+    data += dice.choice((b"\0", b"x" * PAGE, dice.randbytes(dice.randrange(1, 3 * PAGE))))
+
+
+def foreign(data, dice):
+    data[:] = dice.choice((b"x", b"<?xml version='1.0'?><SAPolicy/>", b"\0" * 100, b"SQLite format 3\0" + b"\xff" * 5000,
+                           dice.randbytes(dice.randrange(1, 3 * PAGE))))
+
+
+def exchanged_name(data, dice):
+    """One record's text for another's of the same length, everywhere or once."""
+    data[:] = bytes(data).replace(b"number 1", b"number 2", dice.choice((-1, 1, 2)))
+
+
+BYTES = (flip, flip, flip, flip_in_page, flip_in_header, cut, cut_pages, swap_pages, copy_page, zeros, noise, append,
+         foreign, exchanged_name)
+
+
+def foreign_database(path, dice):
+    path.unlink()
+    with sqlite3.connect(path) as database:
+        database.execute("CREATE TABLE expressions (subject TEXT)")
+        if dice.random() < 0.5:
+            database.execute("PRAGMA user_version = 2")
+    database.close()
+
+
+def other_version(path, dice):
+    """As another version would have left it, without what only this one knows."""
+    with sqlite3.connect(path) as database:
+        database.execute(f"PRAGMA user_version = {dice.choice((0, 1, 2, 4, 5, 1000, -1))}")
+    database.close()
+
+
+def changed_by_sql(path, dice):
+    """By a program that writes databases but knows nothing of checksums."""
+    table = dice.choice(("expressions", "keyword_lists", "templates"))
+    statement = dice.choice((f"DELETE FROM {table} WHERE rowid = 3", f"DELETE FROM {table}", f"DROP TABLE {table}",
+                             f"UPDATE {table} SET scope = 'x' WHERE rowid = 2", "DELETE FROM totals",
+                             f"UPDATE {table} SET description = NULL || 'x', scope = x'ff' WHERE rowid = 1",
+                             "UPDATE totals SET records = records + 1"))
+    with sqlite3.connect(path) as database:
+        try:
+            database.execute(statement)
+        except sqlite3.Error:
+            database.execute("UPDATE totals SET checksum = 1")
+    database.close()
+
+
+def first_version(path, _):
+    """The same records as the first version of the schema kept them; to be brought up and read right."""
+    with sqlite3.connect(path) as database:
+        schema = [(name, sql.replace(", checksum INTEGER NOT NULL", "")) for kind, name, sql in database.execute(
+            "SELECT type, name, sql FROM sqlite_schema WHERE sql IS NOT NULL AND name <> 'totals' ORDER BY type DESC")]
+        rows = {name: [row[:-1] for row in database.execute(f"SELECT * FROM {name}")]
+                for name, sql in schema if sql.startswith("CREATE TABLE")}
+    database.close()
+    path.unlink()
+    with sqlite3.connect(path) as database:
+        for pragma in (f"page_size = {PAGE}", "application_id = 0x444C5053", "user_version = 1"):
+            database.execute(f"PRAGMA {pragma}")
+        for name, sql in schema:
+            database.execute(sql)
+            for row in rows.get(name, ()):
+                database.execute(f"INSERT INTO {name} VALUES ({', '.join('?' * len(row))})", row)
+        database.commit()
+        database.execute("PRAGMA journal_mode = WAL")
+    database.close()
+
+
+FILES = (foreign_database, other_version, changed_by_sql, first_version)
+
+
+class Trial:
+    """What the whole store gives, and whether a damaged one gives that or is refused."""
+
+    def __init__(self, tool, folder):
+        self.tool = tool
+        self.whole = folder / "whole.db"
+        self.backup = folder / "backup.db"
+        self.more = folder / "more.xml"
+        (folder / "policy.xml").write_text(stores.policy(40))
+        self.more.write_text(stores.policy(3, "other"))
+        tool.get(self.whole, "-q", "import", folder / "policy.xml")
+        tool.get(self.whole, "store", "backup", self.backup)
+        self.bytes = self.whole.read_bytes()
+        self.commands = {
+            ("store", "dump"): None, ("--json", "list", "templates"): None, ("export", "--all"): None,
+            ("--json", "show", "expression", "number 17"): None, ("--json", "refs"): None, ("store", "check"): None,
+        }
+        for command in self.commands:
+            self.commands[command] = self.answer(self.whole, command)
+        after = folder / "after.db"
+        shutil.copy(self.whole, after)
+        tool.get(after, "-q", "import", self.more)
+        self.after = tool.get(after, "store", "dump")
+        self.dump = self.commands[("store", "dump")][1]
+
+    def answer(self, store, command):
+        run = self.tool.run(store, *command)
+        return run.returncode, run.stdout.replace(str(store).encode(), b"STORE"), run.stderr
+
+    def damage(self, store, seed):
+        """Returns what was done, in a word."""
+        dice = random.Random(seed)
+        store.write_bytes(self.bytes)
+        how = dice.choice(BYTES * 2 + FILES)
+        if how in FILES:
+            how(store, dice)
+        else:
+            data = bytearray(self.bytes)
+            how(data, dice)
+            store.write_bytes(data)
+        return how.__name__
+
+    def wrong(self, store, command, code, out, err):
+        """What is wrong in an answer; None when nothing is. A refusal is (4, one line with what to do)."""
+        if (code, out) == self.commands[command][:2]:
+            return None
+        if command == ("store", "check") and code == 1:
+            return None if b"damaged: " in out else "found something without saying what"
+        if code != 4:
+            return f"{' '.join(command)} ended with {code}: {out[:200]!r} {err[:300]!r}"
+        return None if ADVICE.search(err) or ADVICE.search(out) else f"{' '.join(command)}: no advice in {err[:300]!r}"
+
+    def try_one(self, store, seed):
+        """Returns (how, whether it was refused, list of what is wrong)."""
+        stores.remove(store)
+        how = self.damage(store, seed)
+        faults, refused = [], False
+        for command in self.commands:
+            code, out, err = self.answer(store, command)
+            refused |= code != self.commands[command][0]
+            fault = self.wrong(store, command, code, out, err)
+            faults += [fault] if fault else []
+        faults += self.try_import(store)
+        faults += self.try_restore(store)
+        return how, refused, faults
+
+    def try_import(self, store):
+        copy = store.with_suffix(".import")
+        stores.remove(copy)
+        shutil.copy(store, copy)
+        run = self.tool.run(copy, "-q", "import", self.more)
+        if run.returncode == 4:
+            return [] if ADVICE.search(run.stderr) else [f"import: no advice in {run.stderr[:300]!r}"]
+        if run.returncode != 0:
+            return [f"import ended with {run.returncode}: {run.stderr[:300]!r}"]
+        dump = self.tool.run(copy, "store", "dump")
+        right = dump.returncode == 4 or dump.stdout == self.after
+        return [] if right else [f"import into it gave another store: {dump.stdout[:200]!r}"]
+
+    def try_restore(self, store):
+        run = self.tool.run(store, "store", "restore", self.backup)
+        if run.returncode != 0:
+            return [] if b"newer version" in run.stderr else [f"restore ended with {run.returncode}: {run.stderr!r}"]
+        dump = self.tool.run(store, "store", "dump")
+        for former in store.parent.glob(store.name + ".*"):
+            former.unlink()
+        return [] if dump.stdout == self.dump else [f"restore gave another store: {dump.stdout[:200]!r}"]
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("--tool", required=True)
+    parser.add_argument("--count", type=int, default=100)
+    parser.add_argument("--seed", type=int, default=1, help="the first one")
+    arguments = parser.parse_args()
+    wrong, refused = 0, 0
+    with stores.scratch() as folder:
+        folder = pathlib.Path(folder)
+        trial = Trial(stores.Tool(arguments.tool), folder)
+        for seed in range(arguments.seed, arguments.seed + arguments.count):
+            how, was_refused, faults = trial.try_one(folder / "damaged.db", seed)
+            refused += was_refused
+            wrong += bool(faults)
+            for fault in faults:
+                print(f"seed {seed} ({how}): {fault}")
+    print(f"{arguments.count} damaged stores: {refused} refused, {arguments.count - refused - wrong} read right, "
+          f"{wrong} wrong")
+    return 1 if wrong else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())

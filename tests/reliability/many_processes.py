@@ -1,0 +1,121 @@
+"""Lets many processes import, export and edit one store at the same time.
+
+Each worker owns items of its own, which it imports again and again, each time as the next version, whole; now and then it
+renames or deletes one and imports anew. Every export must show each worker's items in one version (an export is one
+state), and in one that is not older than what that worker had imported before the export began. In the end every item
+has its last version. A command may fail with 4 only when it says that another process is writing.
+"""
+import argparse
+import collections
+import pathlib
+import random
+import re
+import sys
+import threading
+import time
+
+import stores
+
+ITEMS = 6
+VERSION = re.compile(rb'description="worker (\d+) version (\d+) "')
+EXPLAINED = re.compile(rb"another process is writing to it")
+
+
+def document(worker, version):
+    """All items of a worker in one version, which stands in every description."""
+    text = stores.policy(ITEMS, f"w{worker} item")
+    return text.replace(f'description="w{worker} item"', f'description="worker {worker} version {version} "')
+
+
+class Workers:
+    def __init__(self, tool, folder, count, seconds):
+        self.tool, self.folder, self.store = tool, folder, folder / "store.db"
+        self.kept = [0] * count  # the version that each worker has imported
+        self.done = collections.Counter()
+        self.faults = []
+        self.end = time.monotonic() + seconds
+
+    def run(self, *arguments):
+        """Runs to its end; returns standard output, or None after a failure that explains itself."""
+        run = self.tool.run(self.store, *arguments)
+        if run.returncode == 0:
+            self.done[arguments[0] if arguments[0] != "-q" else arguments[1]] += 1
+            return run.stdout
+        if run.returncode == 4 and EXPLAINED.search(run.stderr):
+            self.done["waited in vain"] += 1
+        else:
+            self.faults.append(f"{' '.join(map(str, arguments))} ended with {run.returncode}: {run.stderr.decode()}")
+        return None
+
+    def take_version(self, worker):
+        version = self.kept[worker] + 1
+        path = self.folder / f"{worker}.xml"
+        path.write_text(document(worker, version))
+        if self.run("-q", "import", path) is not None:
+            self.kept[worker] = version
+
+    def edit(self, worker, dice):
+        item = dice.randrange(ITEMS)
+        if dice.random() < 0.5:
+            self.run("delete", "template", f"w{worker} item template {item}")
+        else:
+            self.run("rename", "expression", f"w{worker} item {item}", f"w{worker} item x")
+            self.run("rename", "expression", f"w{worker} item x", f"w{worker} item {item}")
+        self.take_version(worker)
+
+    def look(self):
+        least = list(self.kept)
+        text = self.run("export", "--all")
+        seen = collections.defaultdict(set)
+        for worker, version in VERSION.findall(text or b""):
+            seen[int(worker)].add(int(version))
+        for worker, versions in seen.items():
+            if len(versions) > 1 or min(versions) < least[worker]:
+                self.faults.append(f"an export shows worker {worker} in {sorted(versions)}, {least[worker]} was kept")
+
+    def work(self, worker):
+        dice = random.Random(worker)
+        while time.monotonic() < self.end and not self.faults:
+            choice = dice.random()
+            if choice < 0.5 or self.kept[worker] == 0:
+                self.take_version(worker)
+            elif choice < 0.8:
+                self.look()
+            else:
+                self.edit(worker, dice)
+
+    def finish(self):
+        """After the last process: nothing is lost."""
+        text = self.run("export", "--all") or b""
+        for worker, version in enumerate(self.kept):
+            count = sum(found == (b"%d" % worker, b"%d" % version) for found in VERSION.findall(text))
+            if version and count != 2 * ITEMS:  # keyword lists keep no description
+                self.faults.append(f"worker {worker}: {count} of {2 * ITEMS} items have version {version}")
+        if self.run("store", "check") is None:
+            self.faults.append("the store is damaged")
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("--tool", required=True)
+    parser.add_argument("--processes", type=int, default=8)
+    parser.add_argument("--seconds", type=float, default=5)
+    arguments = parser.parse_args()
+    with stores.scratch() as folder:
+        folder = pathlib.Path(folder)
+        workers = Workers(stores.Tool(arguments.tool), folder, arguments.processes, arguments.seconds)
+        threads = [threading.Thread(target=workers.work, args=(i,)) for i in range(arguments.processes)]
+        for thread in threads:
+            thread.start()
+        for thread in threads:
+            thread.join()
+        workers.finish()
+    for fault in workers.faults:
+        print(fault)
+    done = ", ".join(f"{count} {what}" for what, count in sorted(workers.done.items()))
+    print(f"{arguments.processes} processes for {arguments.seconds:g} s: {done}; {len(workers.faults)} faults")
+    return 1 if workers.faults or not workers.done["import"] else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())

@@ -1,0 +1,67 @@
+"""Small policies, stores made of them, and runs of dlpctl, for the programs that try to damage a store."""
+import os
+import pathlib
+import subprocess
+import tempfile
+
+ROOT = pathlib.Path(__file__).resolve().parents[2]
+SECONDS = 120
+
+
+def policy(count, words="number", first=0):
+    """A policy of count expressions, keyword lists and templates; the same words give the same document."""
+    numbers = range(first, first + count)
+    entities = "".join(
+        f'<entity name="{words} {i}" type="Generic" display_name="Expression {words} {i}" description="{words}" '
+        f'pre-defined="false"><regularExpression>{words}[0-9]{{{i % 7 + 1},{i % 7 + 9}}}</regularExpression></entity>'
+        for i in numbers)
+    lists = "".join(
+        f'<dictionary name="{words} list {i}" type="Any" display_name="List {words} {i}" pre-defined="false">'
+        + "".join(f'<keyword description="" score="1" caseSensitive="false">{words} {i} {k}</keyword>' for k in range(9))
+        + "</dictionary>" for i in numbers)
+    templates = "".join(
+        f'<template name="{words} template {i}" display_name="Template {words} {i}" description="{words}" '
+        f'pre-defined="false"><matchRule><buildingBlock sourceType="ENTITY" entityHits="2" sourceName="{words} {i}"/>'
+        f'<buildingBlock sourceType="KEYWORD" sourceName="{words} list {i}" operation="AND"/></matchRule></template>'
+        for i in numbers)
+    return ('<?xml version="1.0" encoding="UTF-8"?><SAPolicy template_version="3.0.1000"><digitalAssets>'
+            f"{entities}{lists}</digitalAssets><complianceTemplates>{templates}</complianceTemplates></SAPolicy>")
+
+
+class Tool:
+    """dlpctl, each run in a process of its own."""
+
+    def __init__(self, path):
+        self.path = str(pathlib.Path(path).resolve())
+        self.environment = dict(os.environ, DLP_INSTALL_PATH=str(ROOT), HOME="/nonexistent", DLP_STORE="")
+
+    def arguments(self, store, *arguments):
+        return [self.path, "--store", f"sqlite:{store}", *map(str, arguments)]
+
+    def run(self, store, *arguments, data=""):
+        """The finished process; texts are bytes read as UTF-8."""
+        return subprocess.run(self.arguments(store, *arguments), env=self.environment, input=data.encode(),
+                              capture_output=True, timeout=SECONDS)
+
+    def start(self, store, *arguments):
+        return subprocess.Popen(self.arguments(store, *arguments), env=self.environment, stdin=subprocess.DEVNULL,
+                                stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+
+    def get(self, store, *arguments, data=""):
+        """Standard output of a run that must succeed."""
+        run = self.run(store, *arguments, data=data)
+        if run.returncode != 0:
+            raise RuntimeError(f"{' '.join(map(str, arguments))} ended with {run.returncode}: {run.stderr.decode()}")
+        return run.stdout
+
+
+def scratch():
+    return tempfile.TemporaryDirectory(prefix="dlp-reliability-")
+
+
+SIDE_FILES = ("-wal", "-shm", "-journal", "-writer")
+
+
+def remove(store):
+    for suffix in ("", *SIDE_FILES):
+        pathlib.Path(f"{store}{suffix}").unlink(missing_ok=True)
