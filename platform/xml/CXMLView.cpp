@@ -24,14 +24,12 @@ bool CXMLView::HasAttribute(const char* pName) const {
     return !XmlTree::Node(m_pNode).attribute(pName).empty();
 }
 
-bool CXMLView::AttributeAt(std::size_t iIndex, std::string_view& strName, std::string_view& strValue) const {
-    pugi::xml_attribute attribute = XmlTree::Node(m_pNode).first_attribute();
-    for (; attribute && iIndex > 0; --iIndex) {
-        attribute = attribute.next_attribute();
+std::vector<std::pair<std::string_view, std::string_view>> CXMLView::Attributes() const {
+    std::vector<std::pair<std::string_view, std::string_view>> vecAttributes;
+    for (const pugi::xml_attribute& attribute : XmlTree::Node(m_pNode).attributes()) {
+        vecAttributes.emplace_back(attribute.name(), attribute.value());
     }
-    strName = attribute.name();
-    strValue = attribute.value();
-    return !attribute.empty();
+    return vecAttributes;
 }
 
 CXMLView CXMLView::Parent() const {

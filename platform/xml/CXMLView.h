@@ -3,6 +3,8 @@
 #include <cstddef>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 #include "platform/common/PlatformExport.h"
 
@@ -27,8 +29,8 @@ class DLP_PLATFORM_API CXMLView {
     /** @return the attribute's value, empty when it is absent */
     std::string_view Attribute(const char* pName) const;
     bool HasAttribute(const char* pName) const;
-    /** The i-th attribute in document order. @return false past the last */
-    bool AttributeAt(std::size_t iIndex, std::string_view& strName, std::string_view& strValue) const;
+    /** @return all attributes, each its name and value, in document order */
+    std::vector<std::pair<std::string_view, std::string_view>> Attributes() const;
 
     CXMLView Parent() const;
     /** First child element, of any name or of the one given. */

@@ -68,10 +68,8 @@ inline std::vector<std::string> Names(const std::vector<CXMLView>& vecNodes) {
 /** The names of the element's attributes, joined by blanks, in their order. */
 inline std::string AttributeNames(const CXMLView& node) {
     std::string strNames;
-    std::string_view strName;
-    std::string_view strValue;
-    for (std::size_t i = 0; node.AttributeAt(i, strName, strValue); ++i) {
-        strNames.append(i == 0 ? "" : " ").append(strName);
+    for (const auto& [strName, strValue] : node.Attributes()) {
+        strNames.append(strNames.empty() ? "" : " ").append(strName);
     }
     return strNames;
 }

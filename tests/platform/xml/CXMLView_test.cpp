@@ -21,9 +21,7 @@ TEST(XmlView, NullViewGivesNothing) {
     EXPECT_EQ("", view.Name());
     EXPECT_EQ("", view.Attribute("a"));
     EXPECT_FALSE(view.HasAttribute("a"));
-    std::string_view strName = "x";
-    std::string_view strValue = "x";
-    EXPECT_FALSE(view.AttributeAt(0, strName, strValue));
+    EXPECT_TRUE(view.Attributes().empty());
     EXPECT_FALSE(view.Parent());
     EXPECT_FALSE(view.FirstChild());
     EXPECT_FALSE(view.NextSibling("a"));
@@ -44,16 +42,11 @@ TEST(XmlView, ReadsNamesAttributesAndText) {
     EXPECT_EQ("tu", root.Text());
 }
 
-TEST(XmlView, CountsAttributesInDocumentOrder) {
+TEST(XmlView, ListsAttributesInDocumentOrder) {
     CXMLParser document;
     ASSERT_TRUE(document.LoadUtf8("<x b='1' a='2'/>"));
-    std::string_view strName;
-    std::string_view strValue;
-    ASSERT_TRUE(document.RootView().AttributeAt(0, strName, strValue));
-    EXPECT_EQ("b=1", std::string(strName) + "=" + std::string(strValue));
-    ASSERT_TRUE(document.RootView().AttributeAt(1, strName, strValue));
-    EXPECT_EQ("a=2", std::string(strName) + "=" + std::string(strValue));
-    EXPECT_FALSE(document.RootView().AttributeAt(2, strName, strValue));
+    const std::vector<std::pair<std::string_view, std::string_view>> vecExpected = {{"b", "1"}, {"a", "2"}};
+    EXPECT_EQ(document.RootView().Attributes(), vecExpected);
 }
 
 TEST(XmlView, WalksElementsOfAnyOrOfOneName) {

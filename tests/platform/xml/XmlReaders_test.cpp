@@ -28,12 +28,11 @@ std::string DumpOfText(const std::string& strText) {
 /** What the views say about elements. */
 void ExpectSame(const SExpatNode& expected, const CXMLView& view) {
     EXPECT_EQ(expected.strName, view.Name());
-    for (std::size_t i = 0; i < expected.vecAttributes.size(); ++i) {
-        std::string_view strName;
-        std::string_view strValue;
-        ASSERT_TRUE(view.AttributeAt(i, strName, strValue));
-        EXPECT_EQ(expected.vecAttributes[i].first, strName);
-        EXPECT_EQ(expected.vecAttributes[i].second, strValue);
+    const auto vecAttributes = view.Attributes();
+    ASSERT_EQ(expected.vecAttributes.size(), vecAttributes.size());
+    for (std::size_t i = 0; i < vecAttributes.size(); ++i) {
+        EXPECT_EQ(expected.vecAttributes[i].first, vecAttributes[i].first);
+        EXPECT_EQ(expected.vecAttributes[i].second, vecAttributes[i].second);
     }
     CXMLView child = view.FirstChild();
     std::string strText;
