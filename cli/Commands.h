@@ -14,6 +14,7 @@ void AddDiffCommand(CCommandLine& line);
 void AddRefsCommand(CCommandLine& line);
 void AddCheckCommand(CCommandLine& line);
 void AddExplainCommand(CCommandLine& line);
+void AddFmtCommand(CCommandLine& line);
 void AddRenameCommand(CCommandLine& line);
 void AddDeleteCommand(CCommandLine& line);
 void AddKeywordsCommands(CCommandLine& line);

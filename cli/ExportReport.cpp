@@ -5,10 +5,10 @@
 #include <nlohmann/json.hpp>
 
 #include "cli/CommandContext.h"
-#include "cli/IndentXml.h"
 #include "cli/Output.h"
 #include "cli/Signals.h"
 #include "cli/Text.h"
+#include "cli/layout/FormatXml.h"
 
 namespace {
 
@@ -67,18 +67,14 @@ void CheckExportOptions(CCommandContext& context, const SExportOptions& options,
         throw CToolError(EVerdict::USAGE, bNames ? "write either names or --all, not both"
                                                  : "nothing is asked for; write names or --all");
     }
-    if (context.IsJson() && COutput::IsStandard(context, options.strOutput)) {
-        throw CToolError(EVerdict::USAGE,
-                         "--json needs -o FILE here: the document and the answer cannot share "
-                         "standard output");
-    }
+    COutput::CheckLeavesAnswer(context, options.strOutput);
 }
 
 EVerdict FinishExport(CCommandContext& context, const SExportOptions& options, SExportReport& report) {
     Signals::ThrowIfCaught();
     report.strOutput = options.strOutput;
     COutput output(context, options.strOutput);
-    output.Write(options.bIndent ? IndentXml(report.strDocument) : std::move(report.strDocument));
+    output.Write(options.bIndent ? FormatXml(report.strDocument) : std::move(report.strDocument));
     if (context.IsJson()) {
         context.StartJson(MakeHead(report));
     }

@@ -71,3 +71,10 @@ bool COutput::IsStandard(const CCommandContext& context, const std::string& strF
     const std::string strPath = context.GetAbsolute(strFile);
     return IsDash(strFile) || (IsSameFile(strPath, STANDARD_OUTPUT) && !IsSameFile(strPath, NOWHERE));
 }
+
+void COutput::CheckLeavesAnswer(const CCommandContext& context, const std::string& strFile) {
+    if (context.IsJson() && IsStandard(context, strFile)) {
+        throw CToolError(EVerdict::USAGE,
+                         "--json needs -o FILE here: the document and the answer cannot share standard output");
+    }
+}

@@ -25,6 +25,8 @@ class COutput {
 
     /** @return whether the file is standard output, under whatever name */
     static bool IsStandard(const CCommandContext& context, const std::string& strFile);
+    /** A document and an answer in JSON cannot share standard output. @throws CToolError (USAGE) when they would */
+    static void CheckLeavesAnswer(const CCommandContext& context, const std::string& strFile);
 
   private:
     void Put(std::string_view strText);

@@ -10,11 +10,11 @@
 #include "cli/CommandContext.h"
 #include "cli/CommandLine.h"
 #include "cli/Commands.h"
+#include "cli/FolderFiles.h"
 #include "cli/Signals.h"
 #include "cli/Text.h"
 #include "cli/check/CheckFormats.h"
 #include "cli/check/FileCheck.h"
-#include "platform/common/TextTools.h"
 
 namespace {
 
@@ -37,8 +37,6 @@ constexpr SCommandHelp HELP = {
 
 constexpr const char MEMORY_STORE[] = "memory:";
 constexpr const char STANDARD_STREAM[] = "-";
-constexpr const char EXTENSION[] = ".xml";
-constexpr const char NO_FILES[] = "no .xml file is below it";
 constexpr ESeverity SEVERITIES[] = {ESeverity::ERROR, ESeverity::WARNING, ESeverity::NOTE};
 
 struct SArguments {
@@ -91,26 +89,6 @@ void ChooseStore(CCommandContext& context, bool bNoStore) {
     }
 }
 
-bool IsPolicy(const fs::directory_entry& entry) {
-    std::error_code error;
-    return entry.is_regular_file(error) &&
-           OS::EqualsNoCase(entry.path().extension().string(), std::string_view(EXTENSION));
-}
-
-/** @return the .xml files below a directory, in the order of their paths */
-std::vector<std::string> ListFolder(const std::string& strPath, const std::string& strShown) {
-    std::vector<std::string> vecFiles;
-    std::error_code error;
-    fs::recursive_directory_iterator it(strPath, fs::directory_options::skip_permission_denied, error);
-    for (; !error && it != fs::recursive_directory_iterator(); it.increment(error)) {
-        if (IsPolicy(*it)) {
-            vecFiles.push_back((fs::path(strShown) / it->path().lexically_relative(strPath)).string());
-        }
-    }
-    std::sort(vecFiles.begin(), vecFiles.end());
-    return vecFiles;
-}
-
 SFileReport MakeUnreadable(const SFileCheck& check, const std::string& strFile, const char* pWhy) {
     CDiagnostics diagnostics(check.choice);
     diagnostics.Add(ECode::UNREADABLE, std::string::npos, {pWhy});
@@ -121,19 +99,13 @@ SCheckReport CheckAll(CCommandContext& context, const SArguments& arguments) {
     SCheckReport report;
     report.bAll = arguments.check.choice.bAll;
     for (const std::string& strFile : arguments.vecFiles) {
-        const std::string strPath = context.GetAbsolute(strFile);
-        std::error_code error;
-        if (strFile == STANDARD_STREAM || !fs::is_directory(strPath, error)) {
-            report.vecFiles.push_back(CheckFile(context, arguments.check, strFile));
-            continue;
-        }
-        const std::vector<std::string> vecBelow = ListFolder(strPath, strFile);
-        if (vecBelow.empty()) {
+        const std::vector<std::string> vecFiles = ListFiles(context, strFile);
+        if (vecFiles.empty()) {
             report.vecFiles.push_back(MakeUnreadable(arguments.check, strFile, NO_FILES));
         }
-        for (const std::string& strBelow : vecBelow) {
+        for (const std::string& strEach : vecFiles) {
             Signals::ThrowIfCaught();
-            report.vecFiles.push_back(CheckFile(context, arguments.check, strBelow));
+            report.vecFiles.push_back(CheckFile(context, arguments.check, strEach));
         }
     }
     return report;

@@ -1,9 +1,9 @@
 #include <algorithm>
 
-#include "cli/IndentXml.h"
 #include "cli/InputFile.h"
 #include "cli/Text.h"
 #include "cli/check/CheckFormats.h"
+#include "cli/layout/FormatXml.h"
 #include "platform/common/TextConversion.h"
 #include "platform/xml/CXMLWriter.h"
 
@@ -119,5 +119,5 @@ std::string MakeCheckJunit(const SCheckReport& report) {
         WriteSuite(writer, report, file);
     }
     writer.EndElement();
-    return IndentXml(strXml);
+    return FormatXml(strXml);
 }

@@ -69,6 +69,10 @@ const SRefused REFUSED[] = {
      "there is no code \"unknown-aset\"; did you mean \"unknown-asset\"?",
      "dlpctl-explain/1"},
     {{"explain", "everything"}, "there is no code \"everything\"; dlpctl explain lists the codes", "dlpctl-explain/1"},
+    {{"fmt"}, "FILE is required; see dlpctl fmt --help", "dlpctl-fmt/1"},
+    {{"fmt", "x", "--check", "--write"}, "write either --check or --write, not both", "dlpctl-fmt/1"},
+    {{"fmt", "x", "--check", "-o", "y"}, "-o goes with neither --check nor --write", "dlpctl-fmt/1"},
+    {{"fmt", "x", "y", "-o", "z"}, "several documents cannot be told apart; write --check or --write", "dlpctl-fmt/1"},
     {{"refs", "x", "y"}, "\"y\" is one argument too many; see dlpctl refs --help", "dlpctl-refs/1"},
     {{"refs", "--template"}, "--template needs a value; see dlpctl refs --help", "dlpctl-refs/1"},
     {{"keywords", "add", "x"}, "KEYWORD is required; see dlpctl keywords add --help", "dlpctl-keywords-add/1"},
@@ -130,7 +134,8 @@ TEST_F(CommandLine, WhatIsWrongIsSaidInJsonToo) {
 TEST_F(CommandLine, ExportInJsonNeedsAFile) {
     for (const std::vector<std::string>& vecArguments : {std::vector<std::string>{"--json", "export", "--all"},
                                                          {"export", "--all", "-o", "-", "--json"},
-                                                         {"assets", "export", "--all", "--json"}}) {
+                                                         {"assets", "export", "--all", "--json"},
+                                                         {"fmt", "x", "--json"}}) {
         const SToolRun run = Run(vecArguments);
         EXPECT_EQ(run.iCode, 3);
         EXPECT_EQ(run.strErr,
@@ -179,6 +184,7 @@ TEST_F(CommandLine, TopHelpHasOneLinePerCommandAndTheFirstSteps) {
                               "\n  refs [POLICY]  ",
                               "\n  check FILE… | DIR…  ",
                               "\n  explain [CODE…]  ",
+                              "\n  fmt FILE… | DIR…  ",
                               "\n  metadata  ",
                               "\n  template show NAME  ",
                               "\n  template new NAME RULE…  ",
@@ -217,6 +223,7 @@ TEST_F(CommandLine, EveryCommandHasHelpWithExamples) {
                                                   {"refs"},
                                                   {"check"},
                                                   {"explain"},
+                                                  {"fmt"},
                                                   {"template", "show"},
                                                   {"template", "new"},
                                                   {"template", "set"},
