@@ -15,6 +15,7 @@ void AddRefsCommand(CCommandLine& line);
 void AddCheckCommand(CCommandLine& line);
 void AddExplainCommand(CCommandLine& line);
 void AddFmtCommand(CCommandLine& line);
+void AddConvertCommand(CCommandLine& line);
 void AddRenameCommand(CCommandLine& line);
 void AddDeleteCommand(CCommandLine& line);
 void AddKeywordsCommands(CCommandLine& line);

@@ -22,10 +22,10 @@ constexpr const char HELP_FORMAT[] = "dlpctl-help/1";
 
 /** In the order of the help. */
 constexpr void (*ADD_COMMANDS[])(CCommandLine&) = {
-    AddImportCommand,    AddExportCommand,    AddAssetCommands,      AddListCommand,    AddShowCommand,
-    AddDiffCommand,      AddRefsCommand,      AddCheckCommand,       AddExplainCommand, AddFmtCommand,
-    AddTemplateCommands, AddKeywordsCommands, AddExpressionCommands, AddRenameCommand,  AddDeleteCommand,
-    AddMetadataCommand,  AddStoreCommands,
+    AddImportCommand,  AddExportCommand,    AddAssetCommands,    AddListCommand,        AddShowCommand,
+    AddDiffCommand,    AddRefsCommand,      AddCheckCommand,     AddExplainCommand,     AddFmtCommand,
+    AddConvertCommand, AddTemplateCommands, AddKeywordsCommands, AddExpressionCommands, AddRenameCommand,
+    AddDeleteCommand,  AddMetadataCommand,  AddStoreCommands,
 };
 
 void CheckArguments(const std::vector<std::string>& vecArguments) {

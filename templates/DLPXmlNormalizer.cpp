@@ -20,7 +20,6 @@ constexpr wchar_t MAP_FILE[] = L"config\\cfg_dlp_da_map.txt";
 // Attributes that only the older layout has.
 constexpr char OLDER_BUILT_IN[] = "builtin";
 constexpr char BUILT_IN_VALUE[] = "1";
-constexpr char OLDER_DISPLAY_NAME[] = "displayName";
 
 /** Sections beside the templates, which the older layout does not carry over. */
 constexpr const char* DROPPED_SECTIONS[] = {TagUtf8::DIGITAL_ASSETS, TagUtf8::INDUSTRIES, TagUtf8::REGIONS};
@@ -74,7 +73,7 @@ void ReportDropped(CImportObserver* pObserver, EItemKind eKind, EReason eReason,
     SImportItem report;
     report.eKind = eKind;
     report.strName = eKind == EItemKind::SECTION ? element.Name() : element.Attribute(TagUtf8::NAME);
-    report.strDisplayName = element.Attribute(OLDER_DISPLAY_NAME);
+    report.strDisplayName = element.Attribute(CDLPXmlNormalizer::OLDER_DISPLAY_NAME);
     report.eDisposition = EDisposition::SKIPPED;
     report.eReason = eReason;
     report.iOffset = element.Offset();

@@ -26,6 +26,9 @@ struct SNormalizedDocument {
  */
 class CDLPXmlNormalizer {
   public:
+    /** The attribute of a template in the older layout that holds its display name. */
+    static constexpr char OLDER_DISPLAY_NAME[] = "displayName";
+
     /** Older asset names and what they are called now. */
     using NameMap = std::map<std::wstring, std::wstring>;
 

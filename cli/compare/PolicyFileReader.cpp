@@ -6,21 +6,18 @@
 #include "cli/CommandContext.h"
 #include "cli/ImportRefusal.h"
 #include "cli/InputFile.h"
-#include "cli/InstalledFiles.h"
 #include "cli/Kinds.h"
 #include "cli/Signals.h"
+#include "cli/layout/OlderLayout.h"
 #include "digital_assets/AssetFormat.h"
 #include "platform/common/TextConversion.h"
 #include "settings/CCfgSettingDLPFilterTemplate.h"
 #include "templates/DLPTemplateMgr.h"
-#include "templates/DLPXmlNormalizer.h"
 #include "templates/TemplateXml.h"
 #include "xml/CPolicyDocument.h"
 #include "xml/Vocabulary.h"
 
 namespace {
-
-constexpr const char NOT_CONVERTED[] = "the older layout cannot be converted; --log - --log-level all shows why";
 
 SImportItem MakeItem(EItemKind eKind, const CXMLView& element, EReason eReason, std::size_t iOffset) {
     SImportItem item;
@@ -68,13 +65,7 @@ void CPolicyFileReader::Read() {
 }
 
 void CPolicyFileReader::ReadOlder(CPolicyDocument& document) {
-    WarnOfMissing(m_context, FindMapFile(), NO_MAP_FILE);
-    CDLPXmlNormalizer normalizer;
-    normalizer.InitDigitalAssetsMappingTable();
-    SNormalizedDocument normalized;
-    if (!normalizer.Normalize(document, normalized, this)) {
-        throw CInputError(m_policy.strPlace, NOT_CONVERTED);
-    }
+    SNormalizedDocument normalized = ConvertOlder(m_context, m_policy.strPlace, document, this);
     CPolicyDocument standard(std::move(normalized.document), std::move(normalized.vecOrigins));
     ReadItems(standard);
 }

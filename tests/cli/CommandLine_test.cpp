@@ -73,6 +73,8 @@ const SRefused REFUSED[] = {
     {{"fmt", "x", "--check", "--write"}, "write either --check or --write, not both", "dlpctl-fmt/1"},
     {{"fmt", "x", "--check", "-o", "y"}, "-o goes with neither --check nor --write", "dlpctl-fmt/1"},
     {{"fmt", "x", "y", "-o", "z"}, "several documents cannot be told apart; write --check or --write", "dlpctl-fmt/1"},
+    {{"convert"}, "FILE is required; see dlpctl convert --help", "dlpctl-convert/1"},
+    {{"convert", "x", "--check", "-o", "y"}, "-o does not go with --check, which writes nothing", "dlpctl-convert/1"},
     {{"refs", "x", "y"}, "\"y\" is one argument too many; see dlpctl refs --help", "dlpctl-refs/1"},
     {{"refs", "--template"}, "--template needs a value; see dlpctl refs --help", "dlpctl-refs/1"},
     {{"keywords", "add", "x"}, "KEYWORD is required; see dlpctl keywords add --help", "dlpctl-keywords-add/1"},
@@ -135,7 +137,8 @@ TEST_F(CommandLine, ExportInJsonNeedsAFile) {
     for (const std::vector<std::string>& vecArguments : {std::vector<std::string>{"--json", "export", "--all"},
                                                          {"export", "--all", "-o", "-", "--json"},
                                                          {"assets", "export", "--all", "--json"},
-                                                         {"fmt", "x", "--json"}}) {
+                                                         {"fmt", "x", "--json"},
+                                                         {"--json", "convert", "x"}}) {
         const SToolRun run = Run(vecArguments);
         EXPECT_EQ(run.iCode, 3);
         EXPECT_EQ(run.strErr,
@@ -185,6 +188,7 @@ TEST_F(CommandLine, TopHelpHasOneLinePerCommandAndTheFirstSteps) {
                               "\n  check FILE… | DIR…  ",
                               "\n  explain [CODE…]  ",
                               "\n  fmt FILE… | DIR…  ",
+                              "\n  convert FILE  ",
                               "\n  metadata  ",
                               "\n  template show NAME  ",
                               "\n  template new NAME RULE…  ",
@@ -224,6 +228,7 @@ TEST_F(CommandLine, EveryCommandHasHelpWithExamples) {
                                                   {"check"},
                                                   {"explain"},
                                                   {"fmt"},
+                                                  {"convert"},
                                                   {"template", "show"},
                                                   {"template", "new"},
                                                   {"template", "set"},

@@ -1,0 +1,203 @@
+#include "cli/layout/Conversion.h"
+
+#include <algorithm>
+#include <numeric>
+#include <unordered_map>
+#include <utility>
+
+#include "cli/Signals.h"
+#include "cli/check/SourceMarkup.h"
+#include "cli/layout/MarkupReader.h"
+#include "templates/DLPXmlNormalizer.h"
+#include "xml/CPolicyDocument.h"
+#include "xml/Vocabulary.h"
+
+namespace {
+
+constexpr auto& OLDER_NAME = CDLPXmlNormalizer::OLDER_DISPLAY_NAME;
+
+/** What a piece that is no tag is called. */
+EChanged Leaf(EPiece ePiece) {
+    return ePiece == EPiece::COMMENT       ? EChanged::COMMENT
+           : ePiece == EPiece::INSTRUCTION ? EChanged::INSTRUCTION
+                                           : EChanged::TEXT;
+}
+
+/** @return the next element of a tree in document order below top; null after the last */
+CXMLView NextElement(CXMLView element, const CXMLView& top) {
+    if (const CXMLView child = element.FirstChild()) {
+        return child;
+    }
+    while (element.Handle() != top.Handle()) {
+        if (const CXMLView sibling = element.NextSibling()) {
+            return sibling;
+        }
+        element = element.Parent();
+    }
+    return CXMLView();
+}
+
+class CLayoutComparison {
+  public:
+    CLayoutComparison(std::string_view strText, const SNormalizedDocument& converted)
+        : m_strText(strText), m_converted(converted) {}
+
+    SLayoutChanges Run(const CXMLView& root) {
+        const CXMLView result = m_converted.document.RootView();
+        CompareAttributes(root, result);
+        CompareSections(root, result.FirstChild(TagUtf8::COMPLIANCE_TEMPLATES));
+        FindLeaves();
+        std::stable_sort(
+            m_changes.vecKept.begin(), m_changes.vecKept.end(),
+            [](const SLayoutChange& left, const SLayoutChange& right) { return left.iOffset < right.iOffset; });
+        return std::move(m_changes);
+    }
+
+  private:
+    using Attributes = std::vector<std::pair<std::string_view, std::string_view>>;
+
+    /** @return the change for the rest to be filled in, which counts even when it is not kept */
+    SLayoutChange& Add(EChange eChange, EChanged eChanged, std::string_view strElement, std::size_t iOffset) {
+        ++m_changes.aCounts[static_cast<std::size_t>(eChange)];
+        m_changes.bLoss = m_changes.bLoss || (eChange == EChange::DROPPED &&
+                                              (eChanged == EChanged::ELEMENT || eChanged == EChanged::TEXT));
+        const bool bKept = m_changes.vecKept.size() < SLayoutChanges::MAX_KEPT;
+        SLayoutChange& change = bKept ? m_changes.vecKept.emplace_back() : m_omitted;
+        change.eChange = eChange;
+        change.eChanged = eChanged;
+        change.strElement = strElement;
+        change.strTemplate = m_strTemplate;
+        change.iOffset = iOffset;
+        return change;
+    }
+
+    void CompareSections(const CXMLView& root, const CXMLView& result) {
+        CXMLView converted = result.FirstChild();
+        for (CXMLView section = root.FirstChild(); section; section = section.NextSibling()) {
+            if (section.Name() != TagUtf8::COMPLIANCE_TEMPLATES) {
+                DropElement(root, section);
+                continue;
+            }
+            CompareAttributes(section, result);
+            for (CXMLView child = section.FirstChild(); child; child = child.NextSibling()) {
+                Signals::ThrowIfCaught();
+                if (IsCarried(child)) {
+                    CompareTemplates(child, converted);
+                    converted = converted.NextSibling();
+                    ++m_iCarried;
+                } else {
+                    DropElement(section, child);
+                }
+            }
+        }
+    }
+
+    /** The result holds what it has carried over in the order of the document. */
+    bool IsCarried(const CXMLView& element) const {
+        return m_iCarried < m_converted.vecOrigins.size() && m_converted.vecOrigins[m_iCarried] == element.Offset();
+    }
+
+    void DropElement(const CXMLView& parent, const CXMLView& element) {
+        SLayoutChange& change = Add(EChange::DROPPED, EChanged::ELEMENT, parent.Name(), element.Offset());
+        change.strName = element.Name();
+        if (element.HasAttribute(TagUtf8::NAME)) {
+            change.from = element.Attribute(TagUtf8::NAME);
+        }
+    }
+
+    /** The elements of both are the same, only their attributes may differ. */
+    void CompareTemplates(const CXMLView& before, const CXMLView& after) {
+        m_strTemplate = after.Attribute(TagUtf8::NAME);
+        CXMLView left = before;
+        for (CXMLView right = after; left && right; right = NextElement(right, after)) {
+            CompareAttributes(left, right);
+            left = NextElement(left, before);
+        }
+        m_strTemplate.clear();
+    }
+
+    void CompareAttributes(const CXMLView& before, const CXMLView& after) {
+        const Attributes vecBefore = before.Attributes();
+        const Attributes vecAfter = after.Attributes();
+        if (vecBefore == vecAfter) {
+            return;
+        }
+        // What is found in the one before is taken out, until only new ones are left.
+        std::unordered_map<std::string_view, std::string_view> mapNew(vecAfter.begin(), vecAfter.end());
+        const bool bRenamed = before.HasAttribute(OLDER_NAME) && mapNew.count(OLDER_NAME) == 0 &&
+                              mapNew.erase(TagUtf8::DISPLAY_NAME) != 0;
+        CTagScanner tag(m_strText, before.Offset());
+        for (const auto& [strName, strValue] : vecBefore) {
+            tag.Next();
+            const auto itAfter = mapNew.find(strName);
+            if (bRenamed && strName == OLDER_NAME) {
+                AddValues(EChange::RENAMED, before, tag.GetNameOffset(), strName, strName, TagUtf8::DISPLAY_NAME);
+            } else if (itAfter == mapNew.end()) {
+                AddValues(EChange::DROPPED, before, tag.GetNameOffset(), strName, strValue, std::nullopt);
+            } else {
+                if (itAfter->second != strValue) {
+                    Replace(before, tag.GetNameOffset(), strName, strValue, itAfter->second);
+                }
+                mapNew.erase(itAfter);
+            }
+        }
+        for (const auto& [strName, strValue] : vecAfter) {
+            if (mapNew.count(strName) != 0) {
+                AddValues(EChange::SET, before, before.Offset(), strName, std::nullopt, strValue);
+            }
+        }
+    }
+
+    SLayoutChange& AddValues(EChange eChange, const CXMLView& element, std::size_t iOffset, std::string_view strName,
+                             std::optional<std::string_view> from, std::optional<std::string_view> to) {
+        SLayoutChange& change = Add(eChange, EChanged::ATTRIBUTE, element.Name(), iOffset);
+        change.strName = strName;
+        change.from = from;
+        change.to = to;
+        return change;
+    }
+
+    void Replace(const CXMLView& element, std::size_t iOffset, std::string_view strName, std::string_view strBefore,
+                 std::string_view strAfter) {
+        const bool bReference = strName == TagUtf8::SOURCE_NAME;
+        AddValues(bReference ? EChange::RENAMED : EChange::SET, element, iOffset, strName, strBefore, strAfter)
+            .eChanged = bReference ? EChanged::REFERENCE : EChanged::ATTRIBUTE;
+    }
+
+    /** Comments, instructions and text outside what is carried over or dropped as a whole. */
+    void FindLeaves() {
+        constexpr std::size_t SECTION_DEPTH = 2;
+        std::vector<std::string_view> vecOpen;
+        CMarkupReader reader(m_strText);
+        for (SPiece piece; reader.Next(piece);) {
+            if (piece.ePiece == EPiece::START) {
+                vecOpen.push_back(piece.GetElement());
+            } else if (piece.ePiece == EPiece::END) {
+                vecOpen.pop_back();
+            } else if (piece.ePiece != EPiece::EMPTY && !piece.IsBlank() && !piece.IsDeclaration() &&
+                       (vecOpen.size() < SECTION_DEPTH ||
+                        (vecOpen.size() == SECTION_DEPTH && vecOpen.back() == TagUtf8::COMPLIANCE_TEMPLATES))) {
+                const std::string_view strParent = vecOpen.empty() ? std::string_view() : vecOpen.back();
+                Add(EChange::DROPPED, Leaf(piece.ePiece), strParent, piece.iOffset).from = piece.strText;
+            }
+        }
+    }
+
+    std::string_view m_strText;
+    const SNormalizedDocument& m_converted;
+    SLayoutChanges m_changes;
+    SLayoutChange m_omitted;
+    std::string m_strTemplate;
+    std::size_t m_iCarried = 0;
+};
+
+}  // namespace
+
+std::size_t SLayoutChanges::CountOmitted() const {
+    return std::accumulate(aCounts.begin(), aCounts.end(), std::size_t{0}) - vecKept.size();
+}
+
+SLayoutChanges FindLayoutChanges(std::string_view strText, CPolicyDocument& document,
+                                 const SNormalizedDocument& converted) {
+    return CLayoutComparison(strText, converted).Run(document.Load().RootView());
+}

@@ -1,0 +1,22 @@
+#include "cli/layout/OlderLayout.h"
+
+#include "cli/InputFile.h"
+#include "cli/InstalledFiles.h"
+
+namespace {
+
+constexpr const char NOT_CONVERTED[] = "the older layout cannot be converted; --log - --log-level all shows why";
+
+}  // namespace
+
+SNormalizedDocument ConvertOlder(CCommandContext& context, const std::string& strFile, CPolicyDocument& document,
+                                 CImportObserver* pObserver) {
+    WarnOfMissing(context, FindMapFile(), NO_MAP_FILE);
+    CDLPXmlNormalizer normalizer;
+    normalizer.InitDigitalAssetsMappingTable();
+    SNormalizedDocument normalized;
+    if (!normalizer.Normalize(document, normalized, pObserver)) {
+        throw CInputError(strFile, NOT_CONVERTED);
+    }
+    return normalized;
+}
