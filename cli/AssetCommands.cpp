@@ -9,6 +9,7 @@
 #include "cli/Commands.h"
 #include "cli/ExportReport.h"
 #include "cli/FileImport.h"
+#include "cli/ImportOptions.h"
 #include "cli/ImportReport.h"
 #include "cli/Kinds.h"
 #include "cli/StoreSession.h"
@@ -28,8 +29,10 @@ constexpr SCommandHelp IMPORT = {
     "import",
     "assets import FILE…",
     "read expressions and keyword lists alone into the store",
-    "Templates in a FILE are passed over. Otherwise as dlpctl import.\n",
-    "  dlpctl assets import examples/digital-assets.xml\n",
+    "Templates in a FILE are passed over, and their number is told. Otherwise as dlpctl import; --only with the name\n"
+    "of a template takes the assets that it refers to.\n",
+    "  dlpctl assets import assets.xml\n"
+    "  dlpctl assets import --dry-run --only card policy.xml\n",
     "dlpctl-assets-import/1",
 };
 constexpr SCommandHelp EXPORT = {
@@ -58,6 +61,7 @@ int Import(CCommandContext& context, CPolicyDocument& document, SImportReport& r
 }
 
 constexpr SImportDoor DOOR = {
+    "assets import",
     IMPORT.pFormat,
     "Next: dlpctl list expressions\n"
     "      dlpctl list keywords\n"
@@ -146,10 +150,10 @@ class CAssetExportCommand : public CExportObserver {
 
 void AddAssetCommands(CCommandLine& line) {
     CLI::App& group = line.AddGroup(GROUP, GROUP_SUMMARY);
-    const auto pFiles = std::make_shared<std::vector<std::string>>();
+    const auto pOptions = std::make_shared<SImportOptions>();
     CLI::App& import = line.AddCommand(
-        group, IMPORT, [pFiles](CCommandContext& context) { return ImportFiles(context, DOOR, *pFiles); });
-    CCommandLine::AddTexts(import, "FILE", "FILE", *pFiles, "documents")->required();
+        group, IMPORT, [pOptions](CCommandContext& context) { return ImportFiles(context, DOOR, *pOptions); });
+    AddImportOptions(import, *pOptions, "documents");
 
     const auto pArguments = std::make_shared<SArguments>();
     CLI::App& command = line.AddCommand(group, EXPORT, [pArguments](CCommandContext& context) {

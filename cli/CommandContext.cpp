@@ -38,6 +38,7 @@ constexpr const char INTERRUPTED[] = "interrupted";
 constexpr const char UNKNOWN_FAILURE[] = "an unknown failure";
 constexpr const char OUT_OF_MEMORY[] = "memory ran out";
 constexpr const char STANDARD_STREAM[] = "-";
+constexpr const char MEMORY_STORE[] = "memory:";
 constexpr const char RED[] = "\x1b[31m";
 constexpr const char YELLOW[] = "\x1b[33m";
 constexpr const char PLAIN[] = "\x1b[0m";
@@ -129,6 +130,18 @@ std::string CCommandContext::ReadStandardInput() {
         return ReadDescriptor(STDIN_FILENO);
     }
     return {std::istreambuf_iterator<char>(m_in), std::istreambuf_iterator<char>()};
+}
+
+void CCommandContext::TakeEmptyStore() {
+    m_options.strStore = MEMORY_STORE;
+}
+
+void CCommandContext::MakeNoStore() {
+    std::error_code error;
+    const std::string strPath = GetStorePath();
+    if (!strPath.empty() && !fs::exists(strPath, error) && !error) {
+        TakeEmptyStore();
+    }
 }
 
 CStoreSession& CCommandContext::GetStore() {

@@ -57,6 +57,10 @@ class CCommandContext {
     OS::x_wstring GetScope() const;
     /** @return all that is to be read from standard input */
     std::string ReadStandardInput();
+    /** From now on the store is an empty one in memory. */
+    void TakeEmptyStore();
+    /** No store is made: when the store's file does not exist yet, an empty one in memory stands for it. */
+    void MakeNoStore();
     /** The store; opened when first asked for. @throws CToolError (USAGE, STORE) */
     CStoreSession& GetStore();
 

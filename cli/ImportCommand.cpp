@@ -6,6 +6,7 @@
 #include "cli/CommandLine.h"
 #include "cli/Commands.h"
 #include "cli/FileImport.h"
+#include "cli/ImportOptions.h"
 #include "cli/ImportReport.h"
 #include "platform/common/TextConversion.h"
 #include "templates/DLPTemplateMgr.h"
@@ -17,10 +18,15 @@ constexpr SCommandHelp HELP = {
     "import FILE…",
     "read policies into the store",
     "Each FILE is taken whole or not at all. Its digital assets come first, then its templates; what is not taken\n"
-    "is listed with its place, the reason and what to do. A user's item never replaces a built-in one.\n",
-    "  dlpctl import examples/starter-policy.xml\n"
-    "  dlpctl --json import a.xml b.xml\n"
-    "  dlpctl --language English import policy.xml\n",
+    "is listed with its place, the reason and what to do. A user's item never replaces a built-in one.\n"
+    "Exit codes: 1 an item was skipped, or --only names what a FILE does not hold; 2 a FILE is invalid, or an item of\n"
+    "it cannot be taken and --fail-on-skip is given: nothing of that FILE is written. What --skip-existing skips is\n"
+    "no fault to --fail-on-skip. A dry run gives the items and exit codes of the import itself.\n",
+    "  dlpctl import policy.xml\n"
+    "  dlpctl import --dry-run assets.xml policy.xml\n"
+    "  dlpctl import --only cards --fail-on-skip policy.xml\n"
+    "  dlpctl import --skip-existing --report import.sarif policy.xml\n"
+    "  dlpctl --json --language English import policy.xml\n",
     "dlpctl-import/1",
 };
 
@@ -46,6 +52,7 @@ int Import(CCommandContext& context, CPolicyDocument& document, SImportReport& r
 }
 
 constexpr SImportDoor DOOR = {
+    "import",
     HELP.pFormat,
     "Next: dlpctl list templates\n"
     "      dlpctl export --all -o FILE",
@@ -56,8 +63,8 @@ constexpr SImportDoor DOOR = {
 }  // namespace
 
 void AddImportCommand(CCommandLine& line) {
-    const auto pFiles = std::make_shared<std::vector<std::string>>();
+    const auto pOptions = std::make_shared<SImportOptions>();
     CLI::App& command = line.AddCommand(
-        line.GetTop(), HELP, [pFiles](CCommandContext& context) { return ImportFiles(context, DOOR, *pFiles); });
-    CCommandLine::AddTexts(command, "FILE", "FILE", *pFiles, "policies")->required();
+        line.GetTop(), HELP, [pOptions](CCommandContext& context) { return ImportFiles(context, DOOR, *pOptions); });
+    AddImportOptions(command, *pOptions, "policies");
 }

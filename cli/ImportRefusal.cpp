@@ -35,7 +35,7 @@ std::string ExplainLanguage(const CXMLView& root) {
 }
 
 std::string ExplainFailure(const CXMLView& root) {
-    if (CountChildren(root, TagUtf8::COMPLIANCE_TEMPLATES, TagUtf8::TEMPLATE) == 0) {
+    if (CountTemplates(root) == 0) {
         return CountChildren(root, TagUtf8::DIGITAL_ASSETS) == 0 ? NO_TEMPLATE : ASSETS_ONLY;
     }
     return IsOlderLayout(root) ? ALL_BUILT_IN : NO_REASON;
@@ -45,6 +45,10 @@ std::string ExplainFailure(const CXMLView& root) {
 
 std::size_t CountItems(const CXMLView& root) {
     return CountChildren(root, TagUtf8::DIGITAL_ASSETS) + CountChildren(root, TagUtf8::COMPLIANCE_TEMPLATES);
+}
+
+std::size_t CountTemplates(const CXMLView& root) {
+    return CountChildren(root, TagUtf8::COMPLIANCE_TEMPLATES, TagUtf8::TEMPLATE);
 }
 
 bool IsOlderLayout(const CXMLView& root) {
@@ -57,4 +61,11 @@ std::string ExplainRefusal(const CXMLView& root, int iResult) {
                Text::Quoted(TagUtf8::SA_POLICY);
     }
     return iResult == DigitalAssets::RESULT_WRONG_LANGUAGE ? ExplainLanguage(root) : ExplainFailure(root);
+}
+
+ECode GetRefusalCode(const CXMLView& root, int iResult) {
+    if (root.Name() != TagUtf8::SA_POLICY) {
+        return ECode::WRONG_ROOT;
+    }
+    return iResult == DigitalAssets::RESULT_WRONG_LANGUAGE ? ECode::WRONG_LANGUAGE : ECode::NO_TEMPLATES;
 }

@@ -41,6 +41,7 @@ constexpr SReason REASONS[] = {
     {"no-display-name", "it has no display_name", "give it one"},
     {"built-in", "the stored one is built in and this one is not",
      "give it another name, or set pre-defined=\"true\" to replace the built-in one"},
+    {"existing", "an item of this name is stored already", "import without --skip-existing to replace it"},
     {"missing-child", "a child element is missing: ", "add it"},
     {"unsupported-assets", "a rule cannot be imported: ", "correct it"},
     {"older-built-in", "built-in templates of the older layout are not taken",
@@ -51,8 +52,28 @@ constexpr SReason REASONS[] = {
     {"store", "the store could not write it", "nothing of the file was kept"},
 };
 
+struct SFault {
+    const char* pCode;
+    EItemKind eKind;      ///< of an unknown asset
+    const char* pAdvice;  ///< of any other
+};
+
+/** In the order of ETemplateFault. */
+constexpr SFault FAULTS[] = {
+    {"unknown-expression", EItemKind::EXPRESSION, ""},
+    {"unknown-keyword", EItemKind::KEYWORD, ""},
+    {"source-type", EItemKind::TEMPLATE, "write ENTITY or KEYWORD"},
+    {"block-operation", EItemKind::TEMPLATE, "write AND or OR"},
+    {"rule-operation", EItemKind::TEMPLATE, "write AND or OR"},
+};
+
+constexpr const char DRY_RUN[] = "nothing was kept: this was a dry run\n";
+
 const SItemKind& Row(EItemKind eKind) {
     return ITEM_KINDS[static_cast<std::size_t>(eKind)];
+}
+const SFault& Row(ETemplateFault eFault) {
+    return FAULTS[static_cast<std::size_t>(eFault)];
 }
 const SReason& Row(EReason eReason) {
     return REASONS[static_cast<std::size_t>(eReason)];
@@ -93,20 +114,68 @@ std::string NameOf(const SReportItem& item) {
 
 std::string Why(const SReportItem& item) {
     const SReason& reason = Row(item.eReason);
-    if (!item.bUnknownReference) {
-        const std::string& strMore = item.eKind == EItemKind::CATEGORY ? item.strDisplayName : item.strDetail;
-        return std::string(reason.pWhy) + Text::Printable(strMore) + "; " + reason.pAdvice;
+    if (!item.IsUnknownReference()) {
+        return std::string(reason.pWhy) + Text::Printable(item.strDetail) + "; " +
+               (item.fault ? Row(*item.fault).pAdvice : reason.pAdvice);
     }
-    return std::string("it refers to the ") + Row(item.eReferenceKind).pWord + ' ' + Text::Quoted(item.strReference) +
-           ", which is not stored; " +
-           (item.strNearest.empty() ? "import that first, or correct the name"
-                                    : "did you mean " + Text::Quoted(item.strNearest) + '?');
+    return std::string("it refers to the ") + Row(Row(*item.fault).eKind).pWord + ' ' + Text::Quoted(item.strFaulty) +
+           ", which is not stored; " + AdviseReference(item);
+}
+
+std::string MakeMissing(const SImportReport& report) {
+    std::string strLines;
+    for (const SMissingName& missing : report.vecMissing) {
+        strLines += Text::Printable(report.strFile) + ": no item has the name " + Text::Quoted(missing.strName) +
+                    (missing.strNearest.empty() ? "\n" : "; did you mean " + Text::Quoted(missing.strNearest) + "?\n");
+    }
+    return strLines;
+}
+
+std::string MakePassedOver(const SImportReport& report) {
+    std::string strLines;
+    if (report.iNotChosen != 0) {
+        strLines += Text::Counted(report.iNotChosen, "item", "items") + " not chosen\n";
+    }
+    if (report.iTemplatesLeft != 0) {
+        strLines +=
+            Text::Counted(report.iTemplatesLeft, "template", "templates") + " passed over; dlpctl import takes them\n";
+    }
+    return strLines;
+}
+
+Json TextOrNull(const std::string& strText) {
+    return strText.empty() ? Json() : Json(strText);
+}
+
+/** Beside whose fate it is: what of a rule is to blame, and what else there is to say of a template. */
+Json MakeWholeItemJson(const SReportItem& item) {
+    Json object = MakeItemJson(item);
+    object["cause"] = item.fault ? Json(Row(*item.fault).pCode) : Json();
+    object["reference"] = Json();
+    if (item.IsUnknownReference()) {
+        object["reference"] = {{"kind", Row(Row(*item.fault).eKind).pCode},
+                               {"name", item.strFaulty},
+                               {"nearest", TextOrNull(item.strNearest)}};
+    }
+    object["foreign_children"] = item.iForeignChildren;
+    return object;
 }
 
 }  // namespace
 
 bool SImportReport::HasFindings() const {
-    return !std::all_of(vecItems.begin(), vecItems.end(), std::mem_fn(&SReportItem::IsTaken));
+    return !vecMissing.empty() || !std::all_of(vecItems.begin(), vecItems.end(), std::mem_fn(&SReportItem::IsTaken));
+}
+
+std::size_t SImportReport::CountRefused() const {
+    return vecMissing.size() + static_cast<std::size_t>(std::count_if(vecItems.begin(), vecItems.end(),
+                                                                      std::mem_fn(&SReportItem::IsRefused)));
+}
+
+void SImportReport::Sort() {
+    std::stable_sort(vecItems.begin(), vecItems.end(), [](const SReportItem& left, const SReportItem& right) {
+        return left.iOffset < right.iOffset;  // what has no place comes last
+    });
 }
 
 void SImportReport::Undo(EVerdict eWhy, const std::string& strWhy) {
@@ -137,7 +206,13 @@ Json MakeReportJson(const SImportReport& report) {
     object["skipped_assets"] = report.vecSkippedAssets;
     Json& items = object["items"] = Json::array();
     for (const SReportItem& item : report.vecItems) {
-        items.push_back(MakeItemJson(item));
+        items.push_back(MakeWholeItemJson(item));
+    }
+    object["dry_run"] = report.bDryRun;
+    object["passed_over"] = report.iNotChosen + report.iTemplatesLeft;
+    Json& missing = object["not_found"] = Json::array();
+    for (const SMissingName& name : report.vecMissing) {
+        missing.push_back({{"name", name.strName}, {"nearest", TextOrNull(name.strNearest)}});
     }
     if (!report.strReason.empty()) {
         object["message"] = report.strReason;
@@ -163,14 +238,26 @@ std::string MakeFinding(const std::string& strFile, const SReportItem& item) {
 }
 
 std::string MakeReportText(const SImportReport& report) {
-    if (report.vecItems.empty()) {
-        return "nothing to import\n";
-    }
-    std::string strText = MakeTable(report.vecItems);
+    const std::string strTable =
+        report.vecItems.empty() ? std::string("nothing to import\n") : MakeTable(report.vecItems);
+    return strTable + MakeFindings(report) + MakePassedOver(report) + (report.bDryRun ? DRY_RUN : "");
+}
+
+std::string MakeFindings(const SImportReport& report) {
+    std::string strText;
     for (const SReportItem& item : report.vecItems) {
         strText += MakeFinding(report.strFile, item);
     }
-    return strText;
+    return strText + MakeMissing(report);
+}
+
+const char* GetItemWord(EItemKind eKind) {
+    return Row(eKind).pWord;
+}
+
+std::string AdviseReference(const SReportItem& item) {
+    return item.strNearest.empty() ? "import that first, or correct the name"
+                                   : "did you mean " + Text::Quoted(item.strNearest) + '?';
 }
 
 std::string MakeRefusal(const SImportReport& report) {

@@ -7,8 +7,10 @@
 
 #include <nlohmann/json_fwd.hpp>
 
+#include "cli/ItemChoice.h"
 #include "cli/SourcePlaces.h"
 #include "cli/Verdict.h"
+#include "cli/check/DiagnosticCodes.h"
 #include "digital_assets/ImportObserver.h"
 
 /** An item of the file, and what there is to say about it. */
@@ -17,6 +19,8 @@ struct SReportItem : SImportItem {
     std::string strNearest;  ///< the stored name that an unknown reference most likely means; "" when none is near
 
     bool IsTaken() const { return eDisposition != EDisposition::SKIPPED && eDisposition != EDisposition::FAILED; }
+    /** Whether the document is to blame that it is not taken. */
+    bool IsRefused() const { return !IsTaken() && eReason != EReason::EXISTING; }
     /** Whether the text says more of it than its number. */
     bool IsShown() const { return !IsTaken() || iForeignChildren != 0; }
 };
@@ -26,16 +30,25 @@ struct SImportReport {
     const char* pFormat = "";
     std::string strFile;
     EVerdict eVerdict = EVerdict::DONE;
-    std::optional<int> iResult;  ///< the library's; none when the file gave no document to import
-    std::string strReason;       ///< why nothing was written
-    SPlace place;                ///< where in the file that shows
+    std::optional<int> iResult;             ///< the library's; none when the file gave no document to import
+    std::string strReason;                  ///< why nothing was written
+    SPlace place;                           ///< where in the file that shows
+    ECode eRefusal = ECode::IMPORT_FAILED;  ///< what it is called
     std::vector<std::string> vecImported;
     std::vector<std::string> vecSkipped;
     std::vector<std::string> vecSkippedAssets;
     std::vector<SReportItem> vecItems;
+    bool bDryRun = false;                  ///< whatever was written is undone
+    std::size_t iNotChosen = 0;            ///< items that were not asked for by name
+    std::size_t iTemplatesLeft = 0;        ///< templates of a document of which only the assets are asked for
+    std::vector<SMissingName> vecMissing;  ///< names that were asked for and are not in the document
 
-    /** @return whether an item was not taken */
+    /** @return whether an item was not taken, or is not there */
     bool HasFindings() const;
+    /** @return how many items the document is to blame for not being taken, those that are not there included */
+    std::size_t CountRefused() const;
+    /** Puts the items into the order of the file. */
+    void Sort();
     /** Nothing was written: only the items that would not have been taken anyway stay listed. */
     void Undo(EVerdict eWhy, const std::string& strWhy);
 };
@@ -44,11 +57,17 @@ struct SImportReport {
 nlohmann::ordered_json MakeReportHead(const SImportReport& report);
 /** @return the whole object, which begins with the head */
 nlohmann::ordered_json MakeReportJson(const SImportReport& report);
-/** @return a table of what became of how many items, then what was not taken, where, why and what to do */
+/** @return a table of what became of how many items, then the findings */
 std::string MakeReportText(const SImportReport& report);
-/** @return an item as it stands in the whole object */
+/** @return lines of what was not taken, where, why and what to do */
+std::string MakeFindings(const SImportReport& report);
+/** @return whose fate it is, why and where, as it stands in the whole object among more */
 nlohmann::ordered_json MakeItemJson(const SReportItem& item);
 /** @return a line for each thing that there is to say of an item: where, why it was not taken and what to do */
 std::string MakeFinding(const std::string& strFile, const SReportItem& item);
 /** @return one line without its end: why nothing was written */
 std::string MakeRefusal(const SImportReport& report);
+/** @return what people call an item of this kind */
+const char* GetItemWord(EItemKind eKind);
+/** @return "import that first …", or the nearest name */
+std::string AdviseReference(const SReportItem& item);

@@ -25,6 +25,8 @@ namespace fs = std::filesystem;
 constexpr const char STANDARD_STREAM[] = "-";
 constexpr const char EMPTY[] = "the file is empty";
 constexpr const char NO_MARKUP[] = "there is no \"<\" in it, so it is no XML";
+constexpr const char UTF16[] = "UTF-16, not UTF-8: save the file in that encoding, as iconv -f UTF-16 -t UTF-8 does";
+constexpr std::string_view ZERO("\0", 1);
 constexpr const char NOT_UTF8[] = "not UTF-8: save the file in that encoding";
 
 /** A pipe has no size to read by. */
@@ -83,13 +85,23 @@ auto Read(CCommandContext& context, const std::string& strFile, Stream&& fnStrea
     }
 }
 
+/** Markup in that encoding has a zero beside its first "<"; no other text may have one. */
+bool IsUtf16(std::string_view strBytes) {
+    const std::size_t iMarkup = strBytes.find('<');
+    return strBytes.substr(iMarkup + 1, 1) == ZERO || (iMarkup % 2 == 1 && strBytes[iMarkup - 1] == ZERO[0]);
+}
+
 void CheckText(const std::string& strFile, const SPolicyFile& file) {
     if (file.Text().empty()) {
-        throw CInputError(strFile, file.strBytes.empty() ? EMPTY : NO_MARKUP);
+        throw CInputError(strFile, file.strBytes.empty() ? EMPTY : NO_MARKUP, {}, ECode::NOT_XML);
+    }
+    if (IsUtf16(file.strBytes)) {
+        throw CInputError(strFile, UTF16, {}, ECode::NOT_UTF8);
     }
     const std::size_t iInvalid = OS::FindInvalidUtf8(file.Text());
     if (iInvalid != std::string::npos) {
-        throw CInputError(strFile, NOT_UTF8, CSourcePlaces(file.strBytes).Find(file.iStart + iInvalid));
+        throw CInputError(strFile, NOT_UTF8, CSourcePlaces(file.strBytes).Find(file.iStart + iInvalid),
+                          ECode::NOT_UTF8);
     }
 }
 
@@ -100,10 +112,11 @@ SPolicyFile TakeBytes(std::string strBytes) {
 
 }  // namespace
 
-CInputError::CInputError(const std::string& strFile, const std::string& strReason, SPlace place)
+CInputError::CInputError(const std::string& strFile, const std::string& strReason, SPlace place, ECode eCode)
     : CToolError(EVerdict::INVALID, FormatPlace(strFile, place) + ": " + strReason),
       m_strReason(strReason),
-      m_place(place) {}
+      m_place(place),
+      m_eCode(eCode) {}
 
 std::string FormatPlace(const std::string& strFile, SPlace place) {
     std::string strPlace = Text::Printable(strFile);
@@ -131,7 +144,7 @@ CXMLView ParsePolicy(const std::string& strFile, const SPolicyFile& file, CPolic
     const SXMLLoadError& error = parser.GetLoadError();
     if (!error.strMessage.empty()) {
         throw CInputError(strFile, Text::Printable(error.strMessage),
-                          CSourcePlaces(file.strBytes).Find(file.iStart + error.iOffset));
+                          CSourcePlaces(file.strBytes).Find(file.iStart + error.iOffset), ECode::NOT_XML);
     }
     return parser.RootView();
 }

@@ -4,6 +4,7 @@
 
 #include "cli/SourcePlaces.h"
 #include "cli/Verdict.h"
+#include "cli/check/DiagnosticCodes.h"
 #include "platform/xml/CXMLView.h"
 #include "templates/PolicyFile.h"
 
@@ -14,13 +15,16 @@ class CPolicyDocument;
 class CInputError : public CToolError {
   public:
     /** @param strReason printable @param place none when the file as a whole is meant */
-    CInputError(const std::string& strFile, const std::string& strReason, SPlace place = {});
+    CInputError(const std::string& strFile, const std::string& strReason, SPlace place = {},
+                ECode eCode = ECode::UNREADABLE);
     const std::string& GetReason() const { return m_strReason; }
     SPlace GetPlace() const { return m_place; }
+    ECode GetCode() const { return m_eCode; }
 
   private:
     std::string m_strReason;
     SPlace m_place;
+    ECode m_eCode;
 };
 
 /** @return "FILE:LINE:COLUMN", or "FILE" alone without a place; printable */

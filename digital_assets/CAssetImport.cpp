@@ -172,8 +172,11 @@ int CAssetImport::Run(EImport eImport) {
         }
     }
     // A pass that failed is committed as well: what was saved before it failed stays.
-    if (unit.has_value() && !Guarded(mode.passes.back()->pException, commit) && pFailed == nullptr) {
-        pFailed = mode.passes.back();
+    if (unit.has_value() && !Guarded(mode.passes.back()->pException, commit)) {
+        pFailed = pFailed == nullptr ? mode.passes.back() : pFailed;
+        if (m_pObserver != nullptr) {
+            m_pObserver->OnUndone();
+        }
     }
     if (pFailed != nullptr) {
         DLP_LOG(DBG::LEVEL_FAILURE, pFailed->pFailed);
@@ -222,7 +225,10 @@ bool CAssetImport::ReadElements(const SPass& pass) {
         return false;
     }
     for (int i = 0; i < pNodes->GetLength(); ++i) {
-        Import(pass, pNodes->ViewAt(i));
+        const CXMLView element = pNodes->ViewAt(i);
+        if (m_pObserver == nullptr || !m_pObserver->PassesOver(pass.format.eKind, element.Attribute(TagUtf8::NAME))) {
+            Import(pass, element);
+        }
     }
     DLP_LOG(DBG::LEVEL_LEAVE, pass.pLeft);
     return true;
@@ -258,6 +264,9 @@ CAssetImport::SFate CAssetImport::Take(const SPass& pass, const CXMLView& elemen
 CAssetImport::SFate CAssetImport::Replace(const SPass& pass, const CXMLView& element,
                                           CCfgSettingDLPDigitalAsset& record) {
     DLP_LOG(DBG::LEVEL_INFO, pass.pExists, OS::WideText(element.Attribute(TagUtf8::NAME)));
+    if (m_pObserver != nullptr && m_pObserver->KeepsStored()) {
+        return {EDisposition::SKIPPED, EReason::EXISTING};
+    }
     if (IsBuiltInKept(record.Row(), element)) {
         DLP_LOG(DBG::LEVEL_INFO, BUILT_IN_KEPT);
         return {EDisposition::SKIPPED, EReason::BUILT_IN};

@@ -1,7 +1,9 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <string>
+#include <string_view>
 
 /** Kinds of items in a document. */
 enum class EItemKind { EXPRESSION, KEYWORD, TEMPLATE, CATEGORY, SECTION };
@@ -15,13 +17,17 @@ enum class EReason {
     NO_NAME,             ///< name is empty or absent
     NO_DISPLAY_NAME,     ///< display_name is empty or absent
     BUILT_IN,            ///< the stored item is built in, this one is not
+    EXISTING,            ///< the name is stored already, and the observer keeps what is stored
     MISSING_CHILD,       ///< a required child element is missing; the detail names it
     UNSUPPORTED_ASSETS,  ///< a rule cannot be imported; the detail says what of it
     OLDER_BUILT_IN,      ///< a built-in template of the older layout
     OLDER_SECTION,       ///< a section that the older layout does not carry over
-    UNKNOWN_TEMPLATE,    ///< a category entry that names no template of the document
+    UNKNOWN_TEMPLATE,    ///< a category entry that names no template of the document; the detail is that name
     STORE,               ///< the store could not write it
 };
+
+/** What keeps a template from being imported. */
+enum class ETemplateFault { UNKNOWN_EXPRESSION, UNKNOWN_KEYWORD, SOURCE_TYPE, BLOCK_OPERATION, RULE_OPERATION };
 
 /** One item of a document and its fate. Texts are UTF-8. */
 struct SImportItem {
@@ -31,19 +37,29 @@ struct SImportItem {
     EDisposition eDisposition = EDisposition::CREATED;
     EReason eReason = EReason::NONE;
     std::string strDetail;
-    /** For UNSUPPORTED_ASSETS over an unknown reference: which kind of asset and the name that is not stored. */
-    bool bUnknownReference = false;
-    EItemKind eReferenceKind = EItemKind::EXPRESSION;
-    std::string strReference;
+    /** For UNSUPPORTED_ASSETS: what of the rule cannot be imported. */
+    std::optional<ETemplateFault> fault;
+    /** The value that is to blame for it; for an unknown expression or keyword list its name. */
+    std::string strFaulty;
     /** Child elements of a template that are no match rules and are read as empty ones. */
     std::size_t iForeignChildren = 0;
     /** Bytes from the start of the text to the start tag's "<"; npos when there is no such place. */
     std::size_t iOffset = std::string::npos;
+
+    bool IsUnknownReference() const {
+        return fault == ETemplateFault::UNKNOWN_EXPRESSION || fault == ETemplateFault::UNKNOWN_KEYWORD;
+    }
 };
 
-/** Hears of each item of an import when its fate is known, in the order of the work. */
+/** Hears of each item of an import when its fate is known, in the order of the work, and may have items left alone. */
 class CImportObserver {
   public:
     virtual ~CImportObserver() = default;
+    /** Asked of each item before anything is done with it. @return whether the import takes no notice of it */
+    virtual bool PassesOver(EItemKind, std::string_view /*strName*/) { return false; }
+    /** Asked of an item whose name is stored. @return whether the stored one stays as it is */
+    virtual bool KeepsStored() { return false; }
     virtual void OnItem(const SImportItem& item) = 0;
+    /** Nothing was kept of all that was told so far. */
+    virtual void OnUndone() {}
 };

@@ -86,7 +86,9 @@ bool CTemplateImport::ImportTemplates() {
         item.strName = item.node.Attribute(TagUtf8::NAME);
         item.strDisplayName = item.node.Attribute(TagUtf8::DISPLAY_NAME);
         item.bPreDefined = TemplateXml::IsPreDefined(item.node);
-        ImportItem(item);
+        if (m_pObserver == nullptr || !m_pObserver->PassesOver(EItemKind::TEMPLATE, item.strName)) {
+            ImportItem(item);
+        }
         if (m_pObserver != nullptr) {
             m_names.insert(std::move(item.strName));
         }
@@ -114,10 +116,12 @@ void CTemplateImport::ImportItem(const SItem& item) {
 void CTemplateImport::Store(const SItem& item) {
     try {
         const CTemplateMgr::Record pStored = m_manager.FindStored(CTemplateMgr::SEARCH_ELEMENT_NAME, item.strName);
-        if (pStored) {
-            Update(item, pStored);
-        } else {
+        if (!pStored) {
             Create(item);
+        } else if (m_pObserver != nullptr && m_pObserver->KeepsStored()) {
+            Skip(item, EDisposition::SKIPPED, EReason::EXISTING);
+        } else {
+            Update(item, pStored);
         }
     } catch (const OS::CException&) {
         Report(item, EDisposition::FAILED, EReason::STORE);
@@ -200,13 +204,15 @@ void CTemplateImport::ReportUnknownTemplates(const std::wstring& strContainer, c
     const int iEntries = pEntries ? pEntries->GetLength() : 0;
     for (int i = 0; i < iEntries; ++i) {
         const CXMLView entry = pEntries->ViewAt(i);
+        const CXMLView category = entry.Parent();
         SImportItem report;
-        report.strDisplayName = entry.Text();
-        if (m_names.count(report.strDisplayName) != 0) {
+        report.strDetail = entry.Text();
+        report.strName = category.Attribute(TagUtf8::NAME);
+        if (m_names.count(report.strDetail) != 0 || m_pObserver->PassesOver(EItemKind::CATEGORY, report.strName)) {
             continue;
         }
         report.eKind = EItemKind::CATEGORY;
-        report.strName = entry.Parent().Attribute(TagUtf8::NAME);
+        report.strDisplayName = category.Attribute(TagUtf8::DISPLAY_NAME);
         report.eDisposition = EDisposition::SKIPPED;
         report.eReason = EReason::UNKNOWN_TEMPLATE;
         report.iOffset = entry.Offset();

@@ -134,6 +134,9 @@ int CTemplateMgr::ImportTemplateImpl(CPolicyDocument& document, std::vector<OS::
     } catch (const OS::CException& exception) {
         vecImported.resize(iImportedBefore);
         LogImportFailure(exception);
+        if (pObserver != nullptr) {
+            pObserver->OnUndone();
+        }
         return RESULT_FAILED;
     } catch (...) {
         vecImported.resize(iImportedBefore);  // the unit of work undoes what the names stood for

@@ -67,12 +67,13 @@ OS::CAutoObjPtr<CXMLNode> RequireRoot(const CXMLParser& document, const std::wst
 }
 
 void ReportDropped(CImportObserver* pObserver, EItemKind eKind, EReason eReason, const CXMLView& element) {
-    if (pObserver == nullptr) {
+    const std::string_view strName = eKind == EItemKind::SECTION ? element.Name() : element.Attribute(TagUtf8::NAME);
+    if (pObserver == nullptr || pObserver->PassesOver(eKind, strName)) {
         return;
     }
     SImportItem report;
     report.eKind = eKind;
-    report.strName = eKind == EItemKind::SECTION ? element.Name() : element.Attribute(TagUtf8::NAME);
+    report.strName = strName;
     report.strDisplayName = element.Attribute(CDLPXmlNormalizer::OLDER_DISPLAY_NAME);
     report.eDisposition = EDisposition::SKIPPED;
     report.eReason = eReason;

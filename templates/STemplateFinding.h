@@ -3,10 +3,8 @@
 #include <cstddef>
 #include <string>
 
+#include "digital_assets/ImportObserver.h"
 #include "platform/xml/CXMLView.h"
-
-/** What keeps a template from being imported. */
-enum class ETemplateFault { UNKNOWN_EXPRESSION, UNKNOWN_KEYWORD, SOURCE_TYPE, BLOCK_OPERATION, RULE_OPERATION };
 
 /** A template of a document that cannot be imported, and the building block or match rule that is to blame. */
 struct STemplateFinding {

@@ -2,6 +2,14 @@
 
 #include "xml/Vocabulary.h"
 
+namespace {
+
+/** In the order of ETemplateFault. */
+constexpr const char* FAULTY_ATTRIBUTES[] = {TagUtf8::SOURCE_NAME, TagUtf8::SOURCE_NAME, TagUtf8::SOURCE_TYPE,
+                                             TagUtf8::OPERATION, TagUtf8::OPERATION};
+
+}  // namespace
+
 namespace TemplateReport {
 
 std::size_t CountForeignChildren(const CXMLView& element) {
@@ -19,12 +27,8 @@ void Describe(const STemplateFinding& finding, SImportItem& item) {
             item.strDetail.append(" ").append(pName).append("=\"").append(finding.node.Attribute(pName)).append("\"");
         }
     }
-    const bool bExpression = finding.eFault == ETemplateFault::UNKNOWN_EXPRESSION;
-    if (bExpression || finding.eFault == ETemplateFault::UNKNOWN_KEYWORD) {
-        item.bUnknownReference = true;
-        item.eReferenceKind = bExpression ? EItemKind::EXPRESSION : EItemKind::KEYWORD;
-        item.strReference = finding.node.Attribute(TagUtf8::SOURCE_NAME);
-    }
+    item.fault = finding.eFault;
+    item.strFaulty = finding.node.Attribute(FAULTY_ATTRIBUTES[static_cast<std::size_t>(finding.eFault)]);
 }
 
 }  // namespace TemplateReport

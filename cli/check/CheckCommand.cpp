@@ -35,7 +35,6 @@ constexpr SCommandHelp HELP = {
     CHECK_JSON_FORMAT,
 };
 
-constexpr const char MEMORY_STORE[] = "memory:";
 constexpr const char STANDARD_STREAM[] = "-";
 constexpr ESeverity SEVERITIES[] = {ESeverity::ERROR, ESeverity::WARNING, ESeverity::NOTE};
 
@@ -71,22 +70,13 @@ ECode FindAllowed(const std::string& strCode) {
 }
 
 const SCheckFormat& ChooseFormat(const CCommandContext& context, const std::string& strFormat) {
-    const SCheckFormat& format = FindCheckFormat(!strFormat.empty() ? strFormat
-                                                 : context.IsJson() ? CHECK_JSON
-                                                                    : CHECK_TEXT);
+    const SCheckFormat& format = FindCheckFormat("--format", !strFormat.empty() ? strFormat
+                                                             : context.IsJson() ? CHECK_JSON
+                                                                                : CHECK_TEXT);
     if (context.IsJson() && format.fnMake != MakeCheckJson) {
         throw CToolError(EVerdict::USAGE, "write either --json or --format " + strFormat);
     }
     return format;
-}
-
-/** A check makes no store: against one that is not there yet, everything is new. */
-void ChooseStore(CCommandContext& context, bool bNoStore) {
-    std::error_code error;
-    const std::string strPath = bNoStore ? std::string() : context.GetStorePath();
-    if (bNoStore || (!strPath.empty() && !fs::exists(strPath, error) && !error)) {
-        context.Options().strStore = MEMORY_STORE;
-    }
 }
 
 SFileReport MakeUnreadable(const SFileCheck& check, const std::string& strFile, const char* pWhy) {
@@ -128,7 +118,11 @@ EVerdict Check(CCommandContext& context, SArguments& arguments) {
     for (const std::string& strCode : arguments.vecAllow) {
         arguments.check.choice.vecAllow.push_back(FindAllowed(strCode));
     }
-    ChooseStore(context, arguments.bNoStore);
+    if (arguments.bNoStore) {
+        context.TakeEmptyStore();
+    } else {
+        context.MakeNoStore();
+    }
     SCheckReport report = CheckAll(context, arguments);
     report.eFailOn = eFailOn;
     context.Write(format.fnMake(report));

@@ -14,11 +14,11 @@ constexpr SCheckFormat FORMATS[] = {
 
 }  // namespace
 
-const SCheckFormat& FindCheckFormat(const std::string& strName) {
+const SCheckFormat& FindCheckFormat(const char* pOption, const std::string& strName) {
     const auto* pFormat = std::find_if(std::begin(FORMATS), std::end(FORMATS),
                                        [&](const SCheckFormat& format) { return strName == format.pName; });
     if (pFormat == std::end(FORMATS)) {
-        throw CToolError(EVerdict::USAGE, "--format: there is no format " + Text::Quoted(strName) +
+        throw CToolError(EVerdict::USAGE, std::string(pOption) + ": there is no format " + Text::Quoted(strName) +
                                               "; write text, json, sarif, junit or github");
     }
     return *pFormat;

@@ -15,8 +15,8 @@ inline constexpr const char CHECK_TEXT[] = "text";
 /** Name of the JSON form. */
 inline constexpr const char CHECK_JSON_FORMAT[] = "dlpctl-check/1";
 
-/** @throws CToolError (USAGE) naming those there are */
-const SCheckFormat& FindCheckFormat(const std::string& strName);
+/** @param pOption who asks @throws CToolError (USAGE) naming those there are */
+const SCheckFormat& FindCheckFormat(const char* pOption, const std::string& strName);
 
 /** For people: at most 100 diagnostics unless all are wanted. */
 std::string MakeCheckText(const SCheckReport& report);

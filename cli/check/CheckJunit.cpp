@@ -9,8 +9,7 @@
 
 namespace {
 
-constexpr const char TOOL[] = "dlpctl check";
-constexpr const char PASSED[] = "check";
+constexpr const char TOOL[] = "dlpctl ";
 
 // Names of the format's attributes that stand more than once.
 constexpr const char NAME[] = "name";
@@ -93,7 +92,7 @@ void WriteSuite(CXMLWriter& writer, const SCheckReport& report, const SFileRepor
         }
     }
     if (!bAny) {
-        StartCase(writer, file.strFile, PASSED);
+        StartCase(writer, file.strFile, report.pCommand);
         writer.EndElement();
     }
     writer.EndElement();
@@ -113,7 +112,7 @@ std::string MakeCheckJunit(const SCheckReport& report) {
     CXMLWriter writer(strXml);
     writer.Declaration();
     writer.StartElement("testsuites");
-    writer.Attribute(NAME, TOOL);
+    writer.Attribute(NAME, std::string(TOOL) + report.pCommand);
     WriteCounts(writer, total);
     for (const SFileReport& file : report.vecFiles) {
         WriteSuite(writer, report, file);

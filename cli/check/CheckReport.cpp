@@ -18,6 +18,9 @@ std::array<std::size_t, 3> SCheckReport::Count() const {
 }
 
 EVerdict SCheckReport::GetVerdict() const {
+    if (verdict) {
+        return *verdict;
+    }
     bool bFails = false;
     for (const SFileReport& file : vecFiles) {
         if (file.IsInvalid()) {

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -24,6 +25,8 @@ struct SCheckReport {
     std::vector<SFileReport> vecFiles;
     ESeverity eFailOn = ESeverity::ERROR;
     bool bAll = false;
+    const char* pCommand = "check";   ///< whose report it is
+    std::optional<EVerdict> verdict;  ///< the command's, unless what was found says it
 
     /** @return how many of each severity, without those that were fixed */
     std::array<std::size_t, 3> Count() const;

@@ -83,7 +83,7 @@ std::string MakeCheckSarif(const SCheckReport& report) {
     }
     const Json driver = {{"name", TOOL}, {"version", DLP_VERSION}, {"rules", MakeRules()}};
     const EVerdict eVerdict = report.GetVerdict();
-    const Json invocation = {{"executionSuccessful", eVerdict != EVerdict::INVALID},
+    const Json invocation = {{"executionSuccessful", eVerdict <= EVerdict::FINDINGS},
                              {"exitCode", GetExitCode(eVerdict)}};
     const Json run = {{"tool", {{"driver", driver}}},
                       {"columnKind", "unicodeCodePoints"},

@@ -666,6 +666,25 @@ constexpr SCodeRow CODES[] = {
     <buildingBlock sourceType="KEYWORD" sourceName="words" operation="AND"/>
   </matchRule>
 </template>)"},
+    {ECode::ALREADY_STORED, "DLP070", ESeverity::NOTE, "already-stored",
+     "the store has the {} {} already",
+     "import without --skip-existing to replace it",
+     "Told in reports of imports. With --skip-existing what is stored stays as it is.",
+     "(an import with --skip-existing of an item whose name is stored)",
+     "(the same import without it)"},
+    {ECode::NOT_IN_DOCUMENT, "DLP071", ESeverity::ERROR, "not-in-document",
+     "no item of the document has the name {}",
+     "correct the name after --only",
+     "Told in reports of imports. The items that --only names are taken by their internal names.",
+     "(an import with --only of a name that the document has not)",
+     "(the same import with a name that it has)"},
+    {ECode::IMPORT_FAILED, "DLP072", ESeverity::ERROR, "import-failed",
+     "nothing of the file was taken: {}",
+     "import the file again once the reason is gone",
+     "Told in reports of imports. The store or memory failed, the import was interrupted, or "
+     "--fail-on-skip was given and an item cannot be taken.",
+     "(an import into a store whose disk is full)",
+     "(an import into one that has room)"},
 };
 // clang-format on
 

@@ -56,6 +56,9 @@ enum class ECode {
     HITS_BELOW_ONE,
     SAME_TEMPLATE,
     RULE_POINTLESS,
+    ALREADY_STORED,
+    NOT_IN_DOCUMENT,
+    IMPORT_FAILED,
     COUNT,
 };
 

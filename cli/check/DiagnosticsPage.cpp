@@ -11,7 +11,8 @@ constexpr std::size_t WIDTH = 100;
 constexpr const char PAGE_HEAD[] =
     "# Diagnostics\n"
     "\n"
-    "What `dlpctl check` finds. This page is made from the tool's own table (`dlpctl explain --markdown`);\n"
+    "What `dlpctl check` finds, and reports of `dlpctl import` tell.\n"
+    "This page is made from the tool's own table (`dlpctl explain --markdown`);\n"
     "`dlpctl explain CODE` shows one entry. Errors are what an import refuses, skips or loses; with `--strict`\n"
     "warnings are errors too; `--allow CODE` leaves a code out. An … stands for what is filled in.\n";
 

@@ -6,14 +6,17 @@
 #include "api/CDLPDigitalAssetsParser.h"
 #include "cli/CommandContext.h"
 #include "cli/ImportRefusal.h"
+#include "cli/ImportReport.h"
 #include "cli/InputFile.h"
 #include "cli/InstalledFiles.h"
+#include "cli/KeptSettings.h"
 #include "cli/OutputFile.h"
 #include "cli/Signals.h"
 #include "cli/StoreSession.h"
 #include "cli/Text.h"
 #include "cli/check/CheckedDocument.h"
 #include "cli/check/ImportTrial.h"
+#include "cli/check/ItemDiagnostics.h"
 #include "digital_assets/DigitalAssets.h"
 #include "platform/common/TextConversion.h"
 #include "platform/store/CSettingsStore.h"
@@ -26,11 +29,6 @@ constexpr const char STANDARD_LAYOUT[] = "standard";
 constexpr const char OLDER_LAYOUT[] = "older";
 constexpr const char EMPTY[] = "it is empty";
 constexpr const char NO_MARKUP[] = "there is no \"<\" in it";
-constexpr const char* KIND_WORDS[] = {"expression", "keyword list", "template", "category", "section"};
-
-const char* Word(EItemKind eKind) {
-    return KIND_WORDS[static_cast<std::size_t>(eKind)];
-}
 
 class CFileCheck {
   public:
@@ -117,7 +115,7 @@ class CFileCheck {
         Signals::ThrowIfCaught();
         store.ThrowIfFailed();
         for (const SImportItem& item : trial.vecItems) {
-            Tell(checked, item);
+            TellItem({item, {}, {}}, checked.strText, m_diagnostics);
         }
         CheckReferences(checked);
         store.ThrowIfFailed();
@@ -136,42 +134,6 @@ class CFileCheck {
             {Text::Quoted(strLanguage), strOurs.empty() ? "none is set here" : "here it is " + Text::Quoted(strOurs)},
             {Text::Quoted(strLanguage)});
         CDLPDigitalAssetsParser::SetLanguage(OS::WideText(strLanguage));
-    }
-
-    /** What a template is refused for is told of its parts. */
-    void Tell(const SCheckedDocument& checked, const SImportItem& item) {
-        const std::string strName = Text::Quoted(item.strName);
-        const auto fnAdd = [&](ECode eCode, const std::vector<std::string>& vecWhat) {
-            m_diagnostics.Add(eCode, item.iOffset, vecWhat);
-        };
-        switch (item.eReason) {
-            case EReason::NO_NAME:
-                fnAdd(ECode::NO_NAME, {Word(item.eKind)});
-                break;
-            case EReason::NO_DISPLAY_NAME:
-                fnAdd(ECode::NO_DISPLAY_NAME, {Word(item.eKind), strName});
-                break;
-            case EReason::BUILT_IN:
-                fnAdd(ECode::BUILT_IN, {Word(item.eKind), strName});
-                break;
-            case EReason::MISSING_CHILD:
-                fnAdd(ECode::MISSING_CHILD, {Word(item.eKind), strName, Text::Quoted(item.strDetail)});
-                break;
-            case EReason::OLDER_BUILT_IN:
-                fnAdd(ECode::OLDER_BUILT_IN, {strName});
-                break;
-            case EReason::OLDER_SECTION:
-                fnAdd(ECode::OLDER_SECTION, {strName});
-                break;
-            case EReason::UNKNOWN_TEMPLATE:
-                m_diagnostics.Add(ECode::UNKNOWN_TEMPLATE, FindTextOffset(checked.strText, item.iOffset, 0),
-                                  {strName, Text::Quoted(item.strDisplayName)});
-                break;
-            case EReason::UNSUPPORTED_ASSETS:
-            case EReason::STORE:
-            case EReason::NONE:
-                break;
-        }
     }
 
     /** Writes the file anew, with the replacements from its end to its beginning. */

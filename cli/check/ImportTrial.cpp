@@ -1,6 +1,5 @@
 #include "cli/check/ImportTrial.h"
 
-#include "api/CDLPDigitalAssetsParser.h"
 #include "cli/CommandContext.h"
 #include "cli/Signals.h"
 #include "digital_assets/DigitalAssets.h"
@@ -37,12 +36,4 @@ STrial TryImport(const CCommandContext& context, CPolicyDocument& document, bool
             ? DigitalAssets::Import(DigitalAssets::EImport::ALL, context.GetScope(), document, vecAssets, &collector)
             : CTemplateMgr(context.GetScope()).ImportDocument(document, vecImported, vecSkipped, vecAssets, &collector);
     return trial;
-}
-
-CKeptSettings::CKeptSettings()
-    : m_strVersion(CDLPDigitalAssetsParser::GetVersion()), m_strLanguage(CDLPDigitalAssetsParser::GetLanguage()) {}
-
-CKeptSettings::~CKeptSettings() {
-    CDLPDigitalAssetsParser::SetVersion(m_strVersion);
-    CDLPDigitalAssetsParser::SetLanguage(m_strLanguage);
 }

@@ -3,7 +3,6 @@
 #include <vector>
 
 #include "digital_assets/ImportObserver.h"
-#include "platform/common/x_wstring.h"
 
 class CCommandContext;
 class CPolicyDocument;
@@ -19,16 +18,3 @@ struct STrial {
  * @param bAssetsOnly as dlpctl assets import does
  */
 STrial TryImport(const CCommandContext& context, CPolicyDocument& document, bool bAssetsOnly);
-
-/** Language and version, which an import sets for the whole process, as they were. */
-class CKeptSettings {
-  public:
-    CKeptSettings();
-    CKeptSettings(const CKeptSettings&) = delete;
-    CKeptSettings& operator=(const CKeptSettings&) = delete;
-    ~CKeptSettings();
-
-  private:
-    OS::x_wstring m_strVersion;
-    OS::x_wstring m_strLanguage;
-};

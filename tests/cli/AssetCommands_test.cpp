@@ -54,19 +54,28 @@ TEST_F(AssetCommands, ImportInJsonHasTheSameMembersAsThatOfPolicies) {
 }
 
 TEST_F(AssetCommands, ImportPassesTemplatesOver) {
-    EXPECT_EQ(Run({"assets", "import", "-"}, Documents::Small()).iCode, 0);
+    const SToolRun run = Run({"assets", "import", "-"}, Documents::Small());
+    EXPECT_EQ(run.iCode, 0);
+    EXPECT_EQ(run.strOut,
+              "-:\n"
+              "               CREATED  UPDATED  UNCHANGED  SKIPPED  FAILED\n"
+              "expressions          2        0          0        0       0\n"
+              "keyword lists        1        0          0        0       0\n"
+              "1 template passed over; dlpctl import takes them\n");
+    EXPECT_EQ(Json::parse(Run({"--json", "assets", "import", "-"}, Documents::Small()).strOut)["passed_over"], 1);
     EXPECT_EQ(Get({"list", "templates"}), "");
     EXPECT_EQ(Run({"assets", "import", "-"}, "<SAPolicy/>").strOut, "-:\nnothing to import\n");
 }
 
 TEST_F(AssetCommands, ImportRefusesWhatIsNoPolicyOrOfAnotherLanguage) {
     EXPECT_EQ(Run({"assets", "import", "-"}, "<a/>").strErr,
-              "dlpctl: -: no policy: the root element is \"a\", not \"SAPolicy\"; nothing was written\n");
+              "dlpctl: -:1:1: no policy: the root element is \"a\", not \"SAPolicy\"; nothing was written\n");
     const SToolRun run = Run({"assets", "import", "-"}, "<SAPolicy localization_language='Latin'/>");
     EXPECT_EQ(run.iCode, 2);
-    EXPECT_EQ(run.strErr,
-              "dlpctl: -: the document's language is \"Latin\", and none is set here; --language \"Latin\" takes it; "
-              "nothing was written\n");
+    EXPECT_EQ(
+        run.strErr,
+        "dlpctl: -:1:1: the document's language is \"Latin\", and none is set here; --language \"Latin\" takes it; "
+        "nothing was written\n");
 }
 
 TEST_F(AssetCommands, ExportWritesWhatIsNamedInThatOrder) {

@@ -101,7 +101,10 @@ TEST_F(ImportCommand, JsonHoldsEveryItemWithItsPlace) {
                     {"reason", ""},
                     {"line", 1},
                     {"column", iStart},
-                    {"detail", ""}};
+                    {"detail", ""},
+                    {"cause", nullptr},
+                    {"reference", nullptr},
+                    {"foreign_children", 0}};
     };
     const Json expected = {
         {"format", "dlpctl-import/1"},
@@ -113,7 +116,10 @@ TEST_F(ImportCommand, JsonHoldsEveryItemWithItsPlace) {
         {"skipped_assets", Json::array()},
         {"items",
          {fnItem("expression", "one", "Expression one"), fnItem("expression", "two", "Expression two"),
-          fnItem("keyword", "words", "List words"), fnItem("template", "cards", "Template cards")}}};
+          fnItem("keyword", "words", "List words"), fnItem("template", "cards", "Template cards")}},
+        {"dry_run", false},
+        {"passed_over", 0},
+        {"not_found", Json::array()}};
     EXPECT_EQ(Json::parse(run.strOut).dump(1), expected.dump(1));
 }
 
@@ -139,7 +145,8 @@ TEST_F(ImportCommand, WhatIsNotTakenIsListedWithPlaceReasonAndAdvice) {
         "mean \"card-number\"?\n"
         "FILE:12:5: template \"b\" skipped: it refers to the keyword list \"nothing like it\", which is not stored; "
         "import that first, or correct the name\n"
-        "FILE:13:5: template \"c\" skipped: a rule cannot be imported: matchRule operation=\"EXCEPT\"; correct it\n"
+        "FILE:13:5: template \"c\" skipped: a rule cannot be imported: matchRule operation=\"EXCEPT\"; write AND or "
+        "OR\n"
         "FILE:14:5: template \"\" skipped: it has no name; give it one\n"
         "FILE:15:5: template \"e\" skipped: it has no display_name; give it one\n"
         "FILE:16:5: template \"f\": 2 child elements read as empty rules\n"
@@ -183,6 +190,27 @@ TEST_F(ImportCommand, JsonNamesEachReasonByItsCode) {
               "category finance skipped unknown-template 18:68\n");
 }
 
+TEST_F(ImportCommand, JsonSaysWhatOfARuleCannotBeImported) {
+    Import(Policy(Entity("card"), "<template name=\"z\" display_name=\"Z\"/>"));
+    const std::pair<std::string, Json> aRules[] = {
+        {R"(<matchRule><buildingBlock sourceType="ENTITY" sourceName="crad"/></matchRule>)",
+         {"unknown-expression", {{"kind", "expression"}, {"name", "crad"}, {"nearest", "card"}}, 0}},
+        {R"(<matchRule><buildingBlock sourceType="KEYWORD" sourceName="w"/></matchRule>)",
+         {"unknown-keyword", {{"kind", "keyword"}, {"name", "w"}, {"nearest", nullptr}}, 0}},
+        {R"(<matchRule><buildingBlock sourceType="Entity" sourceName="card"/></matchRule>)",
+         {"source-type", nullptr, 0}},
+        {R"(<matchRule><buildingBlock sourceType="ENTITY" sourceName="card" operation="EXCEPT"/></matchRule>)",
+         {"block-operation", nullptr, 0}},
+        {R"(<rule/><matchRule operation="NOT"/>)", {"rule-operation", nullptr, 1}},
+    };
+    for (const auto& [strRules, expected] : aRules) {
+        const SToolRun run = Run({"--json", "import", "-"},
+                                 Policy("", "<template name=\"t\" display_name=\"T\">" + strRules + "</template>"));
+        const Json item = Json::parse(run.strOut)["items"][0];
+        EXPECT_EQ(Json({item["cause"], item["reference"], item["foreign_children"]}), expected) << strRules;
+    }
+}
+
 TEST_F(ImportCommand, TheOlderLayoutIsConvertedAndWhatItLosesIsSaid) {
     Import(Policy(Entity("one"), "<template name=\"z\" display_name=\"Z\"/>"));
     const SToolRun run = Run({"--json", "import", "-"}, OLDER);
@@ -196,10 +224,10 @@ TEST_F(ImportCommand, TheOlderLayoutIsConvertedAndWhatItLosesIsSaid) {
                     item["line"].dump() + ':' + item["column"].dump() + '\n';
     }
     EXPECT_EQ(strItems,
-              "template theirs skipped older-built-in 5:5\n"
               "section digitalAssets skipped older-section 2:3\n"
-              "section industries skipped older-section 7:3\n"
-              "template own created  4:5\n");
+              "template own created  4:5\n"
+              "template theirs skipped older-built-in 5:5\n"
+              "section industries skipped older-section 7:3\n");
 }
 
 TEST_F(ImportCommand, WithoutTheMapTheOlderNamesStayAndAWarningSaysWhere) {
@@ -263,12 +291,14 @@ TEST_F(ImportCommand, ARefusedDocumentIsUndoneAndItsReasonNamed) {
         const SToolRun run = Run(vecArguments, refused.pDocument);
         EXPECT_EQ(run.iCode, 2) << refused.pReason;
         EXPECT_EQ(run.strOut, "");
-        EXPECT_EQ(run.strErr, std::string("dlpctl: -: ") + refused.pReason + "; nothing was written\n");
+        EXPECT_EQ(run.strErr, std::string("dlpctl: -:1:1: ") + refused.pReason + "; nothing was written\n");
         vecArguments.emplace_back("--json");
         const Json report = Json::parse(Run(vecArguments, refused.pDocument).strOut);
         EXPECT_EQ(report["verdict"], "invalid");
         EXPECT_EQ(report["result"], refused.iResult);
         EXPECT_EQ(report["message"], refused.pReason);
+        EXPECT_EQ(report["line"], 1);
+        EXPECT_EQ(report["column"], 1);
         EXPECT_EQ(report["imported"], Json::array());
         EXPECT_EQ(Dump(), strDump);
     }
@@ -306,10 +336,16 @@ std::string Nested(int iDepth) {
     return strText;
 }
 
+constexpr const char UTF16[] = ": UTF-16, not UTF-8: save the file in that encoding, as iconv -f UTF-16 -t UTF-8 does";
+
 const SBadFile BAD_FILES[] = {
     {"", ": the file is empty"},
     {"no markup at all", ": there is no \"<\" in it, so it is no XML"},
     {"xx\n<a>\n\xe9\xff</a>", ":3:1: not UTF-8: save the file in that encoding"},
+    {std::string("\xff\xfe<\0a\0/\0>\0", 10), UTF16},
+    {std::string("\xfe\xff\0<\0a\0/\0>", 10), UTF16},
+    {std::string("<\0a\0/\0>\0", 8), UTF16},
+    {std::string("\0<\0a\0/\0>", 8), UTF16},
 };
 
 }  // namespace
@@ -367,6 +403,9 @@ TEST_F(ImportCommand, AFileThatCannotBeReadIsSaidInTheSystemsWords) {
                             {"skipped", Json::array()},
                             {"skipped_assets", Json::array()},
                             {"items", Json::array()},
+                            {"dry_run", false},
+                            {"passed_over", 0},
+                            {"not_found", Json::array()},
                             {"message", "No such file or directory"},
                             {"line", nullptr},
                             {"column", nullptr}}));

@@ -20,15 +20,8 @@ using Lines = std::vector<std::string>;
 
 constexpr const char* KINDS[] = {"expression", "keyword", "template", "category", "section"};
 constexpr const char* DISPOSITIONS[] = {"created", "updated", "unchanged", "skipped", "failed"};
-constexpr const char* REASONS[] = {"",
-                                   "no-name",
-                                   "no-display-name",
-                                   "built-in",
-                                   "no-child",
-                                   "unsupported",
-                                   "older-built-in",
-                                   "older-section",
-                                   "no-template",
+constexpr const char* REASONS[] = {"",         "no-name",     "no-display-name", "built-in",      "existing",
+                                   "no-child", "unsupported", "older-built-in",  "older-section", "no-template",
                                    "store"};
 
 /** Writes what it hears as lines such as "template T (T shown) skipped built-in @12", the start tag behind the place.
@@ -42,9 +35,10 @@ class CItemRecorder : public CImportObserver {
                               item.strDisplayName + ") " + DISPOSITIONS[static_cast<int>(item.eDisposition)] + " " +
                               REASONS[static_cast<int>(item.eReason)];
         strLine += item.strDetail.empty() ? "" : " [" + item.strDetail + "]";
-        strLine += item.bUnknownReference
-                       ? " -> " + std::string(KINDS[static_cast<int>(item.eReferenceKind)]) + " " + item.strReference
-                       : "";
+        if (item.IsUnknownReference()) {
+            const bool bExpression = item.fault == ETemplateFault::UNKNOWN_EXPRESSION;
+            strLine += (bExpression ? " -> expression " : " -> keyword ") + item.strFaulty;
+        }
         strLine += item.iForeignChildren == 0 ? "" : " foreign " + std::to_string(item.iForeignChildren);
         m_vecLines.push_back(strLine);
         m_vecPlaces.push_back(item.iOffset == std::string::npos ? "" : m_strXml.substr(item.iOffset, m_iShown));
@@ -143,17 +137,81 @@ TEST_F(ImportObserver, ForeignChildrenAreCounted) {
 }
 
 TEST_F(ImportObserver, CategoryEntriesThatNameNoTemplateAreHeardOfLast) {
-    const std::string strXml =
-        Policy(Template("T") + Template("U", "<matchRule operation=\"x\"/>"),
-               "<industries><industry name=\"i\"><template_id>T</template_id><template_id>none</template_id>"
-               "<template_id>U</template_id></industry></industries>"
-               "<regions><region name=\"r\"><template_id> T</template_id></region></regions>");
+    const std::string strXml = Policy(Template("T") + Template("U", "<matchRule operation=\"x\"/>"),
+                                      "<industries><industry name=\"i\" "
+                                      "display_name=\"I\"><template_id>T</template_id><template_id>none</template_id>"
+                                      "<template_id>U</template_id></industry></industries>"
+                                      "<regions><region name=\"r\"><template_id> T</template_id></region></regions>");
     CItemRecorder observer(strXml);
     EXPECT_EQ(Import(strXml, observer), 0);
     EXPECT_EQ(Lines(observer.m_vecLines.begin() + 2, observer.m_vecLines.end()),
-              (Lines{"category i (none) skipped no-template", "category r ( T) skipped no-template"}));
+              (Lines{"category i (I) skipped no-template [none]", "category r () skipped no-template [ T]"}));
     EXPECT_EQ(Lines(observer.m_vecPlaces.begin() + 2, observer.m_vecPlaces.end()),
               (Lines{"<template_id>none<", "<template_id> T</t"}));
+}
+
+namespace {
+
+/** Has the import pass over what a list names, and keep what is stored. */
+class CChoosingRecorder : public CItemRecorder {
+  public:
+    using CItemRecorder::CItemRecorder;
+
+    bool PassesOver(EItemKind eKind, std::string_view strName) override {
+        const std::string strItem = std::string(KINDS[static_cast<int>(eKind)]) + " " + std::string(strName);
+        m_vecAsked.push_back(strItem);
+        return std::find(m_vecPassedOver.begin(), m_vecPassedOver.end(), strItem) != m_vecPassedOver.end();
+    }
+    bool KeepsStored() override { return m_bKeepsStored; }
+
+    Lines m_vecPassedOver;
+    Lines m_vecAsked;
+    bool m_bKeepsStored = false;
+};
+
+}  // namespace
+
+TEST_F(ImportObserver, ItemsThatItPassesOverAreLeftAloneAndUnheard) {
+    const std::string strXml =
+        Policy(Template("T") + Template("U") + Template(""),
+               "<digitalAssets><entity name=\"e\" display_name=\"E\"><regularExpression/></entity>"
+               "<dictionary name=\"d\" display_name=\"D\"/></digitalAssets>"
+               "<industries><industry name=\"i\"><template_id>T</template_id><template_id>none</template_id></industry>"
+               "<industry name=\"j\"><template_id>none</template_id></industry></industries>");
+    CChoosingRecorder observer(strXml);
+    observer.m_vecPassedOver = {"expression e", "template T", "template ", "category i"};
+    EXPECT_EQ(Import(strXml, observer), 0);
+    EXPECT_EQ(observer.m_vecLines, (Lines{"keyword d (D) created ", "template U (shown) created ",
+                                          "category j () skipped no-template [none]"}));
+    EXPECT_EQ(observer.m_vecAsked, (Lines{"expression e", "keyword d", "template T", "template U", "template ",
+                                          "category i", "category j"}));
+    EXPECT_EQ(CSettingsStore::Current().Count(ESettingsKind::EXPRESSION), 1U);
+    EXPECT_EQ(CSettingsStore::Current().Count(ESettingsKind::TEMPLATE), 1U);
+}
+
+TEST_F(ImportObserver, OlderItemsThatItPassesOverAreUnheard) {
+    const std::string strXml =
+        "<SAPolicy><regions><region name=\"r\"/></regions><complianceTemplates>"
+        "<template name=\"a\" displayName=\"A\" builtin=\"1\"/><template name=\"b\" displayName=\"B\"/>"
+        "<template name=\"c\" displayName=\"C\"/></complianceTemplates></SAPolicy>";
+    CChoosingRecorder observer(strXml);
+    observer.m_vecPassedOver = {"template a", "template c", "section regions"};
+    EXPECT_EQ(Import(strXml, observer), 0);
+    EXPECT_EQ(observer.m_vecLines, (Lines{"template b (B) created "}));
+}
+
+TEST_F(ImportObserver, StoredItemsThatItKeepsAreSkippedWhateverTheyAre) {
+    const std::string strAssets =
+        "<digitalAssets><entity name=\"e\" display_name=\"E\"><regularExpression/></entity>"
+        "<dictionary name=\"d\" display_name=\"D\"/></digitalAssets>";
+    ASSERT_EQ(Heard(Policy(Template("T"), strAssets)).size(), 3U);
+    const std::string strXml = Policy(Template("T", "<matchRule/>") + Template("U") + Template("U"), strAssets);
+    CChoosingRecorder observer(strXml);
+    observer.m_bKeepsStored = true;
+    EXPECT_EQ(Import(strXml, observer), 0);
+    EXPECT_EQ(observer.m_vecLines, (Lines{"expression e (E) skipped existing", "keyword d (D) skipped existing",
+                                          "template T (shown) skipped existing", "template U (shown) created ",
+                                          "template U (shown) skipped existing"}));
 }
 
 TEST_F(ImportObserver, PlacesAreThoseOfTheStartTags) {

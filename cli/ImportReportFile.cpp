@@ -1,0 +1,145 @@
+#include "cli/ImportReportFile.h"
+
+#include <algorithm>
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include <nlohmann/json.hpp>
+
+#include "cli/CommandContext.h"
+#include "cli/FileIdentity.h"
+#include "cli/FileImport.h"
+#include "cli/ImportOptions.h"
+#include "cli/ImportReport.h"
+#include "cli/Output.h"
+#include "cli/Text.h"
+#include "cli/check/CheckFormats.h"
+#include "cli/check/ItemDiagnostics.h"
+
+namespace {
+
+constexpr const char STANDARD_STREAM[] = "-";
+constexpr const char FORMAT_OPTION[] = "--report-format";
+constexpr const char NOTHING_WRITTEN[] = "nothing of the file was written";
+
+/** What a file's end says of its format. */
+constexpr std::pair<std::string_view, const char*> ENDS[] = {
+    {".txt", CHECK_TEXT},
+    {".sarif", "sarif"},
+    {".sarif.json", "sarif"},
+    {".xml", "junit"},
+};
+
+const SCheckFormat& ChooseFormat(const SImportOptions& options) {
+    if (!options.strReportFormat.empty()) {
+        return FindCheckFormat(FORMAT_OPTION, options.strReportFormat);
+    }
+    for (const auto& [strEnd, pFormat] : ENDS) {
+        if (options.strReport.size() > strEnd.size() &&
+            options.strReport.compare(options.strReport.size() - strEnd.size(), strEnd.size(), strEnd) == 0) {
+            return FindCheckFormat(FORMAT_OPTION, pFormat);
+        }
+    }
+    return FindCheckFormat(FORMAT_OPTION, CHECK_JSON);
+}
+
+/** A report must not take the place of what it is about. */
+void CheckIsNoInput(const CCommandContext& context, const SImportOptions& options) {
+    for (const std::string& strFile : options.vecFiles) {
+        if (strFile != STANDARD_STREAM &&
+            IsSameFile(context.GetAbsolute(strFile), context.GetAbsolute(options.strReport))) {
+            throw CToolError(EVerdict::USAGE, "--report: " + Text::Printable(options.strReport) +
+                                                  " is what is to be imported; name another file");
+        }
+    }
+}
+
+bool IsWrittenAtOnce(const SCheckFormat& format) {
+    return format.fnMake == MakeCheckText || format.fnMake == MakeCheckJson;
+}
+
+std::string MakeText(const SImportReport& report) {
+    if (!report.strReason.empty()) {
+        return MakeRefusal(report) + '\n' + MakeFindings(report);
+    }
+    return Text::Printable(report.strFile) + ":\n" + MakeReportText(report);
+}
+
+std::string MakeJson(const SImportReport& report) {
+    return MakeReportJson(report).dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + '\n';
+}
+
+void TellRefusal(const SImportReport& report, CDiagnostics& diagnostics) {
+    SDiagnostic* pRefusal = diagnostics.Add(report.eRefusal, std::string::npos);
+    pRefusal->strMessage = report.strReason;
+    pRefusal->strAdvice = NOTHING_WRITTEN;
+    pRefusal->place = report.place;
+}
+
+/** What a file's report says, as a check would. */
+SFileReport MakeFileReport(const SImportReport& report, const SPolicyFile& file, const SCheckChoice& choice) {
+    CDiagnostics diagnostics(choice);
+    diagnostics.SetStart(file.iStart);
+    if (!report.strReason.empty()) {
+        TellRefusal(report, diagnostics);
+    }
+    for (const SReportItem& item : report.vecItems) {
+        if (!item.IsTaken() && !TellItem(item, file.Text(), diagnostics)) {
+            TellFault(item, diagnostics);
+        }
+    }
+    for (const SMissingName& missing : report.vecMissing) {
+        diagnostics.Add(ECode::NOT_IN_DOCUMENT, std::string::npos, {Text::Quoted(missing.strName)});
+    }
+    return {report.strFile, nullptr, diagnostics.Finish(file.strBytes), diagnostics.GetOmitted()};
+}
+
+}  // namespace
+
+CImportReportFile::CImportReportFile(CCommandContext& context, const SImportDoor& door, const SImportOptions& options) {
+    if (options.strReport.empty()) {
+        if (!options.strReportFormat.empty()) {
+            throw CToolError(EVerdict::USAGE, std::string(FORMAT_OPTION) + " needs --report FILE");
+        }
+        return;
+    }
+    m_pFormat = &ChooseFormat(options);
+    m_bAnswer = COutput::IsStandard(context, options.strReport);
+    if (m_bAnswer && context.IsJson()) {
+        throw CToolError(EVerdict::USAGE, "write either --json or --report " + Text::Printable(options.strReport));
+    }
+    CheckIsNoInput(context, options);
+    m_report.pCommand = door.pCommand;
+    m_pOutput = std::make_unique<COutput>(context, options.strReport);
+}
+
+CImportReportFile::~CImportReportFile() = default;
+
+bool CImportReportFile::ShowsEveryItem() const {
+    return m_pFormat != nullptr && m_pFormat->fnMake == MakeCheckJson;
+}
+
+void CImportReportFile::Add(const SImportReport& report, const SPolicyFile& file) {
+    if (m_pFormat == nullptr) {
+        return;
+    }
+    if (IsWrittenAtOnce(*m_pFormat)) {
+        m_pOutput->Write(ShowsEveryItem() ? MakeJson(report) : MakeText(report));
+    } else {
+        SCheckChoice choice;
+        choice.bAll = true;
+        m_report.vecFiles.push_back(MakeFileReport(report, file, choice));
+    }
+}
+
+void CImportReportFile::Finish(EVerdict eVerdict) {
+    if (m_pFormat == nullptr) {
+        return;
+    }
+    m_report.verdict = eVerdict;
+    if (!IsWrittenAtOnce(*m_pFormat)) {
+        m_pOutput->Write(m_pFormat->fnMake(m_report));
+    }
+    m_pOutput->Commit();
+}

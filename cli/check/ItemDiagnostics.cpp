@@ -1,0 +1,70 @@
+#include "cli/check/ItemDiagnostics.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "cli/ImportReport.h"
+#include "cli/Text.h"
+#include "cli/check/SourceMarkup.h"
+
+namespace {
+
+/** How an item's reason is told; kind and name are filled in first where the sentence has room for them. */
+struct STold {
+    EReason eReason;
+    ECode eCode;
+    bool bKind;
+    bool bName;
+    bool bDetail;
+};
+
+constexpr STold TOLD[] = {
+    {EReason::NO_NAME, ECode::NO_NAME, true, false, false},
+    {EReason::NO_DISPLAY_NAME, ECode::NO_DISPLAY_NAME, true, true, false},
+    {EReason::BUILT_IN, ECode::BUILT_IN, true, true, false},
+    {EReason::EXISTING, ECode::ALREADY_STORED, true, true, false},
+    {EReason::MISSING_CHILD, ECode::MISSING_CHILD, true, true, true},
+    {EReason::OLDER_BUILT_IN, ECode::OLDER_BUILT_IN, false, true, false},
+    {EReason::OLDER_SECTION, ECode::OLDER_SECTION, false, true, false},
+    {EReason::UNKNOWN_TEMPLATE, ECode::UNKNOWN_TEMPLATE, false, true, true},
+};
+
+/** In the order of ETemplateFault. */
+constexpr ECode FAULTS[] = {ECode::UNKNOWN_ASSET, ECode::UNKNOWN_ASSET, ECode::SOURCE_TYPE, ECode::OPERATION,
+                            ECode::OPERATION};
+
+}  // namespace
+
+bool TellItem(const SReportItem& item, std::string_view strText, CDiagnostics& diagnostics) {
+    for (const STold& told : TOLD) {
+        if (told.eReason != item.eReason) {
+            continue;
+        }
+        std::vector<std::string> vecWhat;
+        if (told.bKind) {
+            vecWhat.emplace_back(GetItemWord(item.eKind));
+        }
+        if (told.bName) {
+            vecWhat.push_back(Text::Quoted(item.strName));
+        }
+        if (told.bDetail) {
+            vecWhat.push_back(Text::Quoted(item.strDetail));
+        }
+        const bool bText = item.eReason == EReason::UNKNOWN_TEMPLATE;
+        diagnostics.Add(told.eCode, bText ? FindTextOffset(strText, item.iOffset, 0) : item.iOffset, vecWhat);
+    }
+    return item.eReason != EReason::UNSUPPORTED_ASSETS;
+}
+
+void TellFault(const SReportItem& item, CDiagnostics& diagnostics) {
+    const ECode eCode = FAULTS[static_cast<std::size_t>(*item.fault)];
+    if (item.IsUnknownReference()) {
+        const EItemKind eKind =
+            item.fault == ETemplateFault::UNKNOWN_EXPRESSION ? EItemKind::EXPRESSION : EItemKind::KEYWORD;
+        diagnostics.Add(eCode, item.iOffset, {GetItemWord(eKind), Text::Quoted(item.strFaulty)},
+                        {AdviseReference(item)});
+    } else {
+        diagnostics.Add(eCode, item.iOffset, {Text::Quoted(item.strFaulty)});
+    }
+}

@@ -1,0 +1,16 @@
+#pragma once
+
+#include <string_view>
+
+#include "cli/check/Diagnostics.h"
+
+struct SReportItem;
+
+/**
+ * Tells of an item that an import does not take.
+ * @param strText what the item's offset counts in
+ * @return false when a rule is to blame: nothing is told, for there is more to say of its parts
+ */
+bool TellItem(const SReportItem& item, std::string_view strText, CDiagnostics& diagnostics);
+/** Tells of a template over whose rule TellItem gave false. */
+void TellFault(const SReportItem& item, CDiagnostics& diagnostics);
