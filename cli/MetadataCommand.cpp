@@ -10,6 +10,7 @@
 #include "cli/Commands.h"
 #include "cli/InstalledFiles.h"
 #include "cli/Text.h"
+#include "platform/common/DataFileFailure.h"
 #include "platform/common/TextConversion.h"
 #include "platform/xml/CXMLParser.h"
 
@@ -65,6 +66,9 @@ std::string Plain(const OS::x_wstring& strEscaped) {
 EVerdict ShowMetadata(CCommandContext& context) {
     CheckPolicyFile();
     DLPMetaDataLoaderImpl metadata;
+    if (const std::string strFailure = OS::TakeDataFileFailure(); !strFailure.empty()) {
+        throw CToolError(EVerdict::USAGE, Text::Printable(strFailure));
+    }
     Json object = {{"format", HELP.pFormat}, {"verdict", GetVerdictName(EVerdict::DONE)}};
     std::string strText;
     for (const SMetaList& list : LISTS) {

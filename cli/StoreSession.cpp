@@ -5,6 +5,7 @@
 
 #include "cli/Text.h"
 #include "platform/common/CException.h"
+#include "platform/common/DataFileFailure.h"
 #include "platform/store/CForwardingStore.h"
 #include "platform/store/CSettingsStore.h"
 
@@ -17,11 +18,30 @@ namespace {
 
 constexpr const char OUT_OF_MEMORY[] = "memory ran out in the settings store";
 
+bool s_bChanged = false;
+
 /** Keeps the first failure; the ones that follow from it say less. */
 class CRecordingStore : public CForwardingStore {
   public:
     CRecordingStore(std::unique_ptr<CSettingsStore> pInner, std::shared_ptr<CStoreSession::SFailure> pFailure)
         : CForwardingStore(std::move(pInner)), m_pFailure(std::move(pFailure)) {}
+
+    void Begin(EUnitOfWork eUnit) override {
+        CForwardingStore::Begin(eUnit);
+        ++m_iUnits;
+        m_bWrites = m_iUnits == 1 ? eUnit == EUnitOfWork::WRITE : m_bWrites;
+    }
+
+    void Commit() override {
+        --m_iUnits;
+        CForwardingStore::Commit();
+        s_bChanged = s_bChanged || (m_iUnits == 0 && m_bWrites);
+    }
+
+    void Rollback() override {
+        --m_iUnits;
+        CForwardingStore::Rollback();
+    }
 
   protected:
     void Failed(const char*) override {
@@ -40,11 +60,14 @@ class CRecordingStore : public CForwardingStore {
 
   private:
     std::shared_ptr<CStoreSession::SFailure> m_pFailure;
+    int m_iUnits = 0;
+    bool m_bWrites = false;
 };
 
 }  // namespace
 
 CStoreSession::CStoreSession(const std::string& strUrl) : m_pFailure(std::make_shared<SFailure>()) {
+    s_bChanged = false;
     try {
         CSettingsStore::Open(strUrl);
     } catch (const OS::CException& error) {
@@ -57,6 +80,7 @@ CStoreSession::CStoreSession(const std::string& strUrl) : m_pFailure(std::make_s
 
 CStoreSession::~CStoreSession() {
     CSettingsStore::Close();
+    OS::TakeDataFileFailure();
 }
 
 void CStoreSession::ThrowIfFailed() const {
@@ -66,4 +90,11 @@ void CStoreSession::ThrowIfFailed() const {
     if (m_pFailure->eVerdict != EVerdict::DONE) {
         throw CToolError(m_pFailure->eVerdict, m_pFailure->strMessage);
     }
+    if (const std::string strFailure = OS::TakeDataFileFailure(); !strFailure.empty()) {
+        throw CToolError(EVerdict::INVALID, Text::Printable(strFailure));
+    }
+}
+
+bool CStoreSession::IsChanged() noexcept {
+    return s_bChanged;
 }

@@ -5,7 +5,7 @@
 
 #include "cli/Verdict.h"
 
-/** The process's store, open while this lives, with every failure that it reports on record. */
+/** The process's store, open while this lives, with every failure on record that it or a data file reports. */
 class CStoreSession {
   public:
     /** @throws CToolError (STORE) when it cannot be opened */
@@ -15,10 +15,14 @@ class CStoreSession {
     ~CStoreSession();
 
     /**
-     * The library turns some failures of the store into results that mean other things too. This asks the store itself.
-     * @throws CToolError with the first failure that the store reported (STORE; MEMORY when memory ran out in it)
+     * The library turns some failures of the store into results that mean other things too, and goes on without a data
+     * file that it cannot read. This asks the store and those files themselves.
+     * @throws CToolError with the first failure that the store reported (STORE; MEMORY when memory ran out in it), else
+     * with the one of a data file (INVALID)
      */
     void ThrowIfFailed() const;
+    /** @return whether anything was written that stays, in this session or the last one */
+    static bool IsChanged() noexcept;
 
     struct SFailure;
 

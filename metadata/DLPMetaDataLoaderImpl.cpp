@@ -1,8 +1,10 @@
 #include "api/DLPMetaDataLoaderImpl.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <utility>
 
+#include "platform/common/DataFileFailure.h"
 #include "platform/common/Paths.h"
 #include "platform/logging/DebugLog.h"
 #include "platform/system/InstallPath.h"
@@ -52,9 +54,11 @@ bool DLPMetaDataLoaderImpl::Load() {
         }
     } catch (const OS::CException& error) {
         DLP_LOG(DBG::LEVEL_ERROR, L"DLPMetaDataLoaderImpl::Load() failed: %s", error.GetErrorMessage());
+        OS::NoteDataFileFailure(error.GetErrorCode(), error.what());
         return false;
     } catch (...) {
         DLP_LOG(DBG::LEVEL_ERROR, L"DLPMetaDataLoaderImpl::Load() unknown exception");
+        OS::NoteDataFileFailure(ENOMEM, "memory ran out while the predefined lists were read");
         return false;
     }
     m_bLoaded = true;

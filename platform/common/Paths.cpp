@@ -64,7 +64,8 @@ std::string ResolvePath(const std::string& strPath) {
     }
     std::string strSlashes = strPath;
     std::replace(strSlashes.begin(), strSlashes.end(), '\\', '/');
-    return Exists(strSlashes) ? strSlashes : strPath;
+    // One that cannot be looked at is there as far as anyone knows; opening it tells why.
+    return Exists(strSlashes) || (errno != ENOENT && errno != ENOTDIR) ? strSlashes : strPath;
 }
 
 std::string ReadWholeFile(const std::string& strPath) {
@@ -72,10 +73,11 @@ std::string ReadWholeFile(const std::string& strPath) {
     if (strPath.find('\0') != std::string::npos) {
         ThrowUnreadable(strPath, ENOENT);
     }
-    const CFile file(ResolvePath(strPath));
+    const std::string strResolved = ResolvePath(strPath);
+    const CFile file(strResolved);
     struct stat status = {};
     if (file.Get() < 0 || ::fstat(file.Get(), &status) != 0) {
-        ThrowUnreadable(strPath, errno);
+        ThrowUnreadable(strResolved, errno);
     }
     const auto iExpected = S_ISREG(status.st_mode) ? static_cast<std::size_t>(status.st_size) : 0;
     std::string strContent(iExpected + 1, '\0');  // the byte more is where the end is noticed
@@ -86,7 +88,7 @@ std::string ReadWholeFile(const std::string& strPath) {
         }
         const ssize_t iRead = ::read(file.Get(), strContent.data() + iSize, strContent.size() - iSize);
         if (iRead < 0 && errno != EINTR) {
-            ThrowUnreadable(strPath, errno);
+            ThrowUnreadable(strResolved, errno);
         }
         if (iRead == 0) {
             break;
@@ -95,8 +97,8 @@ std::string ReadWholeFile(const std::string& strPath) {
     }
     if (iSize < iExpected) {
         throw CException(EIO,
-                         WideLenient("cannot read " + strPath + ": it ended after " + std::to_string(iSize) + " of " +
-                                     std::to_string(iExpected) + " bytes"),
+                         WideLenient("cannot read " + strResolved + ": it ended after " + std::to_string(iSize) +
+                                     " of " + std::to_string(iExpected) + " bytes"),
                          0);
     }
     strContent.resize(iSize);

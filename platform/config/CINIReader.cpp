@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "platform/common/CException.h"
+#include "platform/common/DataFileFailure.h"
 #include "platform/common/Paths.h"
 #include "platform/common/TextConversion.h"
 
@@ -53,7 +54,8 @@ bool CINIReader::Parse(const wchar_t* pPath, const wchar_t* pMode) {
     }
     try {
         m_strContent = OS::ReadWholeFile(OS::WCharToChar(pPath));
-    } catch (const OS::CException&) {
+    } catch (const OS::CException& error) {
+        OS::NoteDataFileFailure(error.GetErrorCode(), error.what());
         return false;
     }
     return true;
