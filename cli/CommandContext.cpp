@@ -34,9 +34,11 @@ using Json = nlohmann::ordered_json;
 constexpr const char PROGRAM[] = "dlpctl: ";
 constexpr const char WARNING[] = "warning: ";
 constexpr const char STANDARD_OUTPUT[] = "standard output";
+constexpr const char OUTPUT_TOO_LATE[] = "standard output after the store was changed";
 constexpr const char INTERRUPTED[] = "interrupted";
 constexpr const char UNKNOWN_FAILURE[] = "an unknown failure";
 constexpr const char OUT_OF_MEMORY[] = "memory ran out";
+constexpr const char OUT_OF_MEMORY_TOO_LATE[] = "memory ran out after the store was changed";
 constexpr const char STANDARD_STREAM[] = "-";
 constexpr const char MEMORY_STORE[] = "memory:";
 constexpr const char RED[] = "\x1b[31m";
@@ -46,6 +48,12 @@ constexpr std::string_view SQLITE = "sqlite:";
 
 bool IsTerminal(const std::ostream& err) {
     return &err == &std::cerr && ::isatty(STDERR_FILENO) == 1;
+}
+
+/** @return an empty path when it is gone */
+fs::path GetWorkingFolder() {
+    std::error_code error;
+    return fs::current_path(error);
 }
 
 bool IsColourWanted() {
@@ -60,10 +68,7 @@ std::string ToLine(const Json& object) {
 }  // namespace
 
 CCommandContext::CCommandContext(std::istream& in, std::ostream& out, std::ostream& err)
-    : m_in(in), m_out(out), m_err(err), m_bTerminal(IsTerminal(err)) {
-    std::error_code error;
-    m_start = fs::current_path(error);
-}
+    : m_in(in), m_out(out), m_err(err), m_bTerminal(IsTerminal(err)), m_start(GetWorkingFolder()) {}
 
 CCommandContext::~CCommandContext() {
     std::error_code error;
@@ -85,12 +90,17 @@ void CCommandContext::SetHome() {
     const bool bGiven = !m_options.strHome.empty();
     const std::string strHome = GetAbsolute(bGiven ? m_options.strHome : OS::Utf8Lenient(SYS::GetInstallPath()));
     std::error_code error;
-    if (bGiven && !fs::is_directory(strHome, error)) {
+    if (const auto eType = fs::status(strHome, error).type();
+        bGiven && eType != fs::file_type::directory && eType != fs::file_type::none) {
         throw CToolError(EVerdict::USAGE, "--home: there is no directory " + Text::Quoted(m_options.strHome));
     }
     SYS::SetInstallPath(OS::WideText(strHome));
-    // Found by itself, a missing one is no error here: whatever looks for a file in it says so.
     fs::current_path(strHome, error);
+    // Found by itself, a missing one is no error here: whatever looks for a file in it says so.
+    if (error && error != std::errc::no_such_file_or_directory && error != std::errc::not_a_directory) {
+        throw CToolError(EVerdict::USAGE,
+                         "the installation directory " + Text::Quoted(strHome) + ": " + error.message());
+    }
 }
 
 void CCommandContext::OpenLog() {
@@ -118,6 +128,11 @@ void CCommandContext::CheckIsNoLog(const std::string& strFile) const {
 }
 
 std::string CCommandContext::GetAbsolute(const std::string& strPath) const {
+    if (m_start.empty() && fs::path(strPath).is_relative()) {
+        // It would be taken for a path below the installation directory.
+        throw CToolError(EVerdict::USAGE,
+                         "the working directory is gone; name an absolute path instead of " + Text::Quoted(strPath));
+    }
     return (m_start / strPath).string();
 }
 
@@ -188,7 +203,8 @@ CToolError CCommandContext::ExplainException() const {
     } catch (const CToolError& error) {
         return error;
     } catch (const std::bad_alloc&) {
-        return {EVerdict::MEMORY, OUT_OF_MEMORY};
+        const bool bTooLate = m_pStore != nullptr && m_pStore->IsChanged();
+        return {EVerdict::MEMORY, bTooLate ? OUT_OF_MEMORY_TOO_LATE : OUT_OF_MEMORY};
     } catch (const std::exception& error) {
         return {EVerdict::INVALID, Text::Printable(error.what())};
     } catch (...) {
@@ -215,7 +231,8 @@ void CCommandContext::Flush() {
 
 void CCommandContext::CheckOutput() const {
     if (!m_out) {
-        ThrowOutputError(STANDARD_OUTPUT, errno == 0 ? EIO : errno);
+        const bool bTooLate = m_pStore != nullptr && m_pStore->IsChanged();
+        ThrowOutputError(bTooLate ? OUTPUT_TOO_LATE : STANDARD_OUTPUT, errno == 0 ? EIO : errno);
     }
 }
 

@@ -56,6 +56,16 @@ TEST_F(Program, ARelativeInstallationDirectoryIsMeantWhereItWasStarted) {
         << run.strOut;
 }
 
+TEST_F(Program, WithoutAWorkingDirectoryARelativePathIsRefused) {
+    const std::string strFolder = m_dir.MakeFolder("gone");
+    const SToolRun run =
+        CProgram::Shell("cd '" + strFolder + "' && rmdir '" + strFolder + "' && \"$DLPCTL\" -q import policy.xml");
+    EXPECT_EQ(run.iCode, 3);
+    EXPECT_EQ(run.strErr,
+              "dlpctl: policy.xml: the working directory is gone; name an absolute path instead of \"policy.xml\"; "
+              "nothing was written\n");
+}
+
 TEST_F(Program, ReadsAndWritesStandardStreamsAndPipes) {
     const std::string strFile = m_dir.Write("small.xml", Documents::Small());
     const std::string strPipe = m_dir.Path("pipe");
