@@ -80,8 +80,12 @@ struct CPatternProbe::SEngine {
 
     int Match(const std::string& strSubject, std::size_t iStart, std::uint32_t iOptions, std::uint32_t iSteps) const {
         pcre2_set_match_limit(pContext, iSteps);
-        return pcre2_match(pCode, reinterpret_cast<PCRE2_SPTR>(strSubject.data()), strSubject.size(), iStart, iOptions,
-                           pMatch, pContext);
+        const int iResult = pcre2_match(pCode, reinterpret_cast<PCRE2_SPTR>(strSubject.data()), strSubject.size(),
+                                        iStart, iOptions, pMatch, pContext);
+        if (iResult == PCRE2_ERROR_NOMEMORY) {
+            throw std::bad_alloc();
+        }
+        return iResult;
     }
 };
 
@@ -91,6 +95,9 @@ CPatternProbe::CPatternProbe(std::string_view strPattern)
     PCRE2_SIZE iOffset = 0;
     m_pEngine->pCode = pcre2_compile(reinterpret_cast<PCRE2_SPTR>(m_strPattern.data()), m_strPattern.size(), OPTIONS,
                                      &iError, &iOffset, nullptr);
+    if (iError == PCRE2_ERROR_HEAP_FAILED) {
+        throw std::bad_alloc();
+    }
     if (m_pEngine->pCode == nullptr) {
         std::array<PCRE2_UCHAR, 256> aMessage{};
         pcre2_get_error_message(iError, aMessage.data(), aMessage.size());
