@@ -12,6 +12,7 @@
 namespace {
 
 constexpr int HEAP = 256 << 20;            // addresses; memory is taken as it is used
+constexpr int STEP = 1 << 20;              // by which it grows beyond that
 constexpr int LARGEST_ON_HEAP = 32 << 20;  // the highest that the allocator takes
 constexpr std::uintptr_t LARGE_PAGE = 2U << 20U;
 
@@ -29,6 +30,7 @@ void PrepareMemory() {
     const std::uintptr_t iStart = HeapEnd();
     void* volatile pGrown = std::malloc(LARGE_PAGE);  // makes the heap grow, by HEAP
     std::free(pGrown);
+    ::mallopt(M_TOP_PAD, STEP);  // where there are no addresses left, what asks for many gets none
     const std::uintptr_t iAligned = (iStart + LARGE_PAGE - 1) / LARGE_PAGE * LARGE_PAGE;
     const std::uintptr_t iEnd = HeapEnd();
     if (iEnd > iAligned) {

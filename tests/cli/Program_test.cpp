@@ -30,6 +30,18 @@ TEST_F(Program, RunsTheTool) {
     EXPECT_EQ(CProgram::Shell("\"$DLPCTL\"").iCode, 3);
 }
 
+#ifndef __SANITIZE_ADDRESS__
+TEST_F(Program, WorksWhereAddressesAreFew) {
+    const std::string strFile = m_dir.Write("small.xml", Documents::Small());
+    for (const char* pKilobytes : {"100000", "200000", "300000"}) {
+        const SToolRun run =
+            CProgram::Shell(std::string("ulimit -v ") + pKilobytes + "; \"$DLPCTL\" -q import '" + strFile + "'");
+        EXPECT_EQ(run.iCode, 0) << pKilobytes;
+        EXPECT_EQ(run.strErr, "") << pKilobytes;
+    }
+}
+#endif
+
 TEST_F(Program, PathsAreMeantWhereItWasStarted) {
     m_dir.Write("work/small.xml", Documents::Small());
     const SToolRun run = CProgram::Shell("cd '" + m_dir.Path("work") +
