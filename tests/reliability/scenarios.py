@@ -1,0 +1,203 @@
+"""Commands of dlpctl to be disturbed, each with the files it starts from, and what a disturbed run may leave behind."""
+
+from __future__ import annotations
+
+import json
+import os
+import shutil
+import subprocess
+from dataclasses import dataclass, field
+from pathlib import Path
+
+ROOT = Path(__file__).resolve().parent.parent.parent
+EXAMPLES = ROOT / "examples"
+SECONDS = 60
+DONE = (0, 1)
+REFUSED = (2, 3, 4)  # 3: the home cannot be looked at
+STORE = "store.db"
+OUTPUT = "out"
+OLD_OUTPUT = b"what stood there before\n"
+TOO_LATE = "after the store was changed"
+OUT_OF_MEMORY = "dlpctl: memory ran out\n"
+EMPTY_STORE = json.dumps({"format": "dlpctl-dump/1", "expressions": [], "keyword_lists": [], "templates": []}) + "\n"
+
+POLICY = """<?xml version="1.0" encoding="UTF-8"?><SAPolicy template_version="3.0.1000"><digitalAssets>
+<entity name="card" type="Generic" display_name="Changed" description="new"><regularExpression>\\d{4}</regularExpression></entity>
+<entity name="fresh" type="Generic" display_name="Fresh"><regularExpression>a+</regularExpression></entity>
+<dictionary name="fresh-words" type="Any" display_name="Fresh words"><keyword description="" score="1" caseSensitive="false">one</keyword></dictionary>
+</digitalAssets><complianceTemplates><template name="fresh-template" display_name="Fresh template" description=""
+pre-defined="false"><matchRule><buildingBlock sourceType="ENTITY" entityHits="1" sourceName="fresh"/></matchRule></template>%s
+</complianceTemplates></SAPolicy>"""
+SKIPPED = """<template name="broken" display_name="Broken" description="" pre-defined="false"><matchRule>
+<buildingBlock sourceType="ENTITY" entityHits="1" sourceName="nowhere"/></matchRule></template>"""
+
+
+@dataclass(frozen=True)
+class Scenario:
+    """A command; {in} and {out} stand for its input and output file."""
+
+    name: str
+    words: tuple[str, ...]
+    document: bytes = b""
+    store: bool = True  # it holds the starter policy; else there is none
+    standard_input: bool = False
+    old_output: bool = False
+    once: bool = False  # done, it cannot be done again
+
+
+@dataclass
+class Result:
+    """What a run has shown and left."""
+
+    code: int
+    out: bytes
+    err: str
+    output: bytes | None
+    dump: str = ""
+    files: list[str] = field(default_factory=list)
+
+
+def canonical(dump: str | bytes) -> str:
+    """Without the spacing that a dump has for people."""
+    return json.dumps(json.loads(dump))
+
+
+def scenarios() -> list[Scenario]:
+    """All of them; an import into no store comes first, since it makes one."""
+    plain = (POLICY % "").encode()
+    skipping = (POLICY % SKIPPED).encode()
+    older = (EXAMPLES / "older-layout.xml").read_bytes()
+    assets = (EXAMPLES / "digital-assets.xml").read_bytes()
+    return [
+        Scenario("import, no store", ("import", "{in}"), plain, store=False),
+        Scenario("import", ("import", "{in}"), plain),
+        Scenario("import --json", ("--json", "import", "{in}"), plain),
+        Scenario("import, skipping", ("import", "{in}"), skipping),
+        Scenario("import -", ("import", "-"), plain, standard_input=True),
+        Scenario("import, older layout", ("import", "{in}"), older),
+        Scenario("import --log", ("--log", "{folder}/log", "import", "{in}"), plain),
+        Scenario("assets import", ("assets", "import", "{in}"), assets),
+        Scenario("export", ("export", "--all")),
+        Scenario("export -o", ("export", "--all", "-o", "{out}")),
+        Scenario("export -o, replacing", ("export", "--all", "-o", "{out}"), old_output=True),
+        Scenario("assets export -o", ("assets", "export", "--all", "-o", "{out}")),
+        Scenario("store dump -o", ("store", "dump", "-o", "{out}"), old_output=True),
+        Scenario("store load", ("store", "load", "{in}"), EMPTY_STORE.encode()),
+        Scenario("rename", ("rename", "expression", "bic", "bank-code"), once=True),
+        Scenario("delete", ("delete", "expression", "bic", "--force"), once=True),
+        Scenario("list", ("list", "templates")),
+        Scenario("show", ("show", "expression", "card")),
+        Scenario("refs", ("refs",)),
+        Scenario("check", ("check", "{in}"), plain),
+        Scenario("diff", ("diff", "{in}", "store"), plain),
+        Scenario("metadata", ("metadata",)),
+    ]
+
+
+class World:
+    """A folder in which commands run, each time from the same start."""
+
+    def __init__(self, tool: str, folder: Path) -> None:
+        self._tool = str(Path(tool).resolve())
+        self._folder = folder
+        self._home = folder / "home"
+        self._work = folder / "work"
+        (self._home / "config").mkdir(parents=True)
+        for name in ("PredefinedDLPPolicy.xml", "cfg_dlp_da_map.txt"):
+            shutil.copy(ROOT / "config" / name, self._home / "config" / name)
+        self._work.mkdir()
+        self._start(Scenario("", (), store=False))
+        self._command(("import", str(EXAMPLES / "starter-policy.xml")), {})
+        self._filled = (self._work / STORE).read_bytes()
+
+    def _command(self, words: tuple[str, ...], environment: dict[str, str], data: bytes = b"") -> subprocess.CompletedProcess[bytes]:
+        clean = {name: value for name, value in os.environ.items() if not name.startswith(("DLP_", "XDG_"))}
+        return subprocess.run([self._tool, "-q", "--home", str(self._home), "--store", f"sqlite:{self._work}/{STORE}", *words],
+                              input=data, capture_output=True, check=False, timeout=SECONDS, cwd=self._work,
+                              env=clean | environment)
+
+    def _start(self, scenario: Scenario) -> None:
+        for path in self._work.iterdir():
+            path.unlink()
+        if scenario.store:
+            (self._work / STORE).write_bytes(self._filled)
+            (self._work / STORE).chmod(0o600)
+        (self._work / "in").write_bytes(scenario.document)
+        if scenario.old_output:
+            (self._work / OUTPUT).write_bytes(OLD_OUTPUT)
+
+    def _dump(self) -> str:
+        if not (self._work / STORE).exists():
+            return canonical(EMPTY_STORE)
+        done = self._command(("store", "dump"), {})
+        return canonical(done.stdout) if done.returncode == 0 else f"exit {done.returncode}: {done.stderr.decode()}"
+
+    def before(self, scenario: Scenario) -> str:
+        """The dump of the store that it starts from."""
+        self._start(scenario)
+        return self._dump()
+
+    def again(self, scenario: Scenario, environment: dict[str, str]) -> Result:
+        """Runs it on what the last run has left."""
+        places = {"in": f"{self._work}/in", "out": f"{self._work}/{OUTPUT}", "folder": str(self._work)}
+        words = tuple(word.format(**places) for word in scenario.words)
+        done = self._command(words, environment, scenario.document if scenario.standard_input else b"")
+        output = self._work / OUTPUT
+        result = Result(done.returncode, done.stdout, done.stderr.decode(errors="replace"),
+                        output.read_bytes() if output.exists() else None)
+        result.files = sorted(path.name for path in self._work.iterdir() if not path.name.startswith(STORE + "-"))
+        result.dump = self._dump()
+        return result
+
+    def run(self, scenario: Scenario, environment: dict[str, str]) -> Result:
+        """Runs it from its start."""
+        self._start(scenario)
+        return self.again(scenario, environment)
+
+
+class Judge:
+    """Holds disturbed runs of one scenario against one that nothing disturbs."""
+
+    def __init__(self, world: World, scenario: Scenario) -> None:
+        self._world = world
+        self._scenario = scenario
+        self._before = world.before(scenario)
+        self._whole = world.run(scenario, {})
+        self._old = OLD_OUTPUT if scenario.old_output else None
+        if self._whole.code not in DONE:
+            raise RuntimeError(f"{scenario.name}: exit {self._whole.code} undisturbed: {self._whole.err}")
+
+    def fault(self, run: Result, mute: bool = False) -> str:
+        """What is wrong with a run that was disturbed (mute: it could write to nobody); empty when nothing is."""
+        found = self._done(run) if run.code in DONE else self._refused(run, mute)
+        return found or ("" if self._scenario.once and run.dump == self._whole.dump else self._next())
+
+    def _done(self, run: Result) -> str:
+        whole = self._whole
+        if (run.code, run.out, run.output, run.dump) != (whole.code, whole.out, whole.output, whole.dump):
+            return f"exit {run.code} with less than the whole effect: {run.err}"
+        return ""
+
+    def _refused(self, run: Result, mute: bool) -> str:
+        if run.code not in REFUSED:
+            return f"exit {run.code}: {run.err}"
+        # A check writes what it finds, an unreadable file too, to standard output.
+        if not run.err.startswith("dlpctl: ") and b": error: " not in run.out and not mute:
+            return f"exit {run.code} without a word: {run.err}"
+        late = run.code == 4 and (mute or TOO_LATE in run.err)
+        if run.dump != self._before and not (late and run.dump == self._whole.dump):
+            return f"exit {run.code}, and the store is not as before: {run.err}{run.dump[:200]}"
+        # The last words may fail for memory when the file is whole already.
+        if run.output != self._old and not (run.output == self._whole.output and run.err == OUT_OF_MEMORY):
+            return f"exit {run.code}, and the output file is not as before: {run.err}"
+        # A program that ends where no memory is left to go back does not remove what it was writing.
+        left = set(run.files) - {STORE, "in", "log", OUTPUT}
+        if left and not (OUT_OF_MEMORY in run.err and all(name.startswith(f".{OUTPUT}.") for name in left)):
+            return f"exit {run.code}, and files are left behind: {run.files}"
+        return ""
+
+    def _next(self) -> str:
+        following = self._world.again(self._scenario, {})
+        if following.code not in DONE or following.dump != self._whole.dump or following.output != self._whole.output:
+            return f"the next run ends with {following.code}: {following.err}"
+        return ""
