@@ -1,0 +1,204 @@
+#!/usr/bin/env python3
+"""Hands hostile documents to every command of dlpctl that reads a file: refused or taken, in time, and nothing else is touched."""
+
+from __future__ import annotations
+
+import argparse
+import os
+import random
+import re
+import shutil
+import subprocess
+import sys
+import tempfile
+import time
+from pathlib import Path
+
+sys.dont_write_bytecode = True
+sys.path.insert(0, str(Path(__file__).resolve().parent))
+
+from hostile import EITHER, Hostile, cuts, doctypes, encodings, flips, large  # noqa: E402
+
+ROOT = Path(__file__).resolve().parent.parent.parent
+MEBIBYTE = 1 << 20
+# What 15 MB may cost; a smaller document may cost as much as they.
+UNIT = 15 * MEBIBYTE
+SECONDS = 2.0
+PEAK = 256 * MEBIBYTE
+PATIENCE = 120
+# Commands and the exit codes that they may have; None: those of the document.
+COMMANDS: dict[str, tuple[tuple[str, ...], tuple[int, ...] | None]] = {
+    "import": (("import", "{in}"), None),
+    "assets import": (("assets", "import", "{in}"), EITHER),
+    "check": (("check", "{in}"), EITHER),
+    "diff": (("diff", "{in}", "store"), EITHER),
+    "refs": (("refs", "{in}"), EITHER),
+    "fmt": (("fmt", "{in}"), EITHER),
+    "convert": (("convert", "{in}"), EITHER),
+    "store load": (("store", "load", "{in}"), (2,)),
+}
+EFFECTLESS = ("check", "diff", "refs", "fmt", "convert")
+TRACED = "open,openat,openat2,creat,socket,connect,bind,execve,execveat,fork,vfork,clone,clone3"
+CALL = re.compile(r'^(?:\d+ +)?(\w+)\((?:AT_FDCWD, )?"?([^",)]*)')
+SYSTEM = ("/lib/", "/usr/lib/", "/lib64/", "/etc/ld.so.", "/usr/share/locale/")
+
+
+class Tool:
+    """dlpctl with a home and an empty store."""
+
+    def __init__(self, path: str, folder: Path) -> None:
+        self._path = str(Path(path).resolve())
+        self.folder = folder
+        self.home = folder / "home"
+        self.file = folder / "in"
+        (self.home / "config").mkdir(parents=True)
+        for name in ("PredefinedDLPPolicy.xml", "cfg_dlp_da_map.txt"):
+            shutil.copy(ROOT / "config" / name, self.home / "config" / name)
+        self.empty = self.dump()
+
+    def _start(self, words: tuple[str, ...]) -> list[str]:
+        return [self._path, "-q", "--home", str(self.home), "--store", f"sqlite:{self.folder}/store.db",
+                *(word.format(**{"in": self.file}) for word in words)]
+
+    def dump(self) -> bytes:
+        """The whole store; nothing where there is none."""
+        if not (self.folder / "store.db").exists():
+            return b""
+        return subprocess.run(self._start(("store", "dump")), capture_output=True, check=True).stdout
+
+    def knows(self, name: str) -> bool:
+        """Whether there is such a command."""
+        told = subprocess.run([self._path, "--help"], capture_output=True, check=True, text=True).stdout
+        return f"\n  {name} " in told
+
+    def clear(self) -> None:
+        """No store is left."""
+        for path in self.folder.glob("store.db*"):
+            path.unlink()
+
+    def run(self, words: tuple[str, ...], before: tuple[str, ...] = ()) -> tuple[int, float, int, str]:
+        """Exit code, seconds of the processor, peak of memory in bytes, errors."""
+        with (self.folder / "err").open("w+b") as err:
+            process = subprocess.Popen([*before, *self._start(words)], stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
+                                       stderr=err)
+            deadline = time.monotonic() + PATIENCE
+            while True:
+                done, status, usage = os.wait4(process.pid, os.WNOHANG)
+                if done:
+                    break
+                if time.monotonic() > deadline:
+                    process.kill()
+                time.sleep(0.001)
+            process.returncode = os.waitstatus_to_exitcode(status)
+            err.seek(0)
+            return (process.returncode, usage.ru_utime + usage.ru_stime, usage.ru_maxrss * 1024,
+                    err.read(300).decode(errors="replace"))
+
+
+class Trial:
+    """Counts what was tried and what was wrong."""
+
+    def __init__(self, tool: Tool, measures: bool) -> None:
+        self._tool = tool
+        self._measures = measures
+        self._commands = [name for name in COMMANDS if tool.knows(name)]
+        self.runs = self.wrong = 0
+        self.slowest = (0.0, "")
+        self.largest = (0.0, "")
+
+    def _complain(self, what: str, wrong: str) -> None:
+        self.wrong += 1
+        print(f"{what}: {wrong.rstrip()}", flush=True)
+
+    def _measure(self, what: str, size: int, seconds: float, peak: int) -> None:
+        share = max(1.0, size / UNIT)
+        self.slowest = max(self.slowest, (seconds / share, what))
+        self.largest = max(self.largest, (peak / share / MEBIBYTE, what))
+        if self._measures and seconds > SECONDS * share:
+            self._complain(what, f"{seconds:.1f} s for {size / MEBIBYTE:.0f} MiB")
+        if self._measures and peak > PEAK * share:
+            self._complain(what, f"{peak / MEBIBYTE:.0f} MiB of memory for {size / MEBIBYTE:.0f} MiB")
+
+    def one(self, document: Hostile, commands: list[str] | None = None) -> None:
+        """One document through all commands."""
+        self._tool.file.write_bytes(document.data)
+        for name in self._commands if commands is None else commands:
+            words, codes = COMMANDS[name]
+            self._tool.clear()
+            what = f"{document.name}, {name}"
+            code, seconds, peak, err = self._tool.run(words)
+            self.runs += 1
+            if code not in (document.codes if codes is None else codes):
+                self._complain(what, f"exit {code}: {err}")
+            if code == 2 and name != "check" and not err.startswith("dlpctl: "):
+                self._complain(what, f"exit 2 without a word: {err}")
+            if (code == 2 or name in EFFECTLESS) and not self._is_empty():
+                self._complain(what, "the store has changed")
+            if name in EFFECTLESS and self._tool.file.read_bytes() != document.data:
+                self._complain(what, "the document has changed")
+            self._measure(what, len(document.data), seconds, peak)
+
+    def _is_empty(self) -> bool:
+        dump = self._tool.dump()
+        return b'"subject"' not in dump
+
+    def traced(self, document: Hostile) -> None:
+        """Nothing but what is named is opened, connected to or started."""
+        self._tool.file.write_bytes(document.data)
+        for name in self._commands:
+            self._tool.clear()
+            trace = self._tool.folder / "trace"
+            self._tool.run(COMMANDS[name][0], ("strace", "-f", "-qq", "-e", f"trace={TRACED}", "-o", str(trace)))
+            self.runs += 1
+            started = 0
+            for line in trace.read_text(errors="replace").splitlines():
+                call = CALL.match(line)
+                started += call is not None and call[1] == "execve"
+                if call is None or not self._may(call[1], call[2]) or started > 1:
+                    self._complain(f"{document.name}, {name}", line)
+
+    def _may(self, function: str, path: str) -> bool:
+        own = (f"{self._tool.folder}/in", f"{self._tool.folder}/store.db", f"{self._tool.home}/config/")
+        if function == "execve":
+            return True
+        engine = (f"{tempfile.gettempdir()}/etilqs_", "/dev/urandom")
+        return function in ("open", "openat") and (
+            path.startswith(own + SYSTEM + engine) or path in ("config/cfg_dlp_da_map.txt", "config\\\\cfg_dlp_da_map.txt",
+                                                      str(self._tool.folder), "/proc/self/exe"))
+
+
+def main() -> int:
+    """The command line; 1 when a document does what it should not, 77 when --trace finds no strace."""
+    parser = argparse.ArgumentParser(description=__doc__)
+    parser.add_argument("--tool", required=True, help="path of dlpctl")
+    parser.add_argument("--seed", type=int, default=1, help="what draws the sample")
+    parser.add_argument("--sample", type=int, default=0, help="how many cuts and flipped bits; 0: every one")
+    parser.add_argument("--size", type=float, default=15, help="MiB of the large documents")
+    parser.add_argument("--measure", action="store_true", help="hold time and memory against their bounds")
+    parser.add_argument("--trace", action="store_true", help="look at the calls to the system instead")
+    arguments = parser.parse_args()
+    if arguments.trace and shutil.which("strace") is None:
+        print("strace is not installed")
+        return 77
+    chance = random.Random(arguments.seed)
+    begun = time.monotonic()
+    with tempfile.TemporaryDirectory() as name:
+        trial = Trial(Tool(arguments.tool, Path(name)), arguments.measure)
+        for document in (*doctypes(), *encodings()):
+            if arguments.trace:
+                trial.traced(document)
+            else:
+                trial.one(document)
+        if not arguments.trace:
+            for document in large(int(arguments.size * MEBIBYTE)):
+                trial.one(document)
+            for document in (*cuts(chance, arguments.sample), *flips(chance, arguments.sample)):
+                trial.one(document, ["import"] if arguments.sample else None)
+    costs = "" if arguments.trace else (f"; dearest per 15 MiB: {trial.slowest[0]:.2f} s ({trial.slowest[1]}), "
+                                        f"{trial.largest[0]:.0f} MiB ({trial.largest[1]})")
+    print(f"{trial.runs} runs, {trial.wrong} wrong{costs}; {time.monotonic() - begun:.0f} s")
+    return 1 if trial.wrong or trial.runs == 0 else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
