@@ -70,8 +70,8 @@ CComplianceTemplates::CComplianceTemplates(const CXMLView& element) {
 
 CComplianceTemplates::CComplianceTemplates(OS::x_wstring strName, OS::x_wstring strDisplayName,
                                            OS::x_wstring strDescription, const std::vector<OS::x_wstring>& vecRules,
-                                           const std::vector<OS::x_wstring>& vecOperators) {
-    m_template = {std::move(strName), std::move(strDisplayName), std::move(strDescription), false, {}};
+                                           const std::vector<OS::x_wstring>& vecOperators)
+    : m_template{std::move(strName), std::move(strDisplayName), std::move(strDescription), false, {}} {
     const std::size_t iRules = std::min(vecRules.size(), vecOperators.size());
     for (std::size_t i = 0; i < iRules; ++i) {
         m_template.vecRules.push_back(ParseMatchRule(vecRules[i], vecOperators[i]));

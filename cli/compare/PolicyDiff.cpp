@@ -137,6 +137,7 @@ bool SItemChange::IsDifference() const {
 }
 
 SItemChange CompareItem(const std::string& strName, const CSettingsRow* pBefore, const CSettingsRow* pAfter) {
+    // cppcheck-suppress nullPointer; one of them is there
     SItemChange change{(pBefore != nullptr ? pBefore : pAfter)->GetKind(), strName, pBefore, pAfter};
     if (pBefore == nullptr || pAfter == nullptr) {
         return change;

@@ -84,8 +84,10 @@ bool CSettingsStore::IsUrl(const std::string& strText) {
 void CSettingsStore::Open(const std::string& strUrl) {
     SProcessStore& process = GetProcessStore();
     process.pStore.reset();
-    std::unique_ptr<CSettingsStore> pStore = Make(strUrl);
-    process.pStore = process.fnWrapper ? process.fnWrapper(std::move(pStore)) : std::move(pStore);
+    process.pStore = Make(strUrl);
+    if (process.fnWrapper) {
+        process.pStore = process.fnWrapper(std::move(process.pStore));
+    }
 }
 
 void CSettingsStore::Close() {
