@@ -24,7 +24,7 @@ if(DLP_WARNINGS_AS_ERRORS)
 endif()
 if(DLP_SANITIZE)
     # The compiler warns that instrumented code of its own library may be uninitialized.
-    target_compile_options(dlp_options INTERFACE -O1 -g1 -Wno-maybe-uninitialized)
+    target_compile_options(dlp_options INTERFACE -O1 -g1 $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
     target_compile_options(dlp_options INTERFACE -fsanitize=${DLP_SANITIZE} -fno-omit-frame-pointer
                                                  -fno-sanitize-recover=all -U_FORTIFY_SOURCE)
     target_link_options(dlp_options INTERFACE -fsanitize=${DLP_SANITIZE})

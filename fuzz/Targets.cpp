@@ -1,0 +1,35 @@
+#include "fuzz/Targets.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <iterator>
+
+namespace Fuzz {
+
+const STarget TARGETS[9] = {
+    {"document", ImportDocument},
+    {"assets", ImportAssets},
+    {"matcher", Match},
+    {"rule", ParseRule},
+    {"subkeywords", ParseSubKeywords},
+    {"names", ReadNameMap},
+    {"lists", ReadPolicyLists},
+    {"store", OpenStore},
+    {"dump", LoadDump},
+};
+
+const STarget* FindTarget(std::string_view strName) {
+    const auto* const pFound = std::find_if(std::begin(TARGETS), std::end(TARGETS),
+                                            [&](const STarget& target) { return target.pName == strName; });
+    return pFound == std::end(TARGETS) ? nullptr : pFound;
+}
+
+void Require(bool bHolds, const char* pWhat) {
+    if (!bHolds) {
+        std::fprintf(stderr, "does not hold: %s\n", pWhat);
+        std::abort();
+    }
+}
+
+}  // namespace Fuzz
