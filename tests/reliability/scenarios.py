@@ -86,7 +86,7 @@ def scenarios() -> list[Scenario]:
         Scenario("rename", ("rename", "expression", "bic", "bank-code"), once=True),
         Scenario("delete", ("delete", "expression", "bic", "--force"), once=True),
         Scenario("list", ("list", "templates")),
-        Scenario("show", ("show", "expression", "card")),
+        Scenario("show", ("show", "expression", "bic")),
         Scenario("refs", ("refs",)),
         Scenario("check", ("check", "{in}"), plain),
         Scenario("diff", ("diff", "{in}", "store"), plain),
@@ -106,17 +106,24 @@ class World:
         for name in ("PredefinedDLPPolicy.xml", "cfg_dlp_da_map.txt"):
             shutil.copy(ROOT / "config" / name, self._home / "config" / name)
         self._work.mkdir()
-        self._start(Scenario("", (), store=False))
+        self.start(Scenario("", (), store=False))
         self._command(("import", str(EXAMPLES / "starter-policy.xml")), {})
         self._filled = (self._work / STORE).read_bytes()
 
-    def _command(self, words: tuple[str, ...], environment: dict[str, str], data: bytes = b"") -> subprocess.CompletedProcess[bytes]:
-        clean = {name: value for name, value in os.environ.items() if not name.startswith(("DLP_", "XDG_"))}
-        return subprocess.run([self._tool, "-q", "--home", str(self._home), "--store", f"sqlite:{self._work}/{STORE}", *words],
-                              input=data, capture_output=True, check=False, timeout=SECONDS, cwd=self._work,
-                              env=clean | environment)
+    def line(self, words: tuple[str, ...]) -> list[str]:
+        """The command line of a command in this world."""
+        places = {"in": f"{self._work}/in", "out": f"{self._work}/{OUTPUT}", "folder": str(self._work)}
+        return [self._tool, "-q", "--home", str(self._home), "--store", f"sqlite:{self._work}/{STORE}",
+                *(word.format(**places) for word in words)]
 
-    def _start(self, scenario: Scenario) -> None:
+    def _command(self, words: tuple[str, ...], environment: dict[str, str],
+                 data: bytes = b"") -> subprocess.CompletedProcess[bytes]:
+        clean = {name: value for name, value in os.environ.items() if not name.startswith(("DLP_", "XDG_"))}
+        return subprocess.run(self.line(words), input=data, capture_output=True, check=False, timeout=SECONDS,
+                              cwd=self._work, env=clean | environment)
+
+    def start(self, scenario: Scenario) -> None:
+        """Brings back the files that a command starts from."""
         for path in self._work.iterdir():
             path.unlink()
         if scenario.store:
@@ -126,7 +133,8 @@ class World:
         if scenario.old_output:
             (self._work / OUTPUT).write_bytes(OLD_OUTPUT)
 
-    def _dump(self) -> str:
+    def dump(self) -> str:
+        """The store, or why it has no dump."""
         if not (self._work / STORE).exists():
             return canonical(EMPTY_STORE)
         done = self._command(("store", "dump"), {})
@@ -134,24 +142,22 @@ class World:
 
     def before(self, scenario: Scenario) -> str:
         """The dump of the store that it starts from."""
-        self._start(scenario)
-        return self._dump()
+        self.start(scenario)
+        return self.dump()
 
     def again(self, scenario: Scenario, environment: dict[str, str]) -> Result:
         """Runs it on what the last run has left."""
-        places = {"in": f"{self._work}/in", "out": f"{self._work}/{OUTPUT}", "folder": str(self._work)}
-        words = tuple(word.format(**places) for word in scenario.words)
-        done = self._command(words, environment, scenario.document if scenario.standard_input else b"")
+        done = self._command(scenario.words, environment, scenario.document if scenario.standard_input else b"")
         output = self._work / OUTPUT
         result = Result(done.returncode, done.stdout, done.stderr.decode(errors="replace"),
                         output.read_bytes() if output.exists() else None)
         result.files = sorted(path.name for path in self._work.iterdir() if not path.name.startswith(STORE + "-"))
-        result.dump = self._dump()
+        result.dump = self.dump()
         return result
 
     def run(self, scenario: Scenario, environment: dict[str, str]) -> Result:
         """Runs it from its start."""
-        self._start(scenario)
+        self.start(scenario)
         return self.again(scenario, environment)
 
 

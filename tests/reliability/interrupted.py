@@ -1,0 +1,96 @@
+#!/usr/bin/env python3
+"""Interrupts imports at random moments and takes the output of commands away: the exit code tells, nothing is between."""
+
+from __future__ import annotations
+
+import argparse
+import random
+import signal
+import subprocess
+import sys
+import tempfile
+import time
+from collections import Counter
+from pathlib import Path
+
+sys.dont_write_bytecode = True
+sys.path.insert(0, str(Path(__file__).resolve().parent))
+
+from hostile import entity, policy  # noqa: E402
+from scenarios import DONE, Scenario, World, scenarios  # noqa: E402
+
+LARGE = policy("".join(entity(f"e{i}") for i in range(3000)))
+SIGNALS = {signal.SIGINT: 130, signal.SIGTERM: 143}
+OUTPUT_FAILED = 4
+
+
+def interrupted(world: World, chance: random.Random, count: int, codes: Counter[str]) -> list[str]:
+    """What is wrong after an import that a signal ended, or came too late for."""
+    scenario = Scenario("import", ("import", "{in}"), LARGE)
+    before = world.before(scenario)
+    whole = world.run(scenario, {}).dump
+    world.start(scenario)
+    begun = time.monotonic()
+    subprocess.run(world.line(scenario.words), stdout=subprocess.DEVNULL, check=True)
+    duration = time.monotonic() - begun
+    found = []
+    for _ in range(count):
+        kind = chance.choice(list(SIGNALS))
+        delay = chance.uniform(0, duration)
+        world.start(scenario)
+        process = subprocess.Popen(world.line(scenario.words), stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        time.sleep(delay)
+        process.send_signal(kind)
+        code = process.wait(60)
+        codes[str(code)] += 1
+        # Before the program watches for signals it has done nothing.
+        undone = code in (SIGNALS[kind], -kind)
+        if not undone and code not in DONE:
+            found.append(f"{kind.name} after {delay:.3f} s: exit {code}")
+        elif world.dump() != (before if undone else whole):
+            found.append(f"{kind.name} after {delay:.3f} s: exit {code}, and the store is between")
+    return found
+
+
+def unread(world: World, codes: Counter[str]) -> list[str]:
+    """What is wrong with commands whose output nobody takes."""
+    found = []
+    for scenario in scenarios():
+        words = scenario.words
+        if scenario.standard_input or "-o" in words:
+            continue
+        before = world.before(scenario)
+        for name, tail in (("/dev/full", ">/dev/full"), ("a closed pipe", "| :; exit ${PIPESTATUS[0]}")):
+            world.start(scenario)
+            # The reader is gone before the first word when the writer waits for it.
+            shell = f'"$@" {tail}' if tail[0] == ">" else f'{{ sleep 0.1; "$@"; }} {tail}'
+            done = subprocess.run(["bash", "-c", shell, "bash", *world.line(words)], stdin=subprocess.DEVNULL,
+                                  stderr=subprocess.PIPE, check=False)
+            codes[str(done.returncode)] += 1
+            if done.returncode != OUTPUT_FAILED:
+                found.append(f"{scenario.name} to {name}: exit {done.returncode}: {done.stderr.decode()}")
+            if name == "a closed pipe" and done.stderr:
+                found.append(f"{scenario.name} to {name}: {done.stderr.decode()}")
+            if world.dump() != before:
+                found.append(f"{scenario.name} to {name}: the store has changed")
+    return found
+
+
+def main() -> int:
+    """The command line; 1 when something is wrong."""
+    parser = argparse.ArgumentParser(description=__doc__)
+    parser.add_argument("--tool", required=True, help="path of dlpctl")
+    parser.add_argument("--seed", type=int, default=1, help="what draws signals and moments")
+    parser.add_argument("--count", type=int, default=300, help="how many imports are interrupted")
+    arguments = parser.parse_args()
+    codes: Counter[str] = Counter()
+    with tempfile.TemporaryDirectory() as name:
+        world = World(arguments.tool, Path(name))
+        found = interrupted(world, random.Random(arguments.seed), arguments.count, codes) + unread(world, codes)
+    print("\n".join(found + [f"{sum(codes.values())} runs, {len(found)} wrong; exit codes "
+                             + ", ".join(f"{code}: {count}" for code, count in sorted(codes.items()))]))
+    return 1 if found or not codes["130"] + codes["143"] else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
