@@ -233,7 +233,9 @@ void CSqliteConnection::Throw(int iCode, const char* pDoing) const {
             "another process is writing to it" + (strWriter.empty() ? "" : " (" + strWriter + ')') + "; try again",
             iCode);
     }
-    if (iCode == SQLITE_IOERR_DATA || iPrimaryCode == SQLITE_CORRUPT || iPrimaryCode == SQLITE_NOTADB) {
+    // The statements are right: an error in one is a table or a column that the file lacks.
+    if (iCode == SQLITE_IOERR_DATA || iPrimaryCode == SQLITE_CORRUPT || iPrimaryCode == SQLITE_NOTADB ||
+        iPrimaryCode == SQLITE_ERROR) {
         const std::string strDamage = iCode == SQLITE_IOERR_DATA ? DAMAGED_PAGE : strWhy;
         ThrowStoreError(m_strUrl, pDoing, "it is damaged: " + strDamage + StoreAdvice::DAMAGED, StoreCode::DAMAGED);
     }

@@ -120,3 +120,7 @@ CSettingsRow CSqliteStatement::Row(ESettingsKind eKind) const {
     }
     return row;
 }
+
+std::uint64_t CSqliteStatement::Checksum(ESettingsKind eKind) const {
+    return static_cast<std::uint64_t>(Number(static_cast<int>(GetSettingsTable(eKind).iColumns)));
+}

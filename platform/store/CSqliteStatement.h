@@ -34,6 +34,8 @@ class CSqliteStatement {
     std::string Text(int iColumn) const;
     /** @return the result row as a record; its columns are those of the record's table */
     CSettingsRow Row(ESettingsKind eKind) const;
+    /** @return the checksum that stands behind the record's columns */
+    std::uint64_t Checksum(ESettingsKind eKind) const;
 
   private:
     struct SFinalize {

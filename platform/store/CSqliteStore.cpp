@@ -3,7 +3,6 @@
 #include <sqlite3.h>
 
 #include <filesystem>
-#include <optional>
 #include <system_error>
 #include <utility>
 
@@ -87,30 +86,6 @@ std::string AbsolutePath(const std::string& strPath) {
 
 constexpr char NOTHING_WRITTEN[] = "nothing was written";
 constexpr char WRITTEN_ELSEWHERE[] = "what was written is in the file that stood there before";
-constexpr char CHECK_STRUCTURE[] = "PRAGMA integrity_check";
-constexpr char SOUND[] = "ok";
-constexpr char ALTERED[] = "is not as it was written";
-constexpr char VANISHED[] = "records are missing";
-
-/** @return what is wrong in the record beside its checksum; "" when nothing is */
-std::string FindNonsense(const CSettingsRow& row) {
-    try {
-        row.Validate();
-    } catch (const OS::CException& error) {
-        return error.what();
-    }
-    const STable& table = GetSettingsTable(row.GetKind());
-    for (std::size_t i = 0; i < table.iColumns; ++i) {
-        if (table.pColumns[i].eType == EColumnType::FLAG && (row.GetNumber(i) < 0 || row.GetNumber(i) > 1)) {
-            return std::string(table.pColumns[i].pName) + " is neither 0 nor 1";
-        }
-    }
-    return {};
-}
-
-std::uint64_t StoredChecksum(const CSqliteStatement& statement, ESettingsKind eKind) {
-    return static_cast<std::uint64_t>(statement.Number(static_cast<int>(GetSettingsTable(eKind).iColumns)));
-}
 
 }  // namespace
 
@@ -195,78 +170,11 @@ void CSqliteStore::ReadAll(ESettingsKind eKind, const std::function<void(CSettin
     SStoreTotals found;
     CSqliteStatement statement(m_connection, SqlText::SelectAll(GetSettingsTable(eKind)), StoreDoing::READING);
     while (statement.Step()) {
-        found.Add(StoredChecksum(statement, eKind));
+        found.Add(statement.Checksum(eKind));
         fnRow(ReadVerified(statement, eKind));
     }
     if (iChanges == m_iChanges && found != expected) {
-        ThrowDamaged({GetSettingsTable(eKind).pName, "", VANISHED});
-    }
-}
-
-void CSqliteStore::Check(const std::function<void(const SStoreDamage&)>& fnDamage) {
-    // Not committed: the engine may have undone it when it came upon the damage.
-    std::optional<CSettingsTransaction> optUnit;
-    std::string strTotals;
-    try {
-        optUnit.emplace(*this, EUnitOfWork::READ);
-    } catch (const OS::CException& error) {
-        if (error.GetErrorCode() != StoreCode::DAMAGED) {
-            throw;
-        }
-        strTotals = error.what();
-    }
-    CheckStructure(fnDamage);
-    if (!optUnit) {
-        fnDamage({"", "", strTotals});
-        return;
-    }
-    for (const ESettingsKind eKind : ALL_SETTINGS_KINDS) {
-        CheckTable(eKind, fnDamage);
-    }
-}
-
-/** The engine's own words, a line for each damage. */
-void CSqliteStore::CheckStructure(const std::function<void(const SStoreDamage&)>& fnDamage) {
-    std::vector<std::string> vecDamages;
-    try {
-        CSqliteStatement statement(m_connection, CHECK_STRUCTURE, StoreDoing::CHECKING);
-        while (statement.Step()) {
-            vecDamages.push_back(statement.Text(0));
-        }
-    } catch (const OS::CException& error) {
-        vecDamages.push_back(error.what());
-    }
-    for (const std::string& strDamage : vecDamages) {
-        if (strDamage != SOUND) {
-            fnDamage({"", "", strDamage});
-        }
-    }
-}
-
-/** Goes on behind each damaged record; a page that cannot be read ends the walk over its table. */
-void CSqliteStore::CheckTable(ESettingsKind eKind, const std::function<void(const SStoreDamage&)>& fnDamage) {
-    const STable& table = GetSettingsTable(eKind);
-    std::vector<SStoreDamage> vecDamages;
-    try {
-        SStoreTotals found;
-        CSqliteStatement statement(m_connection, SqlText::SelectAll(table), StoreDoing::CHECKING);
-        while (statement.Step()) {
-            const CSettingsRow row = statement.Row(eKind);
-            found.Add(StoredChecksum(statement, eKind));
-            if (ChecksumOf(row) != StoredChecksum(statement, eKind)) {
-                vecDamages.push_back({table.pName, row.GetSubject(), ALTERED});
-            } else if (std::string strNonsense = FindNonsense(row); !strNonsense.empty()) {
-                vecDamages.push_back({table.pName, row.GetSubject(), std::move(strNonsense)});
-            }
-        }
-        if (found != m_vecTotals.back()[static_cast<std::size_t>(eKind)]) {
-            vecDamages.push_back({table.pName, "", VANISHED});
-        }
-    } catch (const OS::CException& error) {
-        vecDamages.push_back({table.pName, "", error.what()});
-    }
-    for (const SStoreDamage& damage : vecDamages) {
-        fnDamage(damage);
+        ThrowDamaged({GetSettingsTable(eKind).pName, "", StoreDamage::VANISHED});
     }
 }
 
@@ -358,8 +266,8 @@ std::uint64_t CSqliteStore::ReadChecksum(ESettingsKind eKind, const std::string&
 
 CSettingsRow CSqliteStore::ReadVerified(const CSqliteStatement& statement, ESettingsKind eKind) const {
     CSettingsRow row = statement.Row(eKind);
-    if (ChecksumOf(row) != StoredChecksum(statement, eKind)) {
-        ThrowDamaged({GetSettingsTable(eKind).pName, row.GetSubject(), ALTERED});
+    if (ChecksumOf(row) != statement.Checksum(eKind)) {
+        ThrowDamaged({GetSettingsTable(eKind).pName, row.GetSubject(), StoreDamage::ALTERED});
     }
     return row;
 }

@@ -25,6 +25,12 @@ namespace StoreCode {
 inline constexpr int DAMAGED = -1;  ///< what is there is not what was written
 }
 
+/** What is wrong with a record or a table. */
+namespace StoreDamage {
+inline constexpr const char ALTERED[] = "is not as it was written";
+inline constexpr const char VANISHED[] = "records are missing";
+}  // namespace StoreDamage
+
 /** What to do about a failure; ends a message. */
 namespace StoreAdvice {
 inline constexpr const char DAMAGED[] =

@@ -791,8 +791,9 @@ TEST_F(SqliteStore, MissingTableIsReported) {
     { CSqliteStore store(Path()); }
     RunSql(Path(), "DROP TABLE keyword_lists");
     CSqliteStore store(Path());
-    EXPECT_EQ("settings store sqlite:" + Path() + ", reading records: no such table: keyword_lists",
-              ExceptionText([&] { store.FindOne(ESettingsKind::KEYWORD, 0, "S"); }));
+    EXPECT_EQ(
+        "settings store sqlite:" + Path() + ", reading records: it is damaged: no such table: keyword_lists" + ADVICE,
+        ExceptionText([&] { store.FindOne(ESettingsKind::KEYWORD, 0, "S"); }));
     EXPECT_EQ(nullptr, store.FindOne(ESettingsKind::TEMPLATE, 0, "S"));
 }
 
@@ -844,7 +845,7 @@ TEST_F(SqliteStore, CheckFindsEveryDamage) {
         "expressions|A|is not as it was written\nexpressions|C|is not as it was written\n"
         "expressions||records are missing\n"
         "keyword_lists||settings store sqlite:" +
-            Path() + ", checking it: no such table: keyword_lists\n",
+            Path() + ", checking it: it is damaged: no such table: keyword_lists" + ADVICE + "\n",
         CheckText(store));
     EXPECT_THROW(store.Check([](const SStoreDamage&) { throw OS::CException(0, L"enough", 0); }), OS::CException);
     EXPECT_THROW(store.Rollback(), OS::CException);  // no unit is left open
