@@ -55,7 +55,8 @@ class CImportListener : public CImportObserver {
     void OnItem(const SImportItem& item) override {
         static const char* const KINDS[] = {"expression", "keyword"};
         static const char* const DISPOSITIONS[] = {"created", "updated", "unchanged", "skipped", "failed"};
-        static const char* const REASONS[] = {"", " no name", " no display name", " built in", " missing child"};
+        static const char* const REASONS[] = {"",          " no name",  " no display name",
+                                              " built in", " existing", " missing child"};
         std::string strText = std::string(KINDS[static_cast<int>(item.eKind)]) + ' ' + item.strName + '|' +
                               item.strDisplayName + ' ' + DISPOSITIONS[static_cast<int>(item.eDisposition)];
         strText += item.eReason == EReason::STORE ? " store" : REASONS[static_cast<int>(item.eReason)];
