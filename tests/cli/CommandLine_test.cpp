@@ -262,6 +262,9 @@ TEST_F(CommandLine, EveryCommandHasHelpWithExamples) {
               "  store dump [-o FILE]  write the whole store as JSON\n"
               "  store load FILE       replace the whole store by what a dump holds\n"
               "  store info            show which store, which files and which versions are in use\n"
+              "  store check           verify that the store holds what was written, all of it\n"
+              "  store backup FILE     save the whole store as a store of its own in FILE\n"
+              "  store restore FILE    bring back what a backup holds\n"
               "\n"
               "Options of every command: dlpctl --help\n");
 }

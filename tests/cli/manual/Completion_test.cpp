@@ -38,7 +38,7 @@ struct SCompleted {
 };
 
 const SCompleted COMPLETED[] = {
-    {"exp", {"export", "explain"}},
+    {"exp", {"export", "explain", "expression"}},
     {"assets _", {"import", "export"}},
     {"--store sqlite:x store i", {"info"}},
     {"--quiet che", {"check"}},
