@@ -1,0 +1,56 @@
+#!/usr/bin/env python3
+"""Reads from the built program and libraries whether they are hardened as cmake/Hardening.cmake says."""
+
+from __future__ import annotations
+
+import argparse
+import re
+import shutil
+import subprocess
+import sys
+from pathlib import Path
+
+
+def readelf(option: str, file: Path) -> str:
+    """What readelf says of a file."""
+    return subprocess.run(["readelf", "-W", option, str(file)], capture_output=True, check=True, text=True).stdout
+
+
+def faults(file: Path, program: bool) -> list[str]:
+    """What is missing in one file."""
+    found = []
+    header, segments, dynamic = (readelf(option, file) for option in ("-h", "-l", "-d"))
+    if "DYN" not in header:
+        found.append("its place in memory is fixed")
+    if program and not re.search(r"FLAGS_1.*\bPIE\b", dynamic):
+        found.append("it is no position independent program")
+    if "GNU_RELRO" not in segments:
+        found.append("no part is made read-only")
+    if not re.search(r"\(FLAGS(_1)?\).*\bNOW\b", dynamic):
+        found.append("its tables are filled late, so they stay writable")
+    stack = re.search(r"GNU_STACK.*?(RW\w*) +0x", segments)
+    if stack is None or "E" in stack[1]:
+        found.append("the stack may be run")
+    if "TEXTREL" in dynamic:
+        found.append("its code is changed when it is loaded")
+    return found
+
+
+def main() -> int:
+    """The command line; 1 when something is missing, 77 without binutils."""
+    parser = argparse.ArgumentParser(description=__doc__)
+    parser.add_argument("--tool", required=True, type=Path, help="path of dlpctl")
+    parser.add_argument("--library", required=True, type=Path, action="append", help="path of a library")
+    arguments = parser.parse_args()
+    if shutil.which("readelf") is None:
+        print("binutils are not installed")
+        return 77
+    wrong = []
+    for file in (arguments.tool, *arguments.library):
+        wrong += [f"{file}: {fault}" for fault in faults(file, file == arguments.tool)]
+    print("\n".join(wrong) or f"{1 + len(arguments.library)} files are hardened")
+    return 1 if wrong else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
