@@ -25,7 +25,7 @@ MEBIBYTE = 1 << 20
 UNIT = 15 * MEBIBYTE
 SECONDS = 2.0
 PEAK = 256 * MEBIBYTE
-PATIENCE = 120
+PATIENCE = 600
 # Commands and the exit codes that they may have; None: those of the document.
 COMMANDS: dict[str, tuple[tuple[str, ...], tuple[int, ...] | None]] = {
     "import": (("import", "{in}"), None),
@@ -40,7 +40,7 @@ COMMANDS: dict[str, tuple[tuple[str, ...], tuple[int, ...] | None]] = {
 EFFECTLESS = ("check", "diff", "refs", "fmt", "convert")
 TRACED = "open,openat,openat2,creat,socket,connect,bind,execve,execveat,fork,vfork,clone,clone3"
 CALL = re.compile(r'^(?:\d+ +)?(\w+)\((?:AT_FDCWD, )?"?([^",)]*)')
-SYSTEM = ("/lib/", "/usr/lib/", "/lib64/", "/etc/ld.so.", "/usr/share/locale/")
+SYSTEM = ("/lib/", "/usr/lib/", "/lib64/", "/etc/ld.so.", "/etc/localtime", "/usr/share/locale/", "/usr/share/zoneinfo/")
 
 
 class Tool:
