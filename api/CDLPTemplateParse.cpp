@@ -3,6 +3,7 @@
 #include <exception>
 #include <utility>
 
+#include "digital_assets/CReportedImport.h"
 #include "platform/common/CException.h"
 #include "platform/common/TextConversion.h"
 #include "platform/logging/DebugLog.h"
@@ -28,8 +29,10 @@ void ImportFile(const OS::x_wstring& strPath) {
     std::vector<OS::x_wstring> vecImported;
     std::vector<OS::x_wstring> vecSkipped;
     std::vector<OS::x_wstring> vecAssets;
-    const int iResult =
-        CTemplateMgr(OS::x_wstring()).ImportDocument(document, vecImported, vecSkipped, vecAssets, nullptr);
+    CReportedImport reported(file.strBytes, file.iStart);
+    const int iResult = CTemplateMgr(OS::x_wstring())
+                            .ImportDocument(document, vecImported, vecSkipped, vecAssets, reported.GetObserver());
+    reported.Finish();
     DLP_LOG(DBG::LEVEL_INFO, L"nImportResult value is = %d", iResult);
 }
 

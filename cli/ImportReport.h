@@ -8,10 +8,10 @@
 #include <nlohmann/json_fwd.hpp>
 
 #include "cli/ItemChoice.h"
-#include "cli/SourcePlaces.h"
 #include "cli/Verdict.h"
 #include "cli/check/DiagnosticCodes.h"
 #include "digital_assets/ImportObserver.h"
+#include "platform/common/SourcePlaces.h"
 
 /** An item of the file, and what there is to say about it. */
 struct SReportItem : SImportItem {

@@ -2,9 +2,9 @@
 
 #include <string>
 
-#include "cli/SourcePlaces.h"
 #include "cli/Verdict.h"
 #include "cli/check/DiagnosticCodes.h"
+#include "platform/common/SourcePlaces.h"
 #include "platform/xml/CXMLView.h"
 #include "templates/PolicyFile.h"
 

@@ -119,13 +119,14 @@ constexpr SMode MODES[] = {
     {{PASSES + 1, 1}, ASSETS_IMPORTED},
 };
 
-/** Answers what the step answers, and false when it throws, which is logged. */
+/** Answers what the step answers, and false when it throws, which is logged and told. */
 template <class F>
-bool Guarded(const wchar_t* pException, F fnStep) {
+bool Guarded(CImportObserver* pObserver, const wchar_t* pException, F fnStep) {
     try {
         return fnStep();
     } catch (const OS::CException& error) {
         DLP_LOG(DBG::LEVEL_FAILURE, pException, error.GetErrorMessage());
+        TellStoreFailure(pObserver, error);
     } catch (const std::exception& error) {
         DLP_LOG(DBG::LEVEL_FAILURE, pException, OS::WideLenient(error.what()));
     } catch (...) {
@@ -165,14 +166,14 @@ int CAssetImport::Run(EImport eImport) {
     std::optional<CSettingsTransaction> unit;
     const auto begin = [&unit] { return unit.emplace(), true; };
     const auto commit = [&unit] { return unit->Commit(), true; };
-    const SPass* pFailed = Guarded(mode.passes.front()->pException, begin) ? nullptr : mode.passes.front();
+    const SPass* pFailed = Guarded(m_pObserver, mode.passes.front()->pException, begin) ? nullptr : mode.passes.front();
     for (const SPass* pPass : mode.passes) {
         if (pFailed == nullptr && !RunPass(*pPass)) {
             pFailed = pPass;
         }
     }
     // A pass that failed is committed as well: what was saved before it failed stays.
-    if (unit.has_value() && !Guarded(mode.passes.back()->pException, commit)) {
+    if (unit.has_value() && !Guarded(m_pObserver, mode.passes.back()->pException, commit)) {
         pFailed = pFailed == nullptr ? mode.passes.back() : pFailed;
         if (m_pObserver != nullptr) {
             m_pObserver->OnUndone();
@@ -188,7 +189,7 @@ int CAssetImport::Run(EImport eImport) {
 
 bool CAssetImport::CheckLanguage() {
     // Its line is the one of the keyword lists, whatever is imported.
-    return Guarded(KEYWORD_PASS.pException, [this] { return ReadRoot(); });
+    return Guarded(m_pObserver, KEYWORD_PASS.pException, [this] { return ReadRoot(); });
 }
 
 bool CAssetImport::ReadRoot() {
@@ -210,7 +211,7 @@ bool CAssetImport::ReadRoot() {
 }
 
 bool CAssetImport::RunPass(const SPass& pass) {
-    return Guarded(pass.pException, [&] { return ReadElements(pass); });
+    return Guarded(m_pObserver, pass.pException, [&] { return ReadElements(pass); });
 }
 
 bool CAssetImport::ReadElements(const SPass& pass) {

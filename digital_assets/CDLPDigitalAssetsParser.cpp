@@ -1,5 +1,6 @@
 #include "api/CDLPDigitalAssetsParser.h"
 
+#include "digital_assets/CReportedImport.h"
 #include "digital_assets/DigitalAssets.h"
 #include "platform/common/TextConversion.h"
 #include "platform/localization/StringTable.h"
@@ -13,7 +14,10 @@ namespace {
 int Import(EImport eImport, const OS::x_wstring& strScope, const OS::x_wstring& strXml,
            std::vector<OS::x_wstring>& vecSkipped) {
     CPolicyDocument document(strXml);
-    return DigitalAssets::Import(eImport, strScope, document, vecSkipped, nullptr);
+    CReportedImport reported(strXml);
+    const int iResult = DigitalAssets::Import(eImport, strScope, document, vecSkipped, reported.GetObserver());
+    reported.Finish();
+    return iResult;
 }
 
 /** Hands out as wide text what fnWrite appends as UTF-8; strOut stays as it was when it answers false. */

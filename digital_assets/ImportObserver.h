@@ -5,11 +5,11 @@
 #include <string>
 #include <string_view>
 
-/** Kinds of items in a document. */
-enum class EItemKind { EXPRESSION, KEYWORD, TEMPLATE, CATEGORY, SECTION };
+#include "api/CDLPImportReport.h"
+#include "platform/common/CException.h"
 
-/** What became of an item; every item ends in exactly one. */
-enum class EDisposition { CREATED, UPDATED, UNCHANGED, SKIPPED, FAILED };
+using EItemKind = CDLPImportReport::EKind;
+using EDisposition = CDLPImportReport::EDisposition;
 
 /** Why an item was not taken. */
 enum class EReason {
@@ -60,6 +60,11 @@ class CImportObserver {
     /** Asked of an item whose name is stored. @return whether the stored one stays as it is */
     virtual bool KeepsStored() { return false; }
     virtual void OnItem(const SImportItem& item) = 0;
+    /** The store failed. What was taken before stays, unless it is undone. */
+    virtual void OnStoreFailed(const std::string& /*strMessage*/) {}
     /** Nothing was kept of all that was told so far. */
     virtual void OnUndone() {}
 };
+
+/** Tells of what was thrown, unless it was not the store's. @param pObserver may be null */
+void TellStoreFailure(CImportObserver* pObserver, const OS::CException& exception);

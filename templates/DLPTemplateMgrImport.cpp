@@ -1,5 +1,6 @@
 #include <utility>
 
+#include "digital_assets/CReportedImport.h"
 #include "platform/common/CException.h"
 #include "platform/common/TextConversion.h"
 #include "platform/logging/DebugLog.h"
@@ -26,7 +27,10 @@ void LogImportFailure(const OS::CException& exception) {
 int CTemplateMgr::ImportTemplate(const OS::x_wstring& strXml, std::vector<OS::x_wstring>& vecImported,
                                  std::vector<OS::x_wstring>& vecSkipped, std::vector<OS::x_wstring>& vecAssets) {
     CPolicyDocument document(strXml);
-    return ImportDocument(document, vecImported, vecSkipped, vecAssets, nullptr);
+    CReportedImport reported(strXml);
+    const int iResult = ImportDocument(document, vecImported, vecSkipped, vecAssets, reported.GetObserver());
+    reported.Finish();
+    return iResult;
 }
 
 int CTemplateMgr::ImportDocument(CPolicyDocument& document, std::vector<OS::x_wstring>& vecImported,
@@ -129,11 +133,13 @@ int CTemplateMgr::ImportTemplateImpl(CPolicyDocument& document, std::vector<OS::
             iResult = import.Run();
         } catch (const OS::CException& exception) {
             LogImportFailure(exception);  // what was saved before it stays saved
+            TellStoreFailure(pObserver, exception);
         }
         unit.Commit();
     } catch (const OS::CException& exception) {
         vecImported.resize(iImportedBefore);
         LogImportFailure(exception);
+        TellStoreFailure(pObserver, exception);
         if (pObserver != nullptr) {
             pObserver->OnUndone();
         }

@@ -7,9 +7,9 @@
 #include <string_view>
 #include <vector>
 
-#include "cli/SourcePlaces.h"
 #include "cli/check/DiagnosticCodes.h"
 #include "cli/check/SourceExcerpt.h"
+#include "platform/common/SourcePlaces.h"
 
 /** Another place that a diagnostic speaks of. */
 struct SRelated {

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "cli/SourcePlaces.h"
+#include "platform/common/SourcePlaces.h"
 
 class CCommandContext;
 

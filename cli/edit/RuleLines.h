@@ -3,9 +3,9 @@
 #include <string>
 #include <vector>
 
-#include "cli/SourcePlaces.h"
 #include "cli/Verdict.h"
 #include "cli/check/SourceExcerpt.h"
+#include "platform/common/SourcePlaces.h"
 #include "templates/MatchRule.h"
 
 /**

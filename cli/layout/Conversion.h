@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "cli/SourcePlaces.h"
+#include "platform/common/SourcePlaces.h"
 
 class CPolicyDocument;
 struct SNormalizedDocument;

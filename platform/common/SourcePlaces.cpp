@@ -1,4 +1,4 @@
-#include "cli/SourcePlaces.h"
+#include "platform/common/SourcePlaces.h"
 
 #include <algorithm>
 
@@ -36,10 +36,10 @@ SPlace CSourcePlaces::Find(std::size_t iOffset) const {
     }
     const auto itNext = std::upper_bound(m_vecLines.begin(), m_vecLines.end(), iOffset);
     const std::size_t iLine = static_cast<std::size_t>(itNext - m_vecLines.begin());
-    return {iLine, CountBefore(iOffset) - CountBefore(m_vecLines[iLine - 1]) + 1};
+    return {iLine, CountCodePoints(iOffset) - CountCodePoints(m_vecLines[iLine - 1]) + 1};
 }
 
-std::size_t CSourcePlaces::CountBefore(std::size_t iOffset) const {
+std::size_t CSourcePlaces::CountCodePoints(std::size_t iOffset) const {
     const std::size_t iBlock = iOffset / BLOCK;
     return m_vecBlocks[iBlock] + CountStarts(m_strText.substr(iBlock * BLOCK, iOffset % BLOCK));
 }

@@ -1,4 +1,4 @@
-#include "cli/SourcePlaces.h"
+#include "platform/common/SourcePlaces.h"
 
 #include <gtest/gtest.h>
 
