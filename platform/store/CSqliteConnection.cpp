@@ -1,7 +1,9 @@
 #include "platform/store/CSqliteConnection.h"
 
 #include <sqlite3.h>
+#include <sys/stat.h>
 
+#include <cerrno>
 #include <cstring>
 #include <new>
 #include <system_error>
@@ -201,6 +203,11 @@ bool CSqliteConnection::HasMoved() const {
         sqlite3_file_control(Get(), nullptr, SQLITE_FCNTL_HAS_MOVED, &iMoved);
     }
     return iMoved != 0;
+}
+
+bool CSqliteConnection::CanLook() const {
+    struct stat status {};
+    return ::stat(sqlite3_db_filename(Get(), "main"), &status) == 0 || errno == ENOENT || errno == ENOTDIR;
 }
 
 void CSqliteConnection::Execute(const std::string& strSql) {

@@ -29,6 +29,8 @@ class CSqliteConnection {
     /** Whether another file, or none, stands at the path by now: what is written to the open one is lost to all others.
      */
     bool HasMoved() const;
+    /** Whether the system tells what stands at the path; else HasMoved says yes without knowing. */
+    bool CanLook() const;
     /** Who writes, for those who wait. */
     CWriterNote& GetWriterNote() { return m_note; }
     /** The version of the schema that the file has. */

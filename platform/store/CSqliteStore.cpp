@@ -361,7 +361,7 @@ void CSqliteStore::Commit() {
     EndUnit();
     if (m_units.IsInside()) {
         m_vecTotals.back() = aTotals;
-    } else if (bWritten && m_connection.HasMoved()) {
+    } else if (bWritten && m_connection.HasMoved() && m_connection.CanLook()) {
         ThrowMoved(StoreDoing::COMMITTING, WRITTEN_ELSEWHERE);
     }
 }

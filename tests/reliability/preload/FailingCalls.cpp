@@ -63,7 +63,17 @@ void Trace(int iFile, const char* pFunction, const char* pDetail) {
     errno = iErrorBefore;
 }
 
-/** @return the fault of this call; functions are told apart by their names' addresses */
+/** @return whether they are one function to the system, such as stat and stat64 */
+bool IsSameFunction(const char* pLeft, const char* pRight) {
+    while (*pLeft != '\0' && *pLeft == *pRight) {
+        ++pLeft;
+        ++pRight;
+    }
+    const auto fnEnds = [](const char* pRest) { return *pRest == '\0' || std::strcmp(pRest, "64") == 0; };
+    return fnEnds(pLeft) && fnEnds(pRight);
+}
+
+/** @return the fault of this call */
 int NextFault(const char* pFunction, const char* pDetail) {
     static const SPlan plan = ReadPlan();
     if (plan.iTrace >= 0) {
@@ -73,7 +83,7 @@ int NextFault(const char* pFunction, const char* pDetail) {
         s_pFailing = pFunction;
         return plan.iError;
     }
-    return plan.bLasting && s_pFailing == pFunction ? plan.iError : NO_FAULT;
+    return plan.bLasting && s_pFailing != nullptr && IsSameFunction(s_pFailing, pFunction) ? plan.iError : NO_FAULT;
 }
 
 class CDetail {
