@@ -18,7 +18,7 @@ sys.path.insert(0, str(Path(__file__).resolve().parent))
 from scenarios import Judge, World, scenarios  # noqa: E402
 
 COMMANDS = ("import, no store", "import", "import --json", "import, older layout", "assets import", "export -o, replacing",
-            "assets export -o", "store load", "store dump -o", "check", "diff", "refs")
+            "assets export -o", "store load", "store dump -o", "rename", "delete", "diff", "refs")
 
 
 def requests(world: World, scenario, library: str, folder: Path) -> int:
