@@ -24,7 +24,7 @@ constexpr SCommandHelp HELP = {
     "no fault to --fail-on-skip. A dry run gives the items and exit codes of the import itself.\n",
     "  dlpctl import policy.xml\n"
     "  dlpctl import --dry-run assets.xml policy.xml\n"
-    "  dlpctl import --only cards --fail-on-skip policy.xml\n"
+    "  dlpctl import --only card-data --fail-on-skip policy.xml\n"
     "  dlpctl import --skip-existing --report import.sarif policy.xml\n"
     "  dlpctl --json --language English import policy.xml\n",
     "dlpctl-import/1",

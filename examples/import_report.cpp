@@ -1,5 +1,7 @@
 // Imports a policy file into a store in memory and tells what became of each of its items, and where it stands:
 //     import_report FILE
+// The names of assets in a document of the older layout are translated by config/cfg_dlp_da_map.txt of the working
+// directory; elsewhere they are taken as they stand.
 
 #include <iostream>
 #include <string>

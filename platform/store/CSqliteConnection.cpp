@@ -35,12 +35,14 @@ constexpr char DAMAGED_BEGINNING[] = "it is damaged: its first page is not as it
 /**
  * The page size (that of SqlitePageSums) counts for a new file only and must be set before the first write. The cache
  * (in KiB) takes the indexes of some ten thousand records, so that the time per record does not grow with their number.
+ * What a statement would need to take itself back stays in memory: no file beside those of the store is opened.
  */
 constexpr char CONNECTION_SETTINGS[] =
     "PRAGMA page_size = 8192;"
     "PRAGMA cache_size = -16384;"
     "PRAGMA synchronous = FULL;"
     "PRAGMA foreign_keys = ON;"
+    "PRAGMA temp_store = MEMORY;"
     "PRAGMA trusted_schema = OFF;";
 constexpr char READING_SETTING[] = "PRAGMA query_only = ON";
 constexpr char JOURNAL_SETTING[] = "PRAGMA journal_mode = WAL";

@@ -136,7 +136,7 @@ TEST_F(LogFile, ADashIsStandardError) {
     const std::vector<std::string> vecLines = Lines(run.strErr);
     ASSERT_EQ(vecLines.size(), 2U) << run.strErr;
     EXPECT_NE(vecLines[0].find(" leave 0x111 "), std::string::npos);
-    EXPECT_EQ(vecLines[1].find("dlpctl: -: no policy"), 0U);
+    EXPECT_EQ(vecLines[1].find("dlpctl: -:1:1: no policy"), 0U);
 }
 
 TEST_F(LogFile, ALevelAloneGoesToStandardError) {

@@ -46,7 +46,7 @@ const SRefusedFile REFUSED_FILES[] = {
     {"[check]\nlanguage = 'x'\n", ":2:1: there is no key \"language\"; dlpctl config lists what there is"},
     {"[something]\n", ":1:2: there is no table \"something\"; dlpctl config lists what there is"},
     {"help = true\n", ":1:1: there is no key \"help\"; dlpctl config lists what there is"},
-    {"[import]\nFILE = 'x'\n", ":1:2: there is no table \"import\"; did you mean \"export\"?"},
+    {"[import]\nFILE = 'x'\n", ":2:1: there is no key \"FILE\"; dlpctl config lists what there is"},
     {"json = 'yes'\n", ":1:1: json: write true or false"},
     {"language = true\n", ":1:1: language: write a text in quotes"},
     {"language = ['a', 'b']\n", ":1:1: language: write a text in quotes"},
