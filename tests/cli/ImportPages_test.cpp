@@ -16,7 +16,7 @@ class ImportPages : public CToolTest {
   protected:
     ImportPages() {
         m_dir.Write("policy.xml",
-                    Policy(Entity("card") + Dictionary("card words"), Template("cards", "card", "card words")));
+                    Policy(Entity("card") + Dictionary("card words"), Template("card-data", "card", "card words")));
         m_dir.Write("assets.xml", Small());
     }
 
