@@ -162,9 +162,6 @@ std::string CheckObject(const Json& object) {
         return object.contains("$schema") ? "" : "no format is named: " + object.dump();
     }
     const std::string strFormat = object["format"].get<std::string>();
-    if (strFormat.find("import") != std::string::npos) {
-        return "";
-    }
     const std::string strWrong = CheckAnswer(GetSchemaName(strFormat), object.dump());
     return strWrong.empty() ? "" : strFormat + ": " + strWrong;
 }
