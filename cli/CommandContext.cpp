@@ -7,6 +7,7 @@
 #include <new>
 #include <system_error>
 
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <nlohmann/json.hpp>
@@ -32,6 +33,8 @@ namespace fs = std::filesystem;
 using Json = nlohmann::ordered_json;
 
 constexpr const char PROGRAM[] = "dlpctl: ";
+constexpr const char DETAIL[] = "dlpctl: detail: ";
+constexpr const char VERBOSE_LEVELS[] = "info";
 constexpr const char WARNING[] = "warning: ";
 constexpr const char STANDARD_OUTPUT[] = "standard output";
 constexpr const char OUTPUT_TOO_LATE[] = "standard output after the store was changed";
@@ -57,6 +60,10 @@ fs::path GetWorkingFolder() {
 }
 
 bool IsColourWanted() {
+bool GoesToTerminal(const std::ostream& out) {
+    return &out == &std::cout && ::isatty(STDOUT_FILENO) == 1;
+}
+
     const char* pNoColour = std::getenv("NO_COLOR");
     return pNoColour == nullptr || *pNoColour == '\0';
 }
@@ -81,7 +88,7 @@ void CCommandContext::Prepare() {
     if (!m_options.strLanguage.empty()) {
         CDLPDigitalAssetsParser::SetLanguage(OS::WideText(m_options.strLanguage));
     }
-    if (!m_options.strLog.empty() || !m_options.strLogLevels.empty()) {
+    if (!m_options.strLog.empty() || !m_options.strLogLevels.empty() || m_options.bVerbose) {
         OpenLog();
     }
 }
@@ -116,7 +123,8 @@ void CCommandContext::OpenLog() {
                                                   " does not exist; make it first");
         }
     }
-    m_pLog = std::make_unique<CLogFile>(strPath, m_options.strLogLevels, m_err);
+    const bool bByVerbosity = m_options.strLog.empty() && m_options.strLogLevels.empty();
+    m_pLog = std::make_unique<CLogFile>(strPath, bByVerbosity ? VERBOSE_LEVELS : m_options.strLogLevels, m_err);
 }
 
 void CCommandContext::CheckIsNoLog(const std::string& strFile) const {
@@ -280,9 +288,28 @@ void CCommandContext::Note(const std::string& strMessage) {
 }
 
 bool CCommandContext::ColoursData() const {
-    return &m_out == &std::cout && ::isatty(STDOUT_FILENO) == 1 && IsColourWanted();
+    return GoesToTerminal(m_out) && IsColourWanted();
+}
+
+std::size_t CCommandContext::GetDataWidth() const {
+    if (!GoesToTerminal(m_out)) {
+        return 0;
+    }
+    const char* pColumns = std::getenv("COLUMNS");
+    const int iColumns = pColumns == nullptr ? 0 : std::atoi(pColumns);
+    struct winsize window {};
+    if (iColumns <= 0 && ::ioctl(STDOUT_FILENO, TIOCGWINSZ, &window) != 0) {
+        return 0;
+    }
+    return iColumns > 0 ? static_cast<std::size_t>(iColumns) : window.ws_col;
 }
 
 std::string CCommandContext::Paint(const char* pColour, const std::string& strText) const {
     return m_bTerminal && IsColourWanted() ? pColour + strText + PLAIN : strText;
 }
+void CCommandContext::Detail(const std::string& strMessage) {
+    if (m_options.bVerbose) {
+        m_err << DETAIL << strMessage << '\n' << std::flush;
+    }
+}
+

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <filesystem>
 #include <iosfwd>
 #include <memory>
@@ -25,6 +26,7 @@ struct SGlobalOptions {
     bool bJson = false;
     bool bQuiet = false;
 };
+    bool bVerbose = false;
 
 /** What a command works with: the global options, the streams, the store. Data goes to out, all else to err. */
 class CCommandContext {
@@ -95,10 +97,14 @@ class CCommandContext {
 
     /** @return the URL of the store that is or would be opened @throws CToolError (USAGE) when nothing says where */
     std::string GetStoreUrl() const;
+    /** What -v adds. */
+    void Detail(const std::string& strMessage);
 
   private:
     void SetHome();
     void OpenLog();
+    /** @return how many columns a line of data may take: $COLUMNS or the terminal's; 0 when it goes to none */
+    std::size_t GetDataWidth() const;
     std::string Paint(const char* pColour, const std::string& strText) const;
     void Put(std::string_view strText);
     void CheckOutput() const;

@@ -88,6 +88,8 @@ void AddGlobalOptions(CLI::App& app, SGlobalOptions& options) {
     CCommandLine::AddText(app, "--log-level", "NAMES", options.strLogLevels, s_strLevels.c_str())->take_last();
     CCommandLine::AddFlag(app, "--json", options.bJson, "answer in JSON, also when something fails");
     CCommandLine::AddFlag(app, "-q,--quiet", options.bQuiet, "no notes and no progress; errors are always shown");
+    CCommandLine::AddFlag(app, "-v,--verbose", options.bVerbose,
+                          "say what is opened and how long it took, and the library's log lines of level info");
 }
 
 std::string Capitalised(std::string strText) {

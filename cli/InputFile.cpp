@@ -127,6 +127,7 @@ std::string FormatPlace(const std::string& strFile, SPlace place) {
 }
 
 SPolicyFile ReadPolicy(CCommandContext& context, const std::string& strFile) {
+    context.Detail("reading " + Text::Printable(strFile));
     SPolicyFile file = Read(context, strFile, TakeBytes, [&](const std::string& strPath) {
         try {
             return ReadPolicyFile(strPath);
@@ -150,6 +151,7 @@ CXMLView ParsePolicy(const std::string& strFile, const SPolicyFile& file, CPolic
 }
 
 std::string ReadBytes(CCommandContext& context, const std::string& strFile) {
+    context.Detail("reading " + Text::Printable(strFile));
     return Read(
         context, strFile, [](std::string strBytes) { return strBytes; }, OS::ReadWholeFile);
 }

@@ -96,7 +96,7 @@ std::vector<Json> ReadItems(ESettingsKind eKind) {
     return vecItems;
 }
 
-std::string MakeTable(ESettingsKind eKind, const std::vector<Json>& vecItems) {
+std::string MakeTable(ESettingsKind eKind, const std::vector<Json>& vecItems, std::size_t iWidth) {
     std::vector<std::string> vecHeads;
     for (const SListColumn& column : GetColumns(eKind)) {
         vecHeads.emplace_back(column.pHead);
@@ -109,7 +109,7 @@ std::string MakeTable(ESettingsKind eKind, const std::vector<Json>& vecItems) {
         }
         table.Add(vecCells);
     }
-    return table.ToString();
+    return table.ToString(iWidth);
 }
 
 EVerdict List(CCommandContext& context, const std::string& strKind) {
@@ -125,7 +125,7 @@ EVerdict List(CCommandContext& context, const std::string& strKind) {
     } else if (vecItems.empty()) {
         context.Note(std::string("The store holds no ") + kind.pWords + "; dlpctl import FILE reads a policy into it.");
     } else {
-        context.Write(MakeTable(kind.eKind, vecItems));
+        context.Write(MakeTable(kind.eKind, vecItems, context.GetDataWidth()));
     }
     return EVerdict::DONE;
 }

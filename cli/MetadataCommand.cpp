@@ -84,7 +84,8 @@ EVerdict ShowMetadata(CCommandContext& context) {
             table.Add({"  " + strName, strDisplayName});
         }
         object[list.pKey] = std::move(items);
-        strText += (strText.empty() ? "" : "\n") + std::string(list.pHead) + '\n' + table.ToString();
+        strText +=
+            (strText.empty() ? "" : "\n") + std::string(list.pHead) + '\n' + table.ToString(context.GetDataWidth());
     }
     if (context.IsJson()) {
         context.WriteJson(object);

@@ -1,8 +1,10 @@
 #include "cli/Text.h"
 
 #include <algorithm>
+#include <numeric>
 #include <utility>
 
+#include "cli/TextWidth.h"
 #include "platform/common/TextConversion.h"
 #include "platform/logging/DebugLog.h"
 
@@ -52,6 +54,30 @@ std::string Unescaped(std::string_view strText) {
 
 }  // namespace Text
 
+namespace {
+
+constexpr std::size_t GAP = 2;
+constexpr std::size_t NARROWEST = 8;
+constexpr wchar_t ELLIPSIS = L'\u2026';
+
+std::size_t GetWidth(const std::string& strCell) {
+    return GetTextWidth(OS::WideLenient(strCell));
+}
+
+/** @return the cell, or its beginning and an ellipsis */
+std::string Cut(const std::string& strCell, std::size_t iWidth) {
+    if (GetWidth(strCell) <= iWidth) {
+        return strCell;
+    }
+    OS::x_wstring strWide = OS::WideLenient(strCell);
+    while (GetTextWidth(strWide) + 1 > iWidth) {
+        strWide.pop_back();
+    }
+    return OS::Utf8Lenient(strWide + ELLIPSIS);
+}
+
+}  // namespace
+
 CTextTable::CTextTable(const std::vector<std::string>& vecHeads) {
     if (!vecHeads.empty()) {
         Add(vecHeads);
@@ -64,18 +90,38 @@ void CTextTable::Add(const std::vector<std::string>& vecCells) {
     for (const std::string& strCell : vecCells) {
         vecRow.push_back(Text::Printable(strCell));
         std::size_t& iWidth = m_vecWidths[vecRow.size() - 1];
-        iWidth = std::max(iWidth, OS::CountCodePoints(vecRow.back()));
+        iWidth = std::max(iWidth, GetWidth(vecRow.back()));
     }
     m_vecRows.push_back(std::move(vecRow));
 }
 
-std::string CTextTable::ToString() const {
+/** The widest column gives way first. */
+std::vector<std::size_t> CTextTable::FitWidths(std::size_t iWidth) const {
+    std::vector<std::size_t> vecWidths = m_vecWidths;
+    if (iWidth == 0 || vecWidths.size() < 2) {
+        return vecWidths;
+    }
+    std::size_t iTotal = std::accumulate(vecWidths.begin(), vecWidths.end(), GAP * (vecWidths.size() - 1));
+    while (iTotal > iWidth) {
+        const auto itWidest = std::max_element(vecWidths.begin() + 1, vecWidths.end());
+        if (*itWidest <= NARROWEST) {
+            break;
+        }
+        --*itWidest;
+        --iTotal;
+    }
+    return vecWidths;
+}
+
+std::string CTextTable::ToString(std::size_t iWidth) const {
+    const std::vector<std::size_t> vecWidths = FitWidths(iWidth);
     std::string strTable;
     for (const std::vector<std::string>& vecRow : m_vecRows) {
         for (std::size_t i = 0; i < vecRow.size(); ++i) {
-            const std::string strPadding(m_vecWidths[i] - OS::CountCodePoints(vecRow[i]), ' ');
-            strTable += i == 0 ? "" : "  ";
-            strTable += i >= m_iFirstRight ? strPadding + vecRow[i] : vecRow[i] + strPadding;
+            const std::string strCell = Cut(vecRow[i], vecWidths[i]);
+            const std::string strPadding(vecWidths[i] - GetWidth(strCell), ' ');
+            strTable += i == 0 ? "" : std::string(GAP, ' ');
+            strTable += i >= m_iFirstRight ? strPadding + strCell : strCell + strPadding;
         }
         strTable.erase(strTable.find_last_not_of(' ') + 1);
         strTable += '\n';

@@ -21,7 +21,7 @@ std::string Unescaped(std::string_view strText);
 
 }  // namespace Text
 
-/** Rows of printable cells in columns that are as wide as their widest cell. */
+/** Rows of printable cells in columns that are as wide as their widest cell, in columns of a terminal. */
 class CTextTable {
   public:
     /** @param vecHeads the first line; empty: no such line */
@@ -30,9 +30,15 @@ class CTextTable {
     void Add(const std::vector<std::string>& vecCells);
     /** Columns of numbers stand to the right. */
     void AlignRight(std::size_t iFirstColumn) { m_iFirstRight = iFirstColumn; }
-    std::string ToString() const;
+    /**
+     * @param iWidth of the terminal; when rows are wider, all columns but the first, which holds names, give way, and
+     * what does not fit ends in "…". 0: no bound
+     */
+    std::string ToString(std::size_t iWidth = 0) const;
 
   private:
+    std::vector<std::size_t> FitWidths(std::size_t iWidth) const;
+
     std::vector<std::vector<std::string>> m_vecRows;
     std::vector<std::size_t> m_vecWidths;
     std::size_t m_iFirstRight = static_cast<std::size_t>(-1);

@@ -1,6 +1,7 @@
 #include "cli/Tool.h"
 
 #include <algorithm>
+#include <chrono>
 
 #include <nlohmann/json.hpp>
 
@@ -104,6 +105,7 @@ int RunTool(const std::vector<std::string>& vecArguments, std::istream& in, std:
     CConfiguration configuration(line);
     AddConfigCommand(line, configuration);
     AddCompletionCommand(line);
+    const auto start = std::chrono::steady_clock::now();
     EVerdict eVerdict = EVerdict::DONE;
     try {
         eVerdict = Run(vecArguments, line, configuration, context);
@@ -115,5 +117,7 @@ int RunTool(const std::vector<std::string>& vecArguments, std::istream& in, std:
     } catch (...) {
         eVerdict = Tell(context, line.GetFormat(), context.ExplainException());
     }
+    const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - start;
+    context.Detail(std::string(GetVerdictName(eVerdict)) + " after " + std::to_string(seconds.count()) + " s");
     return GetExitCode(eVerdict);
 }

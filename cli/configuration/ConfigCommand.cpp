@@ -131,7 +131,7 @@ std::string MakeText(const CCommandContext& context, const CConfiguration& confi
         }
         table.Add(vecCells);
     }
-    return table.ToString();
+    return table.ToString(context.GetDataWidth());
 }
 
 /** A name that means nothing is most likely a slip; whether it is one, only its author knows. */

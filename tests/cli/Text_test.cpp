@@ -33,3 +33,28 @@ TEST(TextTable, ColumnsAreAsWideAsTheirWidestCell) {
               "\n");
     EXPECT_EQ(CTextTable().ToString(), "");
 }
+
+TEST(TextTable, WideAndCombiningCharactersLineUp) {
+    CTextTable table;
+    table.Add({"\u6771\u4eac", "1"});
+    table.Add({"e\u0301t\u00e9", "22"});
+    EXPECT_EQ(table.ToString(), "\u6771\u4eac  1\ne\u0301t\u00e9   22\n");
+}
+
+TEST(TextTable, ColumnsBehindTheFirstGiveWayToATerminal) {
+    CTextTable table({"NAME", "DISPLAY NAME", "N"});
+    table.Add({"payment-card-number", "\u6771\u4eac\u6771\u4eac\u6771\u4eac", "1"});
+    table.Add({"x", "twelve chars", "2"});
+    EXPECT_EQ(table.ToString(36), table.ToString());
+    EXPECT_EQ(table.ToString(34),
+              "NAME                 DISPLAY N\u2026  N\n"
+              "payment-card-number  \u6771\u4eac\u6771\u4eac\u2026   1\n"
+              "x                    twelve ch\u2026  2\n");
+    EXPECT_EQ(table.ToString(1),
+              "NAME                 DISPLAY\u2026  N\n"
+              "payment-card-number  \u6771\u4eac\u6771\u2026   1\n"
+              "x                    twelve \u2026  2\n");
+    CTextTable names;
+    names.Add({"payment-card-number"});
+    EXPECT_EQ(names.ToString(4), "payment-card-number\n");
+}
