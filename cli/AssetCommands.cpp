@@ -85,7 +85,7 @@ class CAssetExportCommand : public CExportObserver {
     EVerdict Run() {
         CheckExportOptions(m_context, m_arguments,
                            !m_arguments.vecExpressions.empty() || !m_arguments.vecKeywords.empty());
-        const CStoreSession& store = m_context.GetStore();
+        const CStoreSession& store = m_context.GetStoreToRead();
         {
             const CSettingsTransaction unit(EUnitOfWork::READ);
             const Subjects vecExpressions = FindSubjects(ESettingsKind::EXPRESSION, m_arguments.vecExpressions);
@@ -126,7 +126,7 @@ class CAssetExportCommand : public CExportObserver {
             }
         }
         const std::set<std::string> lstDistinct(vecSubjects.begin(), vecSubjects.end());
-        m_report.counts[eKind] = {lstDistinct.size(), settings.Count(eKind)};
+        m_report.counts[eKind] = {vecSubjects.size(), settings.Count(eKind) - lstDistinct.size()};
         Subjects vecWide;
         for (const std::string& strSubject : vecSubjects) {
             vecWide.push_back(OS::WideText(strSubject));

@@ -44,6 +44,7 @@ constexpr const char OUT_OF_MEMORY[] = "memory ran out";
 constexpr const char OUT_OF_MEMORY_TOO_LATE[] = "memory ran out after the store was changed";
 constexpr const char STANDARD_STREAM[] = "-";
 constexpr const char MEMORY_STORE[] = "memory:";
+constexpr const char STORE_VARIABLE[] = "DLP_STORE";
 constexpr const char RED[] = "\x1b[31m";
 constexpr const char YELLOW[] = "\x1b[33m";
 constexpr const char PLAIN[] = "\x1b[0m";
@@ -59,11 +60,11 @@ fs::path GetWorkingFolder() {
     return fs::current_path(error);
 }
 
-bool IsColourWanted() {
 bool GoesToTerminal(const std::ostream& out) {
     return &out == &std::cout && ::isatty(STDOUT_FILENO) == 1;
 }
 
+bool IsColourWanted() {
     const char* pNoColour = std::getenv("NO_COLOR");
     return pNoColour == nullptr || *pNoColour == '\0';
 }
@@ -85,6 +86,9 @@ CCommandContext::~CCommandContext() {
 
 void CCommandContext::Prepare() {
     SetHome();
+    if (IsStoreNamed()) {
+        GetStoreUrl();
+    }
     if (!m_options.strLanguage.empty()) {
         CDLPDigitalAssetsParser::SetLanguage(OS::WideText(m_options.strLanguage));
     }
@@ -169,12 +173,37 @@ void CCommandContext::MakeNoStore() {
 
 CStoreSession& CCommandContext::GetStore() {
     if (m_pStore == nullptr) {
-        m_pStore = std::make_unique<CStoreSession>(GetStoreUrl());
-        for (const std::string& strDanger : FindSqliteFileDangers(GetStorePath())) {
-            Warn(Text::Printable(strDanger));
-        }
+        OpenStore(GetStoreUrl(), EUnitOfWork::WRITE);
     }
     return *m_pStore;
+}
+
+CStoreSession& CCommandContext::GetStoreToRead() {
+    if (m_pStore == nullptr) {
+        OpenStore(IsStoreUnmade() ? MEMORY_STORE : GetStoreUrl(), EUnitOfWork::READ);
+    }
+    return *m_pStore;
+}
+
+void CCommandContext::OpenStore(const std::string& strUrl, EUnitOfWork eUse) {
+    Detail("store " + Text::Printable(strUrl) + (eUse == EUnitOfWork::READ ? ", to read" : ""));
+    m_pStore = std::make_unique<CStoreSession>(strUrl, eUse);
+    for (const std::string& strDanger : FindSqliteFileDangers(GetStorePath())) {
+        Warn(Text::Printable(strDanger));
+    }
+}
+
+/** An empty file is what is left where making a store was cut short. */
+bool CCommandContext::IsStoreUnmade() const {
+    std::error_code error;
+    const fs::path path = GetStorePath();
+    const bool bMissing = !IsStoreNamed() && !fs::exists(path, error) && !error;
+    return bMissing || (fs::is_regular_file(path, error) && fs::file_size(path, error) == 0);
+}
+
+bool CCommandContext::IsStoreNamed() const {
+    const char* pVariable = std::getenv(STORE_VARIABLE);
+    return !m_options.strStore.empty() || (pVariable != nullptr && *pVariable != '\0');
 }
 
 std::string CCommandContext::GetStoreUrl() const {
@@ -185,6 +214,12 @@ std::string CCommandContext::GetStoreUrl() const {
         } catch (const OS::CException& error) {
             throw CToolError(EVerdict::USAGE, Text::Printable(error.what()));
         }
+    }
+    // What follows a foreign scheme may hold a password.
+    if (!CSettingsStore::IsUrl(strUrl)) {
+        throw CToolError(EVerdict::USAGE, "--store: there is no kind of store " +
+                                              Text::Quoted(strUrl.substr(0, strUrl.find("://"))) +
+                                              "; write sqlite:PATH or memory:");
     }
     return GetAbsoluteUrl(strUrl);
 }
@@ -287,6 +322,12 @@ void CCommandContext::Note(const std::string& strMessage) {
     }
 }
 
+void CCommandContext::Detail(const std::string& strMessage) {
+    if (m_options.bVerbose) {
+        m_err << DETAIL << strMessage << '\n' << std::flush;
+    }
+}
+
 bool CCommandContext::ColoursData() const {
     return GoesToTerminal(m_out) && IsColourWanted();
 }
@@ -307,9 +348,3 @@ std::size_t CCommandContext::GetDataWidth() const {
 std::string CCommandContext::Paint(const char* pColour, const std::string& strText) const {
     return m_bTerminal && IsColourWanted() ? pColour + strText + PLAIN : strText;
 }
-void CCommandContext::Detail(const std::string& strMessage) {
-    if (m_options.bVerbose) {
-        m_err << DETAIL << strMessage << '\n' << std::flush;
-    }
-}
-

@@ -11,6 +11,7 @@
 
 #include "cli/Verdict.h"
 #include "platform/common/x_wstring.h"
+#include "platform/store/CSettingsStore.h"
 
 class CLogFile;
 class CStoreSession;
@@ -25,8 +26,8 @@ struct SGlobalOptions {
     std::string strLogLevels;
     bool bJson = false;
     bool bQuiet = false;
-};
     bool bVerbose = false;
+};
 
 /** What a command works with: the global options, the streams, the store. Data goes to out, all else to err. */
 class CCommandContext {
@@ -63,8 +64,14 @@ class CCommandContext {
     void TakeEmptyStore();
     /** No store is made: when the store's file does not exist yet, an empty one in memory stands for it. */
     void MakeNoStore();
-    /** The store; opened when first asked for. @throws CToolError (USAGE, STORE) */
+    /** The store; opened when first asked for, and made when it is not there. @throws CToolError (USAGE, STORE) */
     CStoreSession& GetStore();
+    /**
+     * The same for commands that only read: nothing is made or written. Unless a store is named, one that was never
+     * made counts as empty.
+     * @throws CToolError (USAGE, STORE) also when the store that is named is not there
+     */
+    CStoreSession& GetStoreToRead();
 
     /**
      * Called while an exception is handled.
@@ -90,21 +97,24 @@ class CCommandContext {
     void Error(const std::string& strMessage);
     void Warn(const std::string& strMessage);
     void Note(const std::string& strMessage);
+    /** What -v adds. */
+    void Detail(const std::string& strMessage);
     bool ShowsProgress() const { return m_bTerminal && !m_options.bQuiet; }
     std::ostream& GetError() { return m_err; }
     /** @return whether data may be coloured: it goes to a terminal, and $NO_COLOR asks for no other */
     bool ColoursData() const;
+    /** @return how many columns a line of data may take: $COLUMNS or the terminal's; 0 when it goes to none */
+    std::size_t GetDataWidth() const;
 
     /** @return the URL of the store that is or would be opened @throws CToolError (USAGE) when nothing says where */
     std::string GetStoreUrl() const;
-    /** What -v adds. */
-    void Detail(const std::string& strMessage);
 
   private:
+    void OpenStore(const std::string& strUrl, EUnitOfWork eUse);
+    bool IsStoreNamed() const;
+    bool IsStoreUnmade() const;
     void SetHome();
     void OpenLog();
-    /** @return how many columns a line of data may take: $COLUMNS or the terminal's; 0 when it goes to none */
-    std::size_t GetDataWidth() const;
     std::string Paint(const char* pColour, const std::string& strText) const;
     void Put(std::string_view strText);
     void CheckOutput() const;

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <memory>
 #include <set>
 #include <string>
@@ -60,7 +61,7 @@ class CTemplateExportCommand : public CExportObserver {
     EVerdict Run() {
         CheckExportOptions(m_context, m_arguments, !m_arguments.vecNames.empty());
         WarnOfMissing(m_context, FindPolicyFile(), NO_POLICY_FILE);
-        const CStoreSession& store = m_context.GetStore();
+        const CStoreSession& store = m_context.GetStoreToRead();
         {
             const CSettingsTransaction unit(EUnitOfWork::READ);
             Export(m_arguments.bAll ? ListAllNames() : m_arguments.vecNames);
@@ -121,16 +122,24 @@ class CTemplateExportCommand : public CExportObserver {
         std::set<std::wstring> lstKeywords;
         m_report.strDocument =
             CTemplateMgr(m_context.GetScope()).ExportDocument(vecWide, this, &lstExpressions, &lstKeywords);
-        m_report.counts[ESettingsKind::EXPRESSION] = {lstExpressions.size(), Count(ESettingsKind::EXPRESSION)};
-        m_report.counts[ESettingsKind::KEYWORD] = {lstKeywords.size(), Count(ESettingsKind::KEYWORD)};
+        m_report.counts[ESettingsKind::EXPRESSION] = {lstExpressions.size(),
+                                                      CountOthers(ESettingsKind::EXPRESSION, lstExpressions.size())};
+        m_report.counts[ESettingsKind::KEYWORD] = {lstKeywords.size(),
+                                                   CountOthers(ESettingsKind::KEYWORD, lstKeywords.size())};
         std::set<std::string> lstTemplates(vecNames.begin(), vecNames.end());
         for (const SLeftOut& leftOut : m_report.vecLeftOut) {
             lstTemplates.erase(leftOut.pReason == SAME_NAME.pCode ? std::string() : leftOut.strName);
         }
-        m_report.counts[ESettingsKind::TEMPLATE] = {lstTemplates.size(), Count(ESettingsKind::TEMPLATE)};
+        const auto iCarried = std::count_if(vecNames.begin(), vecNames.end(), [&](const std::string& strName) {
+            return lstTemplates.count(strName) > 0;
+        });
+        m_report.counts[ESettingsKind::TEMPLATE] = {static_cast<std::size_t>(iCarried),
+                                                    CountOthers(ESettingsKind::TEMPLATE, lstTemplates.size())};
     }
 
-    static std::size_t Count(ESettingsKind eKind) { return CSettingsStore::Current().Count(eKind); }
+    static std::size_t CountOthers(ESettingsKind eKind, std::size_t iCarried) {
+        return CSettingsStore::Current().Count(eKind) - iCarried;
+    }
 
     CCommandContext& m_context;
     const SArguments& m_arguments;

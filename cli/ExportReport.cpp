@@ -1,5 +1,6 @@
 #include "cli/ExportReport.h"
 
+#include <algorithm>
 #include <utility>
 
 #include <nlohmann/json.hpp>
@@ -14,16 +15,33 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-Json MakeHead(const SExportReport& report) {
-    return {{"format", report.pFormat}, {"output", report.strOutput}};
+constexpr const char NOTHING_WRITTEN[] = "Nothing that was asked for is there; nothing was written.";
+
+Json MakeHead(const SExportReport& report, bool bWritten) {
+    return {{"format", report.pFormat}, {"output", bWritten ? Json(report.strOutput) : Json()}};
 }
 
-Json MakeJson(const SExportReport& report, EVerdict eVerdict) {
-    Json object = MakeHead(report);
+/** A file is not replaced by a document without anything that was asked for; all of an empty store is a document. */
+bool IsWorthWriting(const SExportOptions& options, const SExportReport& report) {
+    return options.bAll || std::any_of(report.counts.begin(), report.counts.end(),
+                                       [](const auto& count) { return count.second.iCarried > 0; });
+}
+
+void Write(CCommandContext& context, const SExportOptions& options, SExportReport& report) {
+    COutput output(context, options.strOutput);
+    output.Write(options.bIndent ? FormatXml(report.strDocument) : std::move(report.strDocument));
+    if (context.IsJson()) {
+        context.StartJson(MakeHead(report, true));
+    }
+    output.Commit();
+}
+
+Json MakeJson(const SExportReport& report, bool bWritten, EVerdict eVerdict) {
+    Json object = MakeHead(report, bWritten);
     object["verdict"] = GetVerdictName(eVerdict);
     for (const auto& [eKind, count] : report.counts) {
         object["exported"][GetKind(eKind).pList] = count.iCarried;
-        object["not_carried"][GetKind(eKind).pList] = count.iStored - count.iCarried;
+        object["not_carried"][GetKind(eKind).pList] = count.iOthers;
     }
     object["left_out"] = Json::array();
     for (const SLeftOut& leftOut : report.vecLeftOut) {
@@ -42,9 +60,8 @@ void TellCounts(CCommandContext& context, const SExportReport& report) {
         const SKind& kind = GetKind(eKind);
         const std::string strComma = strCarried.empty() ? "" : ", ";
         strCarried += strComma + Text::Counted(count.iCarried, kind.pWord, kind.pWords);
-        if (eKind != ESettingsKind::TEMPLATE && count.iStored > count.iCarried) {
-            strOthers += (strOthers.empty() ? "" : ", ") +
-                         Text::Counted(count.iStored - count.iCarried, kind.pWord, kind.pWords);
+        if (eKind != ESettingsKind::TEMPLATE && count.iOthers > 0) {
+            strOthers += (strOthers.empty() ? "" : ", ") + Text::Counted(count.iOthers, kind.pWord, kind.pWords);
         }
     }
     context.Note("Exported: " + strCarried + ".");
@@ -73,19 +90,19 @@ void CheckExportOptions(CCommandContext& context, const SExportOptions& options,
 EVerdict FinishExport(CCommandContext& context, const SExportOptions& options, SExportReport& report) {
     Signals::ThrowIfCaught();
     report.strOutput = options.strOutput;
-    COutput output(context, options.strOutput);
-    output.Write(options.bIndent ? FormatXml(report.strDocument) : std::move(report.strDocument));
-    if (context.IsJson()) {
-        context.StartJson(MakeHead(report));
+    const bool bWritten = IsWorthWriting(options, report);
+    if (bWritten) {
+        Write(context, options, report);
     }
-    output.Commit();
     const EVerdict eVerdict = report.vecLeftOut.empty() ? EVerdict::DONE : EVerdict::FINDINGS;
     for (const SLeftOut& leftOut : report.vecLeftOut) {
         context.Warn(std::string(leftOut.pKind->pWord) + ' ' + Text::Quoted(leftOut.strName) +
                      " is left out: " + leftOut.strWhy);
     }
     if (context.IsJson()) {
-        context.WriteJson(MakeJson(report, eVerdict));
+        context.WriteJson(MakeJson(report, bWritten, eVerdict));
+    } else if (!bWritten) {
+        context.Note(NOTHING_WRITTEN);
     } else {
         TellCounts(context, report);
     }

@@ -23,8 +23,8 @@ struct SLeftOut {
 
 /** Records of one kind. */
 struct SExportCount {
-    std::size_t iCarried = 0;  ///< in the document
-    std::size_t iStored = 0;   ///< in the store
+    std::size_t iCarried = 0;  ///< in the document; what is named twice stands there twice
+    std::size_t iOthers = 0;   ///< in the store alone
 };
 
 /** What an export made. */

@@ -114,7 +114,7 @@ std::string MakeTable(ESettingsKind eKind, const std::vector<Json>& vecItems, st
 
 EVerdict List(CCommandContext& context, const std::string& strKind) {
     const SKind& kind = FindKind(strKind);
-    const CStoreSession& store = context.GetStore();
+    const CStoreSession& store = context.GetStoreToRead();
     const std::vector<Json> vecItems = ReadItems(kind.eKind);
     store.ThrowIfFailed();
     if (context.IsJson()) {

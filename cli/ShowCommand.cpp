@@ -60,7 +60,7 @@ std::string MakeText(const CSettingsRow& row) {
 
 EVerdict Show(CCommandContext& context, const std::string& strKind, const std::string& strName) {
     const SKind& kind = FindKind(strKind);
-    const CStoreSession& store = context.GetStore();
+    const CStoreSession& store = context.GetStoreToRead();
     const CSettingsTransaction unit(EUnitOfWork::READ);
     const CSettingsRow row = ReadStored(kind, strName);
     store.ThrowIfFailed();

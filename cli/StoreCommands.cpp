@@ -75,7 +75,7 @@ std::string RecordLines(const CSettingsRow& row) {
 }
 
 EVerdict Dump(CCommandContext& context, const std::string& strFile) {
-    const CStoreSession& store = context.GetStore();
+    const CStoreSession& store = context.GetStoreToRead();
     COutput output(context, strFile);
     const CSettingsTransaction unit(EUnitOfWork::READ);
     Json dumped = Json::object();
@@ -222,13 +222,13 @@ Json FileToJson(const SInstalledFile& file) {
 
 /** What the information says, as JSON; the text shows the same members. */
 Json MakeInfo(CCommandContext& context) {
-    const CStoreSession& store = context.GetStore();
+    const CStoreSession& store = context.GetStoreToRead();
     const CSettingsTransaction unit(EUnitOfWork::READ);
     CSettingsStore& settings = CSettingsStore::Current();
     const SStoreInfo info = settings.GetInfo();
     Json object = {{FORMAT, INFO.pFormat},
                    {"verdict", GetVerdictName(EVerdict::DONE)},
-                   {"store", info.strUrl},
+                   {"store", context.GetStoreUrl()},
                    {"engine", info.strEngine},
                    {"schema", info.iSchemaVersion}};
     for (const SKind& kind : KINDS) {

@@ -3,11 +3,11 @@
 #include <new>
 #include <utility>
 
+#include "cli/Signals.h"
 #include "cli/Text.h"
 #include "platform/common/CException.h"
 #include "platform/common/DataFileFailure.h"
 #include "platform/store/CForwardingStore.h"
-#include "platform/store/CSettingsStore.h"
 
 struct CStoreSession::SFailure {
     EVerdict eVerdict = EVerdict::DONE;
@@ -66,10 +66,11 @@ class CRecordingStore : public CForwardingStore {
 
 }  // namespace
 
-CStoreSession::CStoreSession(const std::string& strUrl) : m_pFailure(std::make_shared<SFailure>()) {
+CStoreSession::CStoreSession(const std::string& strUrl, EUnitOfWork eUse) : m_pFailure(std::make_shared<SFailure>()) {
     s_bChanged = false;
+    CSettingsStore::SetWaitEnder(Signals::IsCaught);
     try {
-        CSettingsStore::Open(strUrl);
+        CSettingsStore::Open(strUrl, eUse);
     } catch (const OS::CException& error) {
         throw CToolError(EVerdict::STORE, Text::Printable(error.what()));
     }

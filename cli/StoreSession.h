@@ -4,12 +4,13 @@
 #include <string>
 
 #include "cli/Verdict.h"
+#include "platform/store/CSettingsStore.h"
 
 /** The process's store, open while this lives, with every failure on record that it or a data file reports. */
 class CStoreSession {
   public:
-    /** @throws CToolError (STORE) when it cannot be opened */
-    explicit CStoreSession(const std::string& strUrl);
+    /** @param eUse READ: a store that is not there is an error @throws CToolError (STORE) when it cannot be opened */
+    CStoreSession(const std::string& strUrl, EUnitOfWork eUse);
     CStoreSession(const CStoreSession&) = delete;
     CStoreSession& operator=(const CStoreSession&) = delete;
     ~CStoreSession();

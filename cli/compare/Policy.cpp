@@ -57,7 +57,7 @@ SPolicy ReadPolicyOf(CCommandContext& context, const std::string& strPlace) {
     SPolicy policy;
     policy.strPlace = strPlace;
     if (strPlace == STORE_WORD) {
-        const CStoreSession& store = context.GetStore();
+        const CStoreSession& store = context.GetStoreToRead();
         ReadStore(CSettingsStore::Current(), policy);
         store.ThrowIfFailed();
     } else if (CSettingsStore::IsUrl(strPlace)) {

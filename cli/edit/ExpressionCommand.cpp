@@ -91,7 +91,7 @@ const SKind& Kind() {
 }
 
 EVerdict Show(CCommandContext& context, const SArguments& arguments) {
-    const CStoreSession& store = context.GetStore();
+    const CStoreSession& store = context.GetStoreToRead();
     const CSettingsTransaction unit(EUnitOfWork::READ);
     const CSettingsRow row = ReadStored(Kind(), arguments.strName);
     store.ThrowIfFailed();

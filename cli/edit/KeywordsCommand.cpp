@@ -101,7 +101,7 @@ const SKind& Kind() {
 }
 
 CSettingsRow ReadList(CCommandContext& context, const std::string& strName) {
-    const CStoreSession& store = context.GetStore();
+    const CStoreSession& store = context.GetStoreToRead();
     const CSettingsTransaction unit(EUnitOfWork::READ);
     CSettingsRow row = ReadStored(Kind(), strName);
     store.ThrowIfFailed();

@@ -118,6 +118,7 @@ CSettingsRow ReadTemplate(CCommandContext& context, const std::string& strName,
 }
 
 EVerdict Show(CCommandContext& context, const SArguments& arguments) {
+    context.GetStoreToRead();
     const CSettingsRow row = ReadTemplate(context, arguments.strName, ReadStored);
     const std::vector<SMatchRule> vecRules = ReadRules(row);
     const EVerdict eVerdict = RuleLines::Survive(vecRules) ? EVerdict::DONE : EVerdict::FINDINGS;

@@ -14,6 +14,7 @@ namespace {
 
 struct SProcessStore {
     CSettingsStore::Wrapper fnWrapper;
+    std::function<bool()> fnEndsWait;
     std::unique_ptr<CSettingsStore> pStore;
 };
 
@@ -82,9 +83,13 @@ bool CSettingsStore::IsUrl(const std::string& strText) {
 }
 
 void CSettingsStore::Open(const std::string& strUrl) {
+    Open(strUrl, EUnitOfWork::WRITE);
+}
+
+void CSettingsStore::Open(const std::string& strUrl, EUnitOfWork eUse) {
     SProcessStore& process = GetProcessStore();
     process.pStore.reset();
-    process.pStore = Make(strUrl);
+    process.pStore = Make(strUrl, eUse);
     if (process.fnWrapper) {
         process.pStore = process.fnWrapper(std::move(process.pStore));
     }
@@ -104,6 +109,15 @@ CSettingsStore& CSettingsStore::Current() {
 
 void CSettingsStore::SetWrapper(Wrapper fnWrapper) {
     GetProcessStore().fnWrapper = std::move(fnWrapper);
+}
+
+void CSettingsStore::SetWaitEnder(std::function<bool()> fnEndsWait) {
+    GetProcessStore().fnEndsWait = std::move(fnEndsWait);
+}
+
+bool CSettingsStore::IsWaitEnded() {
+    const SProcessStore& process = GetProcessStore();
+    return process.fnEndsWait && process.fnEndsWait();
 }
 
 void CSettingsStore::PutInFront(const Wrapper& fnWrapper) {

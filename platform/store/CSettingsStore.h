@@ -41,6 +41,8 @@ class DLP_PLATFORM_API CSettingsStore {
      * @throws OS::CException; the store that was open is closed then too
      */
     static void Open(const std::string& strUrl);
+    /** The same for one use. @param eUse as for Make */
+    static void Open(const std::string& strUrl, EUnitOfWork eUse);
     /** Closes the process's store; the next use opens the default again. */
     static void Close();
     /** The process's store; opens the default one (GetDefaultUrl) when none is open. @throws as Open */
@@ -55,6 +57,10 @@ class DLP_PLATFORM_API CSettingsStore {
     static std::unique_ptr<CSettingsStore> Make(const std::string& strUrl, EUnitOfWork eUse = EUnitOfWork::WRITE);
     /** @return whether the text begins as the URLs of some kind of store do */
     static bool IsUrl(const std::string& strText);
+    /** Sets what is asked while a store waits for another process's lock: true ends the wait as if its time were up. */
+    static void SetWaitEnder(std::function<bool()> fnEndsWait);
+    /** @return what the function set above says; false without one */
+    static bool IsWaitEnded();
     /** Puts something in front of every store that is opened: to count, to record, to fail. */
     using Wrapper = std::function<std::unique_ptr<CSettingsStore>(std::unique_ptr<CSettingsStore>)>;
     /** Sets it for what Open opens from now on; an empty function: nothing. */

@@ -3,12 +3,14 @@
 #include <sqlite3.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <new>
 #include <system_error>
 #include <vector>
 
+#include "platform/store/CSettingsStore.h"
 #include "platform/store/CSqliteStatement.h"
 #include "platform/store/CSqliteStore.h"
 #include "platform/store/SettingsSchema.h"
@@ -49,6 +51,9 @@ constexpr char JOURNAL_SETTING[] = "PRAGMA journal_mode = WAL";
 constexpr char GET_APPLICATION[] = "PRAGMA application_id";
 constexpr char GET_VERSION[] = "PRAGMA user_version";
 
+/** How long one wait for a lock is at most, so that its end is noticed soon. */
+constexpr int LONGEST_STEP_MILLISECONDS = 25;
+
 /** The header of a database file, as far as it is looked at. */
 constexpr char HEADER_MAGIC[] = "SQLite format 3";
 constexpr int HEADER_TRIES = 8;
@@ -62,6 +67,15 @@ std::int32_t ReadBigEndian(const unsigned char* pBytes) {
                                      static_cast<std::uint32_t>(pBytes[2]) << 8 | pBytes[3]);
 }
 
+/** @return the engine's name for a file that does not change, which it reads without locks and files of its own */
+std::string MakeFixedName(const std::string& strPath) {
+    std::string strName = "file:";
+    for (const char c : strPath) {
+        strName += c == '%' ? "%25" : c == '?' ? "%3f" : c == '#' ? "%23" : std::string(1, c);
+    }
+    return strName + "?immutable=1";
+}
+
 }  // namespace
 
 CSqliteConnection::CSqliteConnection(const std::string& strPath, int iBusyMilliseconds, EUnitOfWork eUse)
@@ -70,12 +84,17 @@ CSqliteConnection::CSqliteConnection(const std::string& strPath, int iBusyMillis
     const bool bWritable = !bRead || FindSqliteFile(strPath, m_strUrl);
     const bool bEmpty = !bRead && MakeSqliteFile(strPath, m_strUrl);
     // Who may write removes the engine's side files in the end, also when nothing is to be written.
-    Open(strPath, bWritable ? SQLITE_OPEN_READWRITE : SQLITE_OPEN_READONLY);
+    if (bRead && IsSqliteFileFixed(strPath)) {
+        Open(MakeFixedName(strPath), SQLITE_OPEN_READONLY | SQLITE_OPEN_URI);
+    } else {
+        Open(strPath, bWritable ? SQLITE_OPEN_READWRITE : SQLITE_OPEN_READONLY);
+    }
     if (!bEmpty) {
         CheckHeader();
     }
     sqlite3_extended_result_codes(Get(), 1);
-    sqlite3_busy_timeout(Get(), iBusyMilliseconds);
+    m_iBusyMilliseconds = iBusyMilliseconds;
+    sqlite3_busy_handler(Get(), Wait, this);
     Execute(CONNECTION_SETTINGS);
     if (bEmpty) {
         SqlitePageSums::Reserve(Get());
@@ -105,14 +124,27 @@ void CSqliteConnection::OpenSchema(const std::string& strPath, int iBusyMillisec
     m_iVersion = static_cast<int>(Number(GET_VERSION));
 }
 
-void CSqliteConnection::Open(const std::string& strPath, int iFlags) {
+void CSqliteConnection::Open(const std::string& strName, int iFlags) {
     sqlite3* pDb = nullptr;
     const int iCode =
-        sqlite3_open_v2(strPath.c_str(), &pDb, iFlags | SQLITE_OPEN_NOMUTEX, SqlitePageSums::GetVfsName());
+        sqlite3_open_v2(strName.c_str(), &pDb, iFlags | SQLITE_OPEN_NOMUTEX, SqlitePageSums::GetVfsName());
     m_pDb.reset(pDb);
     if (iCode != SQLITE_OK) {
         Throw(iCode, StoreDoing::OPENING);
     }
+}
+
+/** As the engine's own timeout waits, but that somebody can end it. @return whether to try again */
+int CSqliteConnection::Wait(void* pConnection, int iTries) noexcept {
+    auto& self = *static_cast<CSqliteConnection*>(pConnection);
+    self.m_iWaited = iTries == 0 ? 0 : self.m_iWaited;
+    if (self.m_iWaited >= self.m_iBusyMilliseconds || CSettingsStore::IsWaitEnded()) {
+        return 0;
+    }
+    const int iStep = std::min({iTries + 1, LONGEST_STEP_MILLISECONDS, self.m_iBusyMilliseconds - self.m_iWaited});
+    sqlite3_sleep(iStep);
+    self.m_iWaited += iStep;
+    return 1;
 }
 
 void CSqliteConnection::SClose::operator()(sqlite3* pDb) const noexcept {
@@ -187,7 +219,7 @@ void CSqliteConnection::ChangeJournal(int iBusyMilliseconds) {
         if (iCode == SQLITE_OK) {
             return;
         }
-        if ((iCode & 0xFF) != SQLITE_BUSY || iWaited >= iBusyMilliseconds) {
+        if ((iCode & 0xFF) != SQLITE_BUSY || iWaited >= iBusyMilliseconds || CSettingsStore::IsWaitEnded()) {
             Throw(iCode, StoreDoing::OPENING);
         }
         sqlite3_sleep(STEP_MILLISECONDS);

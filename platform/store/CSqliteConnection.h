@@ -53,10 +53,11 @@ class CSqliteConnection {
         void operator()(sqlite3* pDb) const noexcept;
     };
 
+    static int Wait(void* pConnection, int iTries) noexcept;
     void CheckHeader() const;
     void CheckOwner(std::int64_t iApplication) const;
     void CheckVersion(std::int64_t iVersion) const;
-    void Open(const std::string& strPath, int iFlags);
+    void Open(const std::string& strName, int iFlags);
     void OpenSchema(const std::string& strPath, int iBusyMilliseconds, bool bRead, bool bWritable);
     void CreateSchema();
     void ChangeJournal(int iBusyMilliseconds);
@@ -66,4 +67,6 @@ class CSqliteConnection {
     CWriterNote m_note;
     std::unique_ptr<sqlite3, SClose> m_pDb;
     int m_iVersion = 0;
+    int m_iBusyMilliseconds = 0;
+    int m_iWaited = 0;  ///< milliseconds, for the lock that is wanted now
 };

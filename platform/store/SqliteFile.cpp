@@ -17,6 +17,7 @@ namespace {
 
 constexpr mode_t FOLDER_MODE = 0700;
 constexpr mode_t FILE_MODE = 0600;
+constexpr const char JOURNAL[] = "-wal";
 constexpr const char CANNOT_READ[] = "cannot read the file";
 
 /** File systems over which the write-ahead log does not hold: its index is memory that all processes must share. */
@@ -139,6 +140,11 @@ bool FindSqliteFile(const std::string& strPath, const std::string& strUrl) {
         ThrowSystemError(strUrl, CANNOT_READ, errno);
     }
     return IsAccessible(strPath, W_OK);
+}
+
+bool IsSqliteFileFixed(const std::string& strPath) {
+    const std::string strFolder = std::filesystem::path(strPath).parent_path().string();
+    return !IsAccessible(strPath, W_OK) && !IsAccessible(strFolder, W_OK) && !IsAccessible(strPath + JOURNAL, F_OK);
 }
 
 std::vector<std::string> FindSqliteFileDangers(const std::string& strPath) {

@@ -20,6 +20,12 @@ bool MakeSqliteFile(const std::string& strPath, const std::string& strUrl);
  */
 bool FindSqliteFile(const std::string& strPath, const std::string& strUrl);
 
+/**
+ * @return whether the caller may write neither the file nor into its folder, and no journal stands beside it: the engine
+ * can then make none of the files by which it knows of writers
+ */
+bool IsSqliteFileFixed(const std::string& strPath);
+
 /** @return what endangers the file from outside, each in one line with what to do */
 std::vector<std::string> FindSqliteFileDangers(const std::string& strPath);
 

@@ -351,6 +351,7 @@ const SBadFile BAD_FILES[] = {
 }  // namespace
 
 TEST_F(ImportCommand, AFileThatGivesNoDocumentIsSaidInOneLineAndNoStoreIsMade) {
+    RemoveStore();
     for (const SBadFile& bad : BAD_FILES) {
         const std::string strFile = m_dir.Write("bad.xml", bad.strBytes);
         const SToolRun run = Run({"import", strFile});
@@ -363,6 +364,7 @@ TEST_F(ImportCommand, AFileThatGivesNoDocumentIsSaidInOneLineAndNoStoreIsMade) {
 }
 
 TEST_F(ImportCommand, XmlThatIsRefusedIsSaidWithItsPlaceInTheFile) {
+    RemoveStore();
     const std::pair<std::string, const char*> aFiles[] = {
         {"\xef\xbb\xbfnoise\n<a>\n  é<b></a>", ":3:9:"},  // a wrong end tag
         {"<a>&nbsp;</a>", ":1:4:"},                       // an entity that is not defined

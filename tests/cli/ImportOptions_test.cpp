@@ -75,6 +75,7 @@ TEST_F(ImportOptions, ADryRunSaysSo) {
 }
 
 TEST_F(ImportOptions, ADryRunMakesNoStore) {
+    RemoveStore();
     EXPECT_EQ(Run({"import", "--dry-run", "-"}, Small()).iCode, 0);
     EXPECT_EQ(Run({"assets", "import", "--dry-run", "-"}, Small()).iCode, 0);
     EXPECT_EQ(m_dir.Read("store.db"), "");

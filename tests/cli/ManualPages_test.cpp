@@ -30,7 +30,9 @@ class ManualPages : public CToolTest {
         Import(strPolicy);
         m_dir.Write("work/store.json", Dump());
         EXPECT_EQ(Run({"store", "backup", m_dir.Path("work/backup.db")}).iCode, 0);
-        EXPECT_EQ(RunOn(Url("work/yesterday.db"), {"import", "-"}, Small()).iCode, 0);
+        for (const char* pStore : {"work/yesterday.db", "work/copy.db"}) {
+            EXPECT_EQ(RunOn(Url(pStore), {"import", "-"}, Small()).iCode, 0);
+        }
     }
 
     void ExpectToRun(const std::vector<std::string>& vecLines) const {

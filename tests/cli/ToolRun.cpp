@@ -1,5 +1,6 @@
 #include "tests/cli/ToolRun.h"
 
+#include <cstdio>
 #include <cstdlib>
 #include <sstream>
 
@@ -7,6 +8,7 @@
 
 #include "api/CDLPDigitalAssetsParser.h"
 #include "cli/Tool.h"
+#include "platform/store/CSettingsStore.h"
 #include "tests/support/JsonSchema.h"
 
 namespace {
@@ -25,6 +27,8 @@ CToolTest::CToolTest() {
     m_dir.Write("home/config/cfg_dlp_da_map.txt", "Old One\tone\n");
     ::setenv("DLP_INSTALL_PATH", m_dir.Path("home").c_str(), 1);
     ::setenv("DLP_STORE", Url("store.db").c_str(), 1);
+    CSettingsStore::Open(Url("store.db"));
+    CSettingsStore::Close();
     ::setenv("XDG_CONFIG_HOME", m_dir.Path("config").c_str(), 1);
 }
 
@@ -51,6 +55,10 @@ std::string CToolTest::Get(const std::vector<std::string>& vecArguments) const {
     const SToolRun run = Run(vecArguments);
     EXPECT_EQ(run.iCode, 0) << run.strErr;
     return run.strOut;
+}
+
+void CToolTest::RemoveStore() const {
+    ASSERT_EQ(std::remove(m_dir.Path("store.db").c_str()), 0);
 }
 
 std::string CToolTest::Dump() const {

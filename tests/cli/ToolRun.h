@@ -15,7 +15,7 @@ struct SToolRun {
 };
 
 /**
- * Runs the tool as a fresh program would: version and language are at their start again. A store and an installation
+ * Runs the tool as a fresh program would: version and language are at their start again. An empty store and an installation
  * directory of the test's own stand in $DLP_STORE and $DLP_INSTALL_PATH; the configuration is looked for below
  * config/ in its folder, where there is none. Every answer in JSON is held against its schema.
  */
@@ -30,6 +30,8 @@ class CToolTest : public ::testing::Test {
                    const std::string& strInput = "") const;
     /** Runs and expects exit code 0. @return the data */
     std::string Get(const std::vector<std::string>& vecArguments) const;
+    /** Takes the store away: it is as before anything was stored. */
+    void RemoveStore() const;
     /** @return the whole store as it is dumped */
     std::string Dump() const;
     std::string Url(const std::string& strFile) const { return "sqlite:" + m_dir.Path(strFile); }

@@ -267,6 +267,7 @@ class Tool:
                 (folder / "config" / name).write_bytes(content)
         self._file = folder / "policy.xml"
         self._start = [path, "--store", f"sqlite:{folder}/settings.db", "--home", str(folder), "--language", "English"]
+        (folder / "settings.db").touch(0o600)  # an empty store
 
     def _run(self, *words: str) -> subprocess.CompletedProcess[bytes]:
         return subprocess.run([*self._start, *words], stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, check=False)

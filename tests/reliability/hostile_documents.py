@@ -54,6 +54,7 @@ class Tool:
         (self.home / "config").mkdir(parents=True)
         for name in ("PredefinedDLPPolicy.xml", "cfg_dlp_da_map.txt"):
             shutil.copy(ROOT / "config" / name, self.home / "config" / name)
+        self.clear()
         self.empty = self.dump()
 
     def _start(self, words: tuple[str, ...]) -> list[str]:
@@ -61,9 +62,7 @@ class Tool:
                 *(word.format(**{"in": self.file}) for word in words)]
 
     def dump(self) -> bytes:
-        """The whole store; nothing where there is none."""
-        if not (self.folder / "store.db").exists():
-            return b""
+        """The whole store."""
         return subprocess.run(self._start(("store", "dump")), capture_output=True, check=True).stdout
 
     def knows(self, name: str) -> bool:
@@ -72,9 +71,10 @@ class Tool:
         return f"\n  {name} " in told
 
     def clear(self) -> None:
-        """No store is left."""
+        """An empty store is left."""
         for path in self.folder.glob("store.db*"):
             path.unlink()
+        (self.folder / "store.db").touch(0o600)
 
     def run(self, words: tuple[str, ...], before: tuple[str, ...] = ()) -> tuple[int, float, int, str]:
         """Exit code, seconds of the processor, peak of memory in bytes, errors."""

@@ -66,6 +66,7 @@ TEST_F(CheckCommand, WhatIsFoundIsShownWithItsLineAndWhatToDo) {
 }
 
 TEST_F(CheckCommand, NothingIsStoredAndNoStoreIsMade) {
+    RemoveStore();
     Run({"check", "-"}, Documents::Small());
     EXPECT_EQ(m_dir.Read("store.db"), "");
     Import(Documents::Small());

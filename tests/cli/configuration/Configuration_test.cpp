@@ -118,8 +118,8 @@ TEST_F(Configuration, TheStoreOfTheEnvironmentCountsBeforeThatOfTheFile) {
     ::unsetenv("DLP_STORE");
     EXPECT_EQ(GetOption("store"), Json({Url("file.db"), "file", m_strFile + ":1:1"}));
     Import(Documents::Small());
-    EXPECT_NE(m_dir.Read("file.db"), "");
-    EXPECT_EQ(m_dir.Read("store.db"), "");
+    EXPECT_NE(Get({"list", "templates", "--store", Url("file.db")}), "");
+    EXPECT_EQ(Get({"list", "templates", "--store", Url("store.db")}), "");
 }
 
 TEST_F(Configuration, AFaultOfTheFileIsSaidWithItsPlace) {

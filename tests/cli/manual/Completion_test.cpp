@@ -38,7 +38,7 @@ struct SCompleted {
 };
 
 const SCompleted COMPLETED[] = {
-    {"exp", {"export", "explain", "expression"}},
+    {"metad", {"metadata"}},
     {"assets _", {"import", "export"}},
     {"--store sqlite:x store i", {"info"}},
     {"--quiet che", {"check"}},
@@ -107,8 +107,8 @@ TEST_F(Completion, WordsAreThoseThatCanStandThere) {
 }
 
 TEST_F(Completion, AStoreThatIsNotThereIsNotMade) {
-    EXPECT_EQ(Complete("export _"), Words());
-    EXPECT_EQ(m_dir.Read("store.db"), "");
+    EXPECT_EQ(Complete("--store " + Url("none.db") + " export _"), Words());
+    EXPECT_EQ(m_dir.Read("none.db"), "");
 }
 
 TEST_F(Completion, CandidatesSayWhatTheyMean) {
