@@ -228,6 +228,10 @@ const SCommandHelp* CCommandLine::FindHelp(const CLI::App& command) const {
     return itCommand == m_vecCommands.end() ? nullptr : &itCommand->help;
 }
 
+const char* CCommandLine::GetFirstSteps() {
+    return FIRST_STEPS;
+}
+
 const CCommandLine::SCommand* CCommandLine::FindGiven() const {
     const auto itGiven = std::find_if(m_vecCommands.begin(), m_vecCommands.end(),
                                       [](const SCommand& command) { return command.pApp->parsed(); });

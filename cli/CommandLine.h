@@ -63,18 +63,22 @@ class CCommandLine {
     /** @return the name of the JSON form of the command that was given, as far as it is known */
     const char* GetFormat() const;
 
-  private:
     struct SCommand {
         CLI::App* pApp;
         SCommandHelp help;
         Run fnRun;
     };
+    /** In the order of the help. */
+    const std::vector<SCommand>& GetCommands() const { return m_vecCommands; }
+    /** @return the command's words, as store dump */
+    std::string GetWords(const SCommand& command) const;
+    /** @return the end of the tool's help: where to begin, what holds for all commands */
+    static const char* GetFirstSteps();
 
+  private:
     const SCommand* FindGiven() const;
     std::string MakeHelp() const;
     std::string ListCommands(const CLI::App& parent) const;
-    /** @return the command's words, as store dump */
-    std::string GetWords(const SCommand& command) const;
     /** @param strWhy empty: no known command is given */
     [[noreturn]] void Refuse(const std::string& strWhy) const;
     [[noreturn]] void RefuseCommand(const std::vector<std::string>& vecRest) const;

@@ -105,6 +105,7 @@ int RunTool(const std::vector<std::string>& vecArguments, std::istream& in, std:
     CConfiguration configuration(line);
     AddConfigCommand(line, configuration);
     AddCompletionCommand(line);
+    AddManualCommand(line);
     const auto start = std::chrono::steady_clock::now();
     EVerdict eVerdict = EVerdict::DONE;
     try {

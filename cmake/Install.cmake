@@ -27,6 +27,8 @@ install(FILES ${DLP_COMPLETIONS}/bash DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-
 install(FILES ${DLP_COMPLETIONS}/zsh DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/site-functions RENAME _dlpctl)
 install(FILES ${DLP_COMPLETIONS}/fish DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d RENAME dlpctl.fish)
 
+install(DIRECTORY ${DLP_MANUAL}/man1 ${DLP_MANUAL}/man5 DESTINATION ${CMAKE_INSTALL_MANDIR})
+
 install(EXPORT dlpparserTargets NAMESPACE dlpparser:: DESTINATION ${DLP_CMAKE_DIR})
 configure_package_config_file(${PROJECT_SOURCE_DIR}/cmake/dlpparserConfig.cmake.in
                               ${PROJECT_BINARY_DIR}/dlpparserConfig.cmake INSTALL_DESTINATION ${DLP_CMAKE_DIR})

@@ -104,6 +104,9 @@ const SRefused REFUSED[] = {
      "--log-level: there is no level \"loud\"; the levels are info, enter, leave, content, error, failure, all",
      "dlpctl-list/1"},
     {{"completion", "tcsh"}, "there is no shell \"tcsh\"; write bash, zsh or fish", "dlpctl-completion/1"},
+    {{"manual", "dlpctl-chekc"},
+     "there is no page \"dlpctl-chekc\"; did you mean \"dlpctl-check\"?",
+     "dlpctl-manual/1"},
     {{"config", "x"}, "\"x\" is one argument too many; see dlpctl config --help", "dlpctl-config/1"},
     {{"list", "\xff"}, "argument 2 is not UTF-8", "dlpctl/1"},
 };
@@ -209,6 +212,8 @@ TEST_F(CommandLine, TopHelpHasOneLinePerCommandAndTheFirstSteps) {
                               "\n  store info  ",
                               "\n  config [--origin]  ",
                               "\n  completion bash|zsh|fish  ",
+                              "\n  manual [PAGE]  ",
+                              "\n  -v,--verbose  ",
                               "\n  --store URL  ",
                               "\n  -q,--quiet  ",
                               "\nFirst steps:\n"}) {
@@ -248,7 +253,8 @@ TEST_F(CommandLine, EveryCommandHasHelpWithExamples) {
                                                   {"store", "load"},
                                                   {"store", "info"},
                                                   {"config"},
-                                                  {"completion"}};
+                                                  {"completion"},
+                                                  {"manual"}};
     for (std::vector<std::string> vecCommand : aCommands) {
         const std::string strName = vecCommand.front() + (vecCommand.size() > 1 ? ' ' + vecCommand.back() : "");
         vecCommand.emplace_back("--help");

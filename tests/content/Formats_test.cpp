@@ -18,5 +18,5 @@ TEST(FormatsContent, DocumentsShownAreWellFormed) {
         EXPECT_TRUE(document.LoadUtf8(strDocument)) << strDocument << document.GetLoadError().strMessage;
         ++iDocuments;
     }
-    EXPECT_EQ(iDocuments, 7);
+    EXPECT_EQ(iDocuments, 8);
 }

@@ -22,6 +22,9 @@ done
 for file in bash-completion/completions/dlpctl zsh/site-functions/_dlpctl fish/vendor_completions.d/dlpctl.fish; do
     grep -q dlpctl "$prefix/share/$file"
 done
+for page in man1/dlpctl.1 man1/dlpctl-store-dump.1 man5/dlp-policy.5 man5/dlpctl-config.5; do
+    grep -q '^[.]TH' "$prefix/share/man/$page"
+done
 
 # The store's own headers and the managers' stay inside; every header that is installed compiles alone, as C++17.
 cd "$prefix/include/dlpparser"

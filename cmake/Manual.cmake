@@ -1,0 +1,11 @@
+# Writes every page of the manual: cmake -DTOOL=… -DFOLDER=… -P Manual.cmake
+execute_process(COMMAND ${TOOL} manual OUTPUT_VARIABLE list COMMAND_ERROR_IS_FATAL ANY)
+string(REGEX MATCHALL "(^|\n)[^ \n]+" pages "${list}")
+file(REMOVE_RECURSE ${FOLDER})
+foreach(page ${pages})
+    string(STRIP "${page}" page)
+    string(REGEX REPLACE ".*[.]" "" section ${page})
+    file(MAKE_DIRECTORY ${FOLDER}/man${section})
+    execute_process(COMMAND ${TOOL} manual ${page} OUTPUT_FILE ${FOLDER}/man${section}/${page} COMMAND_ERROR_IS_FATAL ANY)
+endforeach()
+file(WRITE ${FOLDER}/pages "${list}")
