@@ -13,7 +13,7 @@ void AddImportOptions(CLI::App& command, SImportOptions& options, const char* pF
                           "take nothing of a FILE of which an item cannot be taken");
     CCommandLine::AddText(command, "--report", "FILE", options.strReport, "write a report of all files to FILE")
         ->take_last();
-    CCommandLine::AddText(command, "--report-format", "NAME", options.strReportFormat,
-                          "text, json, sarif, junit or github; by default as FILE ends, else json")
+    CCommandLine::AddText(command, "--report-format", "text|json|sarif|junit|github", options.strReportFormat,
+                          "how to write the report; by default as FILE ends, else json")
         ->take_last();
 }

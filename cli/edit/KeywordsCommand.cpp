@@ -250,13 +250,13 @@ void AddKeywordsCommands(CCommandLine& line) {
     CLI::App& import = AddOne(line, group, IMPORT, pArguments, Import);
     CCommandLine::AddText(import, "FILE", "FILE", pArguments->strFile, "the table")->required();
     CCommandLine::AddFlag(import, "--replace", pArguments->bReplace, "the list holds those of the FILE alone");
-    CCommandLine::AddText(import, "--format", "NAME", pArguments->strFormat, "csv or tsv; otherwise as FILE is named")
+    CCommandLine::AddText(import, "--format", "csv|tsv", pArguments->strFormat, "otherwise as FILE is named")
         ->take_last();
     AddEditOptions(import, pArguments->options);
 
     CLI::App& exports = AddOne(line, group, EXPORT, pArguments, Export);
     CCommandLine::AddText(exports, "-o,--output", "FILE", pArguments->strFile,
                           "write to FILE, which is replaced whole or not at all");
-    CCommandLine::AddText(exports, "--format", "NAME", pArguments->strFormat, "csv or tsv; otherwise as FILE is named")
+    CCommandLine::AddText(exports, "--format", "csv|tsv", pArguments->strFormat, "otherwise as FILE is named")
         ->take_last();
 }

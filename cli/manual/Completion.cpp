@@ -18,6 +18,7 @@ namespace {
 
 constexpr char CHOICE = '|';
 constexpr const char STORE_OPTION[] = "--store";
+constexpr const char ONLY_OPTION[] = "only";
 constexpr const char STORE_WORD[] = "store";
 
 using Candidates = std::vector<SCandidate>;
@@ -142,9 +143,19 @@ ESettingsKind GuessKind(const STyped& typed) {
     return ESettingsKind::TEMPLATE;
 }
 
+/** Only some options take names of records; --language, say, does not. */
+bool TakesRecords(const CLI::Option& option) {
+    const std::string strName = option.get_lnames().front();
+    return strName == ONLY_OPTION || std::any_of(std::begin(KINDS), std::end(KINDS),
+                                                 [&](const SKind& kind) { return strName == kind.pSingular; });
+}
+
 /** A store that cannot be read has no names to offer. */
 Candidates ListNames(const CCommandContext& context, const STyped& typed) {
     Candidates vecCandidates;
+    if (typed.pOption != nullptr && !TakesRecords(*typed.pOption)) {
+        return vecCandidates;
+    }
     try {
         const std::string strUrl =
             typed.strStore.empty() ? context.GetStoreUrl() : context.GetAbsoluteUrl(typed.strStore);
