@@ -18,7 +18,6 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_L
     # False alarms over std::string's own code; the sanitizers know better: https://gcc.gnu.org/bugzilla/show_bug.cgi?id=105329
     target_compile_options(dlp_options INTERFACE -Wno-restrict -Wno-stringop-overflow -Wno-array-bounds)
 endif()
-target_compile_definitions(dlp_options INTERFACE $<$<NOT:$<CONFIG:Debug>>:_FORTIFY_SOURCE=2>)
 if(DLP_WARNINGS_AS_ERRORS)
     target_compile_options(dlp_options INTERFACE -Werror)
 endif()
