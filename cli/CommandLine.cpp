@@ -18,16 +18,20 @@ constexpr const char GENERAL_FORMAT[] = "dlpctl/1";
 constexpr const char SUMMARY[] = "Moves data-loss-prevention policies between a settings store and XML.";
 constexpr const char EMPTY_VALUE[] = "the value is empty";
 constexpr const char NOT_EMPTY[] = "not empty";
-constexpr const char LIST_COMMANDS[] = "; dlpctl --help lists the commands";
+constexpr const char USAGE[] = "; usage: dlpctl ";
 constexpr const char SEE_OPTIONS[] = "\nOptions of every command: dlpctl --help\n";
 constexpr const char FIRST_STEPS[] =
     "First steps:\n"
-    "  dlpctl import examples/starter-policy.xml   read a policy into the store\n"
+    "  dlpctl check policy.xml                     what is wrong in a policy\n"
+    "  dlpctl import policy.xml                    read it into the store\n"
     "  dlpctl list templates                       see what is there\n"
     "  dlpctl show template NAME                   see one with its rules\n"
     "  dlpctl export --all --indent -o policy.xml  write it all out again\n"
     "\n"
-    "dlpctl COMMAND --help says more about a command. \"-\" as a FILE is standard input or output. Every option can\n"
+    "A policy to begin with, examples/starter-policy.xml, and the pages of docs/ are installed in share/dlpparser\n"
+    "and share/doc/dlpparser; man dlp-policy tells what a policy consists of.\n"
+    "\n"
+    "dlpctl help COMMAND says more about a command. \"-\" as a FILE is standard input or output. Every option can\n"
     "also be set by an environment variable or in a file: dlpctl config --help.\n"
     "Exit codes: 0 done; 1 done, but something was skipped, left out or not found; 2 invalid input, nothing\n"
     "written; 3 usage or configuration; 4 the store, the output or memory failed; 130, 143 interrupted.\n";
@@ -204,11 +208,11 @@ CCommandLine::SParsed CCommandLine::Parse(const std::vector<std::string>& vecArg
     try {
         m_app.parse(vecReversed);
     } catch (const CLI::CallForHelp&) {
-        return {{}, MakeHelp()};
+        return {{}, MakeHelp(FindAsked())};
     } catch (const CLI::CallForVersion& version) {
         return {{}, version.what(), true};
     } catch (const CLI::RequiredError& error) {
-        Refuse(FindGiven() == nullptr ? std::string() : error.what());
+        Refuse(FindGiven() == nullptr ? std::string() : error.what(), true);
     } catch (const CLI::ArgumentMismatch& error) {
         Refuse(ExplainMissingValue(error));
     } catch (const CLI::ParseError& error) {
@@ -238,18 +242,42 @@ const CCommandLine::SCommand* CCommandLine::FindGiven() const {
     return itGiven == m_vecCommands.end() ? nullptr : &*itGiven;
 }
 
-std::string CCommandLine::MakeHelp() const {
-    if (m_app.get_subcommands().empty()) {
+const CLI::App& CCommandLine::FindAsked() const {
+    const SCommand* pGiven = FindGiven();
+    if (pGiven != nullptr) {
+        return *pGiven->pApp;
+    }
+    return m_app.get_subcommands().empty() ? m_app : *m_app.get_subcommands().front();
+}
+
+std::string CCommandLine::GetHelp(const std::vector<std::string>& vecWords) const {
+    const CLI::App* pApp = &m_app;
+    for (const std::string& strWord : vecWords) {
+        const auto vecFound =
+            pApp->get_subcommands([&](const CLI::App* pCommand) { return pCommand->get_name() == strWord; });
+        if (!vecFound.empty()) {
+            pApp = vecFound.front();
+        } else if (FindHelp(*pApp) == nullptr) {
+            RefuseCommand(*pApp, strWord);
+        } else {
+            throw CToolError(EVerdict::USAGE, Text::Quoted(strWord) + " is one word too many: " +
+                                                  Text::Quoted(pApp->get_name()) + " is a whole command");
+        }
+    }
+    return MakeHelp(*pApp);
+}
+
+std::string CCommandLine::MakeHelp(const CLI::App& app) const {
+    if (&app == &m_app) {
         return std::string(SUMMARY) + "\n\nUsage: dlpctl [OPTIONS] COMMAND …\n\nCommands:\n" + ListCommands(m_app) +
                "\nOptions, before or after the command:\n" + ListOptions(m_app) + '\n' + FIRST_STEPS;
     }
-    const SCommand* pGiven = FindGiven();
-    if (pGiven == nullptr) {
-        return "Commands:\n" + ListCommands(*m_app.get_subcommands().front()) + SEE_OPTIONS;
+    const SCommandHelp* pHelp = FindHelp(app);
+    if (pHelp == nullptr) {
+        return "Commands:\n" + ListCommands(app) + SEE_OPTIONS;
     }
-    const SCommandHelp& help = pGiven->help;
-    return std::string("Usage: dlpctl ") + help.pSynopsis + "\n\n" + Capitalised(help.pSummary) + ".\n" +
-           help.pDetails + "\nOptions:\n" + ListOptions(*pGiven->pApp) + "\nExamples:\n" + help.pExamples + SEE_OPTIONS;
+    return std::string("Usage: dlpctl ") + pHelp->pSynopsis + "\n\n" + Capitalised(pHelp->pSummary) + ".\n" +
+           pHelp->pDetails + "\nOptions:\n" + ListOptions(app) + "\nExamples:\n" + pHelp->pExamples + SEE_OPTIONS;
 }
 
 std::string CCommandLine::ListCommands(const CLI::App& parent) const {
@@ -262,7 +290,7 @@ std::string CCommandLine::ListCommands(const CLI::App& parent) const {
     return table.ToString();
 }
 
-void CCommandLine::Refuse(const std::string& strWhy) const {
+void CCommandLine::Refuse(const std::string& strWhy, bool bShowsUsage) const {
     const SCommand* pGiven = FindGiven();
     const std::string strSeeHelp = "; see dlpctl " + (pGiven == nullptr ? "" : GetWords(*pGiven) + ' ') + "--help";
     std::vector<std::string> vecRest = m_app.remaining(true);
@@ -275,25 +303,34 @@ void CCommandLine::Refuse(const std::string& strWhy) const {
                          ExplainOption(*itOption, m_app, pGiven == nullptr ? nullptr : pGiven->pApp, strSeeHelp));
     }
     if (pGiven != nullptr && !vecRest.empty()) {
-        throw CToolError(EVerdict::USAGE, Text::Quoted(vecRest.front()) + " is one argument too many" + strSeeHelp);
+        throw CToolError(EVerdict::USAGE,
+                         Text::Quoted(vecRest.front()) + " is one argument too many" + USAGE + pGiven->help.pSynopsis);
     }
     if (!strWhy.empty()) {
-        throw CToolError(EVerdict::USAGE, Text::Printable(strWhy) + strSeeHelp);
+        throw CToolError(EVerdict::USAGE, Text::Printable(strWhy) +
+                                              (bShowsUsage ? USAGE + std::string(pGiven->help.pSynopsis) : strSeeHelp));
     }
-    RefuseCommand(vecRest);
+    if (vecRest.empty()) {
+        throw CToolError(EVerdict::USAGE, "no command is given" + SeeCommands(FindAsked()));
+    }
+    RefuseCommand(FindAsked(), vecRest.front());
 }
 
-void CCommandLine::RefuseCommand(const std::vector<std::string>& vecRest) const {
-    if (vecRest.empty()) {
-        throw CToolError(EVerdict::USAGE, std::string("no command is given") + LIST_COMMANDS);
-    }
-    const CLI::App* pParent = m_app.get_subcommands().empty() ? &m_app : m_app.get_subcommands().front();
+void CCommandLine::RefuseCommand(const CLI::App& parent, const std::string& strWord) const {
     std::vector<std::string> vecNames;
-    for (const CLI::App* pCommand : pParent->get_subcommands([](const CLI::App*) { return true; })) {
+    for (const CLI::App* pCommand : parent.get_subcommands([](const CLI::App*) { return true; })) {
         vecNames.push_back(pCommand->get_name());
     }
-    throw CToolError(EVerdict::USAGE, "there is no command " + Text::Quoted(vecRest.front()) +
-                                          Ask(FindNearestName(vecRest.front(), vecNames), LIST_COMMANDS));
+    std::string strNearest = FindNearestName(strWord, vecNames);
+    if (strNearest.empty() && m_app.get_option_no_throw("--" + strWord) != nullptr) {
+        strNearest = "--" + strWord;
+    }
+    throw CToolError(EVerdict::USAGE,
+                     "there is no command " + Text::Quoted(strWord) + Ask(strNearest, SeeCommands(parent)));
+}
+
+std::string CCommandLine::SeeCommands(const CLI::App& parent) const {
+    return "; dlpctl " + (&parent == &m_app ? "" : parent.get_name() + ' ') + "--help lists the commands";
 }
 
 std::string CCommandLine::GetWords(const SCommand& command) const {

@@ -75,13 +75,20 @@ class CCommandLine {
     /** @return the end of the tool's help: where to begin, what holds for all commands */
     static const char* GetFirstSteps();
 
+    /** @param vecWords a command's words; none: the tool's help @throws CToolError (USAGE) */
+    std::string GetHelp(const std::vector<std::string>& vecWords) const;
+
   private:
     const SCommand* FindGiven() const;
-    std::string MakeHelp() const;
+    /** @return the command that was given, else the words that several begin with, else the tool */
+    const CLI::App& FindAsked() const;
+    std::string MakeHelp(const CLI::App& app) const;
     std::string ListCommands(const CLI::App& parent) const;
-    /** @param strWhy empty: no known command is given */
-    [[noreturn]] void Refuse(const std::string& strWhy) const;
-    [[noreturn]] void RefuseCommand(const std::vector<std::string>& vecRest) const;
+    std::string SeeCommands(const CLI::App& parent) const;
+    /** @param strWhy empty: no known command is given @param bShowsUsage what the command takes says more than its help
+     */
+    [[noreturn]] void Refuse(const std::string& strWhy, bool bShowsUsage = false) const;
+    [[noreturn]] void RefuseCommand(const CLI::App& parent, const std::string& strWord) const;
 
     CLI::App m_app;
     std::vector<SCommand> m_vecCommands;

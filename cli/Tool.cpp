@@ -106,6 +106,7 @@ int RunTool(const std::vector<std::string>& vecArguments, std::istream& in, std:
     AddConfigCommand(line, configuration);
     AddCompletionCommand(line);
     AddManualCommand(line);
+    AddHelpCommand(line);
     const auto start = std::chrono::steady_clock::now();
     EVerdict eVerdict = EVerdict::DONE;
     try {

@@ -12,7 +12,7 @@ namespace {
 
 constexpr SCommandHelp HELP = {
     "refs",
-    "refs [POLICY]",
+    "refs [POLICY] [--KIND NAME]…",
     "show which templates use which assets",
     "POLICY is a FILE (- for standard input), the word store for the store of --store (that is also meant when none\n"
     "is given), or another store's URL, which is only read. Names narrow it down: --template to all that these\n"

@@ -20,13 +20,17 @@ constexpr SCommandHelp HELP = {
     "manual",
     "manual [PAGE]",
     "write a page of the manual, or list the pages",
-    "A PAGE is called dlpctl-check.1 or dlp-policy.5, or without its section, and is written as man reads it.\n"
-    "Installed, man dlpctl shows the same.\n",
+    "A PAGE is called dlpctl-check.1 or dlp-policy.5, or without its section, or as its command, and is written as\n"
+    "man reads it: dlpctl manual check | man -l -. Installed, man dlpctl-check shows the same.\n",
     "  dlpctl manual\n"
+    "  dlpctl manual check\n"
     "  dlpctl manual dlpctl-check > dlpctl-check.1\n"
     "  dlpctl manual dlp-policy > dlp-policy.5\n",
     "dlpctl-manual/1",
 };
+
+constexpr const char PREFIX[] = "dlpctl-";
+constexpr const char MARKUP[] = "This is what man reads: dlpctl manual PAGE | man -l - shows it.";
 
 std::string GetFileName(const SManualPage& page) {
     return page.strName + '.' + std::to_string(page.iSection);
@@ -36,7 +40,7 @@ std::string GetFileName(const SManualPage& page) {
 const SManualPage& FindPage(const std::vector<SManualPage>& vecPages, const std::string& strName) {
     std::vector<std::string> vecNames;
     for (const SManualPage& page : vecPages) {
-        if (strName == GetFileName(page)) {
+        if (strName == GetFileName(page) || (page.iSection == 1 && PREFIX + strName == page.strName)) {
             return page;
         }
         vecNames.push_back(page.strName);
@@ -84,6 +88,9 @@ EVerdict Show(CCommandContext& context, CCommandLine& line, const std::string& s
                            {"text", strText}});
     } else {
         context.Write(strText);
+        if (context.GetDataWidth() > 0) {
+            context.Note(MARKUP);
+        }
     }
     return EVerdict::DONE;
 }

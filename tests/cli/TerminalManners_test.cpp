@@ -21,6 +21,14 @@ TEST_F(TerminalManners, VerboseSaysWhatIsOpenedAndHowLongItTook) {
     EXPECT_EQ(Run({"import", strFile}).strErr.find("detail"), std::string::npos);
 }
 
+TEST_F(TerminalManners, PagesOfTheManualAreMarkupOnATerminalToo) {
+    const std::string strTold = "This is what man reads: dlpctl manual PAGE | man -l - shows it.";
+    EXPECT_NE(CProgram::Shell("script -qec 'stty cols 80; unset COLUMNS; \"$DLPCTL\" manual check' /dev/null")
+                  .strOut.find(strTold),
+              std::string::npos);
+    EXPECT_EQ(Run({"manual", "check"}).strErr, "");
+}
+
 TEST_F(TerminalManners, TablesFitTheTerminal) {
     if (CProgram::Shell("command -v script").iCode != 0) {
         GTEST_SKIP() << "script(1) is not there to make a terminal";

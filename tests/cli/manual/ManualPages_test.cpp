@@ -65,6 +65,8 @@ TEST_F(Manual, PagesAreFoundWithAndWithoutTheirSection) {
     EXPECT_NE(Get({"manual", "dlpctl-config"}), Get({"manual", "dlpctl-config.5"}));
     EXPECT_EQ(Get({"manual", "dlp-policy"}).find(".TH"), Get({"manual", "dlp-policy.5"}).find(".TH"));
     EXPECT_EQ(Json::parse(Get({"--json", "manual", "dlpctl"}))["text"], Get({"manual", "dlpctl"}));
+    EXPECT_EQ(Get({"manual", "check"}), Get({"manual", "dlpctl-check"}));
+    EXPECT_EQ(Get({"manual", "config"}), Get({"manual", "dlpctl-config.1"}));
     EXPECT_EQ(Run({"manual", "bank"}).iCode, 3);
 }
 
