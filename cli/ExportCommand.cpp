@@ -12,6 +12,7 @@
 #include "cli/ExportReport.h"
 #include "cli/InstalledFiles.h"
 #include "cli/Kinds.h"
+#include "cli/RecordJson.h"
 #include "cli/StoreSession.h"
 #include "cli/Suggestion.h"
 #include "cli/Text.h"
@@ -19,6 +20,7 @@
 #include "platform/common/TextConversion.h"
 #include "platform/store/CSettingsStore.h"
 #include "templates/DLPTemplateMgr.h"
+#include "templates/MatchRule.h"
 
 namespace {
 
@@ -50,6 +52,23 @@ constexpr SReason REASONS[] = {
 };
 constexpr SReason NO_NAME = {"no-name", "its element has no name to ask for; its display name is "};
 constexpr SReason SAME_NAME = {"same-name", "another template of this name comes first in the store: "};
+
+/** What every document holds that has a rule with this operator. */
+constexpr const char EXCEPT_VALUE[] = "\"EXCEPT\"";
+constexpr const char EXCEPT_WARNING[] =
+    " holds EXCEPT, which no import takes: an import of the document skips it; dlpctl store dump and load carry it";
+
+bool IsExcept(EOperator eOperator) {
+    return eOperator == EOperator::EXCEPT;
+}
+
+bool HoldsExcept(const std::vector<SMatchRule>& vecRules) {
+    return std::any_of(vecRules.begin(), vecRules.end(), [](const SMatchRule& rule) {
+        return IsExcept(rule.eOperator) ||
+               std::any_of(rule.vecElements.begin(), rule.vecElements.end(),
+                           [](const SRuleElement& element) { return IsExcept(element.eOperator); });
+    });
+}
 
 class CTemplateExportCommand : public CExportObserver {
   public:
@@ -122,6 +141,7 @@ class CTemplateExportCommand : public CExportObserver {
         std::set<std::wstring> lstKeywords;
         m_report.strDocument =
             CTemplateMgr(m_context.GetScope()).ExportDocument(vecWide, this, &lstExpressions, &lstKeywords);
+        WarnOfExcept(vecNames);
         m_report.counts[ESettingsKind::EXPRESSION] = {lstExpressions.size(),
                                                       CountOthers(ESettingsKind::EXPRESSION, lstExpressions.size())};
         m_report.counts[ESettingsKind::KEYWORD] = {lstKeywords.size(),
@@ -135,6 +155,19 @@ class CTemplateExportCommand : public CExportObserver {
         });
         m_report.counts[ESettingsKind::TEMPLATE] = {static_cast<std::size_t>(iCarried),
                                                     CountOthers(ESettingsKind::TEMPLATE, lstTemplates.size())};
+    }
+
+    /** Such rules come into a store by editing and by loading a dump. */
+    void WarnOfExcept(const std::vector<std::string>& vecNames) {
+        if (m_report.strDocument.find(EXCEPT_VALUE) == std::string::npos) {
+            return;
+        }
+        for (const std::string& strName : vecNames) {
+            const auto pRow = CSettingsStore::Current().FindOne(ESettingsKind::TEMPLATE, NAME_COLUMN, strName);
+            if (pRow != nullptr && HoldsExcept(ReadRules(*pRow))) {
+                m_report.vecWarnings.push_back("template " + Text::Quoted(strName) + EXCEPT_WARNING);
+            }
+        }
     }
 
     static std::size_t CountOthers(ESettingsKind eKind, std::size_t iCarried) {

@@ -50,6 +50,7 @@ Json MakeJson(const SExportReport& report, bool bWritten, EVerdict eVerdict) {
                                       {"reason", leftOut.pReason},
                                       {"message", leftOut.strWhy}});
     }
+    object["warnings"] = report.vecWarnings;
     return object;
 }
 
@@ -98,6 +99,9 @@ EVerdict FinishExport(CCommandContext& context, const SExportOptions& options, S
     for (const SLeftOut& leftOut : report.vecLeftOut) {
         context.Warn(std::string(leftOut.pKind->pWord) + ' ' + Text::Quoted(leftOut.strName) +
                      " is left out: " + leftOut.strWhy);
+    }
+    for (const std::string& strWarning : report.vecWarnings) {
+        context.Warn(strWarning);
     }
     if (context.IsJson()) {
         context.WriteJson(MakeJson(report, bWritten, eVerdict));

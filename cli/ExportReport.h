@@ -32,6 +32,7 @@ struct SExportReport {
     const char* pFormat = "";
     std::string strOutput;
     std::vector<SLeftOut> vecLeftOut;
+    std::vector<std::string> vecWarnings;          ///< printable
     std::map<ESettingsKind, SExportCount> counts;  ///< of the kinds that the export is about
     std::string strDocument;
 };

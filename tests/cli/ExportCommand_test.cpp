@@ -50,6 +50,24 @@ void Store(const std::string& strUrl, const std::string& strSubject, const std::
 
 }  // namespace
 
+TEST_F(ExportCommand, WhatNoImportTakesIsWarnedOf) {
+    Import(Documents::Small());
+    const std::string strSafe = Get({"export", "--all"});
+    EXPECT_EQ(Json::parse(Get({"--json", "export", "--all", "-o", m_dir.Path("safe.xml")}))["warnings"], Json::array());
+    Get({"template", "set", "cards", "P:one(2) EXCEPT K:words"});
+    const std::string strWarning =
+        "template \"cards\" holds EXCEPT, which no import takes: an import of the document "
+        "skips it; dlpctl store dump and load carry it";
+    const SToolRun run = Run({"-q", "export", "cards"});
+    EXPECT_EQ(run.iCode, 0);
+    EXPECT_EQ(run.strErr, "dlpctl: warning: " + strWarning + '\n');
+    const Json answer = Json::parse(Get({"--json", "export", "--all", "-o", m_dir.Path("out.xml")}));
+    EXPECT_EQ(answer["warnings"], Json::array({strWarning}));
+    EXPECT_EQ(m_dir.Read("out.xml"), run.strOut);
+    EXPECT_NE(run.strOut, strSafe);
+    EXPECT_EQ(RunOn("memory:", {"import", m_dir.Path("out.xml")}).iCode, 1);
+}
+
 TEST_F(ExportCommand, WritesTheDocumentAndNothingElseToStandardOutput) {
     Import(Documents::Small());
     const SToolRun run = Run({"export", "cards"});
@@ -75,7 +93,8 @@ TEST_F(ExportCommand, JsonTellsOfTheFileItWrote) {
                             {{{"kind", "template"},
                               {"name", "gone"},
                               {"reason", "not-stored"},
-                              {"message", "it is not stored; dlpctl list templates lists the names"}}}}};
+                              {"message", "it is not stored; dlpctl list templates lists the names"}}}},
+                           {"warnings", Json::array()}};
     EXPECT_EQ(Json::parse(run.strOut), expected);
     EXPECT_EQ(Json::parse(Run({"--json", "export", "cards", "-o", strFile}).strOut)["verdict"], "done");
 }
