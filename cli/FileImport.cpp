@@ -242,7 +242,8 @@ EVerdict ImportAll(SRun& run) {
             return eVerdict;
         }
     }
-    if (bImported && !run.options.bDryRun && !run.context.IsJson()) {
+    // What is in memory is gone by then.
+    if (bImported && !run.options.bDryRun && !run.context.IsJson() && !run.context.GetStorePath().empty()) {
         run.context.Note(run.door.pNext);
     }
     return eVerdict;

@@ -25,9 +25,14 @@ namespace fs = std::filesystem;
 constexpr const char STANDARD_STREAM[] = "-";
 constexpr const char EMPTY[] = "the file is empty";
 constexpr const char NO_MARKUP[] = "there is no \"<\" in it, so it is no XML";
-constexpr const char UTF16[] = "UTF-16, not UTF-8: save the file in that encoding, as iconv -f UTF-16 -t UTF-8 does";
+constexpr const char UTF16[] = "UTF-16, not UTF-8: save the file as UTF-8, as iconv -f UTF-16 -t UTF-8 does";
 constexpr std::string_view ZERO("\0", 1);
-constexpr const char NOT_UTF8[] = "not UTF-8: save the file in that encoding";
+constexpr const char NOT_UTF8[] = "not UTF-8: save the file as UTF-8";
+constexpr std::string_view STORE_START("SQLite format 3\0", 16);
+constexpr const char STORE[] =
+    "a store, no document; where a store can stand it is written as sqlite:PATH, else by --store";
+constexpr std::string_view STORE_URL = "sqlite:";
+constexpr const char NAME_STORE[] = "; the store is named by --store";
 
 /** A pipe has no size to read by. */
 bool IsStream(const std::string& strPath) {
@@ -53,7 +58,7 @@ std::string ReadStream(const std::string& strPath) {
 }
 
 /** @return in the system's words why a file cannot be read */
-std::string ExplainUnreadable(const std::string& strPath) {
+std::string ExplainUnreadable(const std::string& strFile, const std::string& strPath) {
     std::error_code error;
     if (fs::is_directory(strPath, error)) {
         return std::generic_category().message(EISDIR);
@@ -63,7 +68,7 @@ std::string ExplainUnreadable(const std::string& strPath) {
     if (iFile >= 0) {
         ::close(iFile);
     }
-    return std::generic_category().message(iError);
+    return std::generic_category().message(iError) + (strFile.rfind(STORE_URL, 0) == 0 ? NAME_STORE : "");
 }
 
 /** Reads bytes by fnStream or fnFile, whichever fits, and puts the file's name to what goes wrong. */
@@ -79,9 +84,9 @@ auto Read(CCommandContext& context, const std::string& strFile, Stream&& fnStrea
     } catch (const std::system_error& error) {
         throw CInputError(strFile, error.code().message());
     } catch (const std::runtime_error&) {
-        throw CInputError(strFile, ExplainUnreadable(strPath));
+        throw CInputError(strFile, ExplainUnreadable(strFile, strPath));
     } catch (const OS::CException&) {
-        throw CInputError(strFile, ExplainUnreadable(strPath));
+        throw CInputError(strFile, ExplainUnreadable(strFile, strPath));
     }
 }
 
@@ -92,6 +97,9 @@ bool IsUtf16(std::string_view strBytes) {
 }
 
 void CheckText(const std::string& strFile, const SPolicyFile& file) {
+    if (std::string_view(file.strBytes).substr(0, STORE_START.size()) == STORE_START) {
+        throw CInputError(strFile, STORE, {}, ECode::NOT_XML);
+    }
     if (file.Text().empty()) {
         throw CInputError(strFile, file.strBytes.empty() ? EMPTY : NO_MARKUP, {}, ECode::NOT_XML);
     }

@@ -336,12 +336,14 @@ std::string Nested(int iDepth) {
     return strText;
 }
 
-constexpr const char UTF16[] = ": UTF-16, not UTF-8: save the file in that encoding, as iconv -f UTF-16 -t UTF-8 does";
+constexpr const char UTF16[] = ": UTF-16, not UTF-8: save the file as UTF-8, as iconv -f UTF-16 -t UTF-8 does";
 
 const SBadFile BAD_FILES[] = {
     {"", ": the file is empty"},
     {"no markup at all", ": there is no \"<\" in it, so it is no XML"},
-    {"xx\n<a>\n\xe9\xff</a>", ":3:1: not UTF-8: save the file in that encoding"},
+    {"xx\n<a>\n\xe9\xff</a>", ":3:1: not UTF-8: save the file as UTF-8"},
+    {std::string("SQLite format 3\0<a/>", 20),
+     ": a store, no document; where a store can stand it is written as sqlite:PATH, else by --store"},
     {std::string("\xff\xfe<\0a\0/\0>\0", 10), UTF16},
     {std::string("\xfe\xff\0<\0a\0/\0>", 10), UTF16},
     {std::string("<\0a\0/\0>\0", 8), UTF16},
@@ -349,6 +351,18 @@ const SBadFile BAD_FILES[] = {
 };
 
 }  // namespace
+
+TEST_F(ImportCommand, AStoreWhereAFileIsMeantIsToldApart) {
+    const SToolRun run = Run({"import", "sqlite:bank.db"});
+    EXPECT_EQ(run.iCode, 2);
+    EXPECT_EQ(run.strErr,
+              "dlpctl: sqlite:bank.db: No such file or directory; the store is named by --store; nothing "
+              "was written\n");
+}
+
+TEST_F(ImportCommand, NothingIsNextAfterAStoreInMemory) {
+    EXPECT_EQ(RunOn("memory:", {"import", m_dir.Write("small.xml", Small())}).strErr, "");
+}
 
 TEST_F(ImportCommand, AFileThatGivesNoDocumentIsSaidInOneLineAndNoStoreIsMade) {
     RemoveStore();

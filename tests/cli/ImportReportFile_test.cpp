@@ -116,7 +116,7 @@ TEST_F(ImportReportFile, GithubOnStandardOutputTakesThePlaceOfTheText) {
 TEST_F(ImportReportFile, ARefusedFileIsToldByTheCodeOfItsFault) {
     const std::pair<std::string, std::string> aFiles[] = {
         {"", "DLP003 null the file is empty"},
-        {"<a>\n\xff</a>", "DLP002 2 not UTF-8: save the file in that encoding"},
+        {"<a>\n\xff</a>", "DLP002 2 not UTF-8: save the file as UTF-8"},
         {"<a/>", "DLP004 1 no policy: the root element is \"a\", not \"SAPolicy\""},
         {"<SAPolicy template_version='1' localization_language='x'/>",
          "DLP005 1 the document's language is \"x\", and none is set here; --language \"x\" takes it"},

@@ -333,7 +333,7 @@ TEST_F(DiffCommand, BadInputIsInvalid) {
         {m_dir.MakeFolder("folder"), ": Is a directory"},
         {m_dir.Write("empty.xml", ""), ": the file is empty"},
         {m_dir.Write("text.xml", "text"), ": there is no \"<\" in it, so it is no XML"},
-        {m_dir.Write("latin.xml", "<a>\n\xe9</a>"), ":2:1: not UTF-8: save the file in that encoding"},
+        {m_dir.Write("latin.xml", "<a>\n\xe9</a>"), ":2:1: not UTF-8: save the file as UTF-8"},
         {m_dir.Write("other.xml", "<other/>"), ": no policy: the root element is \"other\", not \"SAPolicy\""},
     };
     for (const auto& [strFile, strWhy] : aFiles) {

@@ -220,7 +220,7 @@ TEST_F(ConvertCommand, WhatIsNoPolicyIsRefused) {
         {"<a/>", "-: no policy: the root element is \"a\", not \"SAPolicy\"\n"},
         {"<SAPolicy>", "-:1:11: an element is not closed\n"},
         {"", "-: the file is empty\n"},
-        {"<a>\xff</a>", "-:1:4: not UTF-8: save the file in that encoding\n"},
+        {"<a>\xff</a>", "-:1:4: not UTF-8: save the file as UTF-8\n"},
     };
     for (const auto& [pDocument, pMessage] : aRefused) {
         const SToolRun run = Run({"convert", "-", "-o", m_dir.Path("never.xml")}, pDocument);

@@ -123,7 +123,7 @@ TEST_F(FmtCommand, WhatIsNoDocumentIsToldWithItsPlaceAndStays) {
         {"cut.xml", "<a>\n<b>", ":2:4: an element is not closed", 2},
         {"empty.xml", "", ": the file is empty", 0},
         {"text.xml", "text", ": there is no \"<\" in it, so it is no XML", 0},
-        {"bytes.xml", "<a>\xff</a>", ":1:4: not UTF-8: save the file in that encoding", 1},
+        {"bytes.xml", "<a>\xff</a>", ":1:4: not UTF-8: save the file as UTF-8", 1},
         {"doctype.xml", "<!DOCTYPE a><a/>", ":1:1: a DOCTYPE is not allowed", 1},
         {"deep.xml", strDeep, ":1:769: elements are nested more than 256 deep", 1},
     };
