@@ -164,9 +164,7 @@ void CCommandContext::TakeEmptyStore() {
 }
 
 void CCommandContext::MakeNoStore() {
-    std::error_code error;
-    const std::string strPath = GetStorePath();
-    if (!strPath.empty() && !fs::exists(strPath, error) && !error) {
+    if (IsStoreMissing()) {
         TakeEmptyStore();
     }
 }
@@ -185,6 +183,10 @@ CStoreSession& CCommandContext::GetStoreToRead() {
     return *m_pStore;
 }
 
+CStoreSession& CCommandContext::GetStoreToChange() {
+    return m_pStore == nullptr && IsStoreMissing() ? GetStoreToRead() : GetStore();
+}
+
 void CCommandContext::OpenStore(const std::string& strUrl, EUnitOfWork eUse) {
     Detail("store " + Text::Printable(strUrl) + (eUse == EUnitOfWork::READ ? ", to read" : ""));
     m_pStore = std::make_unique<CStoreSession>(strUrl, eUse);
@@ -193,11 +195,17 @@ void CCommandContext::OpenStore(const std::string& strUrl, EUnitOfWork eUse) {
     }
 }
 
+bool CCommandContext::IsStoreMissing() const {
+    std::error_code error;
+    const std::string strPath = GetStorePath();
+    return !strPath.empty() && !fs::exists(strPath, error) && !error;
+}
+
 /** An empty file is what is left where making a store was cut short. */
 bool CCommandContext::IsStoreUnmade() const {
     std::error_code error;
     const fs::path path = GetStorePath();
-    const bool bMissing = !IsStoreNamed() && !fs::exists(path, error) && !error;
+    const bool bMissing = !IsStoreNamed() && IsStoreMissing();
     return bMissing || (fs::is_regular_file(path, error) && fs::file_size(path, error) == 0);
 }
 

@@ -72,6 +72,8 @@ class CCommandContext {
      * @throws CToolError (USAGE, STORE) also when the store that is named is not there
      */
     CStoreSession& GetStoreToRead();
+    /** The same for commands that change what is there: they never make a store. */
+    CStoreSession& GetStoreToChange();
 
     /**
      * Called while an exception is handled.
@@ -112,6 +114,7 @@ class CCommandContext {
   private:
     void OpenStore(const std::string& strUrl, EUnitOfWork eUse);
     bool IsStoreNamed() const;
+    bool IsStoreMissing() const;
     bool IsStoreUnmade() const;
     void SetHome();
     void OpenLog();

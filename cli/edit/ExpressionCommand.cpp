@@ -166,7 +166,7 @@ EVerdict New(CCommandContext& context, const SArguments& arguments) {
         throw CToolError(EVerdict::USAGE, NO_PATTERN);
     }
     Complete(arguments.fields, row);
-    CStoreEdit edit(context, NEW.pFormat, arguments.options);
+    CStoreEdit edit(context, NEW.pFormat, arguments.options, CStoreEdit::EStore::MADE);
     NameRecord(arguments.strName, row);
     return FinishChange(context, edit, nullptr, std::move(row));
 }

@@ -13,15 +13,25 @@ using Json = nlohmann::ordered_json;
 
 constexpr const char NOT_WRITTEN[] = "Nothing was written: this was a dry run.";
 
+CStoreSession& Open(CCommandContext& context, const SEditOptions& options, CStoreEdit::EStore eStore) {
+    if (eStore == CStoreEdit::EStore::THERE) {
+        return context.GetStoreToChange();
+    }
+    if (options.bDryRun) {
+        context.MakeNoStore();
+    }
+    return context.GetStore();
+}
+
 }  // namespace
 
 void AddEditOptions(CLI::App& command, SEditOptions& options) {
     CCommandLine::AddFlag(command, "--dry-run", options.bDryRun, "only say what would be changed");
 }
 
-CStoreEdit::CStoreEdit(CCommandContext& context, const char* pFormat, const SEditOptions& options)
+CStoreEdit::CStoreEdit(CCommandContext& context, const char* pFormat, const SEditOptions& options, EStore eStore)
     : m_context(context),
-      m_session(context.GetStore()),
+      m_session(Open(context, options, eStore)),
       m_unit(EUnitOfWork::WRITE),
       m_pFormat(pFormat),
       m_options(options) {}

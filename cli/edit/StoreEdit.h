@@ -24,8 +24,15 @@ void AddEditOptions(CLI::App& command, SEditOptions& options);
 /** One change of the store by a command: all of it or nothing. Undone unless finished. */
 class CStoreEdit {
   public:
-    /** @param pFormat name of the answer's JSON form @throws CToolError (USAGE, STORE) */
-    CStoreEdit(CCommandContext& context, const char* pFormat, const SEditOptions& options);
+    /** Whether a store that is not there is made; a dry run makes none. */
+    enum class EStore { MADE, THERE };
+
+    /**
+     * @param pFormat name of the answer's JSON form @param eStore THERE: nothing but what is stored can be changed
+     * @throws CToolError (USAGE, STORE)
+     */
+    CStoreEdit(CCommandContext& context, const char* pFormat, const SEditOptions& options,
+               EStore eStore = EStore::THERE);
 
     /** Something to be told once the change is made. @param strWarning printable */
     void Warn(const std::string& strWarning) { m_vecWarnings.push_back(strWarning); }

@@ -110,7 +110,7 @@ const SKind& Kind() {
 /** @param fnRead ReadStored or ReadOwn */
 CSettingsRow ReadTemplate(CCommandContext& context, const std::string& strName,
                           CSettingsRow (*fnRead)(const SKind&, const std::string&)) {
-    const CStoreSession& store = context.GetStore();
+    const CStoreSession& store = context.GetStoreToChange();
     const CSettingsTransaction unit(EUnitOfWork::READ);
     CSettingsRow row = fnRead(Kind(), strName);
     store.ThrowIfFailed();
@@ -208,7 +208,7 @@ std::vector<SMatchRule> ReadRuleLines(const SRuleText& text) {
 }
 
 EVerdict Create(CCommandContext& context, const SArguments& arguments, const SRuleText& text) {
-    CStoreEdit edit(context, NEW.pFormat, arguments.options);
+    CStoreEdit edit(context, NEW.pFormat, arguments.options, CStoreEdit::EStore::MADE);
     CSettingsRow row(ESettingsKind::TEMPLATE);
     NameRecord(arguments.strName, row);
     row.SetText(TemplateColumn::DISPLAY_NAME, arguments.strName);

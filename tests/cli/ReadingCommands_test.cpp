@@ -56,6 +56,28 @@ TEST_F(ReadingCommands, TheDefaultStoreCountsAsEmptyBeforeItIsMade) {
     EXPECT_TRUE(fs::exists(m_dir.Path("data/dlpparser/settings.db")));
 }
 
+TEST_F(ReadingCommands, ChangesOfWhatIsStoredMakeNoStore) {
+    const std::vector<std::string> aChanges[] = {
+        {"keywords", "add", "words", "three"}, {"template", "set", "cards", "K:words"},
+        {"template", "edit", "cards"},         {"expression", "set", "one", "--pattern", "x"},
+        {"rename", "template", "cards", "c"},  {"delete", "keyword", "words"}};
+    ::unsetenv("DLP_STORE");
+    ::setenv("EDITOR", "true", 1);
+    ::setenv("XDG_DATA_HOME", m_dir.Path("data").c_str(), 1);
+    for (const std::vector<std::string>& vecChange : aChanges) {
+        const SToolRun run = RunOn(Url("mistyped.db"), vecChange);
+        EXPECT_EQ(run.iCode, 4) << vecChange.front();
+        EXPECT_EQ(run.strErr, "dlpctl: settings store " + Url("mistyped.db") +
+                                  ", opening it: cannot read the file: No such file or directory\n");
+        EXPECT_EQ(Run(vecChange).iCode, 1) << vecChange.front();
+    }
+    EXPECT_EQ(RunOn(Url("mistyped.db"), {"expression", "new", "one", "--pattern", "x", "--dry-run"}).iCode, 0);
+    EXPECT_FALSE(fs::exists(m_dir.Path("mistyped.db")));
+    EXPECT_FALSE(fs::exists(m_dir.Path("data")));
+    EXPECT_EQ(Run({"expression", "new", "one", "--pattern", "x"}).iCode, 0);
+    EXPECT_TRUE(fs::exists(m_dir.Path("data/dlpparser/settings.db")));
+}
+
 TEST_F(ReadingCommands, AnEmptyFileIsAnEmptyStore) {
     m_dir.Write("unmade.db", "");
     EXPECT_EQ(RunOn(Url("unmade.db"), {"store", "dump"}).strOut, Dump());
