@@ -93,6 +93,9 @@ bool NotFound(const wchar_t* pFormat, const char* pElement) {
 
 /** @return false, logged, when the text is no dictionary document */
 bool WriteKeywords(const std::string& strText, CXMLWriter& writer) {
+    if (writer.Content(strText, TagUtf8::DICTIONARY, TagUtf8::KEYWORD)) {
+        return true;
+    }
     CXMLParser document;
     document.LoadUtf8(strText);
     const CXMLView dictionary = FindDictionary(document);

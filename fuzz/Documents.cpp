@@ -9,6 +9,7 @@
 #include "platform/store/CSettingsStore.h"
 #include "platform/store/SettingsSchema.h"
 #include "tests/support/ExpatTree.h"
+#include "tests/support/ProofCheck.h"
 #include "xml/CPolicyDocument.h"
 
 namespace Fuzz {
@@ -90,6 +91,10 @@ void ImportAssets(std::string_view strData) {
     parser.ExportDigitalAssets(L"", ReadColumn(ESettingsKind::EXPRESSION, AssetColumn::SUBJECT),
                                ReadColumn(ESettingsKind::KEYWORD, AssetColumn::SUBJECT), strExported);
     RequireTaken(strExported);
+}
+
+void ProveDocument(std::string_view strData) {
+    Require(FindFalseProof(strData).empty(), "what is proven of a document holds");
 }
 
 }  // namespace Fuzz

@@ -7,15 +7,10 @@
 
 namespace Fuzz {
 
-const STarget TARGETS[9] = {
-    {"document", ImportDocument},
-    {"assets", ImportAssets},
-    {"matcher", Match},
-    {"rule", ParseRule},
-    {"subkeywords", ParseSubKeywords},
-    {"names", ReadNameMap},
-    {"lists", ReadPolicyLists},
-    {"store", OpenStore},
+const STarget TARGETS[10] = {
+    {"document", ImportDocument}, {"assets", ImportAssets},   {"proof", ProveDocument},
+    {"matcher", Match},           {"rule", ParseRule},        {"subkeywords", ParseSubKeywords},
+    {"names", ReadNameMap},       {"lists", ReadPolicyLists}, {"store", OpenStore},
     {"dump", LoadDump},
 };
 

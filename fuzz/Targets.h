@@ -13,6 +13,8 @@ struct STarget {
 /** A document that is taken is well-formed for a second reader too, which sees the same; what is exported is taken. */
 void ImportDocument(std::string_view strData);
 void ImportAssets(std::string_view strData);
+/** What a quick look proves holds for a second reader, and after reading and writing. */
+void ProveDocument(std::string_view strData);
 /** The first line is a pattern, which is looked for in what follows; searching costs no more than their product. */
 void Match(std::string_view strData);
 /** What is written for a rule is read back as that rule. */
@@ -27,7 +29,7 @@ void OpenStore(std::string_view strData);
 void LoadDump(std::string_view strData);
 
 /** All of them, by name. */
-extern const STarget TARGETS[9];
+extern const STarget TARGETS[10];
 /** @return null when there is none */
 const STarget* FindTarget(std::string_view strName);
 

@@ -5,6 +5,7 @@
 
 #include "platform/xml/CXMLParser.h"
 #include "platform/xml/FaultPoint.h"
+#include "platform/xml/XMLProof.hpp"
 #include "platform/xml/XMLText.hpp"
 
 void CXMLWriter::Declaration() {
@@ -62,6 +63,18 @@ void CXMLWriter::Raw(std::string_view strMarkup) {
         CloseStartTag();
         m_strOut += strMarkup;
     }
+}
+
+bool CXMLWriter::Content(std::string_view strText, std::string_view strElement, std::string_view strChild) {
+    XML_STEP("Content");
+    const SXMLProof proof = ProveXml(strText);
+    const bool bSure = proof.bAsWritten && proof.strRoot == strElement && proof.strChildName == strChild;
+    if (bSure) {
+        CloseStartTag();
+        m_strOut += proof.strContent;
+        m_iDeepest = std::max(m_iDeepest, m_vecOpen.size() + proof.iDepth - 1);
+    }
+    return bSure;
 }
 
 void CXMLWriter::Node(const CXMLView& node) {

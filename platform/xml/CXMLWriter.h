@@ -31,6 +31,12 @@ class DLP_PLATFORM_API CXMLWriter {
     void TextElement(const char* pName, std::string_view strText);
     /** Content that such a writer has written: elements, whole. */
     void Raw(std::string_view strMarkup);
+    /**
+     * Writes what stands between the tags of an element that such a writer has written and that holds nothing but
+     * elements of one name. Any text may be handed in: it is looked through first.
+     * @return false, nothing written, when it is not surely such an element; reading it tells what it is
+     */
+    bool Content(std::string_view strText, std::string_view strElement, std::string_view strChild);
     /** The markup of a node of a loaded document, whole. */
     void Node(const CXMLView& node);
     void EndElement();

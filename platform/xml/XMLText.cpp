@@ -58,18 +58,6 @@ const char* Reference(char c) {
     }
 }
 
-constexpr bool IsNameStart(unsigned char c) {
-    return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '_' || c == ':' || c >= 0x80;
-}
-
-constexpr bool IsNameByte(unsigned char c) {
-    return IsNameStart(c) || (c >= '0' && c <= '9') || c == '-' || c == '.';
-}
-
-bool IsNonCharacter(std::string_view strText) {
-    return strText.substr(0, 3) == "\xEF\xBF\xBE" || strText.substr(0, 3) == "\xEF\xBF\xBF";
-}
-
 /** Well-formed UTF-8 in. */
 std::size_t AppendChecked(std::string& strOut, std::string_view strText, const CByteTable& aTable) {
     std::size_t iDone = 0;

@@ -13,6 +13,19 @@ constexpr bool IsChar(char32_t c) {
                      : c == U'\t' || c == U'\n' || c == U'\r';
 }
 
+/** @return whether UTF-8 begins with U+FFFE or U+FFFF, which XML cannot carry */
+constexpr bool IsNonCharacter(std::string_view strText) {
+    return strText.substr(0, 3) == "\xEF\xBF\xBE" || strText.substr(0, 3) == "\xEF\xBF\xBF";
+}
+
+/** What a name may begin with and go on with, byte by byte; beyond ASCII this is not all there is to say. */
+constexpr bool IsNameStart(unsigned char c) {
+    return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '_' || c == ':' || c >= 0x80;
+}
+constexpr bool IsNameByte(unsigned char c) {
+    return IsNameStart(c) || (c >= '0' && c <= '9') || c == '-' || c == '.';
+}
+
 /** @return whether it can name an element or attribute: what the loader takes as a name, prefixes included */
 bool IsName(std::string_view strName);
 

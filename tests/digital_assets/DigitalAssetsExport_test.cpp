@@ -271,7 +271,7 @@ TEST_F(AssetExport, StoredTextThatIsNoDictionaryFailsTheWhole) {
 
 TEST_F(AssetExport, AssetsTooDeepToBeReadFailTheDocument) {
     const auto save = [](int iDepth) {
-        OS::x_wstring strText;
+        OS::x_wstring strText = L"w";
         for (int i = 0; i < iDepth; ++i) {
             strText = L"<keyword>" + strText + L"</keyword>";
         }

@@ -11,9 +11,10 @@ using testing::ElementsAre;
 
 namespace {
 
+/** The keyword's blank is one reason for which a list is not written as it is stored, but read first. */
 constexpr char DOCUMENT[] =
     "<SAPolicy><digitalAssets><entity name='e' display_name='E'><regularExpression/></entity>"
-    "<dictionary name='k' display_name='K'><keyword>w</keyword></dictionary></digitalAssets></SAPolicy>";
+    "<dictionary name='k' display_name='K'><keyword> w</keyword></dictionary></digitalAssets></SAPolicy>";
 
 constexpr char ROOT_FAILED[] = "Fail to generate xml file root part, Error: injected fault";
 constexpr char ASSETS_FAILED[] = "Fail to generate digital access xml, Error: injected fault";

@@ -77,6 +77,37 @@ TEST(XmlWriter, NodeOfADocumentIsWrittenWhole) {
     EXPECT_EQ("<a><p:y a=\"1\" xmlns:p=\"u\">t</p:y></a>", strOut);
 }
 
+TEST(XmlWriter, ContentIsWrittenWhenItIsSurelyWhatReadingWouldGive) {
+    const struct {
+        const char* pText;
+        const char* pWritten;  ///< null: not written
+    } ROWS[] = {
+        {"<a><b c=\"1\">&lt;x</b><b/></a>", "<root><b c=\"1\">&lt;x</b><b/></root>"},
+        {"<a d=\"&#10;\"><b>\xC3\xA4</b></a>", "<root><b>\xC3\xA4</b></root>"},
+        {"<a/>", nullptr},
+        {"<a>x</a>", nullptr},
+        {"<a><b/>x</a>", nullptr},
+        {"<a><b/><c/></a>", nullptr},
+        {"<b><b/></b>", nullptr},
+        {"<ab><b/></ab>", nullptr},
+        {"<a><b></b></a>", nullptr},
+        {"<a> <b/></a>", nullptr},
+        {"<a><b>></b></a>", nullptr},
+        {"<a xmlns=\"u\"><b/></a>", nullptr},
+        {"<?xml version=\"1.0\"?><a><b/></a>", nullptr},
+        {"<a><b/>", nullptr},
+        {"", nullptr},
+    };
+    for (const auto& row : ROWS) {
+        std::string strOut;
+        CXMLWriter writer(strOut);
+        writer.StartElement("root");
+        EXPECT_EQ(row.pWritten != nullptr, writer.Content(row.pText, "a", "b")) << row.pText;
+        writer.EndElement();
+        EXPECT_EQ(row.pWritten != nullptr ? row.pWritten : "<root/>", strOut) << row.pText;
+    }
+}
+
 TEST(XmlWriter, CharacterThatXmlCannotCarryIsRefusedByItsNumberAndPlace) {
     const auto fnAttribute = [](std::string_view strValue) {
         return Thrown([strValue] {
@@ -198,6 +229,14 @@ TEST(XmlWriter, ElementTooDeepToBeReadHasNotEnded) {
         writer.EndElement();
         EXPECT_EQ(writer.HasEnded("a"), iDepth == 255);
         EXPECT_EQ(writer.HasEnded("a"), CXMLParser().LoadUtf8(strOut.substr(std::string("<root>").size())));
+        const std::string strWritten = std::string(strText).replace(strText.find("<b></b>"), 7, "<b/>");
+        std::string strCopied;
+        CXMLWriter copying(strCopied);
+        copying.StartElement("a");
+        EXPECT_TRUE(copying.Content(strWritten, "b", "b"));
+        copying.EndElement();
+        EXPECT_TRUE(copying.HasEnded("a"));
+        EXPECT_EQ(copying.DepthWritten(), static_cast<std::size_t>(iDepth));
     }
 }
 
