@@ -15,6 +15,7 @@ enum class CSqliteStore::EStatement : std::size_t {
     SELECT_FIRST,
     SELECT_HELD,
     SELECT_COLUMN,
+    HOLD,
     TOTALS,
     UPDATE_TOTALS,
     SELECT_CHECKSUM,
@@ -50,6 +51,7 @@ constexpr SStatement STATEMENTS[] = {
     {StoreDoing::READING, nullptr, SqlText::SelectFirst},
     {StoreDoing::READING, nullptr, SqlText::SelectHeld},
     {StoreDoing::READING, nullptr, SqlText::SelectColumn},
+    {StoreDoing::READING, "SELECT 1 FROM sqlite_schema LIMIT 1", nullptr},
     {StoreDoing::COUNTING, SqlText::SELECT_TOTALS, nullptr},
     {StoreDoing::COMMITTING, SqlText::UPDATE_TOTALS, nullptr},
     {StoreDoing::SAVING, nullptr, OfTable<SqlText::SelectChecksum>},
@@ -131,6 +133,19 @@ void CSqliteStore::RequireUnitKept(const char* pDoing) const {
     }
 }
 
+/**
+ * Holds one state of the store, and the lock on its file, while many values are looked up: each lookup alone would take
+ * the lock and leave it.
+ */
+std::unique_ptr<CSqliteRun> CSqliteStore::HoldState(std::size_t iValues) {
+    if (iValues < 2) {
+        return nullptr;
+    }
+    auto pRun = std::make_unique<CSqliteRun>(Prepared(EStatement::HOLD));
+    (*pRun)->Step();
+    return pRun;
+}
+
 SStoreInfo CSqliteStore::GetInfo() {
     return {m_units.GetUrl(), std::string("SQLite ") + sqlite3_libversion(), m_connection.GetSchemaVersion()};
 }
@@ -138,6 +153,7 @@ SStoreInfo CSqliteStore::GetInfo() {
 void CSqliteStore::Find(ESettingsKind eKind, std::size_t iColumn, const std::vector<std::string>& vecValues,
                         std::vector<std::unique_ptr<CSettingsRow>>& vecRows) {
     vecRows.clear();
+    const std::unique_ptr<CSqliteRun> pState = HoldState(vecValues.size());
     for (const std::string& strValue : vecValues) {
         CSqliteRun run = Start(EStatement::SELECT_FIRST, eKind, iColumn);
         run->BindText(1, strValue);
@@ -154,6 +170,7 @@ bool CSqliteStore::IsHeld(ESettingsKind eKind, std::size_t iColumn, const std::s
 void CSqliteStore::FindHeld(ESettingsKind eKind, std::size_t iColumn, const std::vector<std::string>& vecValues,
                             std::vector<bool>& vecHeld) {
     vecHeld.clear();
+    const std::unique_ptr<CSqliteRun> pState = HoldState(vecValues.size());
     for (const std::string& strValue : vecValues) {
         vecHeld.push_back(IsHeld(eKind, iColumn, strValue));
     }

@@ -54,6 +54,7 @@ class CSqliteStore : public CSettingsStore {
                                std::size_t iColumn = 0);
     CSqliteRun Start(EStatement eStatement, ESettingsKind eKind, std::size_t iColumn = 0);
     void Run(EStatement eStatement);
+    std::unique_ptr<CSqliteRun> HoldState(std::size_t iValues);
     void RequireUnitKept(const char* pDoing) const;
     bool IsHeld(ESettingsKind eKind, std::size_t iColumn, const std::string& strValue);
     void CheckStructure(const std::function<void(const SStoreDamage&)>& fnDamage);

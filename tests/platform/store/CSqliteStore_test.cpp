@@ -500,6 +500,32 @@ TEST_F(SqliteStore, ReadingUnitSeesOneStateThroughout) {
     EXPECT_EQ(1u, reader.Count(ESettingsKind::EXPRESSION));
 }
 
+TEST_F(SqliteStore, ValuesThatAreLookedUpTogetherAreOfOneState) {
+    CSqliteStore reader(Path());
+    const pid_t iWriter = StartProcess([this] {
+        CSqliteStore writer(Path());
+        for (int i = 0; i < 100; ++i) {
+            CSettingsTransaction unit(writer, EUnitOfWork::WRITE);
+            writer.Save(Expression("A", std::to_string(i)));
+            writer.Save(Expression("B", std::to_string(i)));
+            unit.Commit();
+        }
+    });
+    std::vector<std::string> vecSubjects(50, "none");
+    vecSubjects.front() = "A";
+    vecSubjects.back() = "B";
+    int iMixed = 0;
+    int iStatus = 0;
+    while (::waitpid(iWriter, &iStatus, WNOHANG) == 0) {
+        std::vector<std::unique_ptr<CSettingsRow>> vecRows;
+        reader.Find(ESettingsKind::EXPRESSION, AssetColumn::SUBJECT, vecSubjects, vecRows);
+        const auto fnPattern = [](const auto& pRow) { return pRow ? pRow->GetText(ExpressionColumn::PATTERN) : ""; };
+        iMixed += fnPattern(vecRows.front()) != fnPattern(vecRows.back()) ? 1 : 0;
+    }
+    EXPECT_EQ(0, iStatus);
+    EXPECT_EQ(0, iMixed);
+}
+
 TEST_F(SqliteStore, CountOfOneUnitIsNotThatOfTheNext) {
     CSqliteStore store(Path());
     CSqliteStore other(Path());
