@@ -1,10 +1,10 @@
 #include "cli/RecordText.h"
 
-#include <algorithm>
+#include <utility>
 
 #include "cli/RecordJson.h"
 #include "cli/Text.h"
-#include "platform/common/TextConversion.h"
+#include "cli/compare/RuleText.h"
 
 namespace {
 
@@ -37,6 +37,10 @@ std::string ToCell(const CSettingsRow& row, EColumnType eType, std::size_t iColu
     return row.GetText(iColumn);
 }
 
+std::string Prefix(EOperator eOperator) {
+    return eOperator == EOperator::UNKNOWN ? std::string() : OperatorText(eOperator) + std::string(" ");
+}
+
 }  // namespace
 
 std::string MakeFieldTable(const CSettingsRow& row) {
@@ -59,17 +63,19 @@ std::string MakeKeywordTable(const CSettingsRow& row) {
     return keywords.ToString();
 }
 
+std::string MakeRuleText(const SMatchRule& rule) {
+    std::string strText;
+    for (const SRuleElement& element : rule.vecElements) {
+        strText += &element == &rule.vecElements.front() ? "" : ' ' + Prefix(element.eOperator);
+        strText += FormatCondition({element.eType, element.strName, element.iCount});
+    }
+    return strText;
+}
+
 std::vector<std::string> MakeRuleLines(const std::vector<SMatchRule>& vecRules) {
-    std::vector<OS::x_wstring> vecTexts;
-    std::vector<OS::x_wstring> vecOperators;
-    FormatMatchRules(vecRules, vecTexts, vecOperators);
     std::vector<std::string> vecLines;
-    for (std::size_t i = 0; i < vecTexts.size(); ++i) {
-        std::replace(vecTexts[i].begin(), vecTexts[i].end(), L'\t', L' ');
-        const EOperator eOperator = vecRules[i].eOperator;
-        const std::string strOperator =
-            eOperator == EOperator::UNKNOWN ? "" : OperatorText(eOperator) + std::string(" ");
-        vecLines.push_back(strOperator + OS::Utf8Lenient(vecTexts[i]));
+    for (const SMatchRule& rule : vecRules) {
+        vecLines.push_back(Prefix(rule.eOperator) + MakeRuleText(rule));
     }
     return vecLines;
 }

@@ -12,5 +12,7 @@ std::string MakeFieldTable(const CSettingsRow& row);
 /** @return the keywords of a keyword list as a table, a line each */
 std::string MakeKeywordTable(const CSettingsRow& row);
 
+/** @return the parts of a rule, as P:card(2) AND K:words */
+std::string MakeRuleText(const SMatchRule& rule);
 /** @return a text for each rule, as P:card(2) AND K:words, with the rule's own operator before it if it has one */
 std::vector<std::string> MakeRuleLines(const std::vector<SMatchRule>& vecRules);

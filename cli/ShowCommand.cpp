@@ -1,4 +1,3 @@
-#include <algorithm>
 #include <memory>
 #include <string>
 #include <vector>
@@ -14,7 +13,6 @@
 #include "cli/StoreSession.h"
 #include "cli/Suggestion.h"
 #include "cli/Text.h"
-#include "platform/common/TextConversion.h"
 #include "platform/store/CSettingsStore.h"
 
 namespace {
@@ -33,15 +31,9 @@ constexpr SCommandHelp HELP = {
 };
 
 std::string MakeRules(const CSettingsRow& row) {
-    const std::vector<SMatchRule> vecRules = ReadRules(row);
-    std::vector<OS::x_wstring> vecTexts;
-    std::vector<OS::x_wstring> vecOperators;
-    FormatMatchRules(vecRules, vecTexts, vecOperators);
     CTextTable rules({"OPERATOR", "RULE"});
-    for (std::size_t i = 0; i < vecTexts.size(); ++i) {
-        std::replace(vecTexts[i].begin(), vecTexts[i].end(), L'\t', L' ');
-        rules.Add({vecRules[i].eOperator == EOperator::UNKNOWN ? "" : OperatorText(vecRules[i].eOperator),
-                   OS::Utf8Lenient(vecTexts[i])});
+    for (const SMatchRule& rule : ReadRules(row)) {
+        rules.Add({rule.eOperator == EOperator::UNKNOWN ? "" : OperatorText(rule.eOperator), MakeRuleText(rule)});
     }
     return '\n' + rules.ToString();
 }

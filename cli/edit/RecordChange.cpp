@@ -1,5 +1,7 @@
 #include "cli/edit/RecordChange.h"
 
+#include <algorithm>
+#include <iterator>
 #include <string>
 #include <utility>
 #include <vector>
@@ -23,6 +25,18 @@
 namespace {
 
 constexpr const char EXCEPT_WARNING[] = ": EXCEPT can be stored and exported, but no import takes it";
+
+constexpr const char NOTHING[] = ": nothing to change\n";
+
+/** Whoever edits rules writes their text, not the markup that the codes speak of. */
+struct STextAdvice {
+    ECode eCode;
+    const char* pAdvice;
+};
+constexpr STextAdvice TEXT_ADVICE[] = {
+    {ECode::MISSING_OPERATION, "write AND or OR before it"},
+    {ECode::HITS_BELOW_ONE, "write (1) or more"},
+};
 
 constexpr const char REFERS[] = "a rule refers to what cannot be exported: ";
 
@@ -96,7 +110,10 @@ std::vector<SDiagnostic> FindFaults(const std::string& strDocument) {
 
 std::string Explain(const std::string& strCalled, const SDiagnostic& fault) {
     const SCodeRow& row = GetCodeRow(fault.eCode);
-    return strCalled + ": " + row.pCode + ' ' + row.pName + ": " + fault.strMessage + "; " + fault.strAdvice;
+    const auto* pAdvice = std::find_if(std::begin(TEXT_ADVICE), std::end(TEXT_ADVICE),
+                                       [&](const STextAdvice& advice) { return advice.eCode == fault.eCode; });
+    return strCalled + ": " + row.pCode + ' ' + row.pName + ": " + fault.strMessage + "; " +
+           (pAdvice == std::end(TEXT_ADVICE) ? fault.strAdvice : pAdvice->pAdvice);
 }
 
 void CheckRecord(CCommandContext& context, CStoreEdit& edit, const CSettingsRow& row) {
@@ -125,10 +142,13 @@ void SetScope(const CCommandContext& context, CSettingsRow& row) {
 
 EVerdict FinishChange(CCommandContext& context, CStoreEdit& edit, const CSettingsRow* pBefore, CSettingsRow after) {
     SetScope(context, after);
-    if (pBefore == nullptr || *pBefore != after) {
+    const bool bChanged = pBefore == nullptr || *pBefore != after;
+    if (bChanged) {
         CSettingsStore::Current().Save(after);
     }
     CheckRecord(context, edit, after);
     const SItemChange change = CompareItem(after.GetText(NAME_COLUMN), pBefore, &after);
-    return edit.Finish({{"change", MakeChangeJson(change)}}, MakeChangeText(change, context.ColoursData()));
+    return edit.Finish({{"change", MakeChangeJson(change)}},
+                       bChanged ? MakeChangeText(change, context.ColoursData())
+                                : Called(GetKind(after.GetKind()), after.GetText(NAME_COLUMN)) + NOTHING);
 }

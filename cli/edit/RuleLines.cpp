@@ -9,6 +9,7 @@
 #include "cli/Suggestion.h"
 #include "cli/Text.h"
 #include "cli/compare/RuleText.h"
+#include "cli/edit/JoinSlip.h"
 #include "platform/common/TextConversion.h"
 #include "platform/common/TextTools.h"
 #include "templates/CAssetNames.h"
@@ -21,14 +22,23 @@ constexpr const char NOT_UTF8[] = "not UTF-8: save the file in that encoding";
 constexpr const char NO_ELEMENT[] = "an expression as P:NAME(COUNT) or a keyword list as K:NAME is needed here";
 constexpr const char GLUED[] =
     " joins parts of a rule wherever it stands: put blanks around it; a name that holds it cannot stand in a rule";
+constexpr const char NOT_READ[] =
+    "from here on nothing is read: a part is P:NAME(COUNT), where COUNT is a number of 32 bits, or K:NAME";
 constexpr wchar_t COMMENT = L'#';
+constexpr wchar_t SAYS_NOTHING[] = L"0+ \t";  ///< beside a count
 
 /** A reference to an asset, and where its name stands. */
 struct SReference {
     EElementType eType;
     std::string strName;
     std::size_t iOffset;
+    std::vector<SJoinSlip> vecSlips;  ///< which explain why there is no such asset; in the whole text
 };
+
+std::wstring WithoutAny(std::wstring strText, std::wstring_view strCharacters) {
+    std::erase_if(strText, [=](wchar_t c) { return strCharacters.find(c) != std::wstring_view::npos; });
+    return strText;
+}
 
 class CReader {
   public:
@@ -54,11 +64,7 @@ class CReader {
         names.Ask();
         for (const SReference& reference : m_vecReferences) {
             if (!names.IsStored(reference.eType, reference.strName)) {
-                const SKind& kind = GetKind(reference.eType == EElementType::ENTITY ? ESettingsKind::EXPRESSION
-                                                                                    : ESettingsKind::KEYWORD);
-                AddAt(reference.iOffset, std::string("no ") + kind.pWord + " is named " +
-                                             Text::Quoted(reference.strName) + "; " +
-                                             SuggestStoredName(kind, reference.strName));
+                TellUnknown(reference);
             }
         }
     }
@@ -111,21 +117,51 @@ class CReader {
     }
 
     void CheckElement(const SRuleElement& element, View strText) {
-        if (element.eType == EElementType::UNKNOWN) {
-            Add(strText.data(), NO_ELEMENT);
-            return;
-        }
-        const std::wstring strRead = OS::WideText(FormatCondition({element.eType, element.strName, element.iCount}));
+        const std::vector<SJoinSlip> vecSlips = FindSlips(strText);
+        const bool bUnknown = element.eType == EElementType::UNKNOWN;
+        const std::wstring strRead =
+            bUnknown ? std::wstring() : OS::WideText(FormatCondition({element.eType, element.strName, element.iCount}));
         std::wstring strWritten(strText);
-        strWritten.front() = OS::ToUpper(strText.substr(0, 1)).front();
-        if (strRead != strWritten) {
+        strWritten.replace(0, 1, OS::ToUpper(strText.substr(0, 1)));
+        if (strRead == strWritten && !bUnknown) {
+            m_vecReferences.push_back(
+                {element.eType, OS::Utf8Lenient(element.strName), Find(strText.data() + 2), vecSlips});
+        } else if (!vecSlips.empty()) {
+            AddSlips(vecSlips);
+        } else if (bUnknown || !StartsRulePart(strText)) {
+            Add(strText.data(), NO_ELEMENT);
+        } else {
             const auto itDifference =
                 std::mismatch(strRead.begin(), strRead.end(), strWritten.begin(), strWritten.end()).second;
+            const bool bSame = WithoutAny(strRead, SAYS_NOTHING) == WithoutAny(strWritten, SAYS_NOTHING);
             Add(strText.data() + (itDifference - strWritten.begin()),
-                "this is read as " + Text::Quoted(OS::Utf8Lenient(strRead)) + "; write it so");
+                bSame ? "this is read as " + Text::Quoted(OS::Utf8Lenient(strRead)) + "; write it so" : NOT_READ);
+        }
+    }
+
+    /** Where they are in the whole text. */
+    std::vector<SJoinSlip> FindSlips(View strPart) const {
+        std::vector<SJoinSlip> vecSlips = FindJoinSlips(strPart);
+        for (SJoinSlip& slip : vecSlips) {
+            slip.iAt = Find(strPart.data() + slip.iAt);
+        }
+        return vecSlips;
+    }
+    void AddSlips(const std::vector<SJoinSlip>& vecSlips) {
+        for (const SJoinSlip& slip : vecSlips) {
+            AddAt(slip.iAt, slip.strWhy);
+        }
+    }
+
+    void TellUnknown(const SReference& reference) {
+        if (!reference.vecSlips.empty()) {
+            AddSlips(reference.vecSlips);
             return;
         }
-        m_vecReferences.push_back({element.eType, OS::Utf8Lenient(element.strName), Find(strText.data() + 2)});
+        const SKind& kind =
+            GetKind(reference.eType == EElementType::ENTITY ? ESettingsKind::EXPRESSION : ESettingsKind::KEYWORD);
+        AddAt(reference.iOffset, std::string("no ") + kind.pWord + " is named " + Text::Quoted(reference.strName) +
+                                     "; " + SuggestStoredName(kind, reference.strName));
     }
 
     /** @return the byte of the whole text that a character of the line stands for */
@@ -163,6 +199,23 @@ bool IsSame(const SMatchRule& left, const SMatchRule& right) {
                       });
 }
 
+bool LacksOperator(const SMatchRule& rule) {
+    const auto& vecElements = rule.vecElements;
+    return !vecElements.empty() && std::any_of(vecElements.begin() + 1, vecElements.end(), [](const auto& element) {
+        return element.eOperator == EOperator::UNKNOWN;
+    });
+}
+
+std::vector<SMatchRule> Complete(std::vector<SMatchRule> vecRules) {
+    for (SMatchRule& rule : vecRules) {
+        for (std::size_t i = 1; i < rule.vecElements.size(); ++i) {
+            EOperator& eOperator = rule.vecElements[i].eOperator;
+            eOperator = eOperator == EOperator::UNKNOWN ? EOperator::AND : eOperator;
+        }
+    }
+    return vecRules;
+}
+
 }  // namespace
 
 CFaults::CFaults(std::string strFile, std::vector<SFault> vecFaults)
@@ -188,9 +241,13 @@ std::vector<SMatchRule> Read(const std::string& strFile, const std::string& strT
     return reader.GetRules();
 }
 
+bool IsComplete(const std::vector<SMatchRule>& vecRules) {
+    return std::none_of(vecRules.begin(), vecRules.end(), LacksOperator);
+}
+
 std::string Write(const std::vector<SMatchRule>& vecRules) {
     std::string strText;
-    for (const std::string& strLine : MakeRuleLines(vecRules)) {
+    for (const std::string& strLine : MakeRuleLines(Complete(vecRules))) {
         strText += Text::Printable(strLine) + '\n';
     }
     return strText;
@@ -198,10 +255,11 @@ std::string Write(const std::vector<SMatchRule>& vecRules) {
 
 bool Survive(const std::vector<SMatchRule>& vecRules) {
     const std::string strText = Write(vecRules);
+    const std::vector<SMatchRule> vecComplete = Complete(vecRules);
     CReader reader(strText);
     reader.Read();
     return reader.TakeFaults().empty() &&
-           std::equal(vecRules.begin(), vecRules.end(), reader.GetRules().begin(), reader.GetRules().end(),
+           std::equal(vecComplete.begin(), vecComplete.end(), reader.GetRules().begin(), reader.GetRules().end(),
                       [](const SMatchRule& left, const SMatchRule& right) { return IsSame(left, right); });
 }
 

@@ -39,9 +39,11 @@ class CFaults : public CToolError {
  */
 std::vector<SMatchRule> Read(const std::string& strFile, const std::string& strText);
 
-/** @return the rules as Read reads them, a printable line each */
+/** @return whether every part of a rule but the first has an operator; a missing one counts as AND */
+bool IsComplete(const std::vector<SMatchRule>& vecRules);
+/** @return the rules as Read reads them, a printable line each; a missing operator is written as AND */
 std::string Write(const std::vector<SMatchRule>& vecRules);
-/** @return whether Read would read the same from what Write writes, but for what the rules refer to */
+/** @return whether Read would read rules of that meaning from what Write writes, but for what they refer to */
 bool Survive(const std::vector<SMatchRule>& vecRules);
 
 }  // namespace RuleLines

@@ -32,8 +32,8 @@ constexpr SCommandHelp SHOW = {
     "show",
     "template show NAME",
     "show a template's rules as text, a line each",
-    "NAME is its internal name. The lines are those that template set and template new take. Exit code 1: they would\n"
-    "be read as something else.\n",
+    "NAME is its internal name. The lines are those that template set and template new take; where a part has no\n"
+    "operator they say AND, as which it counts. Exit code 1: they would be read as something else.\n",
     "  dlpctl template show payments\n"
     "  dlpctl --json template show payments\n",
     "dlpctl-template-show/1",
@@ -85,6 +85,7 @@ constexpr const char KEPT[] = "the text is kept in ";
 constexpr const char EMPTY_TEXT[] = "there are no rules in it";
 constexpr const char CHANGED_MEANWHILE[] = " was changed meanwhile";
 constexpr const char NO_TEXT[] = "the rules cannot be written as text that is read as the same again; see dlpctl show";
+constexpr const char COMPLETED[] = "a part of a rule has no operator; it counts as AND and is shown so";
 constexpr const char EDIT_HELP[] =
     "# One rule a line: P:EXPRESSION(COUNT) and K:KEYWORD LIST, joined by AND, OR and EXCEPT.\n"
     "# From the second rule on a line begins with the operator that joins it to those before.\n"
@@ -117,6 +118,13 @@ CSettingsRow ReadTemplate(CCommandContext& context, const std::string& strName,
     return row;
 }
 
+/** Text says more than the template where operators are missing. */
+void WarnOfCompleted(CCommandContext& context, const std::string& strName, const std::vector<SMatchRule>& vecRules) {
+    if (!RuleLines::IsComplete(vecRules)) {
+        context.Warn(Called(Kind(), strName) + ": " + COMPLETED);
+    }
+}
+
 EVerdict Show(CCommandContext& context, const SArguments& arguments) {
     context.GetStoreToRead();
     const CSettingsRow row = ReadTemplate(context, arguments.strName, ReadStored);
@@ -137,6 +145,8 @@ EVerdict Show(CCommandContext& context, const SArguments& arguments) {
     }
     if (eVerdict != EVerdict::DONE) {
         context.Warn(Called(Kind(), arguments.strName) + ": " + NO_TEXT);
+    } else {
+        WarnOfCompleted(context, arguments.strName, vecRules);
     }
     return eVerdict;
 }
@@ -270,6 +280,7 @@ EVerdict Edit(CCommandContext& context, const SArguments& arguments) {
     if (!RuleLines::Survive(vecRules)) {
         throw CToolError(EVerdict::FINDINGS, Called(Kind(), arguments.strName) + ": " + NO_TEXT);
     }
+    WarnOfCompleted(context, arguments.strName, vecRules);
     const std::string strText = EDIT_HELP + RuleLines::Write(vecRules);
     return EditText(context, arguments, strText, [&](const SRuleText& text) {
         CStoreEdit edit(context, EDIT.pFormat, arguments.options);

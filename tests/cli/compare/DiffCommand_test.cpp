@@ -179,7 +179,7 @@ TEST_F(DiffCommand, RulesWrittenOtherwiseAreShownAndMakeNoDifference) {
     EXPECT_EQ(run.strOut,
               "= template \"cards\": reordered\n"
               "-   rule: K:a AND K:b\n"
-              "+   rule: K:bK:a\n"
+              "+   rule: K:b K:a\n"
               "    rule: OR K:c\n");
     EXPECT_EQ(run.strErr, SAME);
     const SToolRun json = RunJson({"diff", m_dir.Path("a.xml"), m_dir.Path("b.xml")});
