@@ -91,7 +91,8 @@ void AddGlobalOptions(CLI::App& app, SGlobalOptions& options) {
         ->take_last();
     CCommandLine::AddText(app, "--log-level", "NAMES", options.strLogLevels, s_strLevels.c_str())->take_last();
     CCommandLine::AddFlag(app, "--json", options.bJson, "answer in JSON, also when something fails");
-    CCommandLine::AddFlag(app, "-q,--quiet", options.bQuiet, "no notes and no progress; errors are always shown");
+    CCommandLine::AddFlag(app, "-q,--quiet", options.bQuiet,
+                          "no notes, no progress, and of an import only what was not taken; errors are always shown");
     CCommandLine::AddFlag(app, "-v,--verbose", options.bVerbose,
                           "say what is opened and how long it took, and the library's log lines of level info");
 }

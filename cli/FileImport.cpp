@@ -180,9 +180,12 @@ class CFileImport {
         }
         if (m_context.IsJson()) {
             m_context.StartJson(MakeReportHead(m_report));
+        } else if (IsQuiet()) {
+            m_report.Sort();
+            FindPlaces();
+            WriteText(MakeFindings(m_report));
         } else {
-            m_context.Write(Text::Printable(m_report.strFile) + ":\n");
-            m_context.Flush();
+            WriteText(Text::Printable(m_report.strFile) + ":\n");
         }
     }
 
@@ -199,10 +202,19 @@ class CFileImport {
         }
         if (m_context.IsJson()) {
             m_context.WriteJson(MakeReportJson(m_report));
-        } else if (!bUndone || m_bShowsFindings) {
-            m_context.Write(bUndone ? MakeFindings(m_report) : MakeReportText(m_report));
-            m_context.Flush();
+        } else if (bUndone && m_bShowsFindings) {
+            WriteText(MakeFindings(m_report));
+        } else if (!bUndone && !IsQuiet()) {
+            WriteText(MakeReportText(m_report));
         }
+    }
+
+    /** Told is then only what was not taken. */
+    bool IsQuiet() const { return m_context.Options().bQuiet; }
+
+    void WriteText(const std::string& strText) {
+        m_context.Write(strText);
+        m_context.Flush();
     }
 
     /** Text shows the places of few items, so those of the others are not looked for. */

@@ -71,6 +71,7 @@ EVerdict Run(const std::vector<std::string>& vecArguments, CCommandLine& line, C
         return Show(context, parsed);
     }
     configuration.Apply(context);
+    CConfiguration::WarnOfUnread(context);
     try {
         context.Prepare();
         return parsed.fnRun(context);

@@ -143,7 +143,7 @@ void WarnOfUnknownVariables(CCommandContext& context, const CConfiguration& conf
     for (char** ppVariable = environ; *ppVariable != nullptr; ++ppVariable) {
         const std::string strVariable = *ppVariable;
         const std::string strName = strVariable.substr(0, strVariable.find('='));
-        if (strName.rfind(VARIABLE_PREFIX, 0) == 0 &&
+        if (strName.rfind(VARIABLE_PREFIX, 0) == 0 && !CConfiguration::IsUnread(strName) &&
             std::find(vecNames.begin(), vecNames.end(), strName) == vecNames.end()) {
             const std::string strNearest = FindNearestName(strName, vecNames);
             context.Warn('$' + Text::Printable(strName) + " is the variable of no option" +

@@ -3,10 +3,12 @@
 #include <algorithm>
 #include <cctype>
 #include <cstdlib>
+#include <iterator>
 #include <sstream>
 
 #include <CLI/App.hpp>
 
+#include "cli/CommandContext.h"
 #include "cli/CommandLine.h"
 #include "cli/InputFile.h"
 #include "cli/NearestName.h"
@@ -29,6 +31,12 @@ struct SKnownVariable {
 };
 constexpr SKnownVariable KNOWN_VARIABLES[] = {{"store", "DLP_STORE"}, {"home", "DLP_INSTALL_PATH"}};
 
+std::string MakeOwnVariable(std::string strName) {
+    std::transform(strName.begin(), strName.end(), strName.begin(),
+                   [](unsigned char c) { return c == '-' ? '_' : static_cast<char>(std::toupper(c)); });
+    return VARIABLE_PREFIX + strName;
+}
+
 /** The words for a flag in the environment. */
 struct SFlagWord {
     const char* pWord;
@@ -43,10 +51,12 @@ std::string MakeVariable(const std::string& strTable, const std::string& strKey)
             return known.pVariable;
         }
     }
-    std::string strName = strTable.empty() ? strKey : strTable + '-' + strKey;
-    std::transform(strName.begin(), strName.end(), strName.begin(),
-                   [](unsigned char c) { return c == '-' ? '_' : static_cast<char>(std::toupper(c)); });
-    return VARIABLE_PREFIX + strName;
+    return MakeOwnVariable(strTable.empty() ? strKey : strTable + '-' + strKey);
+}
+
+bool IsSet(const std::string& strVariable) {
+    const char* pValue = std::getenv(strVariable.c_str());
+    return pValue != nullptr && *pValue != '\0';
 }
 
 [[noreturn]] void Refuse(const std::string& strPlace, const std::string& strWhy) {
@@ -178,11 +188,10 @@ SSetting& CConfiguration::FindSetting(const SConfigEntry& entry, const std::stri
 
 void CConfiguration::ApplyEnvironment() {
     for (SSetting& setting : m_vecSettings) {
-        const char* pValue = std::getenv(setting.strVariable.c_str());
-        if (pValue != nullptr && *pValue != '\0') {
+        if (IsSet(setting.strVariable)) {
             setting.eOrigin = EOrigin::ENVIRONMENT;
             setting.strPlace = '$' + setting.strVariable;
-            setting.vecValues = ReadVariable(setting, pValue);
+            setting.vecValues = ReadVariable(setting, std::getenv(setting.strVariable.c_str()));
         }
     }
 }
@@ -208,6 +217,20 @@ void CConfiguration::Set(SSetting& setting) {
                Text::Printable(strWhy.rfind(strName, 0) == 0 ? setting.strKey + strWhy.substr(strName.size() - 2)
                                                              : setting.strKey + ": " + strWhy));
     }
+}
+
+void CConfiguration::WarnOfUnread(CCommandContext& context) {
+    for (const SKnownVariable& known : KNOWN_VARIABLES) {
+        const std::string strUnread = MakeOwnVariable(known.pKey);
+        if (IsSet(strUnread)) {
+            context.Warn('$' + strUnread + " is not read; the variable of --" + known.pKey + " is " + known.pVariable);
+        }
+    }
+}
+
+bool CConfiguration::IsUnread(const std::string& strVariable) {
+    return std::any_of(std::begin(KNOWN_VARIABLES), std::end(KNOWN_VARIABLES),
+                       [&](const SKnownVariable& known) { return strVariable == MakeOwnVariable(known.pKey); });
 }
 
 std::string CConfiguration::Explain(const std::string& strMessage) const {

@@ -43,6 +43,9 @@ class CConfiguration {
      * @throws CToolError (USAGE) for what names no option, and for a value that its option does not take
      */
     void Apply(CCommandContext& context);
+    /** Warns of variables that are set and look as if they were those of --store and --home, which have other ones. */
+    static void WarnOfUnread(CCommandContext& context);
+    static bool IsUnread(const std::string& strVariable);
     /** @return all options in the order of the help; what they are set to after Apply */
     const std::vector<SSetting>& GetSettings() const { return m_vecSettings; }
     /** @return where the file is looked for; "" nowhere */

@@ -73,7 +73,7 @@ TEST_F(ImportCommand, TellsWhatBecameOfHowManyItems) {
 TEST_F(ImportCommand, ASecondTimeEveryItemIsUnchanged) {
     Import(Small());
     const std::string strDump = Dump();
-    const SToolRun run = Run({"-q", "import", "-"}, Small());
+    const SToolRun run = Run({"import", "-"}, Small());
     EXPECT_EQ(run.iCode, 0);
     EXPECT_EQ(run.strOut,
               "-:\n"
@@ -81,8 +81,28 @@ TEST_F(ImportCommand, ASecondTimeEveryItemIsUnchanged) {
               "expressions          0        0          2        0       0\n"
               "keyword lists        0        0          1        0       0\n"
               "templates            0        0          1        0       0\n");
-    EXPECT_EQ(run.strErr, "");
+    EXPECT_EQ(run.strErr, NEXT);
     EXPECT_EQ(Dump(), strDump);
+}
+
+TEST_F(ImportCommand, QuietTellsOnlyWhatWasNotTaken) {
+    const auto fnQuiet = [this](const std::string& strDocument, const std::string& strOption = "-q") {
+        return Run({"import", "-", "--quiet", strOption}, strDocument);
+    };
+    const SToolRun done = fnQuiet(Small());
+    EXPECT_EQ(done.iCode, 0);
+    EXPECT_EQ(done.strOut + done.strErr, "");
+    const std::string strFaulty = Policy("", Template("t", "nothing", "words"));
+    const std::string strFinding = "-:1:" + std::to_string(strFaulty.find("<template ") + 1) +
+                                   ": template \"t\" skipped: it refers to the expression \"nothing\", which is not "
+                                   "stored; import that first, or correct the name\n";
+    const SToolRun findings = fnQuiet(strFaulty);
+    EXPECT_EQ(findings.iCode, 1);
+    EXPECT_EQ(findings.strOut, strFinding);
+    EXPECT_EQ(findings.strErr, "");
+    EXPECT_EQ(fnQuiet(strFaulty, "--dry-run").strOut, strFinding);
+    EXPECT_EQ(fnQuiet(strFaulty, "--fail-on-skip").strOut, strFinding);
+    EXPECT_EQ(fnQuiet("<x/>").strErr.find("dlpctl: -:1:1: "), 0U);
 }
 
 TEST_F(ImportCommand, JsonHoldsEveryItemWithItsPlace) {

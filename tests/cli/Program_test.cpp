@@ -11,21 +11,15 @@ namespace {
 /** The built program, run by a shell. */
 using Program = CToolTest;
 
-constexpr const char SMALL_TABLE[] =
-    "               CREATED  UPDATED  UNCHANGED  SKIPPED  FAILED\n"
-    "expressions          2        0          0        0       0\n"
-    "keyword lists        1        0          0        0       0\n"
-    "templates            1        0          0        0       0\n";
-
 }  // namespace
 
 TEST_F(Program, RunsTheTool) {
     const std::string strFile = m_dir.Write("small.xml", Documents::Small());
     const SToolRun run = CProgram::Shell("\"$DLPCTL\" -q import '" + strFile + "' && \"$DLPCTL\" list templates");
     EXPECT_EQ(run.iCode, 0);
-    EXPECT_EQ(run.strOut, strFile + ":\n" + SMALL_TABLE +
-                              "NAME   DISPLAY NAME    BUILT-IN  RULES\n"
-                              "cards  Template cards  no        1\n");
+    EXPECT_EQ(run.strOut,
+              "NAME   DISPLAY NAME    BUILT-IN  RULES\n"
+              "cards  Template cards  no        1\n");
     EXPECT_EQ(run.strErr, "");
     EXPECT_EQ(CProgram::Shell("\"$DLPCTL\"").iCode, 3);
 }
@@ -49,7 +43,7 @@ TEST_F(Program, PathsAreMeantWhereItWasStarted) {
                                          "--home ../home import small.xml && DLP_STORE=sqlite:here.db \"$DLPCTL\" -q "
                                          "export --all -o here.xml && \"$DLPCTL\" -q store load missing.json");
     EXPECT_EQ(run.strErr, "dlpctl: missing.json: No such file or directory\n");
-    EXPECT_EQ(run.strOut, std::string("small.xml:\n") + SMALL_TABLE);
+    EXPECT_EQ(run.strOut, "");
     for (const char* pFile : {"work/here.db", "work/here.log", "work/here.xml"}) {
         EXPECT_NE(m_dir.Read(pFile), "") << pFile;
     }

@@ -64,7 +64,8 @@ def unread(world: World, codes: Counter[str]) -> list[str]:
             world.start(scenario)
             # The reader is gone before the first word when the writer waits for it.
             shell = f'"$@" {tail}' if tail[0] == ">" else f'{{ sleep 0.1; "$@"; }} {tail}'
-            done = subprocess.run(["bash", "-c", shell, "bash", *world.line(words)], stdin=subprocess.DEVNULL,
+            loud = [word for word in world.line(words) if word != "-q"]
+            done = subprocess.run(["bash", "-c", shell, "bash", *loud], stdin=subprocess.DEVNULL,
                                   stderr=subprocess.PIPE, check=False)
             codes[str(done.returncode)] += 1
             if done.returncode != OUTPUT_FAILED:

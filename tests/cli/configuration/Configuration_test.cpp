@@ -233,3 +233,13 @@ TEST_F(Configuration, TheListSaysWhereValuesComeFrom) {
     }
     EXPECT_EQ(Run({"config", "-q"}).strOut.find("ORIGIN"), std::string::npos);
 }
+
+TEST_F(Configuration, VariablesThatAreNotReadAreWarnedOf) {
+    ::setenv("DLPCTL_STORE", "sqlite:x.db", 1);
+    ::setenv("DLPCTL_HOME", "", 1);
+    const std::string strStore = "dlpctl: warning: $DLPCTL_STORE is not read; the variable of --store is DLP_STORE\n";
+    EXPECT_EQ(Run({"list", "keywords"}).strErr, strStore + "The store holds no keyword lists; dlpctl import FILE reads a policy into it.\n");
+    ::setenv("DLPCTL_HOME", "/opt", 1);
+    EXPECT_EQ(Run({"config"}).strErr,
+              strStore + "dlpctl: warning: $DLPCTL_HOME is not read; the variable of --home is DLP_INSTALL_PATH\n");
+}
