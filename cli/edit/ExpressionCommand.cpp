@@ -13,6 +13,7 @@
 #include "cli/StoreSession.h"
 #include "cli/Suggestion.h"
 #include "cli/Text.h"
+#include "cli/edit/AssetFields.h"
 #include "cli/edit/EditedRecord.h"
 #include "cli/edit/RecordChange.h"
 #include "cli/edit/RecordFields.h"
@@ -76,7 +77,6 @@ constexpr SRecordField FIELDS[] = {
 constexpr const char NO_PATTERN[] = "there is no pattern; write --pattern or --pattern-from";
 constexpr const char TWO_PATTERNS[] = "write either --pattern or --pattern-from, not both";
 constexpr const char NOTHING_GIVEN[] = "nothing is to be changed; dlpctl expression set --help lists the fields";
-constexpr const char NO_DISPLAY_NAME[] = "--display-name: no import takes an item whose display name is empty";
 constexpr const char NOT_UTF8[] = "not UTF-8: save the file in that encoding";
 
 struct SArguments {
@@ -119,31 +119,6 @@ std::string ReadPattern(CCommandContext& context, const std::string& strFile) {
     return strPattern;
 }
 
-std::string ListTypes() {
-    std::string strTypes;
-    for (const DigitalAssets::SType& type : DigitalAssets::EXPRESSION_FORMAT.aTypes) {
-        strTypes += (strTypes.empty() ? "" : ", ") + Text::Quoted(type.pName);
-    }
-    return strTypes;
-}
-
-/** Only what the type uses is kept, as by an import. */
-void Complete(const CRecordFields& fields, CSettingsRow& row) {
-    const DigitalAssets::SAssetFormat& format = DigitalAssets::EXPRESSION_FORMAT;
-    if (fields.IsGiven(format.iTypeColumn) && DigitalAssets::FindStoredType(format, row) == nullptr) {
-        throw CToolError(EVerdict::USAGE, "--type: there is no type " + Text::Quoted(row.GetText(format.iTypeColumn)) +
-                                              "; write one of " + ListTypes());
-    }
-    if (row.GetText(AssetColumn::DISPLAY_NAME).empty()) {
-        throw CToolError(EVerdict::INVALID, NO_DISPLAY_NAME);
-    }
-    DigitalAssets::Normalise(format, row);
-    if (const SRecordField* pLost = fields.FindLost(row, format.iTypeColumn)) {
-        throw CToolError(EVerdict::INVALID, std::string(pLost->pOption) + ": an expression of type " +
-                                                Text::Quoted(row.GetText(format.iTypeColumn)) + " does not have it");
-    }
-}
-
 /** @return whether a pattern is given */
 bool Apply(CCommandContext& context, const SArguments& arguments, CSettingsRow& row) {
     const bool bFile = !arguments.strPatternFile.empty();
@@ -165,7 +140,7 @@ EVerdict New(CCommandContext& context, const SArguments& arguments) {
     if (!Apply(context, arguments, row)) {
         throw CToolError(EVerdict::USAGE, NO_PATTERN);
     }
-    Complete(arguments.fields, row);
+    CompleteAsset(DigitalAssets::EXPRESSION_FORMAT, arguments.fields, row);
     CStoreEdit edit(context, NEW.pFormat, arguments.options, CStoreEdit::EStore::MADE);
     NameRecord(arguments.strName, row);
     return FinishChange(context, edit, nullptr, std::move(row));
@@ -179,7 +154,7 @@ EVerdict Set(CCommandContext& context, const SArguments& arguments) {
     const CSettingsRow before = ReadOwn(Kind(), arguments.strName);
     CSettingsRow after = before;
     Apply(context, arguments, after);
-    Complete(arguments.fields, after);
+    CompleteAsset(DigitalAssets::EXPRESSION_FORMAT, arguments.fields, after);
     return FinishChange(context, edit, &before, std::move(after));
 }
 

@@ -107,7 +107,7 @@ bool CKeywordList::IsChanged() const {
 }
 
 void CKeywordList::Store(CSettingsRow& row) const {
-    if (!IsChanged()) {
+    if (!IsChanged() && !row.GetText(KeywordColumn::TEXT).empty()) {
         return;
     }
     std::string strMarkup;

@@ -33,7 +33,7 @@ class CKeywordList {
     /** @return the texts, in the list's order */
     std::vector<std::string> GetTexts() const;
 
-    /** Writes the keywords into the list's record; leaves it as it is when nothing was changed. */
+    /** Writes the keywords into the list's record; leaves its markup as it is when nothing was changed. */
     void Store(CSettingsRow& row) const;
 
   private:

@@ -16,12 +16,15 @@
 #include "cli/StoreSession.h"
 #include "cli/Suggestion.h"
 #include "cli/Text.h"
+#include "cli/edit/AssetFields.h"
 #include "cli/edit/EditedRecord.h"
 #include "cli/edit/GivenOption.h"
 #include "cli/edit/KeywordList.h"
 #include "cli/edit/KeywordTable.h"
 #include "cli/edit/RecordChange.h"
+#include "cli/edit/RecordFields.h"
 #include "cli/edit/StoreEdit.h"
+#include "digital_assets/AssetFormat.h"
 #include "platform/common/TextTools.h"
 
 namespace {
@@ -29,7 +32,7 @@ namespace {
 using Json = nlohmann::ordered_json;
 
 constexpr const char GROUP[] = "keywords";
-constexpr const char GROUP_SUMMARY[] = "look at and change the keywords of one list";
+constexpr const char GROUP_SUMMARY[] = "look at, make and change one keyword list";
 
 constexpr SCommandHelp SHOW = {
     "show",
@@ -39,6 +42,18 @@ constexpr SCommandHelp SHOW = {
     "  dlpctl keywords show \"card words\"\n"
     "  dlpctl --json keywords show \"card words\"\n",
     "dlpctl-keywords-show/1",
+};
+constexpr SCommandHelp NEW = {
+    "new",
+    "keywords new NAME [KEYWORD…]",
+    "make a keyword list",
+    "A list of type All is found where every keyword is, Any where one is, Threshold where --threshold of them are,\n"
+    "Distance where its keywords are found within --distance of each other. It is of type All, and its display name\n"
+    "is NAME, unless told otherwise. Keywords are added as by keywords add.\n",
+    "  dlpctl keywords new account-words account IBAN --type Any\n"
+    "  dlpctl keywords new codenames --type Threshold --threshold 2 apollo bluebird zephyr\n"
+    "  dlpctl keywords new terms --type any --display-name \"Legal terms\" --dry-run privileged\n",
+    "dlpctl-keywords-new/1",
 };
 constexpr SCommandHelp ADD = {
     "add",
@@ -81,11 +96,20 @@ constexpr SCommandHelp EXPORT = {
     "dlpctl-keywords-export/1",
 };
 
+constexpr SRecordField FIELDS[] = {
+    {"--display-name", "TEXT", AssetColumn::DISPLAY_NAME, "how people call it"},
+    {"--description", "TEXT", AssetColumn::DESCRIPTION, "what it is there for"},
+    {"--type", "NAME", KeywordColumn::CONDITION, "All, Any, Threshold or Distance"},
+    {"--threshold", "N", KeywordColumn::THRESHOLD, "how many keywords, of type Threshold"},
+    {"--distance", "N", KeywordColumn::NUMBER, "how far apart, of type Distance"},
+};
+
 constexpr const char BLANK[] = "the keyword is blank";
 constexpr const char NEEDS_FILE[] = "--json needs -o FILE here: the table and the answer cannot share standard output";
 
 struct SArguments {
     std::string strName;
+    CRecordFields fields{FIELDS};
     std::vector<std::string> vecKeywords;
     SGivenOption description;
     SGivenOption score;
@@ -151,17 +175,33 @@ SKeywordEdit MakeEdit(const SArguments& arguments) {
     return edit;
 }
 
-EVerdict Add(CCommandContext& context, const SArguments& arguments) {
+void PutKeywords(const SArguments& arguments, CKeywordList& list) {
     SKeywordEdit edit = MakeEdit(arguments);
-    return Change(context, arguments, ADD.pFormat, [&](CKeywordList& list) {
-        for (const std::string& strKeyword : arguments.vecKeywords) {
-            if (OS::Trim(std::string_view(strKeyword)).empty()) {
-                throw CToolError(EVerdict::INVALID, BLANK);
-            }
-            edit.strKeyword = strKeyword;
-            list.Put(edit);
+    for (const std::string& strKeyword : arguments.vecKeywords) {
+        if (OS::Trim(std::string_view(strKeyword)).empty()) {
+            throw CToolError(EVerdict::INVALID, BLANK);
         }
-    });
+        edit.strKeyword = strKeyword;
+        list.Put(edit);
+    }
+}
+
+EVerdict New(CCommandContext& context, const SArguments& arguments) {
+    CSettingsRow row(ESettingsKind::KEYWORD);
+    row.SetText(KeywordColumn::CONDITION, DigitalAssets::KEYWORD_FORMAT.aTypes.front().pName);
+    row.SetText(AssetColumn::DISPLAY_NAME, arguments.strName);
+    arguments.fields.Apply(row);
+    CompleteAsset(DigitalAssets::KEYWORD_FORMAT, arguments.fields, row);
+    CStoreEdit edit(context, NEW.pFormat, arguments.options, CStoreEdit::EStore::MADE);
+    NameRecord(arguments.strName, row);
+    CKeywordList list(row);
+    PutKeywords(arguments, list);
+    list.Store(row);
+    return FinishChange(context, edit, nullptr, std::move(row));
+}
+
+EVerdict Add(CCommandContext& context, const SArguments& arguments) {
+    return Change(context, arguments, ADD.pFormat, [&](CKeywordList& list) { PutKeywords(arguments, list); });
 }
 
 [[noreturn]] void RefuseKeyword(const CKeywordList& list, const std::string& strList, const std::string& strKeyword) {
@@ -234,6 +274,11 @@ void AddKeywordsCommands(CCommandLine& line) {
     const auto pArguments = std::make_shared<SArguments>();
     CLI::App& group = line.AddGroup(GROUP, GROUP_SUMMARY);
     AddOne(line, group, SHOW, pArguments, Show);
+
+    CLI::App& create = AddOne(line, group, NEW, pArguments, New);
+    CCommandLine::AddTexts(create, "KEYWORD", "KEYWORD", pArguments->vecKeywords, "keywords");
+    pArguments->fields.AddTo(create);
+    AddEditOptions(create, pArguments->options);
 
     CLI::App& add = AddOne(line, group, ADD, pArguments, Add);
     CCommandLine::AddTexts(add, "KEYWORD", "KEYWORD", pArguments->vecKeywords, "keywords")->required();

@@ -47,9 +47,9 @@ const SRefused REFUSED[] = {
      "write either names or --all, not both",
      "dlpctl-assets-export/1"},
     {{"list"}, "KIND is required; usage: dlpctl list templates|expressions|keywords", "dlpctl-list/1"},
-    {{"list", "things"}, "there is no kind \"things\"; write templates, expressions or keywords", "dlpctl-list/1"},
+    {{"list", "things"}, "there is no kind \"things\"; write template, expression or keyword", "dlpctl-list/1"},
     {{"show", "template"}, "NAME is required; usage: dlpctl show template|expression|keyword NAME", "dlpctl-show/1"},
-    {{"show", "thing", "x"}, "there is no kind \"thing\"; write templates, expressions or keywords", "dlpctl-show/1"},
+    {{"show", "thing", "x"}, "there is no kind \"thing\"; write template, expression or keyword", "dlpctl-show/1"},
     {{"diff", "x"}, "B is required; usage: dlpctl diff A B", "dlpctl-diff/1"},
     {{"diff", "-", "-"}, "standard input can be read once only; name a file", "dlpctl-diff/1"},
     {{"check"}, "FILE is required; usage: dlpctl check FILE… | DIR…", "dlpctl-check/1"},
@@ -97,12 +97,16 @@ const SRefused REFUSED[] = {
      "NEW is required; usage: dlpctl rename template|expression|keyword OLD NEW",
      "dlpctl-rename/1"},
     {{"rename", "list", "x", "y"},
-     "there is no kind \"list\"; write templates, expressions or keywords",
+     "there is no kind \"list\"; write template, expression or keyword",
      "dlpctl-rename/1"},
+    {{"rename", "dictionary", "x", "y"},
+     "there is no kind \"dictionary\"; here it is called keyword",
+     "dlpctl-rename/1"},
+    {{"list", "entity"}, "there is no kind \"entity\"; here it is called expression", "dlpctl-list/1"},
     {{"delete", "template"},
      "NAME is required; usage: dlpctl delete template|expression|keyword NAME",
      "dlpctl-delete/1"},
-    {{"delete", "x", "y"}, "there is no kind \"x\"; write templates, expressions or keywords", "dlpctl-delete/1"},
+    {{"delete", "x", "y"}, "there is no kind \"x\"; write template, expression or keyword", "dlpctl-delete/1"},
     {{"store", "load"}, "FILE is required; usage: dlpctl store load FILE", "dlpctl-store-load/1"},
     {{"store", "dump", "x"}, "\"x\" is one argument too many; usage: dlpctl store dump [-o FILE]", "dlpctl-dump/1"},
     {{"metadata", "x"}, "\"x\" is one argument too many; usage: dlpctl metadata", "dlpctl-metadata/1"},
@@ -193,6 +197,13 @@ TEST_F(CommandLine, ValuesAreTakenAsTheyStand) {
               "names\n");
 }
 
+TEST_F(CommandLine, HelpIsACommandToo) {
+    EXPECT_EQ(Get({"help"}), Get({"--help"}));
+    EXPECT_EQ(Get({"help", "check"}), Get({"check", "--help"}));
+    EXPECT_EQ(Get({"help", "template", "new"}), Get({"template", "new", "--help"}));
+    EXPECT_EQ(Get({"help", "template"}), Get({"template", "--help"}));
+}
+
 TEST_F(CommandLine, TopHelpHasOneLinePerCommandAndTheFirstSteps) {
     const SToolRun run = Run({"--help"});
     EXPECT_EQ(run.iCode, 0);
@@ -215,6 +226,7 @@ TEST_F(CommandLine, TopHelpHasOneLinePerCommandAndTheFirstSteps) {
                               "\n  template set NAME [RULE…]  ",
                               "\n  template edit NAME  ",
                               "\n  keywords show NAME  ",
+                              "\n  keywords new NAME [KEYWORD…]  ",
                               "\n  keywords add NAME KEYWORD…  ",
                               "\n  keywords remove NAME KEYWORD…  ",
                               "\n  keywords import NAME FILE  ",
@@ -257,6 +269,7 @@ TEST_F(CommandLine, EveryCommandHasHelpWithExamples) {
                                                   {"template", "set"},
                                                   {"template", "edit"},
                                                   {"keywords", "show"},
+                                                  {"keywords", "new"},
                                                   {"keywords", "add"},
                                                   {"keywords", "remove"},
                                                   {"keywords", "import"},

@@ -108,9 +108,9 @@ TEST_F(ExpressionCommand, WhatCannotBeIsRefused) {
     };
     ExpectRefused(fnNew({"--type", "Type 4"}), 3,
                   "--type: there is no type \"Type 4\"; write one of \"Generic\", \"Type 1\", \"Type 2\", \"Type 3\"");
-    ExpectRefused(fnNew({"--min-length", "2"}), 2, "--min-length: an expression of type \"Generic\" does not have it");
+    ExpectRefused(fnNew({"--min-length", "2"}), 2, "--min-length: type \"Generic\" of expressions does not have it");
     ExpectRefused(fnNew({"--type", "type 1", "--max-right-radius", "2"}), 2,
-                  "--max-right-radius: an expression of type \"Type 1\" does not have it");
+                  "--max-right-radius: type \"Type 1\" of expressions does not have it");
     ExpectRefused(fnNew({"--type", "Type 1", "--min-length", "12abc"}), 3,
                   "--min-length: \"12abc\" is no whole number of 32 bits");
     ExpectRefused(fnNew({"--case-sensitive", "1"}), 3, "--case-sensitive: \"1\" is neither true nor false");

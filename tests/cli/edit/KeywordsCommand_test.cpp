@@ -41,6 +41,51 @@ TEST_F(KeywordsCommand, ListIsShownAsATable) {
               R"({"keyword":"two","description":"second","score":5,"case_sensitive":true}]})");
 }
 
+TEST_F(KeywordsCommand, NewListIsWhatAnImportMakes) {
+    const std::vector<std::string> vecNew = {"keywords",  "new",         "codes", "a & b",         "c", "--type",
+                                             "threshold", "--threshold", "2",     "--description", "d"};
+    ExpectSameDry(vecNew, "+ keyword list \"codes\"\n");
+    ExpectDone(vecNew, "+ keyword list \"codes\"\n");
+    const std::string strDump = Dump();
+    EXPECT_EQ(Run({"delete", "keyword", "codes"}).iCode, 0);
+    Import(Documents::Policy(
+        R"(<dictionary name="codes" type="Threshold" threshold="2" display_name="codes" description="d" )"
+        R"(pre-defined="false"><keyword description="" score="1" caseSensitive="false">a &amp; b</keyword>)"
+        R"(<keyword description="" score="1" caseSensitive="false">c</keyword></dictionary>)",
+        R"(<template name="x" display_name="X"/>)"));
+    EXPECT_EQ(Run({"delete", "template", "x"}).iCode, 0);
+    EXPECT_EQ(Dump(), strDump);
+}
+
+TEST_F(KeywordsCommand, NewListMayGetItsKeywordsLater) {
+    ExpectDone({"keywords", "new", "later"}, "+ keyword list \"later\"\n",
+               "dlpctl: warning: keyword list \"later\": DLP050 list-empty: the keyword list \"later\" has no keyword; "
+               "add one, or remove the list\n");
+    EXPECT_EQ(RunJson({"keywords", "show", "later"})["condition"], "All");
+    ExpectDone({"keywords", "import", "later", "-"}, "~ keyword list \"later\"\n+   keyword \"x\", score 1\n", "",
+               "keyword\nx\n");
+}
+
+TEST_F(KeywordsCommand, NewListThatCannotBeIsRefused) {
+    const auto fnNew = [](const std::vector<std::string>& vecMore) {
+        std::vector<std::string> vecArguments = {"keywords", "new", "x", "word"};
+        vecArguments.insert(vecArguments.end(), vecMore.begin(), vecMore.end());
+        return vecArguments;
+    };
+    ExpectRefused(fnNew({"--type", "Some"}), 3,
+                  "--type: there is no type \"Some\"; write one of \"All\", \"Any\", \"Threshold\", \"Distance\"");
+    ExpectRefused(fnNew({"--type", "Any", "--threshold", "2"}), 2,
+                  "--threshold: type \"Any\" of keyword lists does not have it");
+    ExpectRefused(fnNew({"--type", "Distance", "--distance", "near"}), 3,
+                  "--distance: \"near\" is no whole number of 32 bits");
+    ExpectRefused(fnNew({"--display-name", ""}), 2,
+                  "--display-name: no import takes an item whose display name is empty");
+    ExpectRefused(fnNew({" "}), 2, "the keyword is blank");
+    ExpectRefused({"keywords", "new", "words", "x"}, 1, "keyword list \"words\" is stored already");
+    ExpectRefused({"keywords", "new", "BRAND", "x"}, 2,
+                  "the name \"BRAND\" cannot stand in the text of a rule: it holds AND, which joins parts of a rule");
+}
+
 TEST_F(KeywordsCommand, NewKeywordsComeLast) {
     const std::string strOut =
         "~ keyword list \"words\"\n+   keyword \"a & b\", score 1\n+   keyword \"three\", score 1\n";
@@ -64,7 +109,7 @@ TEST_F(KeywordsCommand, KeywordThatIsThereKeepsWhatIsNotGiven) {
 
 TEST_F(KeywordsCommand, WhatIsThereAlreadyChangesNothing) {
     const std::string strDump = Dump();
-    ExpectDone({"keywords", "add", "words", "two"}, "= keyword list \"words\"\n");
+    ExpectDone({"keywords", "add", "words", "two"}, "keyword list \"words\": nothing to change\n");
     EXPECT_EQ(Dump(), strDump);
     EXPECT_EQ(RunJson({"keywords", "add", "words", "one"}).dump(),
               R"({"format":"dlpctl-keywords-add/1","verdict":"done","dry_run":false,"change":{"kind":"keyword",)"
@@ -113,7 +158,8 @@ TEST_F(KeywordsCommand, TableIsWrittenAndReadBack) {
     const std::string strDump = Dump();
     for (const char* pFile : {"words.csv", "words.tsv"}) {
         EXPECT_EQ(Run({"keywords", "export", "words", "-o", m_dir.Path(pFile)}).iCode, 0);
-        ExpectDone({"keywords", "import", "words", m_dir.Path(pFile), "--replace"}, "= keyword list \"words\"\n");
+        ExpectDone({"keywords", "import", "words", m_dir.Path(pFile), "--replace"},
+                   "keyword list \"words\": nothing to change\n");
         EXPECT_EQ(Dump(), strDump);
     }
     EXPECT_EQ(m_dir.Read("words.csv"), strTable);
