@@ -12,6 +12,7 @@
 #include "cli/ImportOptions.h"
 #include "cli/ImportReport.h"
 #include "cli/Kinds.h"
+#include "cli/Progress.h"
 #include "cli/StoreSession.h"
 #include "cli/Suggestion.h"
 #include "cli/Text.h"
@@ -90,6 +91,8 @@ class CAssetExportCommand : public CExportObserver {
             const CSettingsTransaction unit(EUnitOfWork::READ);
             const Subjects vecExpressions = FindSubjects(ESettingsKind::EXPRESSION, m_arguments.vecExpressions);
             const Subjects vecKeywords = FindSubjects(ESettingsKind::KEYWORD, m_arguments.vecKeywords);
+            const CProgress progress(m_context, EXPORT.pName);
+            CProgress::Expect(vecExpressions.size() + vecKeywords.size());
             if (!DigitalAssets::Export(vecExpressions, vecKeywords, m_report.strDocument, this)) {
                 store.ThrowIfFailed();
                 throw CToolError(EVerdict::INVALID, m_strFailure + "; nothing was written");
@@ -98,6 +101,8 @@ class CAssetExportCommand : public CExportObserver {
         }
         return FinishExport(m_context, m_arguments, m_report);
     }
+
+    void OnRecord() override { CProgress::Step(); }
 
     void OnLeftOut(const std::string&, ELeftOut, const std::string&) override {}
 

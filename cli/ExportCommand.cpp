@@ -12,6 +12,7 @@
 #include "cli/ExportReport.h"
 #include "cli/InstalledFiles.h"
 #include "cli/Kinds.h"
+#include "cli/Progress.h"
 #include "cli/RecordJson.h"
 #include "cli/StoreSession.h"
 #include "cli/Suggestion.h"
@@ -92,6 +93,8 @@ class CTemplateExportCommand : public CExportObserver {
         return FinishExport(m_context, m_arguments, m_report);
     }
 
+    void OnRecord() override { CProgress::Step(); }
+
     void OnLeftOut(const std::string& strName, ELeftOut eReason, const std::string& strDetail) override {
         const bool bNotStored = eReason == ELeftOut::NOT_STORED;
         LeaveOut(
@@ -137,6 +140,10 @@ class CTemplateExportCommand : public CExportObserver {
         for (const std::string& strName : vecNames) {
             vecWide.push_back(OS::WideText(strName));
         }
+        const CProgress progress(m_context, HELP.pName);
+        CProgress::Expect(vecNames.size() + (m_arguments.bAll ? CountOthers(ESettingsKind::EXPRESSION, 0) +
+                                                                    CountOthers(ESettingsKind::KEYWORD, 0)
+                                                              : 0));
         std::set<std::wstring> lstExpressions;
         std::set<std::wstring> lstKeywords;
         m_report.strDocument =

@@ -43,8 +43,8 @@ struct SRun {
 
 class CReportObserver : public CImportObserver {
   public:
-    CReportObserver(SImportReport& report, CProgress& progress, const CItemChoice* pChoice, bool bKeepsStored)
-        : m_report(report), m_progress(progress), m_pChoice(pChoice), m_bKeepsStored(bKeepsStored) {}
+    CReportObserver(SImportReport& report, const CItemChoice* pChoice, bool bKeepsStored)
+        : m_report(report), m_pChoice(pChoice), m_bKeepsStored(bKeepsStored) {}
 
     bool PassesOver(EItemKind eKind, std::string_view strName) override {
         const bool bPassesOver = m_pChoice != nullptr && !m_pChoice->Holds(eKind, strName);
@@ -63,13 +63,12 @@ class CReportObserver : public CImportObserver {
     }
 
   private:
-    void Step() {
-        m_progress.Step();
+    static void Step() {
+        CProgress::Step();
         Signals::ThrowIfCaught();
     }
 
     SImportReport& m_report;
-    CProgress& m_progress;
     const CItemChoice* m_pChoice;
     bool m_bKeepsStored;
 };
@@ -144,9 +143,9 @@ class CFileImport {
             choice.emplace(m_run.options.vecOnly, root);
             m_report.vecMissing = choice->FindMissing();
         }
-        CProgress progress(m_context.GetError(), m_context.ShowsProgress(), Text::Printable(m_report.strFile),
-                           CountItems(root));
-        CReportObserver observer(m_report, progress, choice ? &*choice : nullptr, m_run.options.bSkipExisting);
+        const CProgress progress(m_context, m_report.strFile);
+        CProgress::Expect(CountItems(root));
+        CReportObserver observer(m_report, choice ? &*choice : nullptr, m_run.options.bSkipExisting);
         m_report.iResult = m_run.door.fnImport(m_context, document, m_report, observer);
         m_report.iTemplatesLeft = m_run.door.bTemplates ? 0 : CountTemplates(root);
     }
@@ -205,7 +204,7 @@ class CFileImport {
         } else if (bUndone && m_bShowsFindings) {
             WriteText(MakeFindings(m_report));
         } else if (!bUndone && !IsQuiet()) {
-            WriteText(MakeReportText(m_report));
+            WriteText(MakeReportText(m_report, m_context.GetDataWidth()));
         }
     }
 

@@ -89,7 +89,7 @@ Json ColumnOrNull(SPlace place) {
     return place.iLine == 0 ? Json() : Json(place.iColumn);
 }
 
-std::string MakeTable(const std::vector<SReportItem>& vecItems) {
+std::string MakeTable(const std::vector<SReportItem>& vecItems, std::size_t iWidth) {
     std::array<std::array<std::size_t, DISPOSITION_COUNT>, KIND_COUNT> aCounts{};
     for (const SReportItem& item : vecItems) {
         ++aCounts[static_cast<std::size_t>(item.eKind)][static_cast<std::size_t>(item.eDisposition)];
@@ -105,7 +105,7 @@ std::string MakeTable(const std::vector<SReportItem>& vecItems) {
             table.Add(vecCells);
         }
     }
-    return table.ToString();
+    return table.ToString(iWidth);
 }
 
 std::string NameOf(const SReportItem& item) {
@@ -237,9 +237,9 @@ std::string MakeFinding(const std::string& strFile, const SReportItem& item) {
     return strLines;
 }
 
-std::string MakeReportText(const SImportReport& report) {
+std::string MakeReportText(const SImportReport& report, std::size_t iWidth) {
     const std::string strTable =
-        report.vecItems.empty() ? std::string("nothing to import\n") : MakeTable(report.vecItems);
+        report.vecItems.empty() ? std::string("nothing to import\n") : MakeTable(report.vecItems, iWidth);
     return strTable + MakeFindings(report) + MakePassedOver(report) + (report.bDryRun ? DRY_RUN : "");
 }
 

@@ -58,7 +58,7 @@ nlohmann::ordered_json MakeReportHead(const SImportReport& report);
 /** @return the whole object, which begins with the head */
 nlohmann::ordered_json MakeReportJson(const SImportReport& report);
 /** @return a table of what became of how many items, then the findings */
-std::string MakeReportText(const SImportReport& report);
+std::string MakeReportText(const SImportReport& report, std::size_t iWidth = 0);
 /** @return lines of what was not taken, where, why and what to do */
 std::string MakeFindings(const SImportReport& report);
 /** @return whose fate it is, why and where, as it stands in the whole object among more */

@@ -1,4 +1,5 @@
 #include <memory>
+#include <optional>
 #include <set>
 #include <string>
 #include <utility>
@@ -14,6 +15,7 @@
 #include "cli/InstalledFiles.h"
 #include "cli/Kinds.h"
 #include "cli/Output.h"
+#include "cli/Progress.h"
 #include "cli/RecordJson.h"
 #include "cli/Signals.h"
 #include "cli/StoreCare.h"
@@ -61,6 +63,7 @@ constexpr SCommandHelp INFO = {
 constexpr const char FORMAT[] = "format";
 constexpr const char FIELD_INDENT[] = "    ";
 constexpr int RECORD_INDENT = 2;
+constexpr std::size_t STEPS_OF_LOADED = 2;  ///< a record is read, then stored
 
 /** @return the record's lines, indented below its list */
 std::string RecordLines(const CSettingsRow& row) {
@@ -77,13 +80,18 @@ std::string RecordLines(const CSettingsRow& row) {
 EVerdict Dump(CCommandContext& context, const std::string& strFile) {
     const CStoreSession& store = context.GetStoreToRead();
     COutput output(context, strFile);
+    // Where the dump itself goes to the terminal, a bar would stand in it.
+    const bool bMixed = COutput::IsStandard(context, strFile) && context.GetDataWidth() != 0;
+    const CProgress progress(context.GetError(), context.ShowsProgress() && !bMixed, DUMP.pName);
     const CSettingsTransaction unit(EUnitOfWork::READ);
     Json dumped = Json::object();
     output.Write(std::string("{\n  \"") + FORMAT + "\": \"" + DUMP.pFormat + '"');
     for (const SKind& kind : KINDS) {
         output.Write(std::string(",\n  \"") + kind.pList + "\": [");
         std::size_t iRecords = 0;
+        CProgress::Expect(CSettingsStore::Current().Count(kind.eKind));
         CSettingsStore::Current().ReadAll(kind.eKind, [&](CSettingsRow&& row) {
+            CProgress::Step();
             Signals::ThrowIfCaught();
             output.Write((iRecords == 0 ? "\n" : ",\n") + RecordLines(row));
             ++iRecords;
@@ -153,9 +161,11 @@ std::vector<CSettingsRow> ReadRecords(const Json& document, const SKind& kind) {
     }
     std::vector<CSettingsRow> vecRows;
     std::set<std::string> lstSubjects;
+    CProgress::Expect(STEPS_OF_LOADED * itList->size());
     for (const Json& record : *itList) {
         const std::string strPath = strList + '/' + std::to_string(vecRows.size());
         vecRows.push_back(RecordFromJson(kind.eKind, record, strPath));
+        CProgress::Step();
         if (!lstSubjects.insert(vecRows.back().GetSubject()).second) {
             throw CToolError(EVerdict::INVALID, strPath + "/subject: another record of the list has this subject");
         }
@@ -181,6 +191,7 @@ std::vector<std::vector<CSettingsRow>> ReadDump(CCommandContext& context, const 
 }
 
 EVerdict Load(CCommandContext& context, const std::string& strFile) {
+    std::optional<CProgress> progress(std::in_place, context, LOAD.pName);
     const std::vector<std::vector<CSettingsRow>> vecTables = ReadDump(context, strFile);
     const CStoreSession& store = context.GetStore();
     CSettingsTransaction unit(EUnitOfWork::WRITE);
@@ -194,11 +205,13 @@ EVerdict Load(CCommandContext& context, const std::string& strFile) {
         const std::vector<CSettingsRow>& vecRows = vecTables[static_cast<std::size_t>(kind.eKind)];
         const std::size_t iReplaced = settings.Count(kind.eKind);
         settings.ReplaceAll(kind.eKind, vecRows);
+        CProgress::Step(vecRows.size());
         Signals::ThrowIfCaught();
         replaced[kind.pList] = iReplaced;
         loaded[kind.pList] = vecRows.size();
         table.Add({kind.pWords, std::to_string(iReplaced), std::to_string(vecRows.size())});
     }
+    progress.reset();
     store.ThrowIfFailed();
     // The answer begins before the store changes: when nobody can be told, nothing is done.
     if (context.IsJson()) {

@@ -155,6 +155,9 @@ bool WriteRecords(const SExport& kind, const std::vector<OS::x_wstring>& vecSubj
                   CExportObserver* pObserver) {
     bool bTooDeep = false;
     for (const OS::x_wstring& strSubject : vecSubjects) {
+        if (pObserver != nullptr) {
+            pObserver->OnRecord();
+        }
         const Record pRecord = Load(kind, strSubject, pObserver);
         if (!WriteElement(kind, pRecord->Row(), strSubject, writer, pObserver)) {
             return Failed(kind.pFailed);

@@ -9,10 +9,12 @@ enum class ELeftOut {
     NO_TEMPLATE,     ///< the stored element is no template
 };
 
-/** Hears what an export leaves out and over which record it fails. Texts are UTF-8. */
+/** Hears of each record of an export: what it leaves out, and over which it fails. Texts are UTF-8. */
 class CExportObserver {
   public:
     virtual ~CExportObserver() = default;
+    /** A template's or an asset's turn has come. */
+    virtual void OnRecord() {}
     /** @param strName the name that was asked for */
     virtual void OnLeftOut(const std::string& strName, ELeftOut eReason, const std::string& strDetail) = 0;
     /** @param strSubject subject identifier of the record that cannot be written @param strMessage why */

@@ -129,6 +129,9 @@ void CTemplateExport::LogLookup(std::size_t iRequest) const {
 
 void CTemplateExport::TakeTemplate(std::size_t iRequest) {
     LogLookup(iRequest);
+    if (m_pObserver != nullptr) {
+        m_pObserver->OnRecord();
+    }
     if (!m_vecPrepared[iRequest]) {
         DLP_LOG(DBG::LEVEL_ERROR, L"Unable to find template.");
         LeaveOut(iRequest, ELeftOut::NOT_STORED, std::string());

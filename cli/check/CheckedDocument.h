@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <string_view>
 
+#include "cli/Progress.h"
 #include "cli/check/Diagnostics.h"
 #include "cli/check/SourceMarkup.h"
 #include "platform/xml/CXMLView.h"
@@ -26,6 +27,7 @@ struct SCheckedDocument {
     void ForEach(const char* pSection, const char* pElement, const F& fnElement) const {
         for (CXMLView section = root.FirstChild(pSection); section; section = section.NextSibling(pSection)) {
             for (CXMLView element = section.FirstChild(pElement); element; element = element.NextSibling(pElement)) {
+                CProgress::Step();
                 fnElement(element);
             }
         }

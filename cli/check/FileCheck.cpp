@@ -11,6 +11,7 @@
 #include "cli/InstalledFiles.h"
 #include "cli/KeptSettings.h"
 #include "cli/OutputFile.h"
+#include "cli/Progress.h"
 #include "cli/Signals.h"
 #include "cli/StoreSession.h"
 #include "cli/Text.h"
@@ -28,6 +29,8 @@ namespace {
 constexpr const char STANDARD_LAYOUT[] = "standard";
 constexpr const char OLDER_LAYOUT[] = "older";
 constexpr const char EMPTY[] = "it is empty";
+/** How often an item is looked at, about: by each check that is about its kind, and by the import. */
+constexpr std::size_t STEPS_OF_ITEM = 6;
 constexpr const char NO_MARKUP[] = "there is no \"<\" in it";
 
 class CFileCheck {
@@ -83,6 +86,8 @@ class CFileCheck {
                               {Text::Quoted(root.Name()), Text::Quoted(TagUtf8::SA_POLICY)});
             return;
         }
+        const CProgress progress(m_context, m_report.strFile);
+        CProgress::Expect(STEPS_OF_ITEM * CountItems(root));
         const bool bOlder = !m_check.bAssetsOnly && IsOlderLayout(root);
         m_report.pLayout = bOlder ? OLDER_LAYOUT : STANDARD_LAYOUT;
         const SCheckedDocument checked{m_file.Text(), root, bOlder, m_check.bAssetsOnly, m_diagnostics};

@@ -1,6 +1,7 @@
 #include "cli/check/ImportTrial.h"
 
 #include "cli/CommandContext.h"
+#include "cli/Progress.h"
 #include "cli/Signals.h"
 #include "digital_assets/DigitalAssets.h"
 #include "templates/DLPTemplateMgr.h"
@@ -13,6 +14,7 @@ class CCollector : public CImportObserver {
 
     /** Only what is not taken is told. */
     void OnItem(const SImportItem& item) override {
+        CProgress::Step();
         Signals::ThrowIfCaught();
         if (item.eDisposition == EDisposition::SKIPPED || item.eDisposition == EDisposition::FAILED) {
             m_vecItems.push_back(item);

@@ -1,11 +1,13 @@
 #include <memory>
 #include <string>
+#include <vector>
 
 #include <nlohmann/json.hpp>
 
 #include "cli/CommandContext.h"
 #include "cli/CommandLine.h"
 #include "cli/Commands.h"
+#include "cli/Progress.h"
 #include "cli/compare/DiffReport.h"
 
 namespace {
@@ -31,13 +33,18 @@ struct SArguments {
     std::string strAfter;
 };
 
+std::vector<SItemChange> Compare(CCommandContext& context, const SPolicy& before, const SPolicy& after) {
+    const CProgress progress(context, HELP.pName);
+    return ComparePolicies(before, after);
+}
+
 EVerdict Diff(CCommandContext& context, const SArguments& arguments) {
     if (arguments.strBefore == STANDARD_STREAM && arguments.strAfter == STANDARD_STREAM) {
         throw CToolError(EVerdict::USAGE, "standard input can be read once only; name a file");
     }
     const SPolicy before = ReadPolicyOf(context, arguments.strBefore);
     const SPolicy after = ReadPolicyOf(context, arguments.strAfter);
-    const SDiffReport report{before, after, ComparePolicies(before, after)};
+    const SDiffReport report{before, after, Compare(context, before, after)};
     WarnOfLeftOut(context, before);
     WarnOfLeftOut(context, after);
     if (context.IsJson()) {

@@ -6,6 +6,7 @@
 #include "cli/CommandContext.h"
 #include "cli/InputFile.h"
 #include "cli/Kinds.h"
+#include "cli/Progress.h"
 #include "cli/Signals.h"
 #include "cli/StoreSession.h"
 #include "cli/Text.h"
@@ -36,7 +37,9 @@ void Add(CSettingsRow&& row, SPolicy::Items& items) {
 void ReadStore(CSettingsStore& store, SPolicy& policy) {
     const CSettingsTransaction unit(store, EUnitOfWork::READ);
     for (const ESettingsKind eKind : ALL_SETTINGS_KINDS) {
+        CProgress::Expect(store.Count(eKind));
         store.ReadAll(eKind, [&](CSettingsRow&& row) {
+            CProgress::Step();
             Signals::ThrowIfCaught();
             Add(std::move(row), policy.Of(eKind));
         });
@@ -56,6 +59,7 @@ void ReadOtherStore(const std::string& strUrl, SPolicy& policy) {
 SPolicy ReadPolicyOf(CCommandContext& context, const std::string& strPlace) {
     SPolicy policy;
     policy.strPlace = strPlace;
+    const CProgress progress(context, strPlace);
     if (strPlace == STORE_WORD) {
         const CStoreSession& store = context.GetStoreToRead();
         ReadStore(CSettingsStore::Current(), policy);

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "cli/Kinds.h"
+#include "cli/Progress.h"
 #include "cli/RecordText.h"
 #include "cli/Signals.h"
 
@@ -106,6 +107,7 @@ std::optional<SRulesChange> CompareTemplates(const CSettingsRow& before, const C
 }
 
 void CompareItems(const SPolicy::Items& before, const SPolicy::Items& after, std::vector<SItemChange>& vecChanges) {
+    CProgress::Expect(before.size() + after.size());
     auto itBefore = before.begin();
     auto itAfter = after.begin();
     while (itBefore != before.end() || itAfter != after.end()) {
@@ -123,6 +125,7 @@ void CompareItems(const SPolicy::Items& before, const SPolicy::Items& after, std
                 vecChanges.push_back(std::move(change));
             }
         }
+        CProgress::Step(iOrder == 0 ? 2 : 1);
         itBefore = iOrder <= 0 ? std::next(itBefore) : itBefore;
         itAfter = iOrder >= 0 ? std::next(itAfter) : itAfter;
     }

@@ -7,6 +7,7 @@
 #include "cli/ImportRefusal.h"
 #include "cli/InputFile.h"
 #include "cli/Kinds.h"
+#include "cli/Progress.h"
 #include "cli/Signals.h"
 #include "cli/layout/OlderLayout.h"
 #include "digital_assets/AssetFormat.h"
@@ -72,6 +73,7 @@ void CPolicyFileReader::ReadOlder(CPolicyDocument& document) {
 
 void CPolicyFileReader::ReadItems(CPolicyDocument& document) {
     const CXMLView root = document.Load().RootView();
+    CProgress::Expect(CountItems(root));
     ReadAssets(DigitalAssets::EXPRESSION_FORMAT, ESettingsKind::EXPRESSION, root);
     ReadAssets(DigitalAssets::KEYWORD_FORMAT, ESettingsKind::KEYWORD, root);
     ReadTemplates(document);
@@ -83,6 +85,7 @@ void CPolicyFileReader::ReadAssets(const DigitalAssets::SAssetFormat& format, ES
     for (CXMLView section = root.FirstChild(SECTION); section; section = section.NextSibling(SECTION)) {
         for (CXMLView element = section.FirstChild(format.pElement); element;
              element = element.NextSibling(format.pElement)) {
+            CProgress::Step();
             Signals::ThrowIfCaught();
             ReadAsset(format, eKind, element);
         }
@@ -123,6 +126,7 @@ void CPolicyFileReader::ReadTemplates(CPolicyDocument& document) {
     for (CXMLView section = root.FirstChild(SECTION); section; section = section.NextSibling(SECTION)) {
         for (CXMLView element = section.FirstChild(TagUtf8::TEMPLATE); element;
              element = element.NextSibling(TagUtf8::TEMPLATE)) {
+            CProgress::Step();
             Signals::ThrowIfCaught();
             ReadTemplate(element, document.GetTemplateOffset(iTemplate++, element), categories);
         }
