@@ -13,6 +13,7 @@
 #include <nlohmann/json.hpp>
 
 #include "api/CDLPDigitalAssetsParser.h"
+#include "cli/Colours.h"
 #include "cli/FileIdentity.h"
 #include "cli/InputFile.h"
 #include "cli/LogFile.h"
@@ -45,9 +46,6 @@ constexpr const char OUT_OF_MEMORY_TOO_LATE[] = "memory ran out after the store 
 constexpr const char STANDARD_STREAM[] = "-";
 constexpr const char MEMORY_STORE[] = "memory:";
 constexpr const char STORE_VARIABLE[] = "DLP_STORE";
-constexpr const char RED[] = "\x1b[31m";
-constexpr const char YELLOW[] = "\x1b[33m";
-constexpr const char PLAIN[] = "\x1b[0m";
 constexpr std::string_view SQLITE = "sqlite:";
 
 bool IsTerminal(const std::ostream& err) {
@@ -317,11 +315,11 @@ void CCommandContext::Fail(const char* pFormat, const CToolError& error) {
 }
 
 void CCommandContext::Error(const std::string& strMessage) {
-    m_err << PROGRAM << Paint(RED, strMessage) << '\n' << std::flush;
+    m_err << PROGRAM << Paint(Colours::RED, strMessage) << '\n' << std::flush;
 }
 
 void CCommandContext::Warn(const std::string& strMessage) {
-    m_err << PROGRAM << Paint(YELLOW, WARNING + strMessage) << '\n' << std::flush;
+    m_err << PROGRAM << Paint(Colours::YELLOW, WARNING + strMessage) << '\n' << std::flush;
 }
 
 void CCommandContext::Note(const std::string& strMessage) {
@@ -354,5 +352,5 @@ std::size_t CCommandContext::GetDataWidth() const {
 }
 
 std::string CCommandContext::Paint(const char* pColour, const std::string& strText) const {
-    return m_bTerminal && IsColourWanted() ? pColour + strText + PLAIN : strText;
+    return m_bTerminal && IsColourWanted() ? pColour + strText + Colours::PLAIN : strText;
 }

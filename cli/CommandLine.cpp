@@ -130,8 +130,9 @@ std::string ExplainMissingValue(const CLI::ArgumentMismatch& error) {
     return strWhy.substr(0, strWhy.find(':')) + " needs a value";
 }
 
-std::string ListOptions(const CLI::App& app) {
+std::string ListOptions(const CLI::App& app, std::size_t iWidth) {
     CTextTable table;
+    table.WrapLast();
     for (const CLI::Option* pOption : app.get_options()) {
         if (!pOption->get_positional()) {
             const std::string strType = pOption->get_type_name();
@@ -139,12 +140,12 @@ std::string ListOptions(const CLI::App& app) {
                        pOption->get_description()});
         }
     }
-    return table.ToString();
+    return table.ToString(iWidth);
 }
 
 }  // namespace
 
-CCommandLine::CCommandLine(SGlobalOptions& options) : m_app(SUMMARY, PROGRAM) {
+CCommandLine::CCommandLine(SGlobalOptions& options, std::size_t iWidth) : m_app(SUMMARY, PROGRAM), m_iWidth(iWidth) {
     m_app.fallthrough();
     m_app.require_subcommand(1);
     m_app.set_help_flag("-h,--help", "show this help");
@@ -271,24 +272,27 @@ std::string CCommandLine::GetHelp(const std::vector<std::string>& vecWords) cons
 std::string CCommandLine::MakeHelp(const CLI::App& app) const {
     if (&app == &m_app) {
         return std::string(SUMMARY) + "\n\nUsage: dlpctl [OPTIONS] COMMAND …\n\nCommands:\n" + ListCommands(m_app) +
-               "\nOptions, before or after the command:\n" + ListOptions(m_app) + '\n' + FIRST_STEPS;
+               "\nOptions, before or after the command:\n" + ListOptions(m_app, m_iWidth) + '\n' +
+               Text::Reflow(FIRST_STEPS, m_iWidth);
     }
     const SCommandHelp* pHelp = FindHelp(app);
     if (pHelp == nullptr) {
         return "Commands:\n" + ListCommands(app) + SEE_OPTIONS;
     }
     return std::string("Usage: dlpctl ") + pHelp->pSynopsis + "\n\n" + Capitalised(pHelp->pSummary) + ".\n" +
-           pHelp->pDetails + "\nOptions:\n" + ListOptions(app) + "\nExamples:\n" + pHelp->pExamples + SEE_OPTIONS;
+           Text::Reflow(pHelp->pDetails, m_iWidth) + "\nOptions:\n" + ListOptions(app, m_iWidth) + "\nExamples:\n" +
+           pHelp->pExamples + SEE_OPTIONS;
 }
 
 std::string CCommandLine::ListCommands(const CLI::App& parent) const {
     CTextTable table;
+    table.WrapLast();
     for (const SCommand& command : m_vecCommands) {
         if (&parent == &m_app || command.pApp->get_parent() == &parent) {
             table.Add({std::string("  ") + command.help.pSynopsis, command.help.pSummary});
         }
     }
-    return table.ToString();
+    return table.ToString(m_iWidth);
 }
 
 void CCommandLine::Refuse(const std::string& strWhy, bool bShowsUsage) const {

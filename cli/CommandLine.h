@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <functional>
 #include <string>
 #include <vector>
@@ -26,7 +27,8 @@ class CCommandLine {
   public:
     using Run = std::function<EVerdict(CCommandContext&)>;
 
-    explicit CCommandLine(SGlobalOptions& options);
+    /** @param iWidth of the terminal that help is for; 0: no bound */
+    CCommandLine(SGlobalOptions& options, std::size_t iWidth);
 
     /** Adds a word that several commands begin with. */
     CLI::App& AddGroup(const char* pName, const char* pSummary);
@@ -91,5 +93,6 @@ class CCommandLine {
     [[noreturn]] void RefuseCommand(const CLI::App& parent, const std::string& strWord) const;
 
     CLI::App m_app;
+    std::size_t m_iWidth;
     std::vector<SCommand> m_vecCommands;
 };

@@ -43,24 +43,26 @@ std::string Prefix(EOperator eOperator) {
 
 }  // namespace
 
-std::string MakeFieldTable(const CSettingsRow& row) {
+std::string MakeFieldTable(const CSettingsRow& row, std::size_t iWidth) {
     const STable& table = GetSettingsTable(row.GetKind());
     CTextTable fields;
+    fields.WrapLast();
     for (std::size_t i = 0; i < table.iColumns; ++i) {
         if (!IsMarkup(row.GetKind(), i)) {
             fields.Add({table.pColumns[i].pName, ToCell(row, table.pColumns[i].eType, i)});
         }
     }
-    return fields.ToString();
+    return fields.ToString(iWidth);
 }
 
-std::string MakeKeywordTable(const CSettingsRow& row) {
+std::string MakeKeywordTable(const CSettingsRow& row, std::size_t iWidth) {
     CTextTable keywords({"KEYWORD", "SCORE", "CASE", "DESCRIPTION"});
+    keywords.WrapLast();
     for (const SKeyword& keyword : ReadKeywords(row)) {
         keywords.Add({keyword.strKeyword, std::to_string(keyword.iScore), Text::YesNo(keyword.bCaseSensitive),
                       keyword.strDescription});
     }
-    return keywords.ToString();
+    return keywords.ToString(iWidth);
 }
 
 std::string MakeRuleText(const SMatchRule& rule) {

@@ -1,16 +1,17 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <vector>
 
 #include "platform/store/CSettingsRow.h"
 #include "templates/MatchRule.h"
 
-/** @return what its columns hold, a line each, but for markup */
-std::string MakeFieldTable(const CSettingsRow& row);
+/** @return what its columns hold, a line each, but for markup @param iWidth of the terminal; 0: no bound */
+std::string MakeFieldTable(const CSettingsRow& row, std::size_t iWidth);
 
 /** @return the keywords of a keyword list as a table, a line each */
-std::string MakeKeywordTable(const CSettingsRow& row);
+std::string MakeKeywordTable(const CSettingsRow& row, std::size_t iWidth);
 
 /** @return the parts of a rule, as P:card(2) AND K:words */
 std::string MakeRuleText(const SMatchRule& rule);

@@ -30,24 +30,25 @@ constexpr SCommandHelp HELP = {
     "dlpctl-show/1",
 };
 
-std::string MakeRules(const CSettingsRow& row) {
+std::string MakeRules(const CSettingsRow& row, std::size_t iWidth) {
     CTextTable rules({"OPERATOR", "RULE"});
+    rules.WrapLast();
     for (const SMatchRule& rule : ReadRules(row)) {
         rules.Add({rule.eOperator == EOperator::UNKNOWN ? "" : OperatorText(rule.eOperator), MakeRuleText(rule)});
     }
-    return '\n' + rules.ToString();
+    return '\n' + rules.ToString(iWidth);
 }
 
-std::string MakeText(const CSettingsRow& row) {
+std::string MakeText(const CSettingsRow& row, std::size_t iWidth) {
     switch (row.GetKind()) {
         case ESettingsKind::KEYWORD:
-            return MakeFieldTable(row) + '\n' + MakeKeywordTable(row);
+            return MakeFieldTable(row, iWidth) + '\n' + MakeKeywordTable(row, iWidth);
         case ESettingsKind::TEMPLATE:
-            return MakeFieldTable(row) + MakeRules(row);
+            return MakeFieldTable(row, iWidth) + MakeRules(row, iWidth);
         case ESettingsKind::EXPRESSION:
             break;
     }
-    return MakeFieldTable(row);
+    return MakeFieldTable(row, iWidth);
 }
 
 EVerdict Show(CCommandContext& context, const std::string& strKind, const std::string& strName) {
@@ -62,7 +63,7 @@ EVerdict Show(CCommandContext& context, const std::string& strKind, const std::s
                            {"kind", kind.pSingular},
                            {"record", RecordToJson(row)}});
     } else {
-        context.Write(MakeText(row));
+        context.Write(MakeText(row, context.GetDataWidth()));
     }
     return EVerdict::DONE;
 }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <numeric>
+#include <sstream>
 #include <utility>
 
 #include "cli/TextWidth.h"
@@ -76,7 +77,54 @@ std::string Cut(const std::string& strCell, std::size_t iWidth) {
     return OS::Utf8Lenient(strWide + ELLIPSIS);
 }
 
+/** Breaks a text at blanks; a word that is wider stays whole. @return at least one line */
+std::vector<std::string> Wrap(const std::string& strText, std::size_t iWidth) {
+    std::vector<std::string> vecLines(1);
+    std::istringstream words(strText);
+    for (std::string strWord; std::getline(words, strWord, ' ');) {
+        std::string& strLine = vecLines.back();
+        if (strLine.empty()) {
+            strLine = strWord;
+        } else if (GetWidth(strLine) + 1 + GetWidth(strWord) <= iWidth) {
+            strLine += ' ' + strWord;
+        } else {
+            vecLines.push_back(strWord);
+        }
+    }
+    return vecLines;
+}
+
 }  // namespace
+
+namespace Text {
+
+std::string Reflow(const std::string& strText, std::size_t iWidth) {
+    if (iWidth == 0) {
+        return strText;
+    }
+    std::string strLines;
+    std::string strParagraph;
+    const auto fnEnd = [&] {
+        for (const std::string& strLine :
+             strParagraph.empty() ? std::vector<std::string>() : Wrap(strParagraph, iWidth)) {
+            strLines += strLine + '\n';
+        }
+        strParagraph.clear();
+    };
+    std::istringstream text(strText);
+    for (std::string strLine; std::getline(text, strLine);) {
+        if (strLine.empty() || strLine.front() == ' ') {
+            fnEnd();
+            strLines += strLine + '\n';
+        } else {
+            strParagraph += (strParagraph.empty() ? "" : " ") + strLine;
+        }
+    }
+    fnEnd();
+    return strLines;
+}
+
+}  // namespace Text
 
 CTextTable::CTextTable(const std::vector<std::string>& vecHeads) {
     if (!vecHeads.empty()) {
@@ -113,7 +161,40 @@ std::vector<std::size_t> CTextTable::FitWidths(std::size_t iWidth) const {
     return vecWidths;
 }
 
+/** The last column begins behind the others; of two, before the middle, below what is longer. */
+std::string CTextTable::ToWrapped(std::size_t iWidth) const {
+    std::size_t iIndent = 0;
+    for (std::size_t i = 0; i + 1 < m_vecWidths.size(); ++i) {
+        iIndent += m_vecWidths[i] + GAP;
+    }
+    iIndent = m_vecWidths.size() == 2 ? std::min(iIndent, iWidth / 2) : iIndent;
+    const std::size_t iLast = iWidth - std::min(iIndent, iWidth);
+    std::string strTable;
+    for (const std::vector<std::string>& vecRow : m_vecRows) {
+        std::string strLine;
+        for (std::size_t i = 0; i + 1 < m_vecWidths.size() && i < vecRow.size(); ++i) {
+            strLine += vecRow[i] + std::string(m_vecWidths[i] - GetWidth(vecRow[i]) + GAP, ' ');
+        }
+        strLine.erase(strLine.find_last_not_of(' ') + 1);
+        for (const std::string& strPart : Wrap(vecRow.size() == m_vecWidths.size() ? vecRow.back() : "", iLast)) {
+            if (GetWidth(strLine) + GAP > iIndent && !strPart.empty()) {
+                strTable += strLine + '\n';
+                strLine.clear();
+            }
+            strLine += strPart.empty() ? "" : std::string(iIndent - GetWidth(strLine), ' ') + strPart;
+            strTable += strLine + '\n';
+            strLine.clear();
+        }
+    }
+    return strTable;
+}
+
 std::string CTextTable::ToString(std::size_t iWidth) const {
+    const std::size_t iNeeded = std::accumulate(m_vecWidths.begin(), m_vecWidths.end(),
+                                                GAP * (std::max<std::size_t>(m_vecWidths.size(), 1) - 1));
+    if (m_bWrapsLast && iWidth != 0 && iNeeded > iWidth) {
+        return ToWrapped(iWidth);
+    }
     const std::vector<std::size_t> vecWidths = FitWidths(iWidth);
     std::string strTable;
     for (const std::vector<std::string>& vecRow : m_vecRows) {

@@ -16,6 +16,9 @@ std::string Quoted(std::string_view strText);
 std::string Counted(std::size_t iCount, std::string_view strOne, std::string_view strMany);
 /** @return "yes" or "no" */
 const char* YesNo(bool bFlag);
+/** Joins lines and breaks them anew for a terminal, but for those that begin with a blank.
+ * @param iWidth 0: as they are */
+std::string Reflow(const std::string& strText, std::size_t iWidth);
 /** @return the text with &amp; &lt; &gt; &quot; &apos; read back as the characters they stand for */
 std::string Unescaped(std::string_view strText);
 
@@ -30,6 +33,8 @@ class CTextTable {
     void Add(const std::vector<std::string>& vecCells);
     /** Columns of numbers stand to the right. */
     void AlignRight(std::size_t iFirstColumn) { m_iFirstRight = iFirstColumn; }
+    /** The last column is broken into lines where a terminal is too narrow for it, since nothing of it may be lost. */
+    void WrapLast() { m_bWrapsLast = true; }
     /**
      * @param iWidth of the terminal; when rows are wider, all columns but the first, which holds names, give way, and
      * what does not fit ends in "…". 0: no bound
@@ -38,8 +43,10 @@ class CTextTable {
 
   private:
     std::vector<std::size_t> FitWidths(std::size_t iWidth) const;
+    std::string ToWrapped(std::size_t iWidth) const;
 
     std::vector<std::vector<std::string>> m_vecRows;
     std::vector<std::size_t> m_vecWidths;
     std::size_t m_iFirstRight = static_cast<std::size_t>(-1);
+    bool m_bWrapsLast = false;
 };

@@ -99,7 +99,7 @@ int RunTool(const std::vector<std::string>& vecArguments, std::istream& in, std:
     CCommandContext context(in, out, err);
     // Read before the rest, so that a command line that cannot be read is answered in the form that was asked for.
     context.Options().bJson = std::find(vecArguments.begin(), vecArguments.end(), "--json") != vecArguments.end();
-    CCommandLine line(context.Options());
+    CCommandLine line(context.Options(), context.GetDataWidth());
     for (const auto fnAdd : ADD_COMMANDS) {
         fnAdd(line);
     }

@@ -11,6 +11,7 @@
 #include "cli/CommandLine.h"
 #include "cli/Commands.h"
 #include "cli/FolderFiles.h"
+#include "cli/Progress.h"
 #include "cli/Signals.h"
 #include "cli/Text.h"
 #include "cli/check/CheckFormats.h"
@@ -86,6 +87,7 @@ SFileReport MakeUnreadable(const SFileCheck& check, const std::string& strFile, 
 }
 
 SCheckReport CheckAll(CCommandContext& context, const SArguments& arguments) {
+    const CProgress progress(context, HELP.pName);
     SCheckReport report;
     report.bAll = arguments.check.choice.bAll;
     for (const std::string& strFile : arguments.vecFiles) {
@@ -93,9 +95,11 @@ SCheckReport CheckAll(CCommandContext& context, const SArguments& arguments) {
         if (vecFiles.empty()) {
             report.vecFiles.push_back(MakeUnreadable(arguments.check, strFile, NO_FILES));
         }
+        CProgress::Expect(vecFiles.size());
         for (const std::string& strEach : vecFiles) {
             Signals::ThrowIfCaught();
             report.vecFiles.push_back(CheckFile(context, arguments.check, strEach));
+            CProgress::Step();
         }
     }
     return report;
@@ -125,6 +129,7 @@ EVerdict Check(CCommandContext& context, SArguments& arguments) {
     }
     SCheckReport report = CheckAll(context, arguments);
     report.eFailOn = eFailOn;
+    report.bColour = context.ColoursData();
     context.Write(format.fnMake(report));
     return report.GetVerdict();
 }

@@ -25,6 +25,7 @@ struct SCheckReport {
     std::vector<SFileReport> vecFiles;
     ESeverity eFailOn = ESeverity::ERROR;
     bool bAll = false;
+    bool bColour = false;             ///< text is, as terminals show it
     const char* pCommand = "check";   ///< whose report it is
     std::optional<EVerdict> verdict;  ///< the command's, unless what was found says it
 

@@ -1,5 +1,6 @@
 #include <algorithm>
 
+#include "cli/Colours.h"
 #include "cli/InputFile.h"
 #include "cli/Text.h"
 #include "cli/check/CheckFormats.h"
@@ -8,11 +9,14 @@ namespace {
 
 constexpr std::size_t MAX_ROWS = 100;
 
-struct SWords {
+struct SLook {
     const char* pOne;
     const char* pMany;
+    const char* pColour;
 };
-constexpr SWords SEVERITIES[] = {{"error", "errors"}, {"warning", "warnings"}, {"note", "notes"}};
+/** In the order of ESeverity. */
+constexpr SLook SEVERITIES[] = {
+    {"error", "errors", Colours::RED}, {"warning", "warnings", Colours::YELLOW}, {"note", "notes", Colours::CYAN}};
 
 std::string MakeAdvice(const SDiagnostic& diagnostic) {
     const std::string strFix = diagnostic.fix ? Text::Quoted(diagnostic.fix->strReplacement) : std::string();
@@ -22,12 +26,16 @@ std::string MakeAdvice(const SDiagnostic& diagnostic) {
     return diagnostic.strAdvice + (diagnostic.fix ? "; --fix writes " + strFix : std::string());
 }
 
-std::string MakeRow(const std::string& strFile, const SDiagnostic& diagnostic) {
+std::string MakeRow(const std::string& strFile, const SDiagnostic& diagnostic, bool bColour) {
     const SCodeRow& row = GetCodeRow(diagnostic.eCode);
-    std::string strRow = FormatPlace(strFile, diagnostic.place) + ": " + GetSeverityName(diagnostic.eSeverity) + ": " +
-                         row.pCode + ' ' + row.pName + ": " + diagnostic.strMessage + '\n';
+    const std::string strColour =
+        bColour ? SEVERITIES[static_cast<std::size_t>(diagnostic.eSeverity)].pColour : std::string();
+    const std::string strPlain = bColour ? Colours::PLAIN : "";
+    std::string strRow = FormatPlace(strFile, diagnostic.place) + ": " + strColour +
+                         GetSeverityName(diagnostic.eSeverity) + strPlain + ": " + row.pCode + ' ' + row.pName + ": " +
+                         diagnostic.strMessage + '\n';
     if (diagnostic.place.iLine != 0) {
-        strRow += MakeExcerptLines(diagnostic.excerpt, diagnostic.place.iLine);
+        strRow += MakeExcerptLines(diagnostic.excerpt, diagnostic.place.iLine, strColour + CARET + strPlain);
     }
     strRow += "  " + MakeAdvice(diagnostic) + '\n';
     if (diagnostic.related) {
@@ -61,7 +69,7 @@ std::string MakeCheckText(const SCheckReport& report) {
             if (iRows == MAX_ROWS && !report.bAll) {
                 ++iMore;
             } else {
-                strText += MakeRow(file.strFile, diagnostic);
+                strText += MakeRow(file.strFile, diagnostic, report.bColour);
                 ++iRows;
             }
         }

@@ -53,12 +53,13 @@ Json ToJson(const SCodeRow& row) {
             {"bad_example", row.pBad}, {"good_example", row.pGood}};
 }
 
-std::string MakeList(const std::vector<const SCodeRow*>& vecRows) {
+std::string MakeList(const std::vector<const SCodeRow*>& vecRows, std::size_t iWidth) {
     CTextTable table({"CODE", "LEVEL", "NAME", "WHAT"});
+    table.WrapLast();
     for (const SCodeRow* pRow : vecRows) {
         table.Add({pRow->pCode, GetSeverityName(pRow->eSeverity), pRow->pName, WithBlanks(pRow->pWhat)});
     }
-    return table.ToString();
+    return table.ToString(iWidth);
 }
 
 EVerdict Explain(CCommandContext& context, const SArguments& arguments) {
@@ -73,7 +74,7 @@ EVerdict Explain(CCommandContext& context, const SArguments& arguments) {
     } else if (arguments.bMarkdown) {
         context.Write(MakeDiagnosticsPage());
     } else if (arguments.vecCodes.empty()) {
-        context.Write(MakeList(vecRows));
+        context.Write(MakeList(vecRows, context.GetDataWidth()));
     } else {
         for (const SCodeRow* pRow : vecRows) {
             context.Write((pRow == vecRows.front() ? "" : "\n") + MakeExplanation(*pRow));

@@ -97,9 +97,9 @@ SExcerpt MakeExcerpt(std::string_view strBytes, std::size_t iOffset) {
     return excerpt;
 }
 
-std::string MakeExcerptLines(const SExcerpt& excerpt, std::size_t iLine) {
+std::string MakeExcerptLines(const SExcerpt& excerpt, std::size_t iLine, const std::string& strCaret) {
     const std::string strNumber = std::to_string(iLine);
     const std::string strMargin(std::max(strNumber.size(), MARGIN) + 1, ' ');
     return std::string(strMargin.size() - strNumber.size(), ' ') + strNumber + " | " + excerpt.strLine + '\n' +
-           strMargin + " | " + std::string(excerpt.iCaret, ' ') + "^\n";
+           strMargin + " | " + std::string(excerpt.iCaret, ' ') + strCaret + '\n';
 }

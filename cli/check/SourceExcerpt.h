@@ -17,5 +17,7 @@ struct SExcerpt {
  */
 SExcerpt MakeExcerpt(std::string_view strBytes, std::size_t iOffset);
 
+inline constexpr const char CARET[] = "^";
+
 /** @return two lines: the excerpt behind its line's number, and the caret */
-std::string MakeExcerptLines(const SExcerpt& excerpt, std::size_t iLine);
+std::string MakeExcerptLines(const SExcerpt& excerpt, std::size_t iLine, const std::string& strCaret = CARET);

@@ -5,6 +5,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "cli/Colours.h"
 #include "cli/Kinds.h"
 #include "cli/Text.h"
 #include "cli/compare/RuleText.h"
@@ -24,13 +25,12 @@ struct SChangeWord {
 
 /** In the order of EChange. */
 constexpr SChangeWord CHANGES[] = {
-    {"added", '+', "\x1b[32m"},
-    {"removed", '-', "\x1b[31m"},
-    {"changed", '~', "\x1b[33m"},
+    {"added", '+', Colours::GREEN},
+    {"removed", '-', Colours::RED},
+    {"changed", '~', Colours::YELLOW},
     {"same", '=', ""},
 };
 constexpr std::size_t CHANGE_COUNT = std::size(CHANGES);
-constexpr const char PLAIN[] = "\x1b[0m";
 constexpr const char SAME_POLICIES[] = "The policies are the same.";
 
 EChange GetChange(const SItemChange& change) {
@@ -86,7 +86,7 @@ class CChangeText {
         const SChangeWord& word = Row(eChange);
         m_strText += m_bColour ? word.pColour : "";
         m_strText += word.cMark + std::string(" ") + strLine;
-        m_strText += m_bColour && *word.pColour != '\0' ? PLAIN : "";
+        m_strText += m_bColour && *word.pColour != '\0' ? Colours::PLAIN : "";
         m_strText += '\n';
     }
     void AddDetail(EChange eChange, const std::string& strLine) { AddLine(eChange, "  " + strLine); }

@@ -44,7 +44,7 @@ EVerdict Show(CCommandContext& context, const SArguments& arguments) {
         context.WriteJson(MakeRefsJson(report, HELP.pFormat));
         return report.GetVerdict();
     }
-    context.Write(arguments.bGraph ? MakeRefsGraph(report) : MakeRefsText(report));
+    context.Write(arguments.bGraph ? MakeRefsGraph(report) : MakeRefsText(report, context.GetDataWidth()));
     context.Flush();
     if (report.chosen.mapAssets.empty()) {
         context.Note(NONE);

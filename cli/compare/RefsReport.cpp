@@ -181,12 +181,13 @@ SRefsReport MakeRefsReport(const SPolicy& policy, const SRefsChoice& choice) {
     return {policy, choice, chosen.Make()};
 }
 
-std::string MakeRefsText(const SRefsReport& report) {
+std::string MakeRefsText(const SRefsReport& report, std::size_t iWidth) {
     CTextTable table({"KIND", "NAME", "STATE", "USED BY"});
+    table.WrapLast();
     for (const auto& [asset, use] : report.chosen.mapAssets) {
         table.Add({Row(asset).pWord, asset.second, Row(use).pCode, Join(use.users)});
     }
-    return report.chosen.mapAssets.empty() ? std::string() : table.ToString();
+    return report.chosen.mapAssets.empty() ? std::string() : table.ToString(iWidth);
 }
 
 Json MakeRefsJson(const SRefsReport& report, const char* pFormat) {

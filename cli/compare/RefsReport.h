@@ -29,7 +29,8 @@ struct SRefsReport {
 /** @throws CToolError (FINDINGS) for a name that the policy does not know, with the nearest one that it does */
 SRefsReport MakeRefsReport(const SPolicy& policy, const SRefsChoice& choice);
 
-std::string MakeRefsText(const SRefsReport& report);
+/** @param iWidth of the terminal; 0: no bound */
+std::string MakeRefsText(const SRefsReport& report, std::size_t iWidth);
 nlohmann::ordered_json MakeRefsJson(const SRefsReport& report, const char* pFormat);
 /** @return a directed graph in the language of Graphviz, from templates to assets */
 std::string MakeRefsGraph(const SRefsReport& report);

@@ -99,7 +99,7 @@ EVerdict Show(CCommandContext& context, const SArguments& arguments) {
         context.WriteJson(
             {{"format", SHOW.pFormat}, {"verdict", GetVerdictName(EVerdict::DONE)}, {"expression", RecordToJson(row)}});
     } else {
-        context.Write(MakeFieldTable(row));
+        context.Write(MakeFieldTable(row, context.GetDataWidth()));
     }
     return EVerdict::DONE;
 }

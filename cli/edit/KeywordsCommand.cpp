@@ -144,7 +144,7 @@ EVerdict Show(CCommandContext& context, const SArguments& arguments) {
                            {"number", record["number"]},
                            {"keywords", record["keywords"]}});
     } else {
-        context.Write(MakeKeywordTable(row));
+        context.Write(MakeKeywordTable(row, context.GetDataWidth()));
     }
     return EVerdict::DONE;
 }

@@ -1,12 +1,74 @@
 #include <gtest/gtest.h>
 
+#include <sstream>
+
 #include "tests/cli/ToolRun.h"
 
 namespace {
 
-using TerminalManners = CToolTest;
+class TerminalManners : public CToolTest {
+  protected:
+    TerminalManners() {
+        if (CProgram::Shell("command -v script").iCode != 0) {
+            m_bTerminal = false;
+        }
+    }
+
+    /** @return what the command shows on a terminal */
+    static std::string OnTerminal(const std::string& strCommand) {
+        return CProgram::Shell("script -qec '" + strCommand + "' /dev/null").strOut;
+    }
+
+    bool m_bTerminal = true;  ///< script(1) is there to make one
+};
+
+constexpr const char NO_TERMINAL[] = "script(1) is not there to make a terminal";
+
+/** A command line whose work takes more than a second, since it waits for something, and what its bar is called. */
+struct SLongWork {
+    const char* pCommand;
+    const char* pBar;
+};
+constexpr SLongWork LONG_WORK[] = {
+    {"(sleep 1.2; cat) <log >/dev/null & \"$DLPCTL\" --log log --log-level all import big.xml", "big.xml"},
+    {"(sleep 1.2; cat) <log >/dev/null & \"$DLPCTL\" --log log --log-level all check big.xml", "big.xml"},
+    {"(sleep 1.2; cat) <log >/dev/null & \"$DLPCTL\" --log log --log-level all export --all -o out.xml", "export"},
+    {"(sleep 1.2; cat big.xml) | \"$DLPCTL\" diff - store", "-"},
+    {"\"$DLPCTL\" store dump | (sleep 1.2; cat >/dev/null)", "dump"},
+    {"(sleep 1.2; cat dump.json) | \"$DLPCTL\" store load -", "load"},
+};
+
+/** So many items that a pipe is full before all are done. */
+std::string Big() {
+    std::string strAssets;
+    std::string strTemplates;
+    for (int i = 0; i < 500; ++i) {
+        const std::string strNumber = std::to_string(i);
+        strAssets += Documents::Entity("e" + strNumber) + Documents::Dictionary("k" + strNumber);
+        strTemplates += Documents::Template("t" + strNumber, "e" + strNumber, "k" + strNumber);
+    }
+    return Documents::Policy(strAssets, strTemplates);
+}
 
 }  // namespace
+
+TEST_F(TerminalManners, LongWorkShowsHowFarItIs) {
+    if (!m_bTerminal) {
+        GTEST_SKIP() << NO_TERMINAL;
+    }
+    m_dir.Write("big.xml", Big());
+    Import(Big());
+    m_dir.Write("dump.json", Dump());
+    const std::string strEnter = "cd " + m_dir.Path("") + "; mkfifo log 2>/dev/null; ";
+    for (const SLongWork& work : LONG_WORK) {
+        const std::string strShown = OnTerminal(strEnter + work.pCommand);
+        const std::size_t iBar = strShown.find(std::string("\r\x1b[K") + work.pBar + " [");
+        ASSERT_NE(iBar, std::string::npos) << work.pCommand << '\n' << strShown;
+        EXPECT_NE(strShown.find("\r\x1b[K", strShown.rfind("%")), std::string::npos) << work.pCommand << strShown;
+        const std::string strQuiet = OnTerminal("export DLPCTL_QUIET=1; " + strEnter + work.pCommand);
+        EXPECT_EQ(strQuiet.find("\x1b[K"), std::string::npos) << work.pCommand << '\n' << strQuiet;
+    }
+}
 
 TEST_F(TerminalManners, VerboseSaysWhatIsOpenedAndHowLongItTook) {
     const std::string strFile = m_dir.Write("small.xml", Documents::Small());
@@ -30,17 +92,52 @@ TEST_F(TerminalManners, PagesOfTheManualAreMarkupOnATerminalToo) {
 }
 
 TEST_F(TerminalManners, TablesFitTheTerminal) {
-    if (CProgram::Shell("command -v script").iCode != 0) {
-        GTEST_SKIP() << "script(1) is not there to make a terminal";
+    if (!m_bTerminal) {
+        GTEST_SKIP() << NO_TERMINAL;
     }
     Import(Documents::Small());
-    const auto fnOnTerminal = [](const std::string& strCommand) {
-        return CProgram::Shell("script -qec '" + strCommand + "' /dev/null").strOut;
-    };
     const std::string strNarrow =
         "NAME   DISPLAY \xe2\x80\xa6  BUILT-IN  RULES\r\n"
         "cards  Template\xe2\x80\xa6  no        1\r\n";
-    EXPECT_EQ(fnOnTerminal("COLUMNS=33 \"$DLPCTL\" list templates"), strNarrow);
-    EXPECT_EQ(fnOnTerminal("stty cols 33; unset COLUMNS; \"$DLPCTL\" list templates"), strNarrow);
-    EXPECT_EQ(fnOnTerminal("COLUMNS=33 \"$DLPCTL\" list templates | cat").find("\xe2\x80\xa6"), std::string::npos);
+    EXPECT_EQ(OnTerminal("COLUMNS=33 \"$DLPCTL\" list templates"), strNarrow);
+    EXPECT_EQ(OnTerminal("stty cols 33; unset COLUMNS; \"$DLPCTL\" list templates"), strNarrow);
+    EXPECT_EQ(OnTerminal("COLUMNS=33 \"$DLPCTL\" list templates | cat").find("\xe2\x80\xa6"), std::string::npos);
+}
+
+TEST_F(TerminalManners, WhatMayNotBeLostIsBrokenIntoLines) {
+    if (!m_bTerminal) {
+        GTEST_SKIP() << NO_TERMINAL;
+    }
+    Import(Documents::Policy(
+        Documents::Entity("e") + Documents::Dictionary("k"),
+        Documents::Template("first-template", "e", "k") + Documents::Template("second-template", "e", "k")));
+    EXPECT_EQ(OnTerminal("COLUMNS=52 \"$DLPCTL\" refs"),
+              "KIND          NAME  STATE  USED BY\r\n"
+              "expression    e     used   first-template,\r\n"
+              "                           second-template\r\n"
+              "keyword list  k     used   first-template,\r\n"
+              "                           second-template\r\n");
+    std::istringstream help(OnTerminal("COLUMNS=60 \"$DLPCTL\" import --help"));
+    std::string strWords;
+    for (std::string strLine; std::getline(help, strLine, '\r') && strLine != "\nExamples:";) {
+        EXPECT_LE(strLine.size(), 64U) << strLine;  // some characters are several bytes
+        const std::size_t iWord = strLine.find_first_not_of("\n ");
+        strWords += iWord == std::string::npos ? "" : strLine.substr(iWord) + ' ';
+    }
+    EXPECT_NE(strWords.find("Its digital assets come first, then its templates;"), std::string::npos) << strWords;
+}
+
+TEST_F(TerminalManners, DiagnosticsAreColouredOnATerminalOnly) {
+    if (!m_bTerminal) {
+        GTEST_SKIP() << NO_TERMINAL;
+    }
+    m_dir.Write("faulty.xml", "<SAPolicy template_version=\"3\" lang=\"x\"/>");
+    const std::string strCommand = "\"$DLPCTL\" check --no-store " + m_dir.Path("faulty.xml");
+    const std::string strShown = OnTerminal(strCommand);
+    EXPECT_NE(strShown.find(": \x1b[31merror\x1b[0m: DLP0"), std::string::npos) << strShown;
+    EXPECT_NE(strShown.find(": \x1b[33mwarning\x1b[0m: DLP013 "), std::string::npos) << strShown;
+    EXPECT_NE(strShown.find(" | \x1b[31m^\x1b[0m\r\n"), std::string::npos) << strShown;
+    EXPECT_EQ(OnTerminal("NO_COLOR=1 " + strCommand).find('\x1b'), std::string::npos);
+    EXPECT_EQ(OnTerminal(strCommand + " | cat").find('\x1b'), std::string::npos);
+    EXPECT_EQ(OnTerminal(strCommand + " --format json").find('\x1b'), std::string::npos);
 }

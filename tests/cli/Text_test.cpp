@@ -58,3 +58,33 @@ TEST(TextTable, ColumnsBehindTheFirstGiveWayToATerminal) {
     names.Add({"payment-card-number"});
     EXPECT_EQ(names.ToString(4), "payment-card-number\n");
 }
+
+TEST(TextTable, LastColumnIsBrokenIntoLinesWhereThatIsAskedFor) {
+    CTextTable table;
+    table.WrapLast();
+    table.Add({"  -x", "one two three"});
+    table.Add({"  --a-long-option NAME", "four five six seven eight nine ten"});
+    table.Add({"  -y"});
+    EXPECT_EQ(table.ToString(),
+              "  -x                    one two three\n"
+              "  --a-long-option NAME  four five six seven eight nine ten\n"
+              "  -y\n");
+    EXPECT_EQ(table.ToString(50),
+              "  -x                    one two three\n"
+              "  --a-long-option NAME  four five six seven eight\n"
+              "                        nine ten\n"
+              "  -y\n");
+    EXPECT_EQ(table.ToString(40),
+              "  -x                one two three\n"
+              "  --a-long-option NAME\n"
+              "                    four five six seven\n"
+              "                    eight nine ten\n"
+              "  -y\n");
+}
+
+TEST(Text, LinesAreBrokenAnewForATerminal) {
+    EXPECT_EQ(Text::Reflow("one two\nthree four\n\n  a table   stays as it is\nfive\n", 9),
+              "one two\nthree\nfour\n\n  a table   stays as it is\nfive\n");
+    EXPECT_EQ(Text::Reflow("elevenletters b\n", 8), "elevenletters\nb\n");
+    EXPECT_EQ(Text::Reflow("one\ntwo\n", 0), "one\ntwo\n");
+}
