@@ -16,6 +16,9 @@ constexpr std::string_view DECLARATIONS[] = {
     R"(<?xml version="1.0" encoding="UTF-8"?>)",
     R"(<?xml version="1.0" encoding="utf-8"?>)",
     R"(<?xml version="1.0"?>)",
+    R"(<?xml version='1.0' encoding='UTF-8'?>)",
+    R"(<?xml version='1.0' encoding='utf-8'?>)",
+    R"(<?xml version="1.0" encoding="UTF-8" standalone="yes"?>)",
 };
 constexpr std::string_view NAMESPACE_DECLARATION = "xmlns";
 constexpr std::string_view TEXT_END = "]]>";
