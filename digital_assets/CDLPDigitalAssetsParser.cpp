@@ -33,7 +33,7 @@ bool WriteWide(std::wstring& strOut, F fnWrite) {
 
 }  // namespace
 
-std::wstring CDLPDigitalAssetsParser::s_strVersion = L"3.0.1000";
+std::wstring CDLPDigitalAssetsParser::s_strVersion = DigitalAssets::STANDARD_VERSION;
 std::wstring CDLPDigitalAssetsParser::s_strLanguage;
 
 void CDLPDigitalAssetsParser::SetVersion(const std::wstring& strVersion) {

@@ -16,6 +16,9 @@ class CXMLWriter;
  */
 namespace DigitalAssets {
 
+/** Version of the format that this library writes by itself. */
+inline constexpr wchar_t STANDARD_VERSION[] = L"3.0.1000";
+
 /** What of a document's assets an import takes. */
 enum class EImport { ALL, EXPRESSIONS, KEYWORDS };
 

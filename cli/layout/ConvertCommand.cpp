@@ -15,6 +15,7 @@
 #include "cli/layout/ConvertReport.h"
 #include "cli/layout/FormatXml.h"
 #include "cli/layout/OlderLayout.h"
+#include "digital_assets/DigitalAssets.h"
 #include "templates/DLPTemplateMgr.h"
 #include "xml/CPolicyDocument.h"
 #include "xml/Vocabulary.h"
@@ -35,7 +36,6 @@ constexpr SCommandHelp HELP = {
 };
 
 /** The standard layout as this program writes it, whatever was read before. */
-constexpr const wchar_t STANDARD_VERSION[] = L"3.0.1000";
 
 struct SArguments {
     std::string strFile;
@@ -86,7 +86,7 @@ class CConvertCommand {
         if (!m_report.bOlder) {
             return m_file.strBytes;
         }
-        CDLPDigitalAssetsParser::SetVersion(STANDARD_VERSION);
+        CDLPDigitalAssetsParser::SetVersion(DigitalAssets::STANDARD_VERSION);
         const SNormalizedDocument converted = ConvertOlder(m_context, m_arguments.strFile, document, nullptr);
         m_report.changes = FindLayoutChanges(m_file.Text(), document, converted);
         const CSourcePlaces places(m_file.strBytes);

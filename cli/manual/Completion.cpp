@@ -8,10 +8,13 @@
 
 #include <CLI/App.hpp>
 
+#include "api/DLPMetaDataLoaderImpl.h"
 #include "cli/CommandContext.h"
 #include "cli/CommandLine.h"
 #include "cli/Kinds.h"
+#include "cli/Text.h"
 #include "cli/check/DiagnosticCodes.h"
+#include "platform/common/TextConversion.h"
 #include "platform/store/CSettingsStore.h"
 
 namespace {
@@ -150,11 +153,37 @@ bool TakesRecords(const CLI::Option& option) {
                                                  [&](const SKind& kind) { return strName == kind.pSingular; });
 }
 
+/** The options whose values the predefined lists name. */
+struct SPredefined {
+    const char* pOption;
+    bool (DLPMetaDataLoaderImpl::*fnRead)(std::vector<OS::x_wstring>&, std::vector<OS::x_wstring>&);
+};
+constexpr SPredefined PREDEFINED[] = {{"industry", &DLPMetaDataLoaderImpl::GetIndustries},
+                                      {"region", &DLPMetaDataLoaderImpl::GetRegions},
+                                      {"validator", &DLPMetaDataLoaderImpl::GetValidators}};
+
+/** @return none for other options */
+Candidates ListPredefined(const CLI::Option& option) {
+    Candidates vecCandidates;
+    for (const SPredefined& predefined : PREDEFINED) {
+        if (option.get_lnames().front() == predefined.pOption) {
+            std::vector<OS::x_wstring> vecNames;
+            std::vector<OS::x_wstring> vecDisplayNames;
+            (DLPMetaDataLoaderImpl().*predefined.fnRead)(vecNames, vecDisplayNames);
+            for (std::size_t i = 0; i < vecNames.size(); ++i) {
+                vecCandidates.push_back({Text::Unescaped(OS::Utf8Lenient(vecNames[i])),
+                                         Text::Unescaped(OS::Utf8Lenient(vecDisplayNames[i]))});
+            }
+        }
+    }
+    return vecCandidates;
+}
+
 /** A store that cannot be read has no names to offer. */
 Candidates ListNames(const CCommandContext& context, const STyped& typed) {
     Candidates vecCandidates;
     if (typed.pOption != nullptr && !TakesRecords(*typed.pOption)) {
-        return vecCandidates;
+        return ListPredefined(*typed.pOption);
     }
     try {
         const std::string strUrl =
