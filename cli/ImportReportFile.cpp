@@ -13,6 +13,7 @@
 #include "cli/ImportOptions.h"
 #include "cli/ImportReport.h"
 #include "cli/Output.h"
+#include "cli/StoreSession.h"
 #include "cli/Text.h"
 #include "cli/check/CheckFormats.h"
 #include "cli/check/ItemDiagnostics.h"
@@ -21,6 +22,7 @@ namespace {
 
 constexpr const char STANDARD_STREAM[] = "-";
 constexpr const char FORMAT_OPTION[] = "--report-format";
+constexpr const char TOO_LATE[] = ", after the store was changed";
 constexpr const char NOTHING_WRITTEN[] = "nothing of the file was written";
 
 /** What a file's end says of its format. */
@@ -138,8 +140,12 @@ void CImportReportFile::Finish(EVerdict eVerdict) {
         return;
     }
     m_report.verdict = eVerdict;
-    if (!IsWrittenAtOnce(*m_pFormat)) {
-        m_pOutput->Write(m_pFormat->fnMake(m_report));
+    try {
+        if (!IsWrittenAtOnce(*m_pFormat)) {
+            m_pOutput->Write(m_pFormat->fnMake(m_report));
+        }
+        m_pOutput->Commit();
+    } catch (const CToolError& error) {
+        throw CToolError(error.GetVerdict(), error.what() + std::string(CStoreSession::IsChanged() ? TOO_LATE : ""));
     }
-    m_pOutput->Commit();
 }

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Interrupts imports at random moments and takes the output of commands away: the exit code tells, nothing is between."""
+"""Interrupts commands at random moments and takes their output away: the exit code tells, nothing is between."""
 
 from __future__ import annotations
 
@@ -24,15 +24,32 @@ SIGNALS = {signal.SIGINT: 130, signal.SIGTERM: 143}
 OUTPUT_FAILED = 4
 
 
-def interrupted(world: World, chance: random.Random, count: int, codes: Counter[str]) -> list[str]:
-    """What is wrong after an import that a signal ended, or came too late for."""
-    scenario = Scenario("import", ("import", "{in}"), LARGE)
+FLAWED = LARGE.replace(b'<entity ', b'<entity caseSensitive="no" ')
+WORDS = b"keyword,score\n" + b"".join(b"word %d,1\n" % number for number in range(20000))
+INTERRUPTED = (
+    Scenario("import", ("import", "{in}"), LARGE),
+    Scenario("import --report", ("import", "--report", "{out}", "{in}"), LARGE, old_output=b"old", reports=True),
+    Scenario("keywords import", ("keywords", "import", "payment-card-words", "{in}"), WORDS),
+    Scenario("check --fix of two files", ("check", "--fix", "{in}", "{out}"), FLAWED, old_output=FLAWED),
+)
+
+
+def between(world: World, before: dict[str, bytes], whole: dict[str, bytes], reports: bool) -> list[str]:
+    """The files that are neither as before nor as the whole command leaves them."""
+    return [name for name, data in world.files().items()
+            if data not in (before.get(name), whole.get(name)) and not (reports and data.endswith(b"}\n"))]
+
+
+def interrupted(world: World, scenario: Scenario, chance: random.Random, count: int, codes: Counter[str]) -> list[str]:
+    """What is wrong after a command that a signal ended, or came too late for."""
     before = world.before(scenario)
-    whole = world.run(scenario, {}).dump
-    world.start(scenario)
+    files = world.files()
     begun = time.monotonic()
-    subprocess.run(world.line(scenario.words), stdout=subprocess.DEVNULL, check=True)
+    done = subprocess.run(world.line(scenario.words), stdout=subprocess.DEVNULL, check=False)
     duration = time.monotonic() - begun
+    if done.returncode not in DONE:
+        return [f"{scenario.name}: exit {done.returncode} undisturbed"]
+    whole, after = world.dump(), world.files()
     found = []
     for _ in range(count):
         kind = chance.choice(list(SIGNALS))
@@ -43,12 +60,15 @@ def interrupted(world: World, chance: random.Random, count: int, codes: Counter[
         process.send_signal(kind)
         code = process.wait(60)
         codes[str(code)] += 1
+        said = f"{scenario.name}: {kind.name} after {delay:.3f} s: exit {code}"
         # Before the program watches for signals it has done nothing.
         undone = code in (SIGNALS[kind], -kind)
         if not undone and code not in DONE:
-            found.append(f"{kind.name} after {delay:.3f} s: exit {code}")
+            found.append(said)
         elif world.dump() != (before if undone else whole):
-            found.append(f"{kind.name} after {delay:.3f} s: exit {code}, and the store is between")
+            found.append(f"{said}, and the store is between")
+        elif cut := between(world, files, after, scenario.reports):
+            found.append(f"{said}, and files are between: {cut}")
     return found
 
 
@@ -82,12 +102,15 @@ def main() -> int:
     parser = argparse.ArgumentParser(description=__doc__)
     parser.add_argument("--tool", required=True, help="path of dlpctl")
     parser.add_argument("--seed", type=int, default=1, help="what draws signals and moments")
-    parser.add_argument("--count", type=int, default=300, help="how many imports are interrupted")
+    parser.add_argument("--count", type=int, default=300, help="how many commands are interrupted")
     arguments = parser.parse_args()
     codes: Counter[str] = Counter()
     with tempfile.TemporaryDirectory() as name:
         world = World(arguments.tool, Path(name))
-        found = interrupted(world, random.Random(arguments.seed), arguments.count, codes) + unread(world, codes)
+        chance = random.Random(arguments.seed)
+        found = unread(world, codes)
+        for scenario in INTERRUPTED:
+            found += interrupted(world, scenario, chance, arguments.count // len(INTERRUPTED), codes)
     print("\n".join(found + [f"{sum(codes.values())} runs, {len(found)} wrong; exit codes "
                              + ", ".join(f"{code}: {count}" for code, count in sorted(codes.items()))]))
     return 1 if found or not codes["130"] + codes["143"] else 0

@@ -28,6 +28,7 @@ POLICY = """<?xml version="1.0" encoding="UTF-8"?><SAPolicy template_version="3.
 </digitalAssets><complianceTemplates><template name="fresh-template" display_name="Fresh template" description=""
 pre-defined="false"><matchRule><buildingBlock sourceType="ENTITY" entityHits="1" sourceName="fresh"/></matchRule></template>%s
 </complianceTemplates></SAPolicy>"""
+FIXABLE = (POLICY % "").replace('caseSensitive="false">one', 'caseSensitive="no">one')
 SKIPPED = """<template name="broken" display_name="Broken" description="" pre-defined="false"><matchRule>
 <buildingBlock sourceType="ENTITY" entityHits="1" sourceName="nowhere"/></matchRule></template>"""
 
@@ -41,8 +42,10 @@ class Scenario:
     document: bytes = b""
     store: bool = True  # it holds the starter policy; else there is none
     standard_input: bool = False
-    old_output: bool = False
+    old_output: bytes | None = None
     once: bool = False  # done, it cannot be done again
+    in_place: bool = False  # it reads the output file too, which may be done with when the last word cannot be said
+    reports: bool = False  # the output file tells what became of the run
 
 
 @dataclass
@@ -79,12 +82,28 @@ def scenarios() -> list[Scenario]:
         Scenario("assets import", ("assets", "import", "{in}"), assets),
         Scenario("export", ("export", "--all")),
         Scenario("export -o", ("export", "--all", "-o", "{out}")),
-        Scenario("export -o, replacing", ("export", "--all", "-o", "{out}"), old_output=True),
+        Scenario("export -o, replacing", ("export", "--all", "-o", "{out}"), old_output=OLD_OUTPUT),
         Scenario("assets export -o", ("assets", "export", "--all", "-o", "{out}")),
-        Scenario("store dump -o", ("store", "dump", "-o", "{out}"), old_output=True),
+        Scenario("store dump -o", ("store", "dump", "-o", "{out}"), old_output=OLD_OUTPUT),
         Scenario("store load", ("store", "load", "{in}"), EMPTY_STORE.encode()),
         Scenario("rename", ("rename", "expression", "bic", "bank-code"), once=True),
         Scenario("delete", ("delete", "expression", "bic", "--force"), once=True),
+        Scenario("template new", ("template", "new", "codes", "P:bic(1)"), once=True),
+        Scenario("template set", ("template", "set", "bank-accounts", "P:bic(7)")),
+        Scenario("expression new", ("expression", "new", "fresh", "--pattern", "a+"), once=True),
+        Scenario("expression set", ("expression", "set", "bic", "--pattern", "a+")),
+        Scenario("keywords new", ("keywords", "new", "fresh-words", "one"), once=True),
+        Scenario("keywords add", ("keywords", "add", "payment-card-words", "fresh")),
+        Scenario("keywords import", ("keywords", "import", "payment-card-words", "{in}"), b"keyword,score\nfresh,3\n"),
+        Scenario("keywords export -o", ("keywords", "export", "payment-card-words", "-o", "{out}"),
+                 old_output=OLD_OUTPUT),
+        Scenario("import --report", ("import", "--report", "{out}", "{in}"), skipping, old_output=OLD_OUTPUT,
+                 reports=True),
+        Scenario("check --fix", ("check", "--no-store", "--fix", "{out}"), old_output=FIXABLE.encode(),
+                 in_place=True),
+        Scenario("fmt -o", ("fmt", "{in}", "-o", "{out}"), plain, old_output=OLD_OUTPUT),
+        Scenario("fmt --write", ("fmt", "--write", "{out}"), old_output=plain, in_place=True),
+        Scenario("convert -o", ("convert", "{in}", "-o", "{out}"), older, old_output=OLD_OUTPUT),
         Scenario("list", ("list", "templates")),
         Scenario("show", ("show", "expression", "bic")),
         Scenario("refs", ("refs",)),
@@ -130,8 +149,8 @@ class World:
             (self._work / STORE).write_bytes(self._filled)
             (self._work / STORE).chmod(0o600)
         (self._work / "in").write_bytes(scenario.document)
-        if scenario.old_output:
-            (self._work / OUTPUT).write_bytes(OLD_OUTPUT)
+        if scenario.old_output is not None:
+            (self._work / OUTPUT).write_bytes(scenario.old_output)
 
     def dump(self) -> str:
         """The store, or why it has no dump."""
@@ -139,6 +158,10 @@ class World:
             return canonical(EMPTY_STORE)
         done = self._command(("store", "dump"), {})
         return canonical(done.stdout) if done.returncode == 0 else f"exit {done.returncode}: {done.stderr.decode()}"
+
+    def files(self) -> dict[str, bytes]:
+        """What stands in the folder but for the store."""
+        return {path.name: path.read_bytes() for path in self._work.iterdir() if not path.name.startswith(STORE)}
 
     def before(self, scenario: Scenario) -> str:
         """The dump of the store that it starts from."""
@@ -169,7 +192,7 @@ class Judge:
         self._scenario = scenario
         self._before = world.before(scenario)
         self._whole = world.run(scenario, {})
-        self._old = OLD_OUTPUT if scenario.old_output else None
+        self._old = scenario.old_output
         if self._whole.code not in DONE:
             raise RuntimeError(f"{scenario.name}: exit {self._whole.code} undisturbed: {self._whole.err}")
 
@@ -178,9 +201,18 @@ class Judge:
         found = self._done(run) if run.code in DONE else self._refused(run, mute)
         return found or ("" if self._scenario.once and run.dump == self._whole.dump else self._next())
 
+    def _is_whole(self, output: bytes | None) -> bool:
+        """Whether the output file is what the command makes; reports differ in what they tell."""
+        if not self._scenario.reports:
+            return output == self._whole.output
+        try:
+            return output is not None and output.endswith(b"}\n") and bool(json.loads(output)["verdict"])
+        except ValueError:
+            return False
+
     def _done(self, run: Result) -> str:
         whole = self._whole
-        if (run.code, run.out, run.output, run.dump) != (whole.code, whole.out, whole.output, whole.dump):
+        if (run.code, run.out, run.dump) != (whole.code, whole.out, whole.dump) or not self._is_whole(run.output):
             return f"exit {run.code} with less than the whole effect: {run.err}"
         return ""
 
@@ -194,7 +226,8 @@ class Judge:
         if run.dump != self._before and not (late and run.dump == self._whole.dump):
             return f"exit {run.code}, and the store is not as before: {run.err}{run.dump[:200]}"
         # The last words may fail for memory when the file is whole already.
-        if run.output != self._old and not (run.output == self._whole.output and run.err == OUT_OF_MEMORY):
+        done = self._scenario.in_place or self._scenario.reports or run.err == OUT_OF_MEMORY
+        if run.output != self._old and not (done and self._is_whole(run.output)):
             return f"exit {run.code}, and the output file is not as before: {run.err}"
         # A program that ends where no memory is left to go back does not remove what it was writing.
         left = set(run.files) - {STORE, "in", "log", OUTPUT}
@@ -204,6 +237,6 @@ class Judge:
 
     def _next(self) -> str:
         following = self._world.again(self._scenario, {})
-        if following.code not in DONE or following.dump != self._whole.dump or following.output != self._whole.output:
+        if following.code not in DONE or following.dump != self._whole.dump or not self._is_whole(following.output):
             return f"the next run ends with {following.code}: {following.err}"
         return ""
