@@ -6,6 +6,7 @@
 #include <string_view>
 #include <vector>
 
+#include <fcntl.h>
 #include <unistd.h>
 
 #include "cli/Memory.h"
@@ -40,9 +41,20 @@ int TellOutOfMemory() noexcept {
     std::abort();
 }
 
+/** The next file that is opened would become the standard stream that is closed. What stands for it takes and gives
+ * nothing, so that its use fails as it would have. */
+void KeepStreamsTaken() {
+    for (const int iStream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        if (::fcntl(iStream, F_GETFD) == -1) {
+            [[maybe_unused]] const int iTaken = ::open("/dev/null", iStream == STDIN_FILENO ? O_WRONLY : O_RDONLY);
+        }
+    }
+}
+
 }  // namespace
 
 int main(int iArguments, char** apArguments) {
+    KeepStreamsTaken();
     std::set_terminate(Terminate);
     PrepareMemory();
     Signals::Watch();

@@ -128,3 +128,13 @@ TEST_F(Program, OnATerminalErrorsAreRedUnlessNoColorIsSet) {
     EXPECT_EQ(fnOnTerminal("NO_COLOR=1 \"$DLPCTL\" nope"),
               "dlpctl: there is no command \"nope\"; dlpctl --help lists the commands\r\n");
 }
+
+TEST_F(Program, NoFileTakesThePlaceOfAClosedStream) {
+    Import(Documents::Small());
+    const std::string strLog = m_dir.Path("stream.log");
+    const SToolRun run =
+        CProgram::Shell("\"$DLPCTL\" --log '" + strLog + "' --store " + Url("store.db") + " export --all >&-; echo $?");
+    EXPECT_EQ(run.strOut, "4\n");
+    EXPECT_EQ(run.strErr, "dlpctl: cannot write standard output: Bad file descriptor\n");
+    EXPECT_EQ(m_dir.Read("stream.log").find("<?xml version=\"1.0\" encoding=\"UTF-8\"?><SAPolicy"), std::string::npos);
+}
