@@ -1,5 +1,6 @@
 #include "cli/CommandContext.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <iostream>
@@ -10,6 +11,7 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
+#include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
 #include "api/CDLPDigitalAssetsParser.h"
@@ -24,6 +26,7 @@
 #include "cli/Verdict.h"
 #include "platform/common/CException.h"
 #include "platform/common/TextConversion.h"
+#include "platform/logging/DebugLog.h"
 #include "platform/store/CSettingsStore.h"
 #include "platform/store/SqliteFile.h"
 #include "platform/system/InstallPath.h"
@@ -67,8 +70,33 @@ bool IsColourWanted() {
     return pNoColour == nullptr || *pNoColour == '\0';
 }
 
+void AppendEscape(wchar_t c, std::string& strLine) {
+    constexpr wchar_t FIRST_PAIR = 0x10000;
+    if (c >= FIRST_PAIR) {
+        AppendEscape(static_cast<wchar_t>(0xD800 + ((c - FIRST_PAIR) >> 10)), strLine);
+        c = static_cast<wchar_t>(0xDC00 + ((c - FIRST_PAIR) & 0x3FF));
+    }
+    strLine += fmt::format("\\u{:04X}", static_cast<unsigned>(c));
+}
+
+/** JSON leaves characters as they are that a terminal obeys; they stand inside texts alone. */
 std::string ToLine(const Json& object) {
-    return object.dump(-1, ' ', false, Json::error_handler_t::replace);
+    std::string strLine = object.dump(-1, ' ', false, Json::error_handler_t::replace);
+    if (std::all_of(strLine.begin(), strLine.end(), [](char c) { return c >= 0 && c < 0x7F; })) {
+        return strLine;
+    }
+    std::string strPrintable;
+    std::wstring strPart;
+    for (const wchar_t c : OS::WideText(strLine)) {
+        if (DBG::IsControl(c)) {
+            strPrintable += OS::Utf8Lenient(strPart);
+            strPart.clear();
+            AppendEscape(c, strPrintable);
+        } else {
+            strPart += c;
+        }
+    }
+    return strPrintable + OS::Utf8Lenient(strPart);
 }
 
 }  // namespace
@@ -116,7 +144,7 @@ void CCommandContext::OpenLog() {
     std::string strPath;
     if (!m_options.strLog.empty() && m_options.strLog != STANDARD_STREAM) {
         strPath = GetAbsolute(m_options.strLog);
-        if (IsDatabase(strPath) || IsSameFile(strPath, GetStorePath())) {
+        if (IsDatabase(strPath) || IsOfStore(strPath, GetStorePath())) {
             throw CToolError(EVerdict::USAGE, "--log: " + Text::Printable(m_options.strLog) + " is a store");
         }
         std::error_code error;

@@ -81,15 +81,17 @@ const char* BytesOf(const CLogArgument& argument) {
     return pText != nullptr ? reinterpret_cast<const char*>(*pText) : nullptr;
 }
 
+}  // namespace
+
 bool IsControl(wchar_t c) {
     constexpr std::wstring_view CONTROLS =
-        L"\u007F\u061C\u200E\u200F\u2028\u2029\u202A\u202B\u202C\u202D\u202E\u2066\u2067\u2068\u2069";
+        L"\u007F\u00AD\u061C\u180E\u200B\u200E\u200F\u2028\u2029\u202A\u202B\u202C\u202D\u202E\u2060\u2066\u2067"
+        L"\u2068\u2069\uFEFF\uFFF9\uFFFA\uFFFB";
     const bool bC0 = c >= 0 && c < 0x20;
     const bool bC1 = c >= 0x80 && c < 0xA0;
-    return bC0 || bC1 || CONTROLS.find(c) != std::wstring_view::npos;
+    const bool bTag = c >= 0xE0000 && c < 0xE0080;
+    return bC0 || bC1 || bTag || CONTROLS.find(c) != std::wstring_view::npos;
 }
-
-}  // namespace
 
 void SetLogSink(std::function<void(const CLogRecord&)> fnSink) {
     Listener().fnSink = std::move(fnSink);

@@ -42,7 +42,12 @@ DLP_PLATFORM_API void SetLogFilter(std::function<bool(int)> fnFilter);
 /** @return whether a sink is set and takes lines of this level */
 DLP_PLATFORM_API bool IsListened(int iLevel) noexcept;
 
-/** @return the text in which C0 and C1 controls, DEL, U+2028, U+2029 and bidirectional controls are \uXXXX, and \ is \\ */
+/**
+ * @return whether a character orders or misleads where it is shown: a C0 or C1 control, DEL, U+2028, U+2029, a
+ * bidirectional control, or one that nobody sees, such as a soft hyphen, a byte order mark or a tag
+ */
+DLP_PLATFORM_API bool IsControl(wchar_t c);
+/** @return the text in which such characters are \uXXXX, and \ is \\ */
 DLP_PLATFORM_API std::wstring EscapeControls(const std::wstring& strText);
 
 /** The library's own module handle; opaque. */

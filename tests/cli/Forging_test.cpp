@@ -86,6 +86,11 @@ TEST_F(Forging, NothingThatIsShownOrdersATerminal) {
         EXPECT_TRUE(IsPrintable(run.strOut)) << vecCommand[0] << ":\n" << run.strOut;
         EXPECT_TRUE(IsPrintable(run.strErr)) << vecCommand[0] << ":\n" << run.strErr;
         EXPECT_NE(run.strOut + run.strErr, "") << vecCommand[0];
+        std::vector<std::string> vecJson = vecCommand;
+        vecJson.insert(vecJson.begin(), "--json");
+        const SToolRun json = Run(vecJson);
+        EXPECT_TRUE(IsPrintable(json.strOut)) << vecCommand[0] << ":\n" << json.strOut;
+        EXPECT_TRUE(IsPrintable(json.strErr)) << vecCommand[0] << ":\n" << json.strErr;
     }
 }
 
@@ -118,6 +123,15 @@ TEST_F(Forging, AJsonAnswerIsOneLineThatHoldsTheNameItself) {
     const SToolRun run = Run({"--json", "show", "expression", NAME});
     EXPECT_EQ(CountLines(run.strOut), 1);
     EXPECT_NE(Json::parse(run.strOut).dump().find(Json(NAME).dump()), std::string::npos) << run.strOut;
+}
+
+TEST_F(Forging, AJsonAnswerEscapesWhatItNeedNot) {
+    const std::string strTag = "\U000E0041";
+    ASSERT_EQ(Run({"expression", "new", strTag + "-\u00fc", "--pattern", "x\u009b"}).iCode, 0);
+    const SToolRun run = Run({"--json", "expression", "show", strTag + "-\u00fc"});
+    EXPECT_NE(run.strOut.find("\"name\":\"\\uDB40\\uDC41-\u00fc\""), std::string::npos) << run.strOut;
+    EXPECT_NE(run.strOut.find("\"pattern\":\"x\\u009B\""), std::string::npos) << run.strOut;
+    EXPECT_NE(Json::parse(run.strOut).dump().find(Json("x\u009b").dump()), std::string::npos);
 }
 
 TEST_F(Forging, AStatementInANameIsAName) {

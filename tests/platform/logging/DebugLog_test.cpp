@@ -200,6 +200,10 @@ TEST(DebugLog, HeedsNoLocale) {
 TEST(EscapeControls, ControlsSeparatorsAndBackslashAreWrittenOut) {
     EXPECT_EQ(DBG::EscapeControls(L"a\nb\tc\x1B[31m\\d"), L"a\\u000Ab\\u0009c\\u001B[31m\\\\d");
     EXPECT_EQ(DBG::EscapeControls(std::wstring(L"\0", 1)), L"\\u0000");
+    EXPECT_EQ(DBG::EscapeControls(L"\u00AD\u180E\u200B\u2060\uFEFF\uFFF9\uFFFB\U000E0041"),
+              L"\\u00AD\\u180E\\u200B\\u2060\\uFEFF\\uFFF9\\uFFFB\\uE0041");
+    EXPECT_EQ(DBG::EscapeControls(L"\u200C\u200D\u00AC\u00AE\uFFFC\U000E0080"),
+              L"\u200C\u200D\u00AC\u00AE\uFFFC\U000E0080");
     EXPECT_EQ(DBG::EscapeControls(L"\u0080\u0085\u009F\u007F\u2028\u2029"),
               L"\\u0080\\u0085\\u009F\\u007F\\u2028\\u2029");
     EXPECT_EQ(DBG::EscapeControls(L"\u061C\u200E\u200F\u202A\u202E\u2066\u2069"),
