@@ -21,6 +21,7 @@ namespace fs = std::filesystem;
 constexpr int MAX_LINKS = 40;
 constexpr mode_t NEW_FILE_MODE = 0666;
 constexpr mode_t MODE_BITS = 07777;
+constexpr const char FOREIGN_LINK[] = ": another user's link in a folder where everybody may write is not followed";
 
 /** @return the open descriptor that a path such as /proc/self/fd/1 stands for; -1 when it stands for none */
 int GetDescriptor(const fs::path& path) {
@@ -30,10 +31,22 @@ int GetDescriptor(const fs::path& path) {
     return bDescriptors ? std::atoi(path.filename().c_str()) : -1;
 }
 
+/** In a folder where everybody may put files, another user's link may lead anywhere. */
+bool IsTrap(const fs::path& link) {
+    struct stat status {};
+    struct stat folder {};
+    const bool bFound = ::lstat(link.c_str(), &status) == 0 && ::stat(link.parent_path().c_str(), &folder) == 0;
+    const bool bOpen = (folder.st_mode & S_IWOTH) != 0;
+    return bFound && bOpen && status.st_uid != ::geteuid() && status.st_uid != folder.st_uid;
+}
+
 /** Follows links one by one, also into nothing, but not out of the folder of open descriptors. */
-fs::path FollowLinks(fs::path path) {
+fs::path FollowLinks(fs::path path, const std::string& strName) {
     std::error_code error;
     for (int i = 0; i < MAX_LINKS && fs::is_symlink(path, error) && GetDescriptor(path) < 0; ++i) {
+        if (IsTrap(path)) {
+            throw CToolError(EVerdict::OUTPUT, "cannot write " + strName + FOREIGN_LINK);
+        }
         const fs::path target = fs::read_symlink(path, error);
         path = target.is_absolute() ? target : path.parent_path() / target;
     }
@@ -67,7 +80,7 @@ COutputFile::COutputFile(std::string strName) : m_strName(std::move(strName)) {}
 
 // Once the other constructor has run, the destructor cleans up whatever this one began.
 COutputFile::COutputFile(const std::string& strPath, std::string strName) : COutputFile(std::move(strName)) {
-    const fs::path target = FollowLinks(strPath);
+    const fs::path target = FollowLinks(strPath, m_strName);
     m_strTarget = target.string();
     std::error_code error;
     const fs::file_type eType = fs::status(target, error).type();

@@ -89,6 +89,23 @@ TEST(OutputFile, ALinkStaysAndItsTargetIsReplaced) {
     EXPECT_EQ(CountEntries(dir.Path("folder")), 1U);
 }
 
+TEST(OutputFile, AnotherUsersLinkWhereEverybodyMayWriteIsNoWay) {
+    if (::geteuid() != 0) {
+        GTEST_SKIP() << "only root can make another user's link";
+    }
+    const CTempDir dir;
+    dir.Write("victim", "kept");
+    const std::string strLink = dir.MakeFolder("open") + "/out.xml";
+    fs::create_symlink("../victim", strLink);
+    ASSERT_EQ(0, ::lchown(strLink.c_str(), 65534, 65534));
+    EXPECT_EQ(Refusal(strLink), "written");
+    dir.Write("victim", "kept");
+    ASSERT_EQ(0, ::chmod(dir.Path("open").c_str(), 01777));
+    EXPECT_EQ(Refusal(strLink),
+              "cannot write FILE: another user's link in a folder where everybody may write is not followed");
+    EXPECT_EQ(dir.Read("victim"), "kept");
+}
+
 TEST(OutputFile, ALinkIntoNothingMakesItsTarget) {
     const CTempDir dir;
     fs::create_symlink("target", dir.Path("link"));
