@@ -1,8 +1,10 @@
 #include "cli/FileIdentity.h"
 
+#include <algorithm>
 #include <array>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <string_view>
 #include <system_error>
 
@@ -11,11 +13,26 @@ namespace {
 /** SQLite's file format, 1.3 The Database Header: the first sixteen bytes, a zero among them. */
 constexpr std::string_view DATABASE_HEADER("SQLite format 3\0", 16);
 
+constexpr const char* SIDE_FILES[] = {"-wal", "-shm", "-journal", "-writer"};
+
 }  // namespace
 
 bool IsSameFile(const std::string& strLeft, const std::string& strRight) {
     std::error_code error;
     return strLeft == strRight || std::filesystem::equivalent(strLeft, strRight, error);
+}
+
+bool IsOfStore(const std::string& strPath, const std::string& strStore) {
+    if (strStore.empty()) {
+        return false;
+    }
+    std::error_code error;
+    const std::string strPlace = std::filesystem::weakly_canonical(strPath, error).string();
+    const std::string strTarget = std::filesystem::weakly_canonical(strStore, error).string();
+    return IsSameFile(strPath, strStore) ||
+           std::any_of(std::begin(SIDE_FILES), std::end(SIDE_FILES), [&](const char* pSideFile) {
+               return strPlace == strTarget + pSideFile || strPath == strStore + pSideFile;
+           });
 }
 
 bool IsDatabase(const std::string& strPath) {

@@ -7,6 +7,10 @@
 #include <utility>
 #include <vector>
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <spdlog/logger.h>
 #include <spdlog/pattern_formatter.h>
 #include <spdlog/sinks/basic_file_sink.h>
@@ -31,6 +35,7 @@ constexpr SLevel LEVELS[] = {
 };
 constexpr const char ALL_LEVELS[] = "all";
 constexpr const char LOGGER[] = "dlpctl";
+constexpr mode_t FILE_MODE = 0600;
 constexpr const char PATTERN[] = "%Y-%m-%dT%H:%M:%S.%eZ %v";
 
 std::vector<std::string> Split(const std::string& strNames) {
@@ -74,12 +79,21 @@ std::function<void(const std::string&)> MakeErrorHandler(std::ostream& err) {
     };
 }
 
+/** For the owner alone, since lines may hold whole documents. What is there stays as it is. */
+void MakeFile(const std::string& strPath) {
+    const int iFile = ::open(strPath.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOCTTY, FILE_MODE);
+    if (iFile >= 0) {
+        ::close(iFile);
+    }
+}
+
 std::shared_ptr<spdlog::logger> MakeLogger(const std::string& strPath, std::ostream& err) {
     spdlog::sink_ptr pSink;
     try {
         if (strPath.empty()) {
             pSink = std::make_shared<spdlog::sinks::ostream_sink_st>(err);
         } else {
+            MakeFile(strPath);
             pSink = std::make_shared<spdlog::sinks::basic_file_sink_st>(strPath);
         }
     } catch (const spdlog::spdlog_ex& error) {

@@ -17,11 +17,12 @@ bool IsDash(const std::string& strFile) {
 
 /** Refuses files that would be lost. */
 void CheckTarget(const CCommandContext& context, const std::string& strFile, const std::string& strPath) {
-    const bool bStore = IsSameFile(strPath, context.GetStorePath());
-    if (bStore || IsDatabase(strPath)) {
-        throw CToolError(
-            EVerdict::USAGE,
-            Text::Printable(strFile) + (bStore ? ": is the store itself" : ": is a store") + "; name another file");
+    const std::string strStore = context.GetStorePath();
+    if (IsOfStore(strPath, strStore) || IsDatabase(strPath)) {
+        const char* pWhat = IsSameFile(strPath, strStore) ? ": is the store itself"
+                            : IsDatabase(strPath)         ? ": is a store"
+                                                          : ": is a file of the store";
+        throw CToolError(EVerdict::USAGE, Text::Printable(strFile) + pWhat + "; name another file");
     }
     context.CheckIsNoLog(strFile);
 }

@@ -98,7 +98,7 @@ std::string GetPath(const CCommandContext& context) {
 /** @return the absolute path of a backup @throws CToolError (USAGE) when it is none or the store itself */
 std::string GetBackupPath(const CCommandContext& context, const std::string& strFile) {
     const std::string strPath = context.GetAbsolute(strFile);
-    if (strFile == STANDARD_STREAM || IsSameFile(strPath, GetPath(context))) {
+    if (strFile == STANDARD_STREAM || IsOfStore(strPath, GetPath(context))) {
         throw CToolError(EVerdict::USAGE, Text::Quoted(strFile) + " cannot be a backup of this store; name a file");
     }
     context.CheckIsNoLog(strFile);

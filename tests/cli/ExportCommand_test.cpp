@@ -9,6 +9,7 @@
 
 namespace {
 
+namespace fs = std::filesystem;
 using ExportCommand = CToolTest;
 using Json = nlohmann::ordered_json;
 using Documents::Dictionary;
@@ -49,6 +50,20 @@ void Store(const std::string& strUrl, const std::string& strSubject, const std::
 }
 
 }  // namespace
+
+TEST_F(ExportCommand, FilesBesideTheStoreAreKept) {
+    Import(Documents::Small());
+    fs::create_symlink(m_dir.Path("store.db"), m_dir.Path("link.db"));
+    for (const char* pSideFile : {"-wal", "-shm", "-journal", "-writer"}) {
+        const std::string strFile = m_dir.Path("store.db") + pSideFile;
+        const std::string strSaid = "dlpctl: " + strFile + ": is a file of the store; name another file\n";
+        EXPECT_EQ(Run({"export", "--all", "-o", strFile}).strErr, strSaid);
+        EXPECT_EQ(RunOn(Url("link.db"), {"export", "--all", "-o", strFile}).strErr, strSaid);
+        EXPECT_EQ(Run({"--log", strFile, "list", "templates"}).strErr, "dlpctl: --log: " + strFile + " is a store\n");
+        EXPECT_EQ(Run({"store", "backup", strFile}).iCode, 3);
+        EXPECT_FALSE(fs::exists(strFile));
+    }
+}
 
 TEST_F(ExportCommand, WhatNoImportTakesIsWarnedOf) {
     Import(Documents::Small());

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 #include <ctime>
 
 #include <regex>
@@ -99,6 +101,16 @@ TEST_F(LogFile, TheToolAppendsToAFile) {
     EXPECT_NE(vecFirst[0].find(" failure 0x1004 .\\DLPTemplateMgr.cpp:"), std::string::npos) << vecFirst[0];
     EXPECT_EQ(Run({"--log", strLog, "import", "-"}, "<a/>").iCode, 2);
     EXPECT_EQ(Lines(m_dir.Read("log")).size(), 2U);
+}
+
+TEST_F(LogFile, IsItsOwnersAlone) {
+    namespace fs = std::filesystem;
+    const std::string strLog = m_dir.Path("log");
+    ASSERT_EQ(Run({"--log", strLog, "list", "templates"}).iCode, 0);
+    EXPECT_EQ(fs::status(strLog).permissions(), fs::perms::owner_read | fs::perms::owner_write);
+    fs::permissions(strLog, fs::perms::others_read, fs::perm_options::add);
+    ASSERT_EQ(Run({"--log", strLog, "list", "templates"}).iCode, 0);
+    EXPECT_NE(fs::status(strLog).permissions() & fs::perms::others_read, fs::perms::none);
 }
 
 TEST_F(LogFile, HasAFileOfItsOwn) {
