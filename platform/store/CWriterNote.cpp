@@ -20,6 +20,7 @@ constexpr mode_t SHARED_BITS = 0666;
 constexpr int TRIES = 10;
 constexpr unsigned TRY_MICROSECONDS = 500;
 constexpr std::size_t LONGEST_NOTE = 512;
+constexpr char BEGINNING[] = "process ";
 
 std::string MakeNote() {
     std::array<char, HOST_NAME_MAX + 1> aHost{};
@@ -29,7 +30,15 @@ std::string MakeNote() {
     ::gmtime_r(&iNow, &now);
     std::array<char, 32> aTime{};
     std::strftime(aTime.data(), aTime.size(), "%Y-%m-%dT%H:%M:%SZ", &now);
-    return "process " + std::to_string(::getpid()) + " on " + aHost.data() + ", since " + aTime.data();
+    return BEGINNING + std::to_string(::getpid()) + " on " + aHost.data() + ", since " + aTime.data();
+}
+
+/** @return the text of a file of notes; empty when there is none */
+std::string ReadNote(int iFile) {
+    std::string strNote(LONGEST_NOTE, '\0');
+    const ssize_t iBytes = ::pread(iFile, strNote.data(), strNote.size(), 0);
+    strNote.resize(iBytes > 0 ? static_cast<std::size_t>(iBytes) : 0);
+    return strNote;
 }
 
 /** Whoever may write to the folder may have written it. */
@@ -37,6 +46,11 @@ bool IsPlain(const std::string& strNote) {
     return !strNote.empty() && std::all_of(strNote.begin(), strNote.end(), [](unsigned char c) {
         return std::isalnum(c) != 0 || c == ' ' || c == ',' || c == '.' || c == ':' || c == '-' || c == '_';
     });
+}
+
+/** @return whether a writer that ended left the text; what anybody else wrote stays */
+bool IsNote(const std::string& strText) {
+    return strText.rfind(BEGINNING, 0) == 0 && IsPlain(strText);
 }
 
 }  // namespace
@@ -53,7 +67,7 @@ int CWriterNote::Take() const {
     const int iFile = ::open(GetPath().c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, OWN_MODE);
     struct stat status {};
     if (iFile >= 0 && ::flock(iFile, LOCK_EX | LOCK_NB) == 0 && ::fstat(iFile, &status) == 0 &&
-        S_ISREG(status.st_mode) && status.st_nlink > 0) {
+        S_ISREG(status.st_mode) && status.st_nlink == 1 && (status.st_size == 0 || IsNote(ReadNote(iFile)))) {
         return iFile;
     }
     if (iFile >= 0) {
@@ -69,6 +83,9 @@ void CWriterNote::Leave() noexcept {
         for (int iTries = 0; m_iFile < 0 && iTries < TRIES; ++iTries) {
             ::usleep(iTries == 0 ? 0 : TRY_MICROSECONDS);
             m_iFile = Take();
+        }
+        if (m_iFile < 0) {
+            return;
         }
         struct stat status {};
         if (::stat(m_strStorePath.c_str(), &status) == 0) {
@@ -99,10 +116,8 @@ std::string CWriterNote::Read() const {
     if (iFile < 0) {
         return {};
     }
-    std::string strNote(LONGEST_NOTE, '\0');
     const bool bLeftBehind = ::flock(iFile, LOCK_SH | LOCK_NB) == 0;
-    const ssize_t iBytes = bLeftBehind ? 0 : ::read(iFile, strNote.data(), strNote.size());
+    const std::string strNote = bLeftBehind ? std::string() : ReadNote(iFile);
     ::close(iFile);
-    strNote.resize(iBytes > 0 ? static_cast<std::size_t>(iBytes) : 0);
-    return IsPlain(strNote) ? strNote : std::string();
+    return IsNote(strNote) ? strNote : std::string();
 }

@@ -76,6 +76,19 @@ TEST_F(WriterNote, WhatIsNoNoteIsNeitherWrittenNorRead) {
     m_folder.MakeFolder("settings.db-writer");
     writer.Leave();
     EXPECT_EQ("", writer.Read());
+    fs::remove(Path() + "-writer");
+    for (const char* pText : {"important\n", "process", "important", "process 1\x1b"}) {
+        m_folder.Write("settings.db-writer", pText);
+        writer.Leave();
+        EXPECT_EQ("", writer.Read());
+        writer.Remove();
+        EXPECT_EQ(pText, m_folder.Read("settings.db-writer"));
+    }
+    m_folder.Write("settings.db-writer", "");
+    fs::create_hard_link(Path() + "-writer", m_folder.Path("other"));
+    writer.Leave();
+    writer.Remove();
+    EXPECT_EQ("", m_folder.Read("other"));
     CWriterNote nowhere("/proc/none/settings.db");
     nowhere.Leave();
     EXPECT_EQ("", nowhere.Read());
