@@ -28,6 +28,7 @@ constexpr std::int64_t APPLICATION_ID = 0x444C5053;
 constexpr char FOREIGN[] =
     "it is no settings store, or a damaged one, and is left as it is; name another path, or bring back a backup "
     "(\"dlpctl store restore\")";
+constexpr char OTHERS[] = "it is another program's database, and is left as it is; name another path";
 constexpr char OLDER[] =
     "it was written by an older version and cannot be brought up where it is; copy it to where it can be written, and "
     "open it there";
@@ -60,6 +61,7 @@ constexpr int HEADER_TRIES = 8;
 constexpr std::size_t HEADER_RESERVED = 20;
 constexpr std::size_t HEADER_VERSION = 60;
 constexpr std::size_t HEADER_APPLICATION = 68;
+constexpr std::size_t HEADER_END = 96;  ///< the version of the engine that wrote it
 
 std::int32_t ReadBigEndian(const unsigned char* pBytes) {
     return static_cast<std::int32_t>(static_cast<std::uint32_t>(pBytes[0]) << 24 |
@@ -79,15 +81,16 @@ std::string MakeFixedName(const std::string& strPath) {
 }  // namespace
 
 CSqliteConnection::CSqliteConnection(const std::string& strPath, int iBusyMilliseconds, EUnitOfWork eUse)
-    : m_strUrl(CSqliteStore::SCHEME + strPath), m_note(strPath) {
+    : m_strUrl(CSqliteStore::SCHEME + strPath), m_strPath(FollowSqliteLinks(strPath, m_strUrl)), m_note(m_strPath) {
     const bool bRead = eUse == EUnitOfWork::READ;
-    const bool bWritable = !bRead || FindSqliteFile(strPath, m_strUrl);
-    const bool bEmpty = !bRead && MakeSqliteFile(strPath, m_strUrl);
+    const bool bWritable = !bRead || FindSqliteFile(m_strPath, m_strUrl);
+    const bool bEmpty = !bRead && MakeSqliteFile(m_strPath, m_strUrl);
     // Who may write removes the engine's side files in the end, also when nothing is to be written.
-    if (bRead && IsSqliteFileFixed(strPath)) {
-        Open(MakeFixedName(strPath), SQLITE_OPEN_READONLY | SQLITE_OPEN_URI);
+    if (bRead && IsSqliteFileFixed(m_strPath)) {
+        m_fixed = GetSqliteFileState(m_strPath);
+        Open(MakeFixedName(m_strPath), SQLITE_OPEN_READONLY | SQLITE_OPEN_URI);
     } else {
-        Open(strPath, bWritable ? SQLITE_OPEN_READWRITE : SQLITE_OPEN_READONLY);
+        Open(m_strPath, bWritable ? SQLITE_OPEN_READWRITE : SQLITE_OPEN_READONLY);
     }
     if (!bEmpty) {
         CheckHeader();
@@ -168,8 +171,14 @@ void CSqliteConnection::CheckHeader() const {
     if (iCode != SQLITE_OK && iCode != SQLITE_IOERR_SHORT_READ && iCode != SQLITE_IOERR_DATA) {
         Refuse(sqlite3_errstr(iCode));
     }
-    const bool bDatabase = std::memcmp(vecPage.data(), HEADER_MAGIC, sizeof(HEADER_MAGIC)) == 0;
-    CheckOwner(bDatabase ? ReadBigEndian(&vecPage[HEADER_APPLICATION]) : 0);
+    // A file that is cut within its header may have been a store.
+    if (std::memcmp(vecPage.data(), HEADER_MAGIC, sizeof(HEADER_MAGIC)) != 0 ||
+        ReadBigEndian(&vecPage[HEADER_END]) == 0) {
+        ThrowStoreError(m_strUrl, StoreDoing::OPENING, FOREIGN, StoreCode::DAMAGED);
+    }
+    if (iCode != SQLITE_IOERR_DATA) {
+        CheckOwner(ReadBigEndian(&vecPage[HEADER_APPLICATION]));
+    }
     const std::int32_t iVersion = ReadBigEndian(&vecPage[HEADER_VERSION]);
     const bool bSummed = vecPage[HEADER_RESERVED] == SqlitePageSums::SUM_SIZE;
     if (iCode == SQLITE_IOERR_DATA || bSummed != (iVersion >= SchemaVersion::PAGE_SUMS)) {
@@ -181,7 +190,7 @@ void CSqliteConnection::CheckHeader() const {
 
 void CSqliteConnection::CheckOwner(std::int64_t iApplication) const {
     if (iApplication != APPLICATION_ID) {
-        ThrowStoreError(m_strUrl, StoreDoing::OPENING, FOREIGN, StoreCode::DAMAGED);
+        ThrowStoreError(m_strUrl, StoreDoing::OPENING, OTHERS, StoreCode::FOREIGN);
     }
 }
 
@@ -274,6 +283,7 @@ void CSqliteConnection::Throw(int iCode, const char* pDoing) const {
             "another process is writing to it" + (strWriter.empty() ? "" : " (" + strWriter + ')') + "; try again",
             iCode);
     }
+    RequireUnchanged(pDoing);
     // The statements are right: an error in one is a table or a column that the file lacks.
     if (iCode == SQLITE_IOERR_DATA || iPrimaryCode == SQLITE_CORRUPT || iPrimaryCode == SQLITE_NOTADB ||
         iPrimaryCode == SQLITE_ERROR) {
@@ -281,6 +291,12 @@ void CSqliteConnection::Throw(int iCode, const char* pDoing) const {
         ThrowStoreError(m_strUrl, pDoing, "it is damaged: " + strDamage + StoreAdvice::DAMAGED, StoreCode::DAMAGED);
     }
     ThrowStoreError(m_strUrl, pDoing, strWhy, iCode);
+}
+
+void CSqliteConnection::RequireUnchanged(const char* pDoing) const {
+    if (m_fixed && *m_fixed != GetSqliteFileState(m_strPath)) {
+        ThrowStoreError(m_strUrl, pDoing, "another process changed it while it was read; try again", SQLITE_BUSY);
+    }
 }
 
 void CSqliteConnection::Refuse(const std::string& strWhy) const {

@@ -2,10 +2,12 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "platform/store/CSettingsStore.h"
 #include "platform/store/CWriterNote.h"
+#include "platform/store/SqliteFile.h"
 
 struct sqlite3;
 
@@ -31,6 +33,11 @@ class CSqliteConnection {
     bool HasMoved() const;
     /** Whether the system tells what stands at the path; else HasMoved says yes without knowing. */
     bool CanLook() const;
+    /**
+     * A file that this user cannot lock is read without a lock, so another user may have written it meanwhile.
+     * @throws OS::CException when that is so
+     */
+    void RequireUnchanged(const char* pDoing) const;
     /** Who writes, for those who wait. */
     CWriterNote& GetWriterNote() { return m_note; }
     /** The version of the schema that the file has. */
@@ -64,6 +71,8 @@ class CSqliteConnection {
     [[noreturn]] void Refuse(const std::string& strWhy) const;
 
     std::string m_strUrl;
+    std::string m_strPath;              ///< of the file itself
+    std::optional<FileState> m_fixed;  ///< of a file that is read without a lock: when it was opened
     CWriterNote m_note;
     std::unique_ptr<sqlite3, SClose> m_pDb;
     int m_iVersion = 0;

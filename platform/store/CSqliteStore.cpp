@@ -323,6 +323,7 @@ SStoreTotals& CSqliteStore::Change(ESettingsKind eKind) {
 }
 
 void CSqliteStore::ThrowDamaged(const SStoreDamage& damage) const {
+    m_connection.RequireUnchanged(StoreDoing::READING);
     ThrowStoreError(m_units.GetUrl(), StoreDoing::READING, "it is damaged: " + ToText(damage) + StoreAdvice::DAMAGED,
                     StoreCode::DAMAGED);
 }
@@ -368,6 +369,7 @@ void CSqliteStore::Commit() {
                 ThrowMoved(StoreDoing::COMMITTING, NOTHING_WRITTEN);
             }
             Run(EStatement::COMMIT);
+            m_connection.RequireUnchanged(StoreDoing::READING);
         }
     } catch (...) {
         Rollback();

@@ -17,6 +17,7 @@ namespace {
 
 constexpr mode_t FOLDER_MODE = 0700;
 constexpr mode_t FILE_MODE = 0600;
+constexpr int MOST_LINKS = 40;
 constexpr const char JOURNAL[] = "-wal";
 constexpr const char CANNOT_READ[] = "cannot read the file";
 
@@ -49,6 +50,11 @@ void CheckRegular(const struct stat& status, const std::string& strUrl) {
     if (!S_ISREG(status.st_mode)) {
         ThrowStoreError(strUrl, StoreDoing::OPENING, S_ISDIR(status.st_mode) ? "it is a folder" : "it is no file");
     }
+    if (status.st_nlink > 1) {
+        ThrowStoreError(strUrl, StoreDoing::OPENING,
+                        "it has other names (hard links), and under each a journal of its own would stand; remove "
+                        "those, or copy it");
+    }
 }
 
 /** A file that is still to be made will be where the nearest folder above it is. */
@@ -66,21 +72,6 @@ void RefuseNetwork(const std::string& strPath, const std::string& strUrl) {
         ThrowStoreError(strUrl, StoreDoing::OPENING,
                         std::string("it is on a network file system (") + pNetwork->pName +
                             "), where several processes would damage it; name a place on a local disk");
-    }
-}
-
-/** Whoever could put a link into somebody's folder could else choose the file that is written. */
-void RefuseForeignLink(const std::string& strPath, const std::string& strUrl) {
-    struct stat status {};
-    if (::lstat(strPath.c_str(), &status) != 0 || !S_ISLNK(status.st_mode)) {
-        return;
-    }
-    if (status.st_uid != ::geteuid() && status.st_uid != 0) {
-        ThrowStoreError(strUrl, StoreDoing::OPENING,
-                        "it is another user's symbolic link, which is not followed; name the file itself");
-    }
-    if (::stat(strPath.c_str(), &status) != 0) {
-        ThrowSystemError(strUrl, "it is a symbolic link that leads to no file", errno);
     }
 }
 
@@ -106,9 +97,26 @@ void MakeFolders(const std::filesystem::path& folder, const std::string& strUrl)
 
 }  // namespace
 
+/** Whoever could put a link into somebody's folder could else choose the file that is written. */
+std::string FollowSqliteLinks(const std::string& strPath, const std::string& strUrl) {
+    std::filesystem::path place = strPath;
+    struct stat status {};
+    for (int i = 0; i < MOST_LINKS && ::lstat(place.c_str(), &status) == 0 && S_ISLNK(status.st_mode); ++i) {
+        if (status.st_uid != ::geteuid() && status.st_uid != 0) {
+            ThrowStoreError(strUrl, StoreDoing::OPENING,
+                            "it is another user's symbolic link, which is not followed; name the file itself");
+        }
+        if (::stat(place.c_str(), &status) != 0) {
+            ThrowSystemError(strUrl, "it is a symbolic link that leads to no file", errno);
+        }
+        std::error_code error;
+        place = place.parent_path() / std::filesystem::read_symlink(place, error);
+    }
+    return place.string();
+}
+
 bool MakeSqliteFile(const std::string& strPath, const std::string& strUrl) {
     RefuseNetwork(strPath, strUrl);
-    RefuseForeignLink(strPath, strUrl);
     struct stat status {};
     if (::stat(strPath.c_str(), &status) == 0) {
         CheckRegular(status, strUrl);
@@ -130,7 +138,6 @@ bool MakeSqliteFile(const std::string& strPath, const std::string& strUrl) {
 
 bool FindSqliteFile(const std::string& strPath, const std::string& strUrl) {
     RefuseNetwork(strPath, strUrl);
-    RefuseForeignLink(strPath, strUrl);
     struct stat status {};
     if (::stat(strPath.c_str(), &status) != 0) {
         ThrowSystemError(strUrl, CANNOT_READ, errno);
@@ -147,8 +154,19 @@ bool IsSqliteFileFixed(const std::string& strPath) {
     return !IsAccessible(strPath, W_OK) && !IsAccessible(strFolder, W_OK) && !IsAccessible(strPath + JOURNAL, F_OK);
 }
 
-std::vector<std::string> FindSqliteFileDangers(const std::string& strPath) {
+FileState GetSqliteFileState(const std::string& strPath) {
+    struct stat status {};
+    if (::stat(strPath.c_str(), &status) != 0) {
+        return {};
+    }
+    return {status.st_size, status.st_mtim.tv_sec, status.st_mtim.tv_nsec};
+}
+
+std::vector<std::string> FindSqliteFileDangers(const std::string& strNamed) {
     std::vector<std::string> vecDangers;
+    std::error_code error;
+    const std::filesystem::path target = std::filesystem::canonical(strNamed, error);
+    const std::string strPath = error ? strNamed : target.string();
     struct stat status {};
     if (::stat(strPath.c_str(), &status) == 0 && (status.st_mode & S_IRWXO) != 0) {
         vecDangers.push_back(std::string("everybody may ") + ((status.st_mode & S_IWOTH) != 0 ? "change" : "read") +

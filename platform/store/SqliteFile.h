@@ -1,8 +1,17 @@
 #pragma once
 
+#include <array>
+#include <cstdint>
 #include <functional>
 #include <string>
 #include <vector>
+
+/**
+ * Follows links at the path's end: the journal is beside the file itself.
+ * @return the path of what they lead to
+ * @throws OS::CException when one is another user's or leads to nothing
+ */
+std::string FollowSqliteLinks(const std::string& strPath, const std::string& strUrl);
 
 /**
  * Makes sure that a regular file stands at the path. A missing one is made, empty, for its owner alone (mode 0600), and
@@ -21,10 +30,16 @@ bool MakeSqliteFile(const std::string& strPath, const std::string& strUrl);
 bool FindSqliteFile(const std::string& strPath, const std::string& strUrl);
 
 /**
- * @return whether the caller may write neither the file nor into its folder, and no journal stands beside it: the engine
- * can then make none of the files by which it knows of writers
+ * @return whether the caller may write neither the file nor into its folder, and no journal stands beside it: the
+ * engine can then make none of the files by which it knows of writers
  */
 bool IsSqliteFileFixed(const std::string& strPath);
+
+/** What changes whenever a file is written: its length, and when it was changed, in seconds and nanoseconds. */
+using FileState = std::array<std::int64_t, 3>;
+
+/** @return the state of the file at the path; zeros when nothing is there */
+FileState GetSqliteFileState(const std::string& strPath);
 
 /** @return what endangers the file from outside, each in one line with what to do */
 std::vector<std::string> FindSqliteFileDangers(const std::string& strPath);

@@ -25,7 +25,8 @@ constexpr char TEMPORARY[] = ".new-XXXXXX";
 constexpr char FORMER[] = ".before-restore";
 constexpr char DAMAGED[] = ".damaged";
 constexpr char JOURNAL[] = "-wal";
-constexpr const char* SIDE_FILES[] = {JOURNAL, "-shm", "-journal", "-writer"};
+constexpr char ROLLBACK_JOURNAL[] = "-journal";
+constexpr const char* SIDE_FILES[] = {JOURNAL, "-shm", ROLLBACK_JOURNAL, "-writer"};
 constexpr mode_t MODE_BITS = 0777;
 
 [[noreturn]] void ThrowSystemError(const std::string& strPath, const char* pDoing, int iError) {
@@ -188,15 +189,17 @@ SRestored Replace(CSettingsStore& backup, CSettingsStore& store, const std::stri
 }
 
 /**
- * The journal of the damaged file goes first: the new file must never stand beside it. A failure between leaves the
+ * The journals of the damaged file go first: the new file must never stand beside it. A failure between leaves the
  * damaged store as it was, in two places.
  */
 void PutAside(const std::string& strPath, const std::string& strAside) {
     if (::link(strPath.c_str(), strAside.c_str()) != 0) {
         ThrowSystemError(strPath, StoreDoing::RESTORING, errno);
     }
-    if (::rename((strPath + JOURNAL).c_str(), (strAside + JOURNAL).c_str()) != 0 && errno != ENOENT) {
-        ThrowSystemError(strPath, StoreDoing::RESTORING, errno);
+    for (const char* pJournal : {JOURNAL, ROLLBACK_JOURNAL}) {
+        if (::rename((strPath + pJournal).c_str(), (strAside + pJournal).c_str()) != 0 && errno != ENOENT) {
+            ThrowSystemError(strPath, StoreDoing::RESTORING, errno);
+        }
     }
     for (const char* pSideFile : SIDE_FILES) {
         ::unlink((strPath + pSideFile).c_str());
@@ -224,6 +227,10 @@ Counts Save(CSettingsStore& store, const std::string& strPath, const Step& fnSte
     if (Exists(strPath + JOURNAL)) {
         ThrowStoreError(CSqliteStore::SCHEME + strPath, StoreDoing::BACKING_UP,
                         "it is a store that is in use; name another file");
+    }
+    std::error_code error;
+    if (fs::exists(strPath, error) && !fs::is_regular_file(strPath, error)) {
+        ThrowStoreError(CSqliteStore::SCHEME + strPath, StoreDoing::BACKING_UP, "it is no file; name another");
     }
     const CTemporaryFile file(strPath);
     const Counts aCounts = Fill(file, store, fnStep);

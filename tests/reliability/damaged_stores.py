@@ -220,7 +220,8 @@ class Trial:
     def try_restore(self, store):
         run = self.tool.run(store, "store", "restore", self.backup)
         if run.returncode != 0:
-            return [] if b"newer version" in run.stderr else [f"restore ended with {run.returncode}: {run.stderr!r}"]
+            kept = (b"newer version", b"another program's")
+            return [] if any(word in run.stderr for word in kept) else [f"restore ended with {run.returncode}: {run.stderr!r}"]
         dump = self.tool.run(store, "store", "dump")
         for former in store.parent.glob(store.name + ".*"):
             former.unlink()

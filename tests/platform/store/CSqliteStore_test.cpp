@@ -234,6 +234,7 @@ TEST_F(SqliteStore, PlacesWithoutPermissionAreRefused) {
 const char FOREIGN[] =
     "it is no settings store, or a damaged one, and is left as it is; name another path, or bring back a backup "
     "(\"dlpctl store restore\")";
+const char OTHERS[] = "it is another program's database, and is left as it is; name another path";
 const char ADVICE[] = "; \"dlpctl store check\" says what else is, \"dlpctl store restore\" brings back a backup";
 
 TEST_F(SqliteStore, FileThatIsNoDatabaseIsLeftAsItIs) {
@@ -251,18 +252,18 @@ TEST_F(SqliteStore, FileThatIsNoDatabaseIsLeftAsItIs) {
 }
 
 TEST_F(SqliteStore, DatabaseOfAnotherProgramIsLeftAsItIs) {
-    const char* const PROGRAMS[] = {
-        "CREATE TABLE t (x); INSERT INTO t VALUES (1);",
-        "PRAGMA journal_mode = WAL; CREATE TABLE expressions (subject TEXT);",
-        "PRAGMA application_id = 1; PRAGMA user_version = 1; CREATE TABLE t (x);",
-        "PRAGMA application_id = 0x444C5053; CREATE TABLE t (x);",
-        "PRAGMA application_id = 0x444C5053; PRAGMA user_version = -1;",
-        "PRAGMA user_version = 1;",
+    const std::pair<const char*, const char*> PROGRAMS[] = {
+        {"CREATE TABLE t (x); INSERT INTO t VALUES (1);", OTHERS},
+        {"PRAGMA journal_mode = WAL; CREATE TABLE expressions (subject TEXT);", OTHERS},
+        {"PRAGMA application_id = 1; PRAGMA user_version = 1; CREATE TABLE t (x);", OTHERS},
+        {"PRAGMA application_id = 0x444C5053; CREATE TABLE t (x);", FOREIGN},
+        {"PRAGMA application_id = 0x444C5053; PRAGMA user_version = -1;", FOREIGN},
+        {"PRAGMA user_version = 1;", OTHERS},
     };
-    for (const char* pSql : PROGRAMS) {
+    for (const auto& [pSql, pWhy] : PROGRAMS) {
         fs::remove(Path());
         RunSql(Path(), pSql, nullptr);
-        EXPECT_EQ(Opening(Path(), FOREIGN), RefusalOf(Path())) << pSql;
+        EXPECT_EQ(Opening(Path(), pWhy), RefusalOf(Path())) << pSql;
     }
 }
 
@@ -282,7 +283,7 @@ TEST_F(SqliteStore, JournalsOfAnotherProgramAreLeftAsTheyAre) {
         });
         ASSERT_EQ(-SIGKILL, WaitFor(iProcess));
         ASSERT_GE(Files().size(), 2u) << pMode;
-        EXPECT_EQ(Opening(Path(), FOREIGN), RefusalOf(Path())) << pMode;
+        EXPECT_EQ(Opening(Path(), OTHERS), RefusalOf(Path())) << pMode;
         fs::remove(Path() + "-wal");
         fs::remove(Path() + "-shm");
         fs::remove(Path() + "-journal");
@@ -382,6 +383,76 @@ TEST_F(SqliteStore, LinkOfAnotherUserIsNotFollowed) {
     EXPECT_EQ(Opening(Path(), strWhy), RefusalOf(Path()));
     EXPECT_EQ(Opening(Path(), strWhy),
               ExceptionText([&] { CSettingsStore::Make("sqlite:" + Path(), EUnitOfWork::READ); }));
+}
+
+TEST_F(SqliteStore, LinksOfOthersAreNotFollowedBehindOnesOwn) {
+    if (::geteuid() != 0) {
+        GTEST_SKIP() << "only root can make another user's link";
+    }
+    CSqliteStore(m_folder.Path("real.db")).Save(Expression("S"));
+    fs::create_symlink("real.db", m_folder.Path("second.db"));
+    fs::create_symlink("second.db", Path());
+    EXPECT_EQ("", RefusalOf(Path()));
+    ASSERT_EQ(0, ::lchown(m_folder.Path("second.db").c_str(), 65534, 65534));
+    EXPECT_EQ(Opening(Path(), "it is another user's symbolic link, which is not followed; name the file itself"),
+              RefusalOf(Path()));
+}
+
+TEST_F(SqliteStore, FileWithSeveralNamesIsRefused) {
+    CSqliteStore(Path()).Save(Expression("S"));
+    fs::create_hard_link(Path(), m_folder.Path("other.db"));
+    const std::string strWhy =
+        "it has other names (hard links), and under each a journal of its own would stand; remove those, or copy it";
+    EXPECT_EQ(Opening(Path(), strWhy), RefusalOf(Path()));
+    EXPECT_EQ(Opening(m_folder.Path("other.db"), strWhy),
+              ExceptionText([&] { CSettingsStore::Make("sqlite:" + m_folder.Path("other.db"), EUnitOfWork::READ); }));
+    fs::remove(m_folder.Path("other.db"));
+    EXPECT_EQ("", RefusalOf(Path()));
+}
+
+TEST_F(SqliteStore, WhatIsReadThroughALinkIsWhatTheJournalBesideTheFileHolds) {
+    CSqliteStore writer(m_folder.MakeFolder("real") + "/store.db");
+    writer.Save(Expression("S"));
+    m_folder.MakeFolder("links");
+    fs::create_symlink("../real/store.db", m_folder.Path("links/store.db"));
+    ::chmod(m_folder.Path().c_str(), 0755);
+    ::chmod(m_folder.Path("real").c_str(), 0755);
+    ::chmod(m_folder.Path("links").c_str(), 0555);
+    for (const auto& entry : fs::directory_iterator(m_folder.Path("real"))) {
+        ::chmod(entry.path().c_str(), entry.path().extension() == ".db" ? 0444 : 0666);
+    }
+    const CUnprivileged unprivileged;
+    EXPECT_EQ("expressions subject=\"S\"\n",
+              DumpStore(*CSettingsStore::Make("sqlite:" + m_folder.Path("links/store.db"), EUnitOfWork::READ)));
+}
+
+TEST_F(SqliteStore, ReadWithoutALockAWriterInBetweenIsTold) {
+    { CSqliteStore(Path()).Save(Expression("S")); }
+    m_folder.MakeFolder("fixed");
+    const std::string strFixed = m_folder.Path("fixed/store.db");
+    m_folder.Write("fixed/store.db", m_folder.Read("settings.db"));
+    ::chmod(m_folder.Path().c_str(), 0755);
+    ::chmod(strFixed.c_str(), 0444);
+    ::chmod(m_folder.Path("fixed").c_str(), 0555);
+    const auto fnRead = [&](const std::function<void()>& fnMeanwhile) {
+        std::unique_ptr<CSettingsStore> pStore;
+        {
+            const CUnprivileged unprivileged;
+            pStore = CSettingsStore::Make("sqlite:" + strFixed, EUnitOfWork::READ);
+        }
+        return ExceptionText([&] {
+            CSettingsTransaction unit(*pStore, EUnitOfWork::READ);
+            pStore->ReadAll(ESettingsKind::EXPRESSION, [&](CSettingsRow&&) { fnMeanwhile(); });
+            unit.Commit();
+        });
+    };
+    EXPECT_EQ("", fnRead([] {}));
+    EXPECT_EQ("settings store sqlite:" + strFixed +
+                  ", reading records: another process changed it while it was read; try again",
+              fnRead([&] {
+                  ::chmod(strFixed.c_str(), 0644);
+                  m_folder.Write("fixed/store.db", m_folder.Read("settings.db") + std::string(4096, 'x'));
+              }));
 }
 
 TEST_F(SqliteStore, NetworkFileSystemsAreRefused) {

@@ -168,6 +168,49 @@ TEST_F(StoreBackupTest, PutsADamagedStoreAside) {
     }
 }
 
+TEST_F(StoreBackupTest, AnotherProgramsDatabaseStays) {
+    {
+        CSqliteStore store(Path());
+        StoreBackup::Save(store, BackupPath(), NoStep);
+    }
+    const auto pBackup = StoreBackup::Open(BackupPath());
+    const std::string strOther = m_folder.Path("other.db");
+    sqlite3* pDb = nullptr;
+    ASSERT_EQ(SQLITE_OK, sqlite3_open(strOther.c_str(), &pDb));
+    sqlite3_exec(pDb, "CREATE TABLE theirs (x); INSERT INTO theirs VALUES (1)", nullptr, nullptr, nullptr);
+    sqlite3_close(pDb);
+    m_folder.Write("other.db-journal", "hot");
+    const std::string strBytes = m_folder.Read("other.db");
+    EXPECT_NE(std::string::npos, ExceptionText([&] {
+                                     StoreBackup::Restore(*pBackup, strOther, false, NoStep);
+                                 }).find("it is another program's database"));
+    EXPECT_EQ(strBytes, m_folder.Read("other.db"));
+    EXPECT_EQ("hot", m_folder.Read("other.db-journal"));
+}
+
+TEST_F(StoreBackupTest, JournalsGoWithADamagedStore) {
+    {
+        CSqliteStore store(Path());
+        StoreBackup::Save(store, BackupPath(), NoStep);
+    }
+    Damage(Path(), 0);
+    m_folder.Write("settings.db-wal", "log");
+    m_folder.Write("settings.db-journal", "hot");
+    StoreBackup::Restore(*StoreBackup::Open(BackupPath()), Path(), false, NoStep);
+    EXPECT_EQ("log", m_folder.Read("settings.db.damaged-wal"));
+    EXPECT_EQ("hot", m_folder.Read("settings.db.damaged-journal"));
+    EXPECT_FALSE(fs::exists(Path() + "-journal"));
+    EXPECT_EQ(KEPT, DumpFile(Path()));
+}
+
+TEST_F(StoreBackupTest, WhatIsNoFileIsNotReplaced) {
+    CSqliteStore store(Path());
+    ASSERT_EQ(0, ::mkfifo(BackupPath().c_str(), 0600));
+    EXPECT_EQ("settings store sqlite:" + BackupPath() + ", writing a backup: it is no file; name another",
+              ExceptionText([&] { StoreBackup::Save(store, BackupPath(), NoStep); }));
+    EXPECT_EQ(fs::file_type::fifo, fs::status(BackupPath()).type());
+}
+
 TEST_F(StoreBackupTest, RestoresWhereNothingIs) {
     {
         CSqliteStore store(Path());
