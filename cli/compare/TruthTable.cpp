@@ -45,6 +45,23 @@ void CTruthTable::Join(EOperator eOperator, const CTruthTable& other) {
     }
 }
 
+bool CTruthTable::DependsOn(std::size_t iCondition, const CTruthTable& possible) const {
+    const std::size_t iStep = iCondition < COLUMN_COUNT ? 0 : std::size_t{1} << (iCondition - COLUMN_COUNT);
+    for (std::size_t i = 0; i < m_vecWords.size(); ++i) {
+        if (iStep != 0 && (i & iStep) != 0) {
+            continue;
+        }
+        const std::size_t iWith = i | iStep;
+        const unsigned int iShift = iStep != 0 ? 0U : 1U << iCondition;
+        const std::uint64_t iChanges = m_vecWords[i] ^ (m_vecWords[iWith] >> iShift);
+        const std::uint64_t iPossible = possible.m_vecWords[i] & (possible.m_vecWords[iWith] >> iShift);
+        if ((iChanges & iPossible & (iStep != 0 ? ALL : ~COLUMNS[iCondition])) != 0) {
+            return true;
+        }
+    }
+    return false;
+}
+
 std::optional<std::uint32_t> CTruthTable::FindFewest() const {
     std::optional<std::uint32_t> fewest;
     int iFewest = MAX_CONDITIONS + 1;
