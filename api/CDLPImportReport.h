@@ -24,6 +24,7 @@ class DLP_PARSER_API CDLPImportReport {
         TEMPLATE,
         CATEGORY,  ///< an entry of an industry or a region; told of only when it is skipped
         SECTION,   ///< of the older layout, which is told of only when it is skipped
+        ELEMENT,   ///< one that stands where items do and is none; told of only because it is skipped
     };
 
     /** Every item ends in exactly one. */
@@ -44,6 +45,7 @@ class DLP_PARSER_API CDLPImportReport {
         OLDER_SECTION,          ///< a section that the older layout does not carry over
         UNKNOWN_TEMPLATE,       ///< the entry names no template of the document
         STORE,                  ///< the store could not write it
+        UNKNOWN_ELEMENT,        ///< no policy has such an element where it stands
     };
 
     static constexpr std::size_t NO_PLACE = static_cast<std::size_t>(-1);
@@ -54,7 +56,10 @@ class DLP_PARSER_API CDLPImportReport {
         OS::x_wstring strDisplayName;
         EDisposition eDisposition = EDisposition::CREATED;
         EReason eReason = EReason::NONE;
-        /** The missing child, the value that the rule is skipped for, the unknown template, or what the store said. */
+        /**
+         * The missing child, the value that the rule is skipped for, the unknown template, what an unknown element
+         * stands in, or what the store said.
+         */
         OS::x_wstring strDetail;
         /** Of the start tag's "<": bytes of the file, or characters of the text. */
         std::size_t iOffset = NO_PLACE;

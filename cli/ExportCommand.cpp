@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <iterator>
 #include <memory>
 #include <set>
 #include <string>
@@ -17,6 +18,7 @@
 #include "cli/StoreSession.h"
 #include "cli/Suggestion.h"
 #include "cli/Text.h"
+#include "cli/edit/Referrers.h"
 #include "digital_assets/ExportObserver.h"
 #include "platform/common/TextConversion.h"
 #include "platform/store/CSettingsStore.h"
@@ -71,6 +73,8 @@ bool HoldsExcept(const std::vector<SMatchRule>& vecRules) {
     });
 }
 
+constexpr const char NO_REASON[] = "the export failed; --log - --log-level all shows where";
+
 class CTemplateExportCommand : public CExportObserver {
   public:
     CTemplateExportCommand(CCommandContext& context, const SArguments& arguments)
@@ -86,9 +90,9 @@ class CTemplateExportCommand : public CExportObserver {
             const CSettingsTransaction unit(EUnitOfWork::READ);
             Export(m_arguments.bAll ? ListAllNames() : m_arguments.vecNames);
             store.ThrowIfFailed();
-        }
-        if (m_report.strDocument.empty()) {
-            throw CToolError(EVerdict::INVALID, m_strFailure + "; nothing was written");
+            if (m_report.strDocument.empty()) {
+                throw CToolError(EVerdict::INVALID, ExplainFailure() + "; nothing was written");
+            }
         }
         return FinishExport(m_context, m_arguments, m_report);
     }
@@ -103,7 +107,8 @@ class CTemplateExportCommand : public CExportObserver {
     }
 
     void OnRecordFailed(const std::string& strSubject, const std::string& strMessage) override {
-        m_strFailure = Text::Printable(strSubject) + " cannot be written: " + Text::Printable(strMessage);
+        m_strFailed = strSubject;
+        m_strMessage = strMessage;
     }
 
   private:
@@ -135,6 +140,7 @@ class CTemplateExportCommand : public CExportObserver {
     }
 
     void Export(const std::vector<std::string>& vecNames) {
+        m_lstAsked.insert(vecNames.begin(), vecNames.end());
         std::vector<OS::x_wstring> vecWide;
         vecWide.reserve(vecNames.size());
         for (const std::string& strName : vecNames) {
@@ -177,6 +183,32 @@ class CTemplateExportCommand : public CExportObserver {
         }
     }
 
+    std::string ExplainFailure() const {
+        const auto* pKind = std::find_if(std::begin(KINDS), std::end(KINDS), [this](const SKind& kind) {
+            return m_strFailed.rfind(OS::Utf8Lenient(kind.pSubject), 0) == 0;
+        });
+        if (pKind == std::end(KINDS)) {
+            return m_strFailed.empty() ? NO_REASON : CannotBeWritten(Text::Printable(m_strFailed));
+        }
+        const std::string strName = m_strFailed.substr(OS::Utf8Lenient(pKind->pSubject).size());
+        const std::string strCalled = std::string(pKind->pWord) + ' ' + Text::Quoted(strName);
+        const std::vector<CSettingsRow> vecReferrers = FindReferrers(pKind->eKind, strName);
+        const auto itReferrer = std::find_if(vecReferrers.begin(), vecReferrers.end(), [this](const CSettingsRow& row) {
+            return m_lstAsked.count(row.GetText(NAME_COLUMN)) != 0;
+        });
+        const bool bStored =
+            CSettingsStore::Current().FindOne(pKind->eKind, AssetColumn::SUBJECT, m_strFailed) != nullptr;
+        if (bStored || itReferrer == vecReferrers.end()) {
+            return CannotBeWritten("the " + strCalled);
+        }
+        return "the template " + Text::Quoted(itReferrer->GetText(NAME_COLUMN)) +
+               " cannot be exported: it refers to the " + strCalled + ", which is not stored";
+    }
+
+    std::string CannotBeWritten(const std::string& strWhat) const {
+        return strWhat + " cannot be written: " + Text::Printable(m_strMessage);
+    }
+
     static std::size_t CountOthers(ESettingsKind eKind, std::size_t iCarried) {
         return CSettingsStore::Current().Count(eKind) - iCarried;
     }
@@ -184,7 +216,9 @@ class CTemplateExportCommand : public CExportObserver {
     CCommandContext& m_context;
     const SArguments& m_arguments;
     SExportReport m_report;
-    std::string m_strFailure = "the export failed; --log - --log-level all shows where";
+    std::unordered_set<std::string> m_lstAsked;
+    std::string m_strFailed;  ///< subject identifier of the record over which the export failed
+    std::string m_strMessage;
 };
 
 }  // namespace

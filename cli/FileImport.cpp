@@ -1,11 +1,12 @@
 #include "cli/FileImport.h"
 
-#include <map>
 #include <optional>
+#include <set>
 #include <utility>
 
 #include <nlohmann/json.hpp>
 
+#include "cli/AssetSuggestions.h"
 #include "cli/CommandContext.h"
 #include "cli/ImportOptions.h"
 #include "cli/ImportRefusal.h"
@@ -15,19 +16,16 @@
 #include "cli/InstalledFiles.h"
 #include "cli/ItemChoice.h"
 #include "cli/KeptSettings.h"
-#include "cli/Kinds.h"
-#include "cli/NearestName.h"
 #include "cli/Progress.h"
 #include "cli/Signals.h"
 #include "cli/StoreSession.h"
 #include "cli/Text.h"
 #include "platform/store/CSettingsStore.h"
+#include "templates/CAssetNames.h"
 #include "xml/CPolicyDocument.h"
+#include "xml/Vocabulary.h"
 
 namespace {
-
-/** Looking for the nearest name takes long in a large store, and nobody reads hundreds of them. */
-constexpr std::size_t MAX_SUGGESTIONS = 20;
 
 constexpr const char NOT_TAKEN[] = " cannot be taken, and --fail-on-skip is given";
 
@@ -58,7 +56,7 @@ class CReportObserver : public CImportObserver {
     bool KeepsStored() override { return m_bKeepsStored; }
 
     void OnItem(const SImportItem& item) override {
-        m_report.vecItems.push_back({item, {}, {}});
+        m_report.vecItems.emplace_back(item);
         Step();
     }
 
@@ -72,6 +70,32 @@ class CReportObserver : public CImportObserver {
     const CItemChoice* m_pChoice;
     bool m_bKeepsStored;
 };
+
+/** Calls fnItem for each asset and template of a document as an import of it looks at them. */
+template <class F>
+void ForEachItem(const CXMLView& root, bool bTemplates, const F& fnItem) {
+    struct SPlaceOfItems {
+        const char* pSection;
+        const char* pItem;
+        EItemKind eKind;
+    };
+    constexpr SPlaceOfItems PLACES[] = {
+        {TagUtf8::DIGITAL_ASSETS, TagUtf8::ENTITY, EItemKind::EXPRESSION},
+        {TagUtf8::DIGITAL_ASSETS, TagUtf8::DICTIONARY, EItemKind::KEYWORD},
+        {TagUtf8::COMPLIANCE_TEMPLATES, TagUtf8::TEMPLATE, EItemKind::TEMPLATE},
+    };
+    const bool bAssets = !bTemplates || !IsOlderLayout(root);
+    for (const auto& [pSection, pItem, eKind] : PLACES) {
+        const bool bLookedAt =
+            root.Name() == TagUtf8::SA_POLICY && (eKind == EItemKind::TEMPLATE ? bTemplates : bAssets);
+        for (CXMLView section = root.FirstChild(pSection); bLookedAt && section;
+             section = section.NextSibling(pSection)) {
+            for (CXMLView item = section.FirstChild(pItem); item; item = item.NextSibling(pItem)) {
+                fnItem(eKind, item);
+            }
+        }
+    }
+}
 
 class CFileImport {
   public:
@@ -112,12 +136,14 @@ class CFileImport {
         Signals::ThrowIfCaught();
         store.ThrowIfFailed();
         if (*m_report.iResult != 0) {
+            AddUnreached(root);
             m_report.Undo(EVerdict::INVALID, ExplainRefusal(root, *m_report.iResult));
             m_report.eRefusal = GetRefusalCode(root, *m_report.iResult);
             m_report.place = CSourcePlaces(m_file.strBytes).Find(m_file.iStart + root.Offset());
             return;
         }
-        SuggestNames();
+        FindUnknownReferences();
+        SuggestNames(m_run.door.bTemplates && IsOlderLayout(root));
         const std::size_t iRefused = m_report.CountRefused();
         if (m_run.options.bFailOnSkip && iRefused != 0) {
             m_bShowsFindings = true;
@@ -138,38 +164,79 @@ class CFileImport {
     }
 
     void ImportDocument(const CXMLView& root, CPolicyDocument& document) {
-        std::optional<CItemChoice> choice;
         if (!m_run.options.vecOnly.empty()) {
-            choice.emplace(m_run.options.vecOnly, root);
-            m_report.vecMissing = choice->FindMissing();
+            m_choice.emplace(m_run.options.vecOnly, root);
+            m_report.vecMissing = m_choice->FindMissing();
         }
         const CProgress progress(m_context, m_report.strFile);
         CProgress::Expect(CountItems(root));
-        CReportObserver observer(m_report, choice ? &*choice : nullptr, m_run.options.bSkipExisting);
+        CReportObserver observer(m_report, m_choice ? &*m_choice : nullptr, m_run.options.bSkipExisting);
         m_report.iResult = m_run.door.fnImport(m_context, document, m_report, observer);
         m_report.iTemplatesLeft = m_run.door.bTemplates ? 0 : CountTemplates(root);
     }
 
-    /** Part of the unit of work: after its end the store must not be able to fail any more. */
-    void SuggestNames() {
-        std::map<ESettingsKind, std::vector<std::string>> mapNames;
-        std::map<std::pair<ESettingsKind, std::string>, std::string> mapNearest;
-        for (SReportItem& item : m_report.vecItems) {
-            if (!item.IsUnknownReference() || mapNearest.size() == MAX_SUGGESTIONS) {
-                continue;
-            }
-            const ESettingsKind eKind =
-                item.fault == ETemplateFault::UNKNOWN_EXPRESSION ? ESettingsKind::EXPRESSION : ESettingsKind::KEYWORD;
-            std::vector<std::string>& vecNames = mapNames[eKind];
-            if (vecNames.empty()) {
-                CSettingsStore::Current().ReadColumn(eKind, NAME_COLUMN, vecNames);
-            }
-            const auto [itNearest, bNew] = mapNearest.try_emplace({eKind, item.strFaulty});
-            if (bNew) {
-                itNearest->second = FindNearestName(item.strFaulty, vecNames);
-            }
-            item.strNearest = itNearest->second;
+    /** An import that fails has not come to every item. */
+    void AddUnreached(const CXMLView& root) {
+        std::set<std::size_t> setReached;
+        for (const SReportItem& item : m_report.vecItems) {
+            setReached.insert(item.iOffset);
         }
+        m_report.iNotChosen = 0;
+        ForEachItem(root, m_run.door.bTemplates, [&](EItemKind eKind, const CXMLView& element) {
+            if (m_choice && !m_choice->Holds(eKind, element.Attribute(TagUtf8::NAME))) {
+                ++m_report.iNotChosen;
+            } else if (setReached.count(element.Offset()) == 0) {
+                SImportItem item;
+                item.eKind = eKind;
+                item.strName = element.Attribute(TagUtf8::NAME);
+                item.strDisplayName = element.Attribute(TagUtf8::DISPLAY_NAME);
+                item.iOffset = element.Offset();
+                m_report.vecItems.emplace_back(item);
+            }
+        });
+    }
+
+    /** What follows is part of the unit of work: after its end the store must not be able to fail any more. */
+    void SuggestNames(bool bOlder) {
+        CAssetSuggestions suggestions(bOlder);
+        for (SReportItem& item : m_report.vecItems) {
+            if (item.IsUnknownReference()) {
+                const bool bExpression = item.fault == ETemplateFault::UNKNOWN_EXPRESSION;
+                item.strNearest =
+                    suggestions.Find(bExpression ? ESettingsKind::EXPRESSION : ESettingsKind::KEYWORD, item.strFaulty);
+            }
+            for (SUnknownReference& reference : item.vecUnknown) {
+                const bool bExpression = reference.eKind == EItemKind::EXPRESSION;
+                reference.strNearest = suggestions.Find(
+                    bExpression ? ESettingsKind::EXPRESSION : ESettingsKind::KEYWORD, reference.strName);
+            }
+        }
+    }
+
+    /** What foreign children of a template refer to is stored unseen. */
+    void FindUnknownReferences() {
+        const auto fnType = [](EItemKind eKind) {
+            return eKind == EItemKind::EXPRESSION ? EElementType::ENTITY : EElementType::KEYWORD;
+        };
+        const auto fnForEach = [this](const auto& fn) {
+            for (SReportItem& item : m_report.vecItems) {
+                for (const SForeignChild& foreign : item.vecForeign) {
+                    for (const SForeignChild::SReference& reference : foreign.vecReferences) {
+                        fn(item, reference);
+                    }
+                }
+            }
+        };
+        CAssetNames names;
+        fnForEach([&](const SReportItem&, const SForeignChild::SReference& reference) {
+            names.Add(fnType(reference.eKind), reference.strName);
+        });
+        names.Ask();
+        fnForEach([&](SReportItem& item, const SForeignChild::SReference& reference) {
+            if (item.IsTaken() && !names.IsStored(fnType(reference.eKind), reference.strName)) {
+                item.vecUnknown.push_back({{reference}, {}, {}});
+            }
+        });
     }
 
     /** The answer begins before the store changes: when nobody can be told, nothing is done. */
@@ -220,12 +287,22 @@ class CFileImport {
     void FindPlaces() {
         const bool bAll = m_context.IsJson() || m_run.reportFile.ShowsEveryItem();
         std::optional<CSourcePlaces> places;
+        const auto fnFind = [&](std::size_t iOffset) {
+            if (!places) {
+                places.emplace(m_file.strBytes);
+            }
+            return iOffset == std::string::npos ? SPlace() : places->Find(m_file.iStart + iOffset);
+        };
         for (SReportItem& item : m_report.vecItems) {
-            if (item.iOffset != std::string::npos && (bAll || item.IsShown())) {
-                if (!places) {
-                    places.emplace(m_file.strBytes);
-                }
-                item.place = places->Find(m_file.iStart + item.iOffset);
+            if (!bAll && !item.IsShown()) {
+                continue;
+            }
+            item.place = fnFind(item.iOffset);
+            for (const SForeignChild& foreign : item.vecForeign) {
+                item.vecForeignPlaces.push_back(fnFind(foreign.iOffset));
+            }
+            for (SUnknownReference& reference : item.vecUnknown) {
+                reference.place = fnFind(reference.iOffset);
             }
         }
     }
@@ -234,6 +311,7 @@ class CFileImport {
     CCommandContext& m_context;
     SPolicyFile m_file;
     SImportReport m_report;
+    std::optional<CItemChoice> m_choice;
     bool m_bShowsFindings = false;
 };
 

@@ -22,7 +22,7 @@ struct SItemKind {
 constexpr SItemKind ITEM_KINDS[] = {
     {"expression", "expression", "expressions"}, {"keyword", "keyword list", "keyword lists"},
     {"template", "template", "templates"},       {"category", "category entry", "category entries"},
-    {"section", "section", "sections"},
+    {"section", "section", "sections"},          {"element", "element", "unknown elements"},
 };
 constexpr std::size_t KIND_COUNT = std::size(ITEM_KINDS);
 
@@ -50,6 +50,8 @@ constexpr SReason REASONS[] = {
      "move it into a document of the present layout, whose root has a template_version"},
     {"unknown-template", "no template of the document has this name: ", "correct the name or remove the entry"},
     {"store", "the store could not write it", "nothing of the file was kept"},
+    {"unknown-element", "no policy has it in ", "correct its name, or remove it"},
+    {"undone", "nothing of the file was kept", "import it again once the rest is right"},
 };
 
 struct SFault {
@@ -66,6 +68,9 @@ constexpr SFault FAULTS[] = {
     {"block-operation", EItemKind::TEMPLATE, "write AND or OR"},
     {"rule-operation", EItemKind::TEMPLATE, "write AND or OR"},
 };
+
+constexpr const char RULE[] = "rule";
+constexpr const char BLOCK[] = "building block";
 
 constexpr const char DRY_RUN[] = "nothing was kept: this was a dry run\n";
 
@@ -112,16 +117,6 @@ std::string NameOf(const SReportItem& item) {
     return std::string(Row(item.eKind).pWord) + ' ' + Text::Quoted(item.strName);
 }
 
-std::string Why(const SReportItem& item) {
-    const SReason& reason = Row(item.eReason);
-    if (!item.IsUnknownReference()) {
-        return std::string(reason.pWhy) + Text::Printable(item.strDetail) + "; " +
-               (item.fault ? Row(*item.fault).pAdvice : reason.pAdvice);
-    }
-    return std::string("it refers to the ") + Row(Row(*item.fault).eKind).pWord + ' ' + Text::Quoted(item.strFaulty) +
-           ", which is not stored; " + AdviseReference(item);
-}
-
 std::string MakeMissing(const SImportReport& report) {
     std::string strLines;
     for (const SMissingName& missing : report.vecMissing) {
@@ -147,6 +142,20 @@ Json TextOrNull(const std::string& strText) {
     return strText.empty() ? Json() : Json(strText);
 }
 
+Json MakeForeignJson(const SReportItem& item) {
+    Json children = Json::array();
+    for (std::size_t i = 0; i < item.vecForeign.size(); ++i) {
+        const SForeignChild& foreign = item.vecForeign[i];
+        const SPlace place = i < item.vecForeignPlaces.size() ? item.vecForeignPlaces[i] : SPlace();
+        children.push_back({{"element", foreign.strElement},
+                            {"read_as", foreign.bRule ? RULE : BLOCK},
+                            {"text", foreign.strReadAs},
+                            {"line", LineOrNull(place)},
+                            {"column", ColumnOrNull(place)}});
+    }
+    return children;
+}
+
 /** Beside whose fate it is: what of a rule is to blame, and what else there is to say of a template. */
 Json MakeWholeItemJson(const SReportItem& item) {
     Json object = MakeItemJson(item);
@@ -157,14 +166,22 @@ Json MakeWholeItemJson(const SReportItem& item) {
                                {"name", item.strFaulty},
                                {"nearest", TextOrNull(item.strNearest)}};
     }
-    object["foreign_children"] = item.iForeignChildren;
+    object["foreign_children"] = MakeForeignJson(item);
+    Json& unknown = object["unknown_references"] = Json::array();
+    for (const SUnknownReference& reference : item.vecUnknown) {
+        unknown.push_back({{"kind", Row(reference.eKind).pCode},
+                           {"name", reference.strName},
+                           {"nearest", TextOrNull(reference.strNearest)},
+                           {"line", LineOrNull(reference.place)},
+                           {"column", ColumnOrNull(reference.place)}});
+    }
     return object;
 }
 
 }  // namespace
 
 bool SImportReport::HasFindings() const {
-    return !vecMissing.empty() || !std::all_of(vecItems.begin(), vecItems.end(), std::mem_fn(&SReportItem::IsTaken));
+    return !vecMissing.empty() || std::any_of(vecItems.begin(), vecItems.end(), std::mem_fn(&SReportItem::IsFinding));
 }
 
 std::size_t SImportReport::CountRefused() const {
@@ -182,8 +199,12 @@ void SImportReport::Undo(EVerdict eWhy, const std::string& strWhy) {
     eVerdict = eWhy;
     strReason = strWhy;
     vecImported.clear();
-    vecItems.erase(std::remove_if(vecItems.begin(), vecItems.end(), std::mem_fn(&SReportItem::IsTaken)),
-                   vecItems.end());
+    for (SReportItem& item : vecItems) {
+        if (item.IsTaken()) {
+            item.eDisposition = EDisposition::SKIPPED;
+            item.eReason = EReason::UNDONE;
+        }
+    }
 }
 
 Json MakeItemJson(const SReportItem& item) {
@@ -222,16 +243,31 @@ Json MakeReportJson(const SImportReport& report) {
     return object;
 }
 
-std::string MakeFinding(const std::string& strFile, const SReportItem& item) {
-    const std::string strStart = FormatPlace(strFile, item.place) + ": " + NameOf(item);
-    std::string strLines;
-    if (!item.IsTaken()) {
-        strLines += strStart + ' ' + Code(item.eDisposition) + ": " + Why(item) + '\n';
+std::string ExplainItem(const SReportItem& item) {
+    const SReason& reason = Row(item.eReason);
+    if (!item.IsUnknownReference()) {
+        return std::string(reason.pWhy) + Text::Printable(item.strDetail) + "; " +
+               (item.fault ? Row(*item.fault).pAdvice : reason.pAdvice);
     }
-    if (item.iForeignChildren != 0) {
-        strLines += strStart + ": " +
-                    Text::Counted(item.iForeignChildren, "child element read as an empty rule",
-                                  "child elements read as empty rules") +
+    return std::string("it refers to the ") + Row(Row(*item.fault).eKind).pWord + ' ' + Text::Quoted(item.strFaulty) +
+           ", which is not stored; " + AdviseReference(item.strNearest);
+}
+
+std::string MakeFinding(const std::string& strFile, const SReportItem& item) {
+    std::string strLines;
+    if (!item.IsTaken() && item.eReason != EReason::UNDONE) {
+        strLines += FormatPlace(strFile, item.place) + ": " + NameOf(item) + ' ' + Code(item.eDisposition) + ": " +
+                    ExplainItem(item) + '\n';
+    }
+    for (std::size_t i = 0; i < item.vecForeign.size(); ++i) {
+        strLines += FormatPlace(strFile, item.vecForeignPlaces[i]) + ": " + NameOf(item) + ": the child element " +
+                    Text::Quoted(item.vecForeign[i].strElement) + " is read as " + DescribeForeign(item.vecForeign[i]) +
+                    '\n';
+    }
+    for (const SUnknownReference& reference : item.vecUnknown) {
+        strLines += FormatPlace(strFile, reference.place) + ": " + NameOf(item) + ": it refers to the " +
+                    Row(reference.eKind).pWord + ' ' + Text::Quoted(reference.strName) +
+                    ", which is not stored, so that it cannot be exported; " + AdviseReference(reference.strNearest) +
                     '\n';
     }
     return strLines;
@@ -255,9 +291,14 @@ const char* GetItemWord(EItemKind eKind) {
     return Row(eKind).pWord;
 }
 
-std::string AdviseReference(const SReportItem& item) {
-    return item.strNearest.empty() ? "import that first, or correct the name"
-                                   : "did you mean " + Text::Quoted(item.strNearest) + '?';
+std::string AdviseReference(const std::string& strNearest) {
+    return strNearest.empty() ? "import that first, or correct the name"
+                              : "did you mean " + Text::Quoted(strNearest) + '?';
+}
+
+std::string DescribeForeign(const SForeignChild& foreign) {
+    return std::string("a ") + (foreign.bRule ? RULE : BLOCK) +
+           (foreign.strReadAs.empty() ? " that refers to nothing" : ": " + Text::Printable(foreign.strReadAs));
 }
 
 std::string MakeRefusal(const SImportReport& report) {

@@ -13,16 +13,28 @@
 #include "digital_assets/ImportObserver.h"
 #include "platform/common/SourcePlaces.h"
 
+/** A reference to what is not stored, in what a foreign child of a template is read as. */
+struct SUnknownReference : SForeignChild::SReference {
+    SPlace place;
+    std::string strNearest;
+};
+
 /** An item of the file, and what there is to say about it. */
 struct SReportItem : SImportItem {
+    explicit SReportItem(const SImportItem& item) : SImportItem(item) {}
+
     SPlace place;
     std::string strNearest;  ///< the stored name that an unknown reference most likely means; "" when none is near
+    std::vector<SPlace> vecForeignPlaces;       ///< of its foreign children, once they are known
+    std::vector<SUnknownReference> vecUnknown;  ///< of one that was taken
 
     bool IsTaken() const { return eDisposition != EDisposition::SKIPPED && eDisposition != EDisposition::FAILED; }
-    /** Whether the document is to blame that it is not taken. */
-    bool IsRefused() const { return !IsTaken() && eReason != EReason::EXISTING; }
+    /** Whether it was not taken as it stands, and not only because the rest of the document was not. */
+    bool IsFinding() const { return (!IsTaken() && eReason != EReason::UNDONE) || !vecUnknown.empty(); }
+    /** Whether the document is to blame for that. */
+    bool IsRefused() const { return IsFinding() && eReason != EReason::EXISTING; }
     /** Whether the text says more of it than its number. */
-    bool IsShown() const { return !IsTaken() || iForeignChildren != 0; }
+    bool IsShown() const { return IsFinding() || !vecForeign.empty(); }
 };
 
 /** What became of one file. Text and JSON are views of it. */
@@ -43,13 +55,13 @@ struct SImportReport {
     std::size_t iTemplatesLeft = 0;        ///< templates of a document of which only the assets are asked for
     std::vector<SMissingName> vecMissing;  ///< names that were asked for and are not in the document
 
-    /** @return whether an item was not taken, or is not there */
+    /** @return whether an item was not taken as it stands, or is not there */
     bool HasFindings() const;
     /** @return how many items the document is to blame for not being taken, those that are not there included */
     std::size_t CountRefused() const;
     /** Puts the items into the order of the file. */
     void Sort();
-    /** Nothing was written: only the items that would not have been taken anyway stay listed. */
+    /** Nothing was written: what would have been taken is told to be undone. */
     void Undo(EVerdict eWhy, const std::string& strWhy);
 };
 
@@ -65,9 +77,13 @@ std::string MakeFindings(const SImportReport& report);
 nlohmann::ordered_json MakeItemJson(const SReportItem& item);
 /** @return a line for each thing that there is to say of an item: where, why it was not taken and what to do */
 std::string MakeFinding(const std::string& strFile, const SReportItem& item);
+/** @return why an item was not taken, and what to do */
+std::string ExplainItem(const SReportItem& item);
 /** @return one line without its end: why nothing was written */
 std::string MakeRefusal(const SImportReport& report);
 /** @return what people call an item of this kind */
 const char* GetItemWord(EItemKind eKind);
 /** @return "import that first …", or the nearest name */
-std::string AdviseReference(const SReportItem& item);
+std::string AdviseReference(const std::string& strNearest);
+/** @return "a rule: P:card(2)": what a template's foreign child is read as, printable */
+std::string DescribeForeign(const SForeignChild& foreign);

@@ -90,6 +90,7 @@ SFileReport MakeFileReport(const SImportReport& report, const SPolicyFile& file,
         if (!item.IsTaken() && !TellItem(item, file.Text(), diagnostics)) {
             TellFault(item, diagnostics);
         }
+        TellForeign(item, diagnostics);
     }
     for (const SMissingName& missing : report.vecMissing) {
         diagnostics.Add(ECode::NOT_IN_DOCUMENT, std::string::npos, {Text::Quoted(missing.strName)});

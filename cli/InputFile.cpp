@@ -90,12 +90,6 @@ auto Read(CCommandContext& context, const std::string& strFile, Stream&& fnStrea
     }
 }
 
-/** Markup in that encoding has a zero beside its first "<"; no other text may have one. */
-bool IsUtf16(std::string_view strBytes) {
-    const std::size_t iMarkup = strBytes.find('<');
-    return strBytes.substr(iMarkup + 1, 1) == ZERO || (iMarkup % 2 == 1 && strBytes[iMarkup - 1] == ZERO[0]);
-}
-
 void CheckText(const std::string& strFile, const SPolicyFile& file) {
     if (std::string_view(file.strBytes).substr(0, STORE_START.size()) == STORE_START) {
         throw CInputError(strFile, STORE, {}, ECode::NOT_XML);
@@ -125,6 +119,12 @@ CInputError::CInputError(const std::string& strFile, const std::string& strReaso
       m_strReason(strReason),
       m_place(place),
       m_eCode(eCode) {}
+
+// Markup in that encoding has a zero beside its first "<"; no other text may have one.
+bool IsUtf16(std::string_view strBytes) {
+    const std::size_t iMarkup = strBytes.find('<');
+    return strBytes.substr(iMarkup + 1, 1) == ZERO || (iMarkup % 2 == 1 && strBytes[iMarkup - 1] == ZERO[0]);
+}
 
 std::string FormatPlace(const std::string& strFile, SPlace place) {
     std::string strPlace = Text::Printable(strFile);

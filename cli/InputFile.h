@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 #include "cli/Verdict.h"
 #include "cli/check/DiagnosticCodes.h"
@@ -43,6 +44,9 @@ SPolicyFile ReadPolicy(CCommandContext& context, const std::string& strFile);
  * @return the document's root @throws CInputError with the place when the text is no well-formed XML
  */
 CXMLView ParsePolicy(const std::string& strFile, const SPolicyFile& file, CPolicyDocument& document);
+
+/** @return whether markup, which begins at the first "<", is in UTF-16 of either byte order */
+bool IsUtf16(std::string_view strBytes);
 
 /** Reads a file whole. @throws CInputError when it cannot be read */
 std::string ReadBytes(CCommandContext& context, const std::string& strFile);

@@ -153,6 +153,16 @@ int Import(EImport eImport, const OS::x_wstring& strScope, CPolicyDocument& docu
     return CAssetImport(strScope, document, vecSkipped, pObserver).Run(eImport);
 }
 
+void TellUnknownElements(const CXMLView& root, CImportObserver* pObserver) {
+    ::TellUnknownElements(
+        root, {TagUtf8::DIGITAL_ASSETS, TagUtf8::COMPLIANCE_TEMPLATES, TagUtf8::INDUSTRIES, TagUtf8::REGIONS},
+        pObserver);
+    constexpr const char* SECTION = TagUtf8::DIGITAL_ASSETS;
+    for (CXMLView section = root.FirstChild(SECTION); section; section = section.NextSibling(SECTION)) {
+        ::TellUnknownElements(section, {EXPRESSION_FORMAT.pElement, KEYWORD_FORMAT.pElement}, pObserver);
+    }
+}
+
 CAssetImport::CAssetImport(const OS::x_wstring& strScope, CPolicyDocument& document,
                            std::vector<OS::x_wstring>& vecSkipped, CImportObserver* pObserver)
     : m_strScope(OS::Utf8Loose(strScope)), m_document(document), m_vecSkipped(vecSkipped), m_pObserver(pObserver) {}
@@ -183,6 +193,7 @@ int CAssetImport::Run(EImport eImport) {
         DLP_LOG(DBG::LEVEL_FAILURE, pFailed->pFailed);
         return RESULT_FAILED;
     }
+    TellUnknownElements(m_document.Load().RootView(), m_pObserver);
     DLP_LOG(DBG::LEVEL_LEAVE, mode.pDone);
     return RESULT_DONE;
 }

@@ -11,8 +11,10 @@ namespace {
 
 using EReportReason = CDLPImportReport::EReason;
 
-/** In the order of EReason. Why rules cannot be imported is told by their faults, and nothing here keeps what is
- * stored. */
+/**
+ * In the order of EReason. Why rules cannot be imported is told by their faults; nothing here keeps what is stored, and
+ * what was undone has failed.
+ */
 constexpr EReportReason REASONS[] = {
     EReportReason::NONE,
     EReportReason::NO_NAME,
@@ -25,6 +27,8 @@ constexpr EReportReason REASONS[] = {
     EReportReason::OLDER_SECTION,
     EReportReason::UNKNOWN_TEMPLATE,
     EReportReason::STORE,
+    EReportReason::UNKNOWN_ELEMENT,
+    EReportReason::NONE,
 };
 
 /** In the order of ETemplateFault. */

@@ -8,6 +8,7 @@
 class CExportObserver;
 class CImportObserver;
 class CPolicyDocument;
+class CXMLView;
 class CXMLWriter;
 
 /**
@@ -32,6 +33,9 @@ enum EResult : int { RESULT_DONE = 0, RESULT_WRONG_LANGUAGE = 2, RESULT_FAILED =
  */
 int Import(EImport eImport, const OS::x_wstring& strScope, CPolicyDocument& document,
            std::vector<OS::x_wstring>& vecSkipped, CImportObserver* pObserver);
+
+/** Tells of what stands among sections or assets and is none. @param pObserver may be null */
+void TellUnknownElements(const CXMLView& root, CImportObserver* pObserver);
 
 /**
  * Writes the declaration and the start tag of the root with version and language; the caller ends the element.

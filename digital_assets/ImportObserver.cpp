@@ -1,6 +1,32 @@
 #include "digital_assets/ImportObserver.h"
 
+#include <algorithm>
+
 #include "platform/xml/CXMLCOMException.h"
+#include "xml/Vocabulary.h"
+
+void TellUnknownElements(const CXMLView& parent, std::initializer_list<const char*> lstKnown,
+                         CImportObserver* pObserver) {
+    if (pObserver == nullptr) {
+        return;
+    }
+    for (CXMLView child = parent.FirstChild(); child; child = child.NextSibling()) {
+        const std::string_view strName = child.Name();
+        const bool bKnown = std::find(lstKnown.begin(), lstKnown.end(), strName) != lstKnown.end();
+        if (bKnown || pObserver->PassesOver(EItemKind::ELEMENT, strName)) {
+            continue;
+        }
+        SImportItem item;
+        item.eKind = EItemKind::ELEMENT;
+        item.strName = strName;
+        item.strDisplayName = child.Attribute(TagUtf8::DISPLAY_NAME);
+        item.eDisposition = EDisposition::SKIPPED;
+        item.eReason = EReason::UNKNOWN_ELEMENT;
+        item.strDetail = parent.Name();
+        item.iOffset = child.Offset();
+        pObserver->OnItem(item);
+    }
+}
 
 void TellStoreFailure(CImportObserver* pObserver, const OS::CException& exception) {
     if (pObserver != nullptr && dynamic_cast<const CXMLException*>(&exception) == nullptr) {

@@ -1,12 +1,15 @@
 #pragma once
 
 #include <cstddef>
+#include <initializer_list>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "api/CDLPImportReport.h"
 #include "platform/common/CException.h"
+#include "platform/xml/CXMLView.h"
 
 using EItemKind = CDLPImportReport::EKind;
 using EDisposition = CDLPImportReport::EDisposition;
@@ -24,10 +27,30 @@ enum class EReason {
     OLDER_SECTION,       ///< a section that the older layout does not carry over
     UNKNOWN_TEMPLATE,    ///< a category entry that names no template of the document; the detail is that name
     STORE,               ///< the store could not write it
+    UNKNOWN_ELEMENT,     ///< an element that stands where items do and is none; the detail is what it stands in
+    UNDONE,              ///< it would have been taken, but nothing of the document was kept
 };
 
 /** What keeps a template from being imported. */
 enum class ETemplateFault { UNKNOWN_EXPRESSION, UNKNOWN_KEYWORD, SOURCE_TYPE, BLOCK_OPERATION, RULE_OPERATION };
+
+/**
+ * A child element of a template that is no match rule, or of a match rule that is no building block, and yet is read as
+ * one. What it holds is not looked at before it is stored.
+ */
+struct SForeignChild {
+    struct SReference {
+        EItemKind eKind;
+        std::string strName;
+        std::size_t iOffset;
+    };
+
+    std::string strElement;
+    bool bRule = true;
+    std::string strReadAs;  ///< the text of the rule or building block; "" when it refers to nothing
+    std::size_t iOffset = std::string::npos;
+    std::vector<SReference> vecReferences;
+};
 
 /** One item of a document and its fate. Texts are UTF-8. */
 struct SImportItem {
@@ -41,8 +64,7 @@ struct SImportItem {
     std::optional<ETemplateFault> fault;
     /** The value that is to blame for it; for an unknown expression or keyword list its name. */
     std::string strFaulty;
-    /** Child elements of a template that are no match rules and are read as empty ones. */
-    std::size_t iForeignChildren = 0;
+    std::vector<SForeignChild> vecForeign;
     /** Bytes from the start of the text to the start tag's "<"; npos when there is no such place. */
     std::size_t iOffset = std::string::npos;
 
@@ -65,6 +87,13 @@ class CImportObserver {
     /** Nothing was kept of all that was told so far. */
     virtual void OnUndone() {}
 };
+
+/**
+ * Tells of each child element that none of the names is of, and that therefore is passed over with all it holds.
+ * @param parent where items stand @param pObserver may be null
+ */
+void TellUnknownElements(const CXMLView& parent, std::initializer_list<const char*> lstKnown,
+                         CImportObserver* pObserver);
 
 /** Tells of what was thrown, unless it was not the store's. @param pObserver may be null */
 void TellStoreFailure(CImportObserver* pObserver, const OS::CException& exception);

@@ -17,7 +17,7 @@ namespace {
 using SItem = CDLPImportReport::SItem;
 
 // In the order of the enumerations.
-const char* const KINDS[] = {"expression", "keyword list", "template", "category entry", "section"};
+const char* const KINDS[] = {"expression", "keyword list", "template", "category entry", "section", "element"};
 const char* const DISPOSITIONS[] = {"created", "updated", "unchanged", "skipped", "failed"};
 
 void Print(const SItem& item) {

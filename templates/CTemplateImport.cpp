@@ -61,6 +61,7 @@ int CTemplateImport::Run() {
     if (m_pObserver != nullptr) {
         ReportUnknownTemplates(Tag::INDUSTRIES, Tag::INDUSTRY);
         ReportUnknownTemplates(Tag::REGIONS, Tag::REGION);
+        TemplateReport::TellUnknownElements(m_document.Load().RootView(), m_pObserver);
     }
     return CTemplateMgr::RESULT_DONE;
 }
@@ -181,8 +182,11 @@ void CTemplateImport::Report(const SItem& item, EDisposition eDisposition, EReas
     report.strDisplayName = item.strDisplayName;
     report.eDisposition = eDisposition;
     report.eReason = eReason;
-    report.iForeignChildren = TemplateReport::CountForeignChildren(item.node);
     report.iOffset = m_document.GetTemplateOffset(item.iIndex, item.node);
+    report.vecForeign = TemplateReport::FindForeignChildren(item.node);
+    if (report.iOffset != item.node.Offset()) {
+        TemplateReport::MoveForeignChildren(report);
+    }
     if (eReason == EReason::UNSUPPORTED_ASSETS) {
         TemplateReport::Describe(FindingFor(item), report);
     }

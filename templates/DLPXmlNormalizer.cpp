@@ -91,6 +91,14 @@ void ReportDroppedSections(CImportObserver* pObserver, const CXMLView& root) {
     }
 }
 
+void ReportUnknownElements(CImportObserver* pObserver, const CXMLView& root) {
+    constexpr const char* SECTION = TagUtf8::COMPLIANCE_TEMPLATES;
+    TellUnknownElements(root, {SECTION, TagUtf8::DIGITAL_ASSETS, TagUtf8::INDUSTRIES, TagUtf8::REGIONS}, pObserver);
+    for (CXMLView section = root.FirstChild(SECTION); section; section = section.NextSibling(SECTION)) {
+        TellUnknownElements(section, {TagUtf8::TEMPLATE}, pObserver);
+    }
+}
+
 }  // namespace
 
 void CDLPXmlNormalizer::InitDigitalAssetsMappingTable() {
@@ -143,6 +151,7 @@ bool CDLPXmlNormalizer::Convert(CPolicyDocument& document, SNormalizedDocument& 
     }
     WrapTemplateList(templates, result.document);
     ReportDroppedSections(pObserver, document.Load().RootView());
+    ReportUnknownElements(pObserver, document.Load().RootView());
     return true;
 }
 
@@ -199,6 +208,14 @@ void CDLPXmlNormalizer::NormalizeBuildingBlocks(OS::CAutoObjPtr<CXMLNode>& pTemp
         pBlock->SetAttribute(Tag::SOURCE_NAME, MapDigitalAssetsSourceName(pBlock->GetAttribute(Tag::SOURCE_NAME)));
     }
     DLP_LOG(DBG::LEVEL_LEAVE, BLOCKS_LINE);
+}
+
+std::vector<std::wstring> CDLPXmlNormalizer::GetOlderNames() {
+    std::vector<std::wstring> vecNames;
+    for (const auto& [strOlder, strToday] : Names()) {
+        vecNames.push_back(strOlder);
+    }
+    return vecNames;
 }
 
 std::wstring CDLPXmlNormalizer::MapDigitalAssetsSourceName(const std::wstring& strSourceName) {

@@ -1,5 +1,9 @@
 #include "templates/TemplateReport.h"
 
+#include <string>
+
+#include "platform/common/TextConversion.h"
+#include "templates/TemplateXml.h"
 #include "xml/Vocabulary.h"
 
 namespace {
@@ -8,16 +12,109 @@ namespace {
 constexpr const char* FAULTY_ATTRIBUTES[] = {TagUtf8::SOURCE_NAME, TagUtf8::SOURCE_NAME, TagUtf8::SOURCE_TYPE,
                                              TagUtf8::OPERATION, TagUtf8::OPERATION};
 
+SRuleElement ReadElement(const TemplateXml::SBuildingBlock& block) {
+    return {OS::WideText(block.strName), block.iCount, block.eOperator, block.eType};
+}
+
+void AddBlock(const CXMLView& block, SMatchRule& rule, SForeignChild& foreign) {
+    const TemplateXml::SBuildingBlock read = TemplateXml::ReadBuildingBlock(block);
+    if (read.eType != EElementType::UNKNOWN) {
+        rule.vecElements.push_back(ReadElement(read));
+        foreign.vecReferences.push_back(
+            {read.eType == EElementType::ENTITY ? EItemKind::EXPRESSION : EItemKind::KEYWORD, std::string(read.strName),
+             block.Offset()});
+    }
+}
+
+std::string FormatElement(const SRuleElement& element) {
+    std::vector<OS::x_wstring> vecTexts;
+    std::vector<OS::x_wstring> vecOperators;
+    FormatMatchRules({SMatchRule{{element}, EOperator::UNKNOWN}}, vecTexts, vecOperators);
+    return OS::Utf8Lenient(vecTexts.front());
+}
+
+/** A missing operator counts as AND. */
+std::string FormatRule(const SMatchRule& rule) {
+    std::string strRule;
+    for (const SRuleElement& element : rule.vecElements) {
+        const EOperator eOperator = element.eOperator == EOperator::UNKNOWN ? EOperator::AND : element.eOperator;
+        strRule += strRule.empty() ? "" : std::string(" ") + OperatorText(eOperator) + ' ';
+        strRule += FormatElement(element);
+    }
+    return strRule;
+}
+
+SForeignChild ReadForeign(const CXMLView& node, bool bRule) {
+    SForeignChild foreign{std::string(node.Name()), bRule, {}, node.Offset(), {}};
+    SMatchRule rule;
+    if (!bRule) {
+        AddBlock(node, rule, foreign);
+    }
+    for (CXMLView block = node.FirstChild(); bRule && block; block = block.NextSibling()) {
+        AddBlock(block, rule, foreign);
+    }
+    foreign.strReadAs = FormatRule(rule);
+    return foreign;
+}
+
 }  // namespace
 
 namespace TemplateReport {
 
-std::size_t CountForeignChildren(const CXMLView& element) {
-    std::size_t iForeign = 0;
-    for (CXMLView child = element.FirstChild(); child; child = child.NextSibling()) {
-        iForeign += child.Name() == TagUtf8::MATCH_RULE ? 0 : 1;
+std::vector<SMatchRule> ReadRules(const CXMLView& element) {
+    std::vector<SMatchRule> vecRules;
+    for (CXMLView node = element.FirstChild(); node; node = node.NextSibling()) {
+        SMatchRule& rule = vecRules.emplace_back();
+        rule.eOperator = TemplateXml::ReadOperation(node);
+        for (CXMLView block = node.FirstChild(); block; block = block.NextSibling()) {
+            rule.vecElements.push_back(ReadElement(TemplateXml::ReadBuildingBlock(block)));
+        }
     }
-    return iForeign;
+    return vecRules;
+}
+
+std::vector<SForeignChild> FindForeignChildren(const CXMLView& element) {
+    std::vector<SForeignChild> vecForeign;
+    for (CXMLView rule = element.FirstChild(); rule; rule = rule.NextSibling()) {
+        if (rule.Name() != TagUtf8::MATCH_RULE) {
+            vecForeign.push_back(ReadForeign(rule, true));
+            continue;
+        }
+        for (CXMLView block = rule.FirstChild(); block; block = block.NextSibling()) {
+            if (block.Name() != TagUtf8::BUILDING_BLOCK) {
+                vecForeign.push_back(ReadForeign(block, false));
+            }
+        }
+    }
+    return vecForeign;
+}
+
+void TellUnknownElements(const CXMLView& root, CImportObserver* pObserver) {
+    struct SSection {
+        const char* pSection;
+        const char* pItem;
+        bool bEntries;
+    };
+    constexpr SSection SECTIONS[] = {{TagUtf8::COMPLIANCE_TEMPLATES, TagUtf8::TEMPLATE, false},
+                                     {TagUtf8::INDUSTRIES, TagUtf8::INDUSTRY, true},
+                                     {TagUtf8::REGIONS, TagUtf8::REGION, true}};
+    for (const auto& [pSection, pItem, bEntries] : SECTIONS) {
+        for (CXMLView section = root.FirstChild(pSection); section; section = section.NextSibling(pSection)) {
+            ::TellUnknownElements(section, {pItem}, pObserver);
+            for (CXMLView item = section.FirstChild(pItem); bEntries && item; item = item.NextSibling(pItem)) {
+                ::TellUnknownElements(item, {TagUtf8::TEMPLATE_ID}, pObserver);
+            }
+        }
+    }
+}
+
+void MoveForeignChildren(SImportItem& item) {
+    for (SForeignChild& foreign : item.vecForeign) {
+        foreign.iOffset = item.iOffset;
+        for (SForeignChild::SReference& reference : foreign.vecReferences) {
+            reference.iOffset = item.iOffset;
+        }
+    }
 }
 
 void Describe(const STemplateFinding& finding, SImportItem& item) {

@@ -1,16 +1,23 @@
 #pragma once
 
-#include <cstddef>
+#include <vector>
 
 #include "digital_assets/ImportObserver.h"
 #include "platform/xml/CXMLView.h"
+#include "templates/MatchRule.h"
 #include "templates/STemplateFinding.h"
 
 /** What an observer of an import is told about templates. */
 namespace TemplateReport {
 
-/** @return how many child elements of a template are no match rules and yet are read as such, empty ones */
-std::size_t CountForeignChildren(const CXMLView& element);
+/** @return the rules of a template as they are read: whatever its children and theirs are called */
+std::vector<SMatchRule> ReadRules(const CXMLView& element);
+/** @return the children of a template, and of its match rules, that go by another name and yet are read as such */
+std::vector<SForeignChild> FindForeignChildren(const CXMLView& element);
+/** Tells of what stands among templates, categories or their entries and is none. @param pObserver may be null */
+void TellUnknownElements(const CXMLView& root, CImportObserver* pObserver);
+/** Of a template that was rewritten only the place of the whole is known. */
+void MoveForeignChildren(SImportItem& item);
 /** Says in the item's detail which building block or rule is to blame, and which reference is unknown. */
 void Describe(const STemplateFinding& finding, SImportItem& item);
 

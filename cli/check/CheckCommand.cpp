@@ -83,7 +83,7 @@ const SCheckFormat& ChooseFormat(const CCommandContext& context, const std::stri
 SFileReport MakeUnreadable(const SFileCheck& check, const std::string& strFile, const char* pWhy) {
     CDiagnostics diagnostics(check.choice);
     diagnostics.Add(ECode::UNREADABLE, std::string::npos, {pWhy});
-    return {strFile, nullptr, diagnostics.Finish({}), 0};
+    return {strFile, nullptr, diagnostics.Finish({}), {}};
 }
 
 SCheckReport CheckAll(CCommandContext& context, const SArguments& arguments) {

@@ -38,7 +38,7 @@ Json MakeFile(const SFileReport& file) {
     return {{"file", file.strFile},
             {"layout", file.pLayout == nullptr ? Json() : Json(file.pLayout)},
             {"diagnostics", std::move(diagnostics)},
-            {"omitted", file.iOmitted}};
+            {"omitted", file.CountOmitted()}};
 }
 
 }  // namespace

@@ -1,15 +1,22 @@
 #include "cli/check/CheckReport.h"
 
 #include <algorithm>
+#include <functional>
+#include <numeric>
 
 bool SFileReport::IsInvalid() const {
     return std::any_of(vecDiagnostics.begin(), vecDiagnostics.end(),
                        [](const SDiagnostic& diagnostic) { return IsAboutNoDocument(diagnostic.eCode); });
 }
 
-std::array<std::size_t, 3> SCheckReport::Count() const {
-    std::array<std::size_t, 3> aCounts{};
+std::size_t SFileReport::CountOmitted() const {
+    return std::accumulate(aOmitted.begin(), aOmitted.end(), std::size_t{0});
+}
+
+SeverityCounts SCheckReport::Count() const {
+    SeverityCounts aCounts{};
     for (const SFileReport& file : vecFiles) {
+        std::transform(aCounts.begin(), aCounts.end(), file.aOmitted.begin(), aCounts.begin(), std::plus<>());
         for (const SDiagnostic& diagnostic : file.vecDiagnostics) {
             aCounts[static_cast<std::size_t>(diagnostic.eSeverity)] += diagnostic.bFixed ? 0 : 1;
         }

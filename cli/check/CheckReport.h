@@ -14,10 +14,11 @@ struct SFileReport {
     std::string strFile;
     const char* pLayout = nullptr;  ///< null when the file is no policy
     std::vector<SDiagnostic> vecDiagnostics;
-    std::size_t iOmitted = 0;  ///< found, but not kept
+    SeverityCounts aOmitted{};  ///< found, but not kept
 
     /** @return whether the file is no document at all */
     bool IsInvalid() const;
+    std::size_t CountOmitted() const;
 };
 
 /** What was found in all of them. Every format is a view of it. */
@@ -29,8 +30,8 @@ struct SCheckReport {
     const char* pCommand = "check";   ///< whose report it is
     std::optional<EVerdict> verdict;  ///< the command's, unless what was found says it
 
-    /** @return how many of each severity, without those that were fixed */
-    std::array<std::size_t, 3> Count() const;
+    /** @return how many of each severity, kept or not, without those that were fixed */
+    SeverityCounts Count() const;
     EVerdict GetVerdict() const;
 };
 

@@ -4,7 +4,9 @@
 
 #include <nlohmann/json.hpp>
 
+#include "cli/Text.h"
 #include "cli/check/CheckFormats.h"
+#include "cli/check/DiagnosticsPage.h"
 
 namespace {
 
@@ -39,20 +41,36 @@ Json MakeRules() {
     for (const SCodeRow& row : GetCodeTable()) {
         rules.push_back({{"id", row.pCode},
                          {"name", row.pName},
-                         {"shortDescription", MakeText(row.pWhat)},
+                         {"shortDescription", MakeText(WithBlanks(row.pWhat))},
                          {"fullDescription", MakeText(row.pMore)},
-                         {"help", MakeText(row.pAdvice)},
+                         {"help", MakeText(MakeExplanation(row))},
                          {"defaultConfiguration", {{"level", GetSeverityName(row.eSeverity)}}}});
     }
     return rules;
 }
 
+Json MakeArtifact(const std::string& strFile) {
+    return {{"uri", MakeUri(strFile)}};
+}
+
 Json MakeLocation(const std::string& strFile, SPlace place) {
-    Json physical = {{"artifactLocation", {{"uri", MakeUri(strFile)}}}};
+    Json physical = {{"artifactLocation", MakeArtifact(strFile)}};
     if (place.iLine != 0) {
         physical["region"] = {{"startLine", place.iLine}, {"startColumn", place.iColumn}};
     }
     return {{"physicalLocation", std::move(physical)}};
+}
+
+Json MakeFix(const std::string& strFile, const SFix& fix) {
+    const Json replacement = {{"deletedRegion",
+                               {{"startLine", fix.place.iLine},
+                                {"startColumn", fix.place.iColumn},
+                                {"endLine", fix.end.iLine},
+                                {"endColumn", fix.end.iColumn}}},
+                              {"insertedContent", MakeText(fix.strReplacement)}};
+    const Json change = {{"artifactLocation", MakeArtifact(strFile)}, {"replacements", Json::array({replacement})}};
+    return {{"description", MakeText("write " + Text::Quoted(fix.strReplacement))},
+            {"artifactChanges", Json::array({change})}};
 }
 
 Json MakeResult(const std::string& strFile, const SDiagnostic& diagnostic) {
@@ -66,6 +84,9 @@ Json MakeResult(const std::string& strFile, const SDiagnostic& diagnostic) {
         location["id"] = 1;
         location["message"] = MakeText(diagnostic.related->strMessage);
         result["relatedLocations"] = Json::array({std::move(location)});
+    }
+    if (diagnostic.fix) {
+        result["fixes"] = Json::array({MakeFix(strFile, *diagnostic.fix)});
     }
     return result;
 }

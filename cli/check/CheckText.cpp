@@ -64,7 +64,7 @@ std::string MakeCheckText(const SCheckReport& report) {
     std::size_t iRows = 0;
     std::size_t iMore = 0;
     for (const SFileReport& file : report.vecFiles) {
-        iMore += file.iOmitted;
+        iMore += file.CountOmitted();
         for (const SDiagnostic& diagnostic : file.vecDiagnostics) {
             if (iRows == MAX_ROWS && !report.bAll) {
                 ++iMore;

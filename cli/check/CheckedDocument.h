@@ -22,9 +22,13 @@ struct SCheckedDocument {
         return FindAttribute(strText, element.Offset(), strAttribute);
     }
 
-    /** Calls fnElement for each element of that name in each section of that name. */
+    /** Calls fnElement for each element of that name in each section of that name, unless such a section is not taken.
+     */
     template <class F>
     void ForEach(const char* pSection, const char* pElement, const F& fnElement) const {
+        if (bOlder && pSection != std::string_view(TagUtf8::COMPLIANCE_TEMPLATES)) {
+            return;
+        }
         for (CXMLView section = root.FirstChild(pSection); section; section = section.NextSibling(pSection)) {
             for (CXMLView element = section.FirstChild(pElement); element; element = element.NextSibling(pElement)) {
                 CProgress::Step();
@@ -42,16 +46,19 @@ struct SCheckedDocument {
 void CheckShape(const SCheckedDocument& document);
 /** Types, flags and numbers that are read as something else, and those that contradict each other. */
 void CheckValues(const SCheckedDocument& document);
-/** Categories and validators that the predefined lists do not have. */
+/** Categories and validators that the predefined lists do not have, and categories without a name or named twice. */
 void CheckLists(const SCheckedDocument& document);
-/** Names that stand several times, and those that do not survive the text form of rules. */
+/** Names that stand several times, have blanks around them or do not survive the text form of rules. */
 void CheckNames(const SCheckedDocument& document);
 /** Patterns of expressions, tried with a regular-expression engine. */
 void CheckPatterns(const SCheckedDocument& document);
 /** Keywords of keyword lists. */
 void CheckKeywords(const SCheckedDocument& document);
-/** Rules that are empty, badly joined or say nothing new, and templates that equal another. */
+/** Rules that are empty, badly joined, go by another name or say nothing new. */
 void CheckRules(const SCheckedDocument& document);
+/** Templates that match the same as another one of the document, or as a stored one of another name. @throws as below
+ */
+void CheckSameTemplates(const SCheckedDocument& document);
 /**
  * Building blocks that an import refuses, and assets that nobody uses. Asks the store, which must hold what an import
  * of the document has put there.

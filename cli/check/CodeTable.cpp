@@ -14,15 +14,15 @@ constexpr SCodeRow CODES[] = {
      "(a path at which there is no file)",
      "(a path at which there is one)"},
     {ECode::NOT_UTF8, "DLP002", ESeverity::ERROR, "not-utf8",
-     "from here on the file is not UTF-8",
-     "save the file in that encoding",
+     "the file is not UTF-8{}",
+     "save it as UTF-8{}",
      "A policy is UTF-8, whatever its declaration says; anything else is refused as a whole. It cannot "
      "be allowed.",
      R"((name="M\xFCller", saved in an encoding of one byte per character))",
      "(the same, saved as UTF-8)"},
     {ECode::NOT_XML, "DLP003", ESeverity::ERROR, "not-xml",
      "the file is no XML: {}",
-     "correct it here or shortly before this place",
+     "correct it{}",
      "A policy is well-formed XML without a DOCTYPE, and its elements are nested at most 256 deep; "
      "anything else is refused as a whole. It cannot be allowed.",
      "<SAPolicy><digitalAssets></SAPolicy>",
@@ -80,7 +80,7 @@ constexpr SCodeRow CODES[] = {
   </complianceTemplates>
 </SAPolicy>)"},
     {ECode::OLDER_LAYOUT, "DLP007", ESeverity::NOTE, "older-layout",
-     "the root has no template_version, so the document is read as one of the older layout",
+     "template_version is missing or empty, so the document is read as one of the older layout",
      "add template_version=\"3.0.1000\" if that is not what it is",
      "A document of the older layout is rewritten on its way in: displayName becomes display_name, names "
      "of assets are looked up in the name map, and only templates are taken.",
@@ -225,11 +225,11 @@ constexpr SCodeRow CODES[] = {
   <!-- two -->
 </dictionary>)"},
     {ECode::FOREIGN_RULE, "DLP016", ESeverity::ERROR, "foreign-rule",
-     "{} is read as a {}, whatever its name",
-     "take it out of the template",
+     "{} is read as {}, whatever its name",
+     "{}",
      "Every child element of a template is read as a rule and every child of a rule as a building block, "
-     "but only matchRule and buildingBlock are checked on the way in. What else stands there becomes an "
-     "empty rule or an unknown block.",
+     "but only matchRule and buildingBlock are checked on the way in. What else stands there is stored as "
+     "it is read, and a template that refers to nothing by it cannot be exported.",
      R"(<template name="notes" display_name="Notes">
   <matchRule><buildingBlock sourceType="KEYWORD" sourceName="words"/></matchRule>
   <owner/>
@@ -250,6 +250,47 @@ constexpr SCodeRow CODES[] = {
   <regularExpression>\d{8}</regularExpression>
   <examples>12345678</examples>
 </entity>)"},
+    {ECode::LOST_ELEMENT, "DLP018", ESeverity::ERROR, "lost-element",
+     "no policy has {} in {}: an import passes it over with all that it holds",
+     "{}",
+     "Sections, assets, templates, industries, regions and their entries are found by the names of their "
+     "elements, letter for letter. One that is spelt in another way is no item, and nothing of it is "
+     "stored.",
+     R"(<SAPolicy template_version="3.0.1000">
+  <complianceTemplates>
+    <template name="cards" display_name="Cards">
+      <matchRule><buildingBlock sourceType="KEYWORD" sourceName="words"/></matchRule>
+    </template>
+    <Template name="notes" display_name="Notes"/>
+  </complianceTemplates>
+</SAPolicy>)",
+     R"(<SAPolicy template_version="3.0.1000">
+  <complianceTemplates>
+    <template name="cards" display_name="Cards">
+      <matchRule><buildingBlock sourceType="KEYWORD" sourceName="words"/></matchRule>
+    </template>
+    <!-- <Template name="notes" display_name="Notes"/> -->
+  </complianceTemplates>
+</SAPolicy>)"},
+    {ECode::ODD_VERSION, "DLP019", ESeverity::WARNING, "odd-version",
+     "template_version is {}, which is no version number",
+     "write 3.0.1000",
+     "Any text marks the present layout, so an import takes it; it is then kept and written into what the "
+     "same process exports.",
+     R"(<SAPolicy template_version="new">
+  <complianceTemplates>
+    <template name="cards" display_name="Cards">
+      <matchRule><buildingBlock sourceType="KEYWORD" sourceName="words"/></matchRule>
+    </template>
+  </complianceTemplates>
+</SAPolicy>)",
+     R"(<SAPolicy template_version="3.1">
+  <complianceTemplates>
+    <template name="cards" display_name="Cards">
+      <matchRule><buildingBlock sourceType="KEYWORD" sourceName="words"/></matchRule>
+    </template>
+  </complianceTemplates>
+</SAPolicy>)"},
     {ECode::NO_NAME, "DLP020", ESeverity::ERROR, "no-name",
      "the {} has no name",
      "give it one, by which others can refer to it",
@@ -267,7 +308,7 @@ constexpr SCodeRow CODES[] = {
      R"(<template name="notes" display_name="">
   <matchRule><buildingBlock sourceType="KEYWORD" sourceName="words"/></matchRule>
 </template>)",
-     R"(<template name="notes" display_name=" ">
+     R"(<template name="notes" display_name="-">
   <matchRule><buildingBlock sourceType="KEYWORD" sourceName="words"/></matchRule>
 </template>)"},
     {ECode::MISSING_CHILD, "DLP022", ESeverity::ERROR, "missing-child",
@@ -521,6 +562,17 @@ constexpr SCodeRow CODES[] = {
     <buildingBlock sourceType="ENTITY" entityHits="1" sourceName="card" operation="AND"/>
   </matchRule>
 </template>)"},
+    {ECode::BLANK_IN_NAME, "DLP039", ESeverity::WARNING, "blank-in-name",
+     "the {} {} begins or ends with a blank",
+     "remove the blank",
+     "Names are compared as they stand, blanks included, and nobody sees these. One of blanks alone is no "
+     "name for people.",
+     R"(<entity name="account" type="Generic" display_name="Account ">
+  <regularExpression>\d{8}</regularExpression>
+</entity>)",
+     R"(<entity name="account" type="Generic" display_name="Account number">
+  <regularExpression>\d{8}</regularExpression>
+</entity>)"},
     {ECode::PATTERN_REFUSED, "DLP040", ESeverity::WARNING, "pattern-refused",
      "the pattern is refused by PCRE2: {}",
      "correct it here or shortly before this place",
@@ -554,6 +606,36 @@ constexpr SCodeRow CODES[] = {
      R"(<entity name="account" type="Generic" display_name="Account">
   <regularExpression>\d+</regularExpression>
 </entity>)"},
+    {ECode::PATTERN_UNTRIED, "DLP043", ESeverity::WARNING, "pattern-untried",
+     "from here on {} not tried for backtracking: the effort for one document is used up",
+     "check them in documents of their own",
+     "Patterns are tried until a bounded effort is used up, so that no document can hold up a check. It is "
+     "enough for thousands of usual patterns, and for hundreds of slow ones. Patterns that are written "
+     "alike are tried once.",
+     "(hundreds of different patterns that each take long to fail, such as a\\w+\\w+x)",
+     "(a few of them)"},
+    {ECode::MISSING_NUMBER, "DLP044", ESeverity::WARNING, "missing-number",
+     "{} is missing and read as 0",
+     "write the number that is meant",
+     "The numbers of a type stand in attributes of their own; an import makes 0 of each that is not there. "
+     "A keyword without a score counts nothing.",
+     R"(<dictionary name="terms" type="Threshold" display_name="Terms">
+  <keyword score="1">one</keyword>
+</dictionary>)",
+     R"(<dictionary name="terms" type="Any" display_name="Terms">
+  <keyword score="1">one</keyword>
+</dictionary>)"},
+    {ECode::SENSELESS_NUMBER, "DLP045", ESeverity::WARNING, "senseless-number",
+     "{} is {}, and only {} or more makes sense",
+     "write the number that is meant",
+     "It is stored as it is. What an engine makes of it is not known here: it may find everything, or "
+     "nothing.",
+     R"(<dictionary name="terms" type="Threshold" threshold="0" display_name="Terms">
+  <keyword score="1">one</keyword>
+</dictionary>)",
+     R"(<dictionary name="terms" type="Threshold" threshold="1" display_name="Terms">
+  <keyword score="0">one</keyword>
+</dictionary>)"},
     {ECode::LIST_EMPTY, "DLP050", ESeverity::WARNING, "list-empty",
      "the keyword list {} has no keyword",
      "add one, or remove the list",
@@ -620,9 +702,10 @@ constexpr SCodeRow CODES[] = {
   <matchRule><buildingBlock sourceType="ENTITY" entityHits="1" sourceName="card"/></matchRule>
 </template>)"},
     {ECode::SAME_TEMPLATE, "DLP062", ESeverity::WARNING, "same-template",
-     "the template {} matches the same as the template {}",
+     "the template {} matches the same as {}",
      "remove one of them, or correct what should differ",
-     "The rules are the same but for their order. Both would report each incident.",
+     "The rules match alike, in the document or in the store, however they are written. Both would report "
+     "each incident. Of templates with more than 16 conditions the rules are alike but for their order.",
      R"(<template name="notes" display_name="Notes">
   <matchRule>
     <buildingBlock sourceType="KEYWORD" sourceName="words"/>
@@ -651,7 +734,8 @@ constexpr SCodeRow CODES[] = {
      "the {} changes nothing: {}",
      "remove it, or correct what should differ",
      "Looked at are templates of up to 256 blocks whose rules, and the blocks of each rule, are joined "
-     "by one operation alone. Three hits of an expression are also two.",
+     "by one operation alone, and of up to 16 blocks those whose operations are mixed. Three hits of an "
+     "expression are also two.",
      R"(<template name="notes" display_name="Notes">
   <matchRule><buildingBlock sourceType="ENTITY" entityHits="1" sourceName="card"/></matchRule>
   <matchRule operation="OR">
@@ -666,6 +750,35 @@ constexpr SCodeRow CODES[] = {
     <buildingBlock sourceType="KEYWORD" sourceName="words" operation="AND"/>
   </matchRule>
 </template>)"},
+    {ECode::CATEGORY_TWICE, "DLP064", ESeverity::WARNING, "category-twice",
+     "the {} {} names the template {} twice",
+     "remove one of the entries",
+     "The template is stored with the category twice, and exported so.",
+     R"(<SAPolicy template_version="3.0.1000">
+  <complianceTemplates>
+    <template name="cards" display_name="Cards">
+      <matchRule><buildingBlock sourceType="KEYWORD" sourceName="words"/></matchRule>
+    </template>
+  </complianceTemplates>
+  <industries>
+    <industry name="finance"><template_id>cards</template_id></industry>
+    <industry name="finance"><template_id>cards</template_id></industry>
+  </industries>
+</SAPolicy>)",
+     R"(<SAPolicy template_version="3.0.1000">
+  <complianceTemplates>
+    <template name="cards" display_name="Cards">
+      <matchRule><buildingBlock sourceType="KEYWORD" sourceName="words"/></matchRule>
+    </template>
+    <template name="Cards" display_name="More cards">
+      <matchRule><buildingBlock sourceType="ENTITY" entityHits="1" sourceName="card"/></matchRule>
+    </template>
+  </complianceTemplates>
+  <industries>
+    <industry name="finance"><template_id>cards</template_id></industry>
+    <industry name="finance"><template_id>Cards</template_id></industry>
+  </industries>
+</SAPolicy>)"},
     {ECode::ALREADY_STORED, "DLP070", ESeverity::NOTE, "already-stored",
      "the store has the {} {} already",
      "import without --skip-existing to replace it",

@@ -35,7 +35,7 @@ SDiagnostic* CDiagnostics::Add(ECode eCode, std::size_t iOffset, const std::vect
         return nullptr;
     }
     if (++m_aCounts[static_cast<std::size_t>(eCode)] > MAX_OF_CODE && !m_choice.bAll) {
-        ++m_iOmitted;
+        ++m_aOmitted[static_cast<std::size_t>(eSeverity)];
         return nullptr;
     }
     m_vecDiagnostics.push_back({.eCode = eCode,
@@ -59,7 +59,7 @@ void CDiagnostics::Relate(SDiagnostic* pDiagnostic, std::size_t iOffset, const s
 void CDiagnostics::Fix(SDiagnostic* pDiagnostic, std::size_t iOffset, std::size_t iLength,
                        std::string strReplacement) const {
     if (pDiagnostic != nullptr) {
-        pDiagnostic->fix = {iOffset + m_iStart, iLength, std::move(strReplacement)};
+        pDiagnostic->fix = {iOffset + m_iStart, iLength, std::move(strReplacement), {}, {}};
     }
 }
 
@@ -78,6 +78,10 @@ std::vector<SDiagnostic> CDiagnostics::Finish(std::string_view strBytes) {
         }
         diagnostic.place = places->Find(diagnostic.iOffset);
         diagnostic.excerpt = MakeExcerpt(strBytes, diagnostic.iOffset);
+        if (diagnostic.fix) {
+            diagnostic.fix->place = places->Find(diagnostic.fix->iOffset);
+            diagnostic.fix->end = places->Find(diagnostic.fix->iOffset + diagnostic.fix->iLength);
+        }
         if (diagnostic.related) {
             diagnostic.related->place = places->Find(diagnostic.related->iOffset);
         }

@@ -23,6 +23,8 @@ struct SFix {
     std::size_t iOffset = 0;
     std::size_t iLength = 0;
     std::string strReplacement;
+    SPlace place{};
+    SPlace end{};  ///< behind what is replaced
 };
 
 /** Something found in a file. Texts are printable; offsets count the bytes of the file. */
@@ -45,6 +47,9 @@ struct SCheckChoice {
     bool bAll = false;            ///< however many there are
     std::vector<ECode> vecAllow;  ///< not to be told
 };
+
+/** A number for each severity, in its order. */
+using SeverityCounts = std::array<std::size_t, 3>;
 
 /** Collects what is found in one file. */
 class CDiagnostics {
@@ -73,13 +78,13 @@ class CDiagnostics {
     /** @return how many errors were found, those that are not told included */
     std::size_t GetErrors() const { return m_iErrors; }
     /** @return how many were found of those codes and not kept */
-    std::size_t GetOmitted() const { return m_iOmitted; }
+    const SeverityCounts& GetOmitted() const { return m_aOmitted; }
 
   private:
     const SCheckChoice& m_choice;
     std::array<std::size_t, static_cast<std::size_t>(ECode::COUNT)> m_aCounts{};
     std::size_t m_iStart = 0;
     std::size_t m_iErrors = 0;
-    std::size_t m_iOmitted = 0;
+    SeverityCounts m_aOmitted{};
     std::vector<SDiagnostic> m_vecDiagnostics;
 };

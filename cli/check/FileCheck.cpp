@@ -29,14 +29,20 @@ namespace {
 constexpr const char STANDARD_LAYOUT[] = "standard";
 constexpr const char OLDER_LAYOUT[] = "older";
 constexpr const char EMPTY[] = "it is empty";
+constexpr const char UTF16[] = ", but UTF-16";
+constexpr const char UTF16_ADVICE[] = ", as iconv -f UTF-16 -t UTF-8 does";
+constexpr const char FROM_HERE[] = " from here on";
+constexpr const char NEAR[] = " here or shortly before this place";
+constexpr const char NO_MARKUP[] = "there is no \"<\" in it";
+
 /** How often an item is looked at, about: by each check that is about its kind, and by the import. */
 constexpr std::size_t STEPS_OF_ITEM = 6;
-constexpr const char NO_MARKUP[] = "there is no \"<\" in it";
 
 class CFileCheck {
   public:
     CFileCheck(CCommandContext& context, const SFileCheck& check, const std::string& strFile)
-        : m_context(context), m_check(check), m_diagnostics(check.choice) {
+        : m_context(context), m_check(check), m_choice(check.choice), m_diagnostics(m_choice) {
+        m_choice.bAll = m_choice.bAll || check.bFix;  // whatever can be replaced is
         m_report.strFile = strFile;
     }
 
@@ -45,7 +51,7 @@ class CFileCheck {
             CheckDocument();
         }
         m_report.vecDiagnostics = m_diagnostics.Finish(m_file.strBytes);
-        m_report.iOmitted = m_diagnostics.GetOmitted();
+        m_report.aOmitted = m_diagnostics.GetOmitted();
         if (m_check.bFix && !m_report.IsInvalid()) {
             Fix();
         }
@@ -65,11 +71,15 @@ class CFileCheck {
         m_diagnostics.SetStart(m_file.iStart);
         const std::size_t iInvalid = OS::FindInvalidUtf8(m_file.Text());
         if (m_file.Text().empty()) {
-            m_diagnostics.Add(ECode::NOT_XML, std::string::npos, {m_file.strBytes.empty() ? EMPTY : NO_MARKUP});
+            m_diagnostics.Add(ECode::NOT_XML, std::string::npos, {m_file.strBytes.empty() ? EMPTY : NO_MARKUP}, {""});
+        } else if (IsUtf16(m_file.strBytes)) {
+            m_diagnostics.Add(ECode::NOT_UTF8, std::string::npos, {UTF16}, {UTF16_ADVICE});
         } else if (iInvalid != std::string::npos) {
-            m_diagnostics.Add(ECode::NOT_UTF8, iInvalid);
+            m_diagnostics.Add(ECode::NOT_UTF8, iInvalid, {FROM_HERE}, {""});
+        } else {
+            return true;
         }
-        return !m_file.Text().empty() && iInvalid == std::string::npos;
+        return false;
     }
 
     void CheckDocument() {
@@ -77,7 +87,7 @@ class CFileCheck {
         const CXMLParser& parser = document.Load();
         const SXMLLoadError& error = parser.GetLoadError();
         if (!error.strMessage.empty()) {
-            m_diagnostics.Add(ECode::NOT_XML, error.iOffset, {Text::Printable(error.strMessage)});
+            m_diagnostics.Add(ECode::NOT_XML, error.iOffset, {Text::Printable(error.strMessage)}, {NEAR});
             return;
         }
         const CXMLView root = parser.RootView();
@@ -120,9 +130,12 @@ class CFileCheck {
         Signals::ThrowIfCaught();
         store.ThrowIfFailed();
         for (const SImportItem& item : trial.vecItems) {
-            TellItem({item, {}, {}}, checked.strText, m_diagnostics);
+            if (item.eReason != EReason::UNKNOWN_ELEMENT) {  // told of with the shape
+                TellItem(item, checked.strText, m_diagnostics);
+            }
         }
         CheckReferences(checked);
+        CheckSameTemplates(checked);
         store.ThrowIfFailed();
         if (trial.iResult != 0 && m_diagnostics.GetErrors() == 0) {
             m_diagnostics.Add(ECode::NO_TEMPLATES, checked.root.Offset(),
@@ -163,6 +176,7 @@ class CFileCheck {
 
     CCommandContext& m_context;
     const SFileCheck& m_check;
+    SCheckChoice m_choice;
     SPolicyFile m_file;
     CDiagnostics m_diagnostics;
     SFileReport m_report;

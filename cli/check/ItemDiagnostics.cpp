@@ -5,10 +5,15 @@
 #include <vector>
 
 #include "cli/ImportReport.h"
+#include "cli/NearestName.h"
 #include "cli/Text.h"
 #include "cli/check/SourceMarkup.h"
+#include "xml/Vocabulary.h"
 
 namespace {
+
+constexpr const char CORRECT[] = "correct its name, or remove it";
+constexpr const char REMOVE[] = "take it out of the template";
 
 /** How an item's reason is told; kind and name are filled in first where the sentence has room for them. */
 struct STold {
@@ -28,6 +33,7 @@ constexpr STold TOLD[] = {
     {EReason::OLDER_BUILT_IN, ECode::OLDER_BUILT_IN, false, true, false},
     {EReason::OLDER_SECTION, ECode::OLDER_SECTION, false, true, false},
     {EReason::UNKNOWN_TEMPLATE, ECode::UNKNOWN_TEMPLATE, false, true, true},
+    {EReason::UNKNOWN_ELEMENT, ECode::LOST_ELEMENT, false, true, true},
 };
 
 /** In the order of ETemplateFault. */
@@ -36,7 +42,7 @@ constexpr ECode FAULTS[] = {ECode::UNKNOWN_ASSET, ECode::UNKNOWN_ASSET, ECode::S
 
 }  // namespace
 
-bool TellItem(const SReportItem& item, std::string_view strText, CDiagnostics& diagnostics) {
+bool TellItem(const SImportItem& item, std::string_view strText, CDiagnostics& diagnostics) {
     for (const STold& told : TOLD) {
         if (told.eReason != item.eReason) {
             continue;
@@ -52,9 +58,28 @@ bool TellItem(const SReportItem& item, std::string_view strText, CDiagnostics& d
             vecWhat.push_back(Text::Quoted(item.strDetail));
         }
         const bool bText = item.eReason == EReason::UNKNOWN_TEMPLATE;
-        diagnostics.Add(told.eCode, bText ? FindTextOffset(strText, item.iOffset, 0) : item.iOffset, vecWhat);
+        diagnostics.Add(told.eCode, bText ? FindTextOffset(strText, item.iOffset, 0) : item.iOffset, vecWhat,
+                        {CORRECT});
     }
     return item.eReason != EReason::UNSUPPORTED_ASSETS;
+}
+
+void TellForeign(const SForeignChild& foreign, CDiagnostics& diagnostics) {
+    const std::string strNearest =
+        FindNearestName(foreign.strElement, {foreign.bRule ? TagUtf8::MATCH_RULE : TagUtf8::BUILDING_BLOCK});
+    diagnostics.Add(ECode::FOREIGN_RULE, foreign.iOffset, {Text::Quoted(foreign.strElement), DescribeForeign(foreign)},
+                    {strNearest.empty() ? REMOVE : "did you mean " + Text::Quoted(strNearest) + '?'});
+}
+
+void TellForeign(const SReportItem& item, CDiagnostics& diagnostics) {
+    for (const SForeignChild& foreign : item.vecForeign) {
+        TellForeign(foreign, diagnostics);
+    }
+    for (const SUnknownReference& reference : item.vecUnknown) {
+        diagnostics.Add(ECode::UNKNOWN_ASSET, reference.iOffset,
+                        {GetItemWord(reference.eKind), Text::Quoted(reference.strName)},
+                        {AdviseReference(reference.strNearest)});
+    }
 }
 
 void TellFault(const SReportItem& item, CDiagnostics& diagnostics) {
@@ -63,7 +88,7 @@ void TellFault(const SReportItem& item, CDiagnostics& diagnostics) {
         const EItemKind eKind =
             item.fault == ETemplateFault::UNKNOWN_EXPRESSION ? EItemKind::EXPRESSION : EItemKind::KEYWORD;
         diagnostics.Add(eCode, item.iOffset, {GetItemWord(eKind), Text::Quoted(item.strFaulty)},
-                        {AdviseReference(item)});
+                        {AdviseReference(item.strNearest)});
     } else {
         diagnostics.Add(eCode, item.iOffset, {Text::Quoted(item.strFaulty)});
     }

@@ -4,6 +4,8 @@
 
 #include "cli/check/Diagnostics.h"
 
+struct SForeignChild;
+struct SImportItem;
 struct SReportItem;
 
 /**
@@ -11,6 +13,10 @@ struct SReportItem;
  * @param strText what the item's offset counts in
  * @return false when a rule is to blame: nothing is told, for there is more to say of its parts
  */
-bool TellItem(const SReportItem& item, std::string_view strText, CDiagnostics& diagnostics);
+bool TellItem(const SImportItem& item, std::string_view strText, CDiagnostics& diagnostics);
+/** Tells of a foreign child of a template. */
+void TellForeign(const SForeignChild& foreign, CDiagnostics& diagnostics);
+/** Tells of all that a template has, and of what they refer to that is not stored. */
+void TellForeign(const SReportItem& item, CDiagnostics& diagnostics);
 /** Tells of a template over whose rule TellItem gave false. */
 void TellFault(const SReportItem& item, CDiagnostics& diagnostics);

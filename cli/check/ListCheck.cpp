@@ -1,5 +1,7 @@
+#include <map>
 #include <string>
 #include <unordered_set>
+#include <utility>
 #include <vector>
 
 #include "api/DLPMetaDataLoaderImpl.h"
@@ -54,6 +56,25 @@ constexpr SCategoryList CATEGORIES[] = {
     {TagUtf8::REGIONS, TagUtf8::REGION, &DLPMetaDataLoaderImpl::GetRegions},
 };
 
+/** A template should be named once by a category, in however many elements that stands. */
+void CheckEntries(const SCheckedDocument& document, const SCategoryList& list) {
+    std::map<std::pair<std::string, std::string>, std::size_t> mapFirst;
+    document.ForEach(list.pSection, list.pElement, [&](const CXMLView& element) {
+        const std::string strName(element.Attribute(TagUtf8::NAME));
+        for (CXMLView entry = element.FirstChild(TagUtf8::TEMPLATE_ID); entry;
+             entry = entry.NextSibling(TagUtf8::TEMPLATE_ID)) {
+            const std::string strTemplate = entry.Text();
+            const auto [itFirst, bNew] = mapFirst.try_emplace({strName, strTemplate}, entry.Offset());
+            if (!bNew) {
+                document.diagnostics.Relate(
+                    document.diagnostics.Add(ECode::CATEGORY_TWICE, entry.Offset(),
+                                             {list.pElement, Text::Quoted(strName), Text::Quoted(strTemplate)}),
+                    itFirst->second, "the first one is here");
+            }
+        }
+    });
+}
+
 }  // namespace
 
 void CheckLists(const SCheckedDocument& document) {
@@ -70,10 +91,13 @@ void CheckLists(const SCheckedDocument& document) {
         CPredefinedList categories(metadata, list.fnRead);
         document.ForEach(list.pSection, list.pElement, [&](const CXMLView& element) {
             const std::string strName(element.Attribute(TagUtf8::NAME));
-            if (categories.Lacks(strName)) {
+            if (strName.empty()) {
+                document.diagnostics.Add(ECode::NO_NAME, element.Offset(), {list.pElement});
+            } else if (categories.Lacks(strName)) {
                 document.diagnostics.Add(ECode::UNKNOWN_CATEGORY, document.Find(element, TagUtf8::NAME).iName,
                                          {list.pElement, Text::Quoted(strName)}, {categories.Suggest(strName)});
             }
         });
+        CheckEntries(document, list);
     }
 }

@@ -5,6 +5,7 @@
 #include "cli/RuleName.h"
 #include "cli/Text.h"
 #include "cli/check/CheckedDocument.h"
+#include "platform/common/TextTools.h"
 #include "templates/MatchRule.h"
 
 namespace {
@@ -21,10 +22,22 @@ constexpr SNamed NAMED[] = {
     {TagUtf8::COMPLIANCE_TEMPLATES, TagUtf8::TEMPLATE, "templates", EElementType::UNKNOWN},
 };
 
+void CheckBlanks(const SCheckedDocument& document, const CXMLView& element) {
+    for (const char* pAttribute : {TagUtf8::NAME, TagUtf8::DISPLAY_NAME}) {
+        const std::string_view strName = element.Attribute(pAttribute);
+        if (OS::Trim(strName).size() != strName.size()) {
+            document.diagnostics.Add(ECode::BLANK_IN_NAME, document.Find(element, pAttribute).iName,
+                                     {pAttribute, Text::Quoted(strName)});
+        }
+    }
+}
+
 }  // namespace
 
 void CheckNames(const SCheckedDocument& document) {
     for (const SNamed& named : NAMED) {
+        document.ForEach(named.pSection, named.pElement,
+                         [&](const CXMLView& element) { CheckBlanks(document, element); });
         std::unordered_map<std::string, std::size_t> mapFirst;
         document.ForEach(named.pSection, named.pElement, [&](const CXMLView& element) {
             const std::string strName(element.Attribute(TagUtf8::NAME));

@@ -23,9 +23,9 @@ constexpr std::size_t MAX_PUMPS = 12;
 /** Matches hardly anything, so that a match fails where it is almost done. */
 constexpr const char STOPPER[] = "\x01";
 
-/** Most patterns need no more. */
-constexpr std::uint32_t FEW_STEPS = 1000;
-constexpr std::size_t COSTLY_EFFORT = CPatternProbe::MAX_STEPS / FEW_STEPS;
+/** Most patterns need no more than the first of these, and two repetitions within each other no more than the second.
+ */
+constexpr std::uint32_t STEPS[] = {1000, 40000, CPatternProbe::MAX_STEPS};
 
 /** Not to see at a glance that a text lacks a character that every match has: any text may have it somewhere. */
 constexpr std::uint32_t OPTIONS = PCRE2_UTF | PCRE2_NO_START_OPTIMIZE;
@@ -118,31 +118,39 @@ bool CPatternProbe::MatchesEmpty() const {
     return m_pEngine->pCode != nullptr && m_pEngine->Match("", 0, 0, MAX_STEPS) >= 0;
 }
 
-std::size_t CPatternProbe::FindRunaway(std::size_t& iEffort) const {
+std::optional<std::size_t> CPatternProbe::FindRunaway(std::size_t& iEffort) const {
     const SPatternSample sample = SamplePattern(m_strPattern);
-    if (m_pEngine->pCode == nullptr || iEffort == 0 || !sample.bCanRunAway) {
+    if (m_pEngine->pCode == nullptr || !sample.bCanRunAway) {
         return 0;
     }
     for (const auto& [strPump, strBefore] : MakePumps(sample.vecCharacters)) {
         const std::string strSubject = strBefore + Repeat(strPump) + STOPPER;
-        if (RunsAway(strSubject, 0, iEffort) ||
-            (!strBefore.empty() && RunsAway(strSubject, strBefore.size(), iEffort))) {
-            return OS::CountCodePoints(strSubject);
+        for (const std::size_t iStart : std::set<std::size_t>{0, strBefore.size()}) {
+            const std::optional<bool> runsAway = RunsAway(strSubject, iStart, iEffort);
+            if (!runsAway) {
+                return std::nullopt;
+            }
+            if (*runsAway) {
+                return OS::CountCodePoints(strSubject);
+            }
         }
     }
     return 0;
 }
 
 /** From one place only: a match that is tried from every place takes longer, but in proportion to the text. */
-bool CPatternProbe::RunsAway(const std::string& strSubject, std::size_t iStart, std::size_t& iEffort) const {
+std::optional<bool> CPatternProbe::RunsAway(const std::string& strSubject, std::size_t iStart,
+                                            std::size_t& iEffort) const {
     constexpr std::uint32_t HERE = PCRE2_ANCHORED | PCRE2_NO_UTF_CHECK;
-    if (iEffort == 0) {
-        return false;
+    for (const std::uint32_t iSteps : STEPS) {
+        const std::size_t iCost = iSteps / STEPS[0];
+        if (iEffort < iCost) {
+            return std::nullopt;  // others may need less
+        }
+        iEffort -= iCost;
+        if (!IsLimit(m_pEngine->Match(strSubject, iStart, HERE, iSteps))) {
+            return false;
+        }
     }
-    --iEffort;
-    if (!IsLimit(m_pEngine->Match(strSubject, iStart, HERE, FEW_STEPS))) {
-        return false;
-    }
-    iEffort -= std::min(iEffort, COSTLY_EFFORT);
-    return IsLimit(m_pEngine->Match(strSubject, iStart, HERE, MAX_STEPS));
+    return true;
 }

@@ -29,16 +29,16 @@ class CPatternProbe {
     const std::optional<SRefusal>& GetRefusal() const { return m_refusal; }
     bool MatchesEmpty() const;
     /**
-     * @param iEffort how much may still be tried, in units of an attempt of few steps; what was used is taken off, and
-     *        with nothing left nothing is found
-     * @return the length in characters of a text for which MAX_STEPS were not enough; 0 when none was found
+     * @param iEffort how much may still be tried, in units of an attempt of few steps; what was used is taken off
+     * @return the length in characters of a text for which MAX_STEPS were not enough; 0 when there is none; nothing
+     *         when the effort ended before that was known
      */
-    std::size_t FindRunaway(std::size_t& iEffort) const;
+    std::optional<std::size_t> FindRunaway(std::size_t& iEffort) const;
 
   private:
     struct SEngine;
 
-    bool RunsAway(const std::string& strSubject, std::size_t iStart, std::size_t& iEffort) const;
+    std::optional<bool> RunsAway(const std::string& strSubject, std::size_t iStart, std::size_t& iEffort) const;
 
     std::string m_strPattern;
     std::unique_ptr<SEngine> m_pEngine;

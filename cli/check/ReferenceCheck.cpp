@@ -1,11 +1,10 @@
-#include <map>
 #include <set>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "cli/AssetSuggestions.h"
 #include "cli/Kinds.h"
-#include "cli/NearestName.h"
 #include "cli/Text.h"
 #include "cli/check/CheckedDocument.h"
 #include "platform/common/TextConversion.h"
@@ -13,14 +12,12 @@
 #include "platform/xml/CXMLParser.h"
 #include "templates/CAssetNames.h"
 #include "templates/DLPXmlNormalizer.h"
+#include "templates/TemplateReport.h"
 #include "templates/TemplateXml.h"
 
 namespace {
 
 constexpr const char IMPORT_FIRST[] = "import or add it, or correct the name";
-
-/** Looking for the nearest name takes long in a large store, and nobody reads hundreds of them. */
-constexpr std::size_t MAX_SUGGESTIONS = 20;
 
 struct SAssetKind {
     EElementType eType;
@@ -49,26 +46,43 @@ void ForEachBlock(const CXMLView& element, const F& fnBlock) {
     }
 }
 
+/** Calls fnReference for what the foreign children of a template are read to refer to; those names are never mapped. */
+template <class F>
+void ForEachForeign(const CXMLView& element, const F& fnReference) {
+    for (const SForeignChild& foreign : TemplateReport::FindForeignChildren(element)) {
+        for (const SForeignChild::SReference& reference : foreign.vecReferences) {
+            fnReference(reference.eKind == EItemKind::EXPRESSION ? EElementType::ENTITY : EElementType::KEYWORD,
+                        reference.strName, reference.iOffset);
+        }
+    }
+}
+
 class CReferenceCheck {
   public:
-    explicit CReferenceCheck(const SCheckedDocument& document) : m_document(document) {}
+    explicit CReferenceCheck(const SCheckedDocument& document) : m_document(document), m_suggestions(document.bOlder) {}
 
     void Run() {
         CAssetNames names;
         ForEachAsset([this](Reference&& reference, const CXMLView&) { m_setDefined.insert(std::move(reference)); });
+        const auto fnUse = [&](EElementType eType, const std::string& strName, std::size_t) {
+            names.Add(eType, strName);
+            m_setUsed.emplace(eType, strName);
+        };
         m_document.ForEachTemplate([&](const CXMLView& element) {
             ForEachBlock(element, [&](const CXMLView& block) {
                 const EElementType eType = TemplateXml::ReadExactType(block);
                 if (eType != EElementType::UNKNOWN) {
-                    const std::string strName = GetName(block);
-                    names.Add(eType, strName);
-                    m_setUsed.emplace(eType, strName);
+                    fnUse(eType, GetName(block), block.Offset());
                 }
             });
+            ForEachForeign(element, fnUse);
         });
         names.Ask();
         m_document.ForEachTemplate([&](const CXMLView& element) {
             ForEachBlock(element, [&](const CXMLView& block) { CheckBlock(block, names); });
+            ForEachForeign(element, [&](EElementType eType, const std::string& strName, std::size_t iOffset) {
+                CheckName(eType, strName, FindAttribute(m_document.strText, iOffset, TagUtf8::SOURCE_NAME), names);
+            });
             for (CXMLView rule = element.FirstChild(TagUtf8::MATCH_RULE); rule;
                  rule = rule.NextSibling(TagUtf8::MATCH_RULE)) {
                 CheckOperation(rule);
@@ -91,14 +105,19 @@ class CReferenceCheck {
         if (eType == EElementType::UNKNOWN) {
             m_document.diagnostics.Add(ECode::SOURCE_TYPE, m_document.Find(block, TagUtf8::SOURCE_TYPE).iName,
                                        {Text::Quoted(block.Attribute(TagUtf8::SOURCE_TYPE))});
-        } else if (const std::string strName = GetName(block);
-                   !names.IsStored(eType, strName) && m_setDefined.count({eType, strName}) == 0) {
+        } else {
+            CheckName(eType, GetName(block), m_document.Find(block, TagUtf8::SOURCE_NAME), names);
+        }
+        CheckOperation(block);
+    }
+
+    void CheckName(EElementType eType, const std::string& strName, SAttributePlace place, const CAssetNames& names) {
+        if (!names.IsStored(eType, strName) && m_setDefined.count({eType, strName}) == 0) {
             const SAssetKind& kind = GetAssetKind(eType);
-            m_document.diagnostics.Add(ECode::UNKNOWN_ASSET, m_document.Find(block, TagUtf8::SOURCE_NAME).iName,
+            m_document.diagnostics.Add(ECode::UNKNOWN_ASSET, place.iName,
                                        {GetKind(kind.eKind).pWord, Text::Quoted(strName)},
                                        {Suggest(kind.eKind, strName)});
         }
-        CheckOperation(block);
     }
 
     void CheckOperation(const CXMLView& node) const {
@@ -109,14 +128,7 @@ class CReferenceCheck {
     }
 
     std::string Suggest(ESettingsKind eKind, const std::string& strName) {
-        if (m_iSuggestions++ >= MAX_SUGGESTIONS) {
-            return IMPORT_FIRST;
-        }
-        const auto [itNames, bNew] = m_mapNames.try_emplace(eKind);
-        if (bNew) {
-            CSettingsStore::Current().ReadColumn(eKind, NAME_COLUMN, itNames->second);
-        }
-        const std::string strNearest = FindNearestName(strName, itNames->second);
+        const std::string strNearest = m_suggestions.Find(eKind, strName);
         return strNearest.empty() ? IMPORT_FIRST : "did you mean " + Text::Quoted(strNearest) + '?';
     }
 
@@ -143,12 +155,8 @@ class CReferenceCheck {
         }
     }
 
-    /** Not in the older layout, which has none. */
     template <class F>
     void ForEachAsset(const F& fnAsset) const {
-        if (m_document.bOlder) {
-            return;
-        }
         for (const SAssetKind& kind : ASSET_KINDS) {
             m_document.ForEach(TagUtf8::DIGITAL_ASSETS, kind.pElement, [&](const CXMLView& element) {
                 Reference reference(kind.eType, element.Attribute(TagUtf8::NAME));
@@ -173,8 +181,7 @@ class CReferenceCheck {
     std::set<Reference> m_setUsed;
     /** What the document itself has: if it is not taken, that is told of the asset, which is the one to correct. */
     std::set<Reference> m_setDefined;
-    std::map<ESettingsKind, std::vector<std::string>> m_mapNames;
-    std::size_t m_iSuggestions = 0;
+    CAssetSuggestions m_suggestions;
 };
 
 }  // namespace

@@ -1,17 +1,24 @@
 #include <algorithm>
+#include <cstddef>
 #include <optional>
 #include <string>
-#include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "cli/Text.h"
 #include "cli/check/CheckedDocument.h"
+#include "cli/check/ItemDiagnostics.h"
+#include "cli/compare/NeedlessParts.h"
+#include "cli/compare/TruthTable.h"
+#include "templates/TemplateReport.h"
 #include "templates/TemplateXml.h"
 
 namespace {
 
 /** Every part is compared with every other. */
 constexpr std::size_t MAX_BLOCKS = 256;
+
+constexpr const char NEEDLESS[] = "without it the same is matched";
 
 using SBlock = TemplateXml::SBuildingBlock;
 
@@ -79,32 +86,13 @@ std::optional<std::size_t> FindStronger(const Parts& parts, std::size_t i, EJoin
     return std::nullopt;
 }
 
-std::string Describe(const SBlock& block) {
-    return std::string(ElementTypeText(block.eType)) + ' ' +
-           (block.eType == EElementType::ENTITY ? std::to_string(block.iCount) + ' ' : std::string()) +
-           std::string(block.strName);
-}
-
-/** @return parts in a text of their own each, without regard to their order where that does not matter */
-std::string Join(std::vector<std::string> vecParts, EJoin eJoin) {
-    if (eJoin != EJoin::MIXED) {
-        std::sort(vecParts.begin(), vecParts.end());
-    }
-    std::string strJoined(1, eJoin == EJoin::ANY ? '|' : '&');
-    for (const std::string& strPart : vecParts) {
-        strJoined += std::to_string(strPart.size()) + ':' + strPart;
-    }
-    return strJoined;
-}
-
+/** One template's rules, as they are read: whatever the elements are called. */
 class CTemplateRules {
   public:
     CTemplateRules(const SCheckedDocument& document, const CXMLView& element) : m_document(document), m_node(element) {
-        for (CXMLView node = element.FirstChild(TagUtf8::MATCH_RULE); node;
-             node = node.NextSibling(TagUtf8::MATCH_RULE)) {
+        for (CXMLView node = element.FirstChild(); node; node = node.NextSibling()) {
             SRule rule{node, TemplateXml::ReadOperation(node), EJoin::ALL, {}, {}};
-            for (CXMLView block = node.FirstChild(TagUtf8::BUILDING_BLOCK); block;
-                 block = block.NextSibling(TagUtf8::BUILDING_BLOCK)) {
+            for (CXMLView block = node.FirstChild(); block; block = block.NextSibling()) {
                 rule.vecBlocks.push_back(TemplateXml::ReadBuildingBlock(block));
                 rule.vecNodes.push_back(block);
                 Weigh(rule.vecBlocks.back());
@@ -116,6 +104,9 @@ class CTemplateRules {
     }
 
     void Check() const {
+        for (const SForeignChild& foreign : TemplateReport::FindForeignChildren(m_node)) {
+            TellForeign(foreign, m_document.diagnostics);
+        }
         if (m_vecRules.empty()) {
             Tell(ECode::TEMPLATE_EMPTY, m_node, "template");
         }
@@ -125,32 +116,15 @@ class CTemplateRules {
         if (m_bPlain && m_iBlocks <= MAX_BLOCKS && m_vecRules.size() <= MAX_BLOCKS) {
             CheckPointless();
         }
-    }
-
-    /** @return what the template looks for, equal for equal templates; empty when that cannot be said */
-    std::string GetMeaning() const {
-        if (!m_bPlain || m_iBlocks == 0) {
-            return {};
+        if (m_bPlain && m_iBlocks <= CTruthTable::MAX_CONDITIONS) {
+            CheckMixed();
         }
-        std::vector<std::string> vecRules;
-        for (const SRule& rule : m_vecRules) {
-            std::vector<std::string> vecBlocks;
-            for (const SBlock& block : rule.vecBlocks) {
-                vecBlocks.push_back(Operation(rule.eJoin, block.eOperator) + Describe(block));
-            }
-            vecRules.push_back(Operation(m_eJoin, rule.eOperator) + Join(std::move(vecBlocks), rule.eJoin));
-        }
-        return Join(std::move(vecRules), m_eJoin);
     }
 
   private:
     void Weigh(const SBlock& block) {
         ++m_iBlocks;
         m_bPlain = m_bPlain && block.eType != EElementType::UNKNOWN && block.eOperator != EOperator::EXCEPT;
-    }
-
-    static std::string Operation(EJoin eJoin, EOperator eOperator) {
-        return eJoin == EJoin::MIXED ? OperatorText(eOperator) : std::string();
     }
 
     void Tell(ECode eCode, const CXMLView& node, const std::string& strWhat) const {
@@ -160,7 +134,7 @@ class CTemplateRules {
     void CheckRule(std::size_t iRule) const {
         const SRule& rule = m_vecRules[iRule];
         CheckOperation(rule.node, iRule, rule.eOperator, "rule");
-        if (rule.vecBlocks.empty()) {
+        if (rule.vecBlocks.empty() && rule.node.Name() == TagUtf8::MATCH_RULE) {
             Tell(ECode::TEMPLATE_EMPTY, rule.node, "rule");
         }
         for (std::size_t i = 0; i < rule.vecBlocks.size(); ++i) {
@@ -170,6 +144,10 @@ class CTemplateRules {
 
     void CheckOperation(const CXMLView& node, std::size_t iPart, EOperator eOperator, const char* pWhat) const {
         const bool bGiven = !node.Attribute(TagUtf8::OPERATION).empty();
+        const bool bForeign = node.Name() != TagUtf8::MATCH_RULE && node.Name() != TagUtf8::BUILDING_BLOCK;
+        if (bForeign) {
+            return;  // that it is read at all is what is told of it
+        }
         if (iPart > 0 && !bGiven) {
             Tell(ECode::MISSING_OPERATION, node, pWhat);
         } else if (iPart == 0 && bGiven && eOperator != EOperator::UNKNOWN && eOperator != EOperator::EXCEPT) {
@@ -186,15 +164,40 @@ class CTemplateRules {
                 }
             }
         }
-        const bool bComparable =
-            m_eJoin != EJoin::MIXED && std::none_of(m_vecRules.begin(), m_vecRules.end(), [](const SRule& rule) {
-                return rule.eJoin == EJoin::MIXED || rule.vecBlocks.empty();
-            });
+        const bool bComparable = AreComparable();
         for (std::size_t i = 0; i < m_vecRules.size() && bComparable; ++i) {
             if (const auto iOther = FindStronger(m_vecRules, i, m_eJoin)) {
                 TellPointless(m_vecRules[i].node, m_vecRules[*iOther].node, "rule", m_eJoin);
             }
         }
+    }
+
+    bool AreComparable() const {
+        return m_eJoin != EJoin::MIXED && std::none_of(m_vecRules.begin(), m_vecRules.end(), [](const SRule& rule) {
+                   return rule.eJoin == EJoin::MIXED || rule.vecBlocks.empty();
+               });
+    }
+
+    /** What cannot be compared part by part is tried without each. */
+    void CheckMixed() const {
+        if (AreComparable()) {
+            return;
+        }
+        const SNeedlessParts needless = FindNeedlessParts(TemplateReport::ReadRules(m_node));
+        for (const std::size_t iRule : needless.vecRules) {
+            TellNeedless(m_vecRules[iRule].node, "rule");
+        }
+        for (std::size_t i = 0; i < m_vecRules.size(); ++i) {
+            for (const std::size_t iBlock : needless.vecElements[i]) {
+                if (m_vecRules[i].eJoin == EJoin::MIXED) {
+                    TellNeedless(m_vecRules[i].vecNodes[iBlock], "building block");
+                }
+            }
+        }
+    }
+
+    void TellNeedless(const CXMLView& node, const char* pWhat) const {
+        m_document.diagnostics.Add(ECode::RULE_POINTLESS, node.Offset(), {pWhat, NEEDLESS});
     }
 
     void TellPointless(const CXMLView& node, const CXMLView& other, const char* pWhat, EJoin eJoin) const {
@@ -215,21 +218,5 @@ class CTemplateRules {
 }  // namespace
 
 void CheckRules(const SCheckedDocument& document) {
-    std::unordered_map<std::string, CXMLView> mapMeanings;
-    document.ForEachTemplate([&](const CXMLView& element) {
-        const CTemplateRules rules(document, element);
-        rules.Check();
-        const std::string strMeaning = rules.GetMeaning();
-        if (strMeaning.empty()) {
-            return;
-        }
-        const auto [itFirst, bNew] = mapMeanings.try_emplace(strMeaning, element);
-        if (!bNew) {
-            document.diagnostics.Relate(
-                document.diagnostics.Add(ECode::SAME_TEMPLATE, element.Offset(),
-                                         {Text::Quoted(element.Attribute(TagUtf8::NAME)),
-                                          Text::Quoted(itFirst->second.Attribute(TagUtf8::NAME))}),
-                itFirst->second.Offset(), "the other one is here");
-        }
-    });
+    document.ForEachTemplate([&](const CXMLView& element) { CTemplateRules(document, element).Check(); });
 }

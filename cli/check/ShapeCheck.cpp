@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -118,6 +119,10 @@ class CShapeCheck {
             TellMisplaced(*parent.pShape, strName, iTag);
             return nullptr;
         }
+        if (m_document.bOlder && parent.pShape->strName == TagUtf8::SA_POLICY &&
+            strName != TagUtf8::COMPLIANCE_TEMPLATES) {
+            return nullptr;  // a section that is not taken, whatever it holds
+        }
         const std::uint32_t iBit = std::uint32_t{1} << iChild;
         if (parent.pShape->bChildrenOnce && (parent.iSeen & iBit) != 0) {
             m_document.diagnostics.Add(ECode::CHILD_TWICE, iTag,
@@ -127,11 +132,23 @@ class CShapeCheck {
         return m_shape.Find(strName);
     }
 
+    /** Whether an import tells of what else stands in the element that it was passed over. */
+    bool HoldsItems(const SShape& parent) const {
+        constexpr const char* OF_TEMPLATES[] = {TagUtf8::COMPLIANCE_TEMPLATES, TagUtf8::INDUSTRIES, TagUtf8::INDUSTRY,
+                                                TagUtf8::REGIONS, TagUtf8::REGION};
+        const bool bOfTemplates =
+            std::find(std::begin(OF_TEMPLATES), std::end(OF_TEMPLATES), parent.strName) != std::end(OF_TEMPLATES);
+        return parent.strName == TagUtf8::SA_POLICY || parent.strName == TagUtf8::DIGITAL_ASSETS ||
+               (bOfTemplates && !m_document.bAssetsOnly);
+    }
+
     void TellMisplaced(const SShape& parent, std::string_view strName, std::size_t iTag) {
         if (parent.strName == TagUtf8::TEMPLATE || parent.strName == TagUtf8::MATCH_RULE) {
-            const bool bRule = parent.strName == TagUtf8::TEMPLATE;
-            m_document.diagnostics.Add(ECode::FOREIGN_RULE, iTag,
-                                       {Text::Quoted(strName), bRule ? "rule" : "building block"});
+            return;  // read all the same, and told of with the rules
+        }
+        if (HoldsItems(parent)) {
+            m_document.diagnostics.Add(ECode::LOST_ELEMENT, iTag, {Text::Quoted(strName), Text::Quoted(parent.strName)},
+                                       {Suggest(strName, parent.vecChildren)});
         } else if (m_shape.Find(strName) != nullptr) {
             m_document.diagnostics.Add(ECode::MISPLACED_ELEMENT, iTag,
                                        {Text::Quoted(strName), Text::Quoted(parent.strName)});

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <iterator>
 #include <string>
 
 #include "cli/Text.h"
@@ -26,6 +27,17 @@ constexpr SBounds BOUNDS[] = {
     {TagUtf8::MIN_LEFT_RADIUS, TagUtf8::MAX_LEFT_RADIUS},
 };
 
+/** What the numbers of assets should at least be. */
+struct SLeast {
+    const char* pName;
+    int iLeast;
+};
+constexpr SLeast LEASTS[] = {
+    {TagUtf8::THRESHOLD, 1},       {TagUtf8::NUMBER, 1},           {TagUtf8::MIN_LENGTH, 0},
+    {TagUtf8::MAX_LENGTH, 1},      {TagUtf8::SUFFIX_LENGTH, 0},    {TagUtf8::MIN_LEFT_RADIUS, 0},
+    {TagUtf8::MAX_LEFT_RADIUS, 0}, {TagUtf8::MAX_RIGHT_RADIUS, 0}, {TagUtf8::SCORE, 0},
+};
+
 bool IsDigit(char c) {
     return c >= '0' && c <= '9';
 }
@@ -41,6 +53,17 @@ bool SaysNumber(std::string_view strText, int iNumber) {
     strText.remove_prefix(std::min(strText.find_first_not_of('0'), strText.size() - 1));
     const std::int64_t iValue = iNumber;
     return strText == std::to_string(bNegative ? -iValue : iValue);
+}
+
+/** @return whether there are numbers with points between them */
+bool IsVersion(std::string_view strText) {
+    for (bool bDigit = false; !strText.empty(); strText.remove_prefix(1)) {
+        if (!IsDigit(strText.front()) && (strText.front() != '.' || !bDigit || strText.size() == 1)) {
+            return false;
+        }
+        bDigit = strText.front() != '.';
+    }
+    return true;
 }
 
 class CValueCheck {
@@ -68,8 +91,15 @@ class CValueCheck {
 
     void CheckKeyword(const CXMLView& keyword) const {
         CheckFlag(keyword, TagUtf8::CASE_SENSITIVE, true);
-        if (keyword.HasAttribute(TagUtf8::SCORE)) {
-            CheckNumber(keyword, TagUtf8::SCORE, OS::TextToInt(keyword.Attribute(TagUtf8::SCORE)));
+        CheckNumber(keyword, TagUtf8::SCORE, OS::TextToInt(keyword.Attribute(TagUtf8::SCORE)));
+    }
+
+    void CheckVersion() const {
+        const std::string_view strVersion = m_document.root.Attribute(TagUtf8::TEMPLATE_VERSION);
+        if (!IsVersion(strVersion)) {
+            m_document.diagnostics.Add(ECode::ODD_VERSION,
+                                       m_document.Find(m_document.root, TagUtf8::TEMPLATE_VERSION).iName,
+                                       {Text::Quoted(strVersion)});
         }
     }
 
@@ -119,9 +149,7 @@ class CValueCheck {
     void CheckNumbers(const SAssetFormat& format, const SType& type, const CXMLView& element,
                       const CSettingsRow& row) const {
         for (const SNumber& number : type.aNumbers) {
-            if (element.HasAttribute(number.pName)) {
-                CheckNumber(element, number.pName, row.GetNumber(number.iColumn));
-            }
+            CheckNumber(element, number.pName, row.GetNumber(number.iColumn));
         }
         CheckForeignNumbers(format, type, element);
         CheckForeignChildren(format, type, element);
@@ -169,25 +197,34 @@ class CValueCheck {
     void CheckBounds(const SBounds& bounds, const SType& type, const CXMLView& element, const CSettingsRow& row) const {
         const SNumber* pMin = FindNumber(type, bounds.pMin);
         const SNumber* pMax = FindNumber(type, bounds.pMax);
-        if (pMin == nullptr || pMax == nullptr || row.GetNumber(pMin->iColumn) <= row.GetNumber(pMax->iColumn)) {
+        const bool bGiven = element.HasAttribute(bounds.pMin) && element.HasAttribute(bounds.pMax);
+        if (pMin == nullptr || pMax == nullptr || !bGiven ||
+            row.GetNumber(pMin->iColumn) <= row.GetNumber(pMax->iColumn)) {
             return;
         }
-        const std::size_t iMin = m_document.Find(element, bounds.pMin).iName;
-        const SAttributePlace max = m_document.Find(element, bounds.pMax);
         SDiagnostic* pDiagnostic =
-            m_document.diagnostics.Add(ECode::MIN_ABOVE_MAX, iMin,
+            m_document.diagnostics.Add(ECode::MIN_ABOVE_MAX, m_document.Find(element, bounds.pMin).iName,
                                        {bounds.pMin, std::to_string(row.GetNumber(pMin->iColumn)), bounds.pMax,
                                         std::to_string(row.GetNumber(pMax->iColumn))});
-        if (max.bFound) {
-            m_document.diagnostics.Relate(pDiagnostic, max.iName, std::string(bounds.pMax) + " stands here");
-        }
+        m_document.diagnostics.Relate(pDiagnostic, m_document.Find(element, bounds.pMax).iName,
+                                      std::string(bounds.pMax) + " stands here");
     }
 
     void CheckNumber(const CXMLView& element, const char* pName, int iRead) const {
-        const std::string_view strNumber = element.Attribute(pName);
-        if (SaysNumber(strNumber, iRead)) {
-            return;
+        const auto* pLeast = std::find_if(std::begin(LEASTS), std::end(LEASTS),
+                                          [&](const SLeast& least) { return std::string_view(least.pName) == pName; });
+        if (!element.HasAttribute(pName)) {
+            m_document.diagnostics.Add(ECode::MISSING_NUMBER, element.Offset(), {pName});
+        } else if (!SaysNumber(element.Attribute(pName), iRead)) {
+            TellUnclear(element, pName, iRead);
+        } else if (pLeast != std::end(LEASTS) && iRead < pLeast->iLeast) {
+            m_document.diagnostics.Add(ECode::SENSELESS_NUMBER, m_document.Find(element, pName).iName,
+                                       {pName, std::to_string(iRead), std::to_string(pLeast->iLeast)});
         }
+    }
+
+    void TellUnclear(const CXMLView& element, const char* pName, int iRead) const {
+        const std::string_view strNumber = element.Attribute(pName);
         const SAttributePlace place = m_document.Find(element, pName);
         m_document.diagnostics.Fix(m_document.diagnostics.Add(ECode::UNCLEAR_NUMBER, place.iName,
                                                               {pName, Text::Quoted(strNumber), std::to_string(iRead)}),
@@ -204,7 +241,7 @@ class CValueCheck {
                                            {Text::Quoted(TagUtf8::ENTITY_HITS), "keyword lists have no hits"});
             }
         } else if (bGiven && !SaysNumber(block.Attribute(TagUtf8::ENTITY_HITS), read.iCount)) {
-            CheckNumber(block, TagUtf8::ENTITY_HITS, read.iCount);
+            TellUnclear(block, TagUtf8::ENTITY_HITS, read.iCount);
         } else if (read.iCount < 1) {
             m_document.diagnostics.Add(ECode::HITS_BELOW_ONE, m_document.Find(block, TagUtf8::ENTITY_HITS).iName,
                                        {std::to_string(read.iCount)});
@@ -218,6 +255,7 @@ class CValueCheck {
 
 void CheckValues(const SCheckedDocument& document) {
     const CValueCheck check(document);
+    check.CheckVersion();
     for (const SAssetFormat* pFormat : {&DigitalAssets::EXPRESSION_FORMAT, &DigitalAssets::KEYWORD_FORMAT}) {
         document.ForEach(TagUtf8::DIGITAL_ASSETS, pFormat->pElement,
                          [&](const CXMLView& element) { check.CheckAsset(*pFormat, element); });

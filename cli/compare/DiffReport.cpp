@@ -203,12 +203,18 @@ Json KeywordsToJson(const std::vector<SKeywordChange>& vecKeywords) {
     return list;
 }
 
-Json PolicyToJson(const SPolicy& policy) {
-    Json leftOut = Json::array();
-    for (const SReportItem& item : policy.vecLeftOut) {
-        leftOut.push_back(MakeItemJson(item));
+Json ItemsToJson(const std::vector<SReportItem>& vecItems) {
+    Json list = Json::array();
+    for (const SReportItem& item : vecItems) {
+        list.push_back(MakeItemJson(item));
     }
-    return {{"policy", policy.strPlace}, {"left_out", std::move(leftOut)}};
+    return list;
+}
+
+Json PolicyToJson(const SPolicy& policy) {
+    return {{"policy", policy.strPlace},
+            {"left_out", ItemsToJson(policy.vecLeftOut)},
+            {"refused", ItemsToJson(policy.vecRefused)}};
 }
 
 }  // namespace

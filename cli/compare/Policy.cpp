@@ -78,4 +78,8 @@ void WarnOfLeftOut(CCommandContext& context, const SPolicy& policy) {
         strFinding.pop_back();
         context.Warn(strFinding);
     }
+    for (const SReportItem& item : policy.vecRefused) {
+        context.Warn(FormatPlace(policy.strPlace, item.place) + ": template " + Text::Quoted(item.strName) +
+                     " is taken as it stands, but no import takes it: " + ExplainItem(item));
+    }
 }

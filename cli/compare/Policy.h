@@ -22,6 +22,7 @@ struct SPolicy {
     /** By kind and internal name. A stored record that cannot be found by its name stands under its subject. */
     std::array<Items, SETTINGS_KINDS> aItems;
     std::vector<SReportItem> vecLeftOut;  ///< elements of a file that import would not take either
+    std::vector<SReportItem> vecRefused;  ///< templates that are here all the same, though no import takes their rules
 
     Items& Of(ESettingsKind eKind) { return aItems[static_cast<std::size_t>(eKind)]; }
     const Items& Of(ESettingsKind eKind) const { return aItems[static_cast<std::size_t>(eKind)]; }
@@ -30,5 +31,5 @@ struct SPolicy {
 /** @throws CToolError (INVALID for a file, STORE for a store) */
 SPolicy ReadPolicyOf(CCommandContext& context, const std::string& strPlace);
 
-/** Warns of each element that was left out of it. */
+/** Warns of each element that was left out of it, and of each template that no import takes. */
 void WarnOfLeftOut(CCommandContext& context, const SPolicy& policy);

@@ -1,5 +1,6 @@
 #include "cli/compare/PolicyFileReader.h"
 
+#include <algorithm>
 #include <optional>
 #include <utility>
 
@@ -11,9 +12,12 @@
 #include "cli/Signals.h"
 #include "cli/layout/OlderLayout.h"
 #include "digital_assets/AssetFormat.h"
+#include "digital_assets/DigitalAssets.h"
 #include "platform/common/TextConversion.h"
 #include "settings/CCfgSettingDLPFilterTemplate.h"
 #include "templates/DLPTemplateMgr.h"
+#include "templates/STemplateFinding.h"
+#include "templates/TemplateReport.h"
 #include "templates/TemplateXml.h"
 #include "xml/CPolicyDocument.h"
 #include "xml/Vocabulary.h"
@@ -40,6 +44,26 @@ std::vector<std::string> CategoriesOf(const CTemplateMgr::CategoryIndex& categor
     return itEntry == categories.end() ? std::vector<std::string>() : itEntry->second;
 }
 
+/** @return what of the rules no import takes, whatever is stored */
+std::optional<STemplateFinding> FindFault(const CXMLView& element) {
+    const std::string strName(element.Attribute(TagUtf8::NAME));
+    for (CXMLView rule = element.FirstChild(TagUtf8::MATCH_RULE); rule; rule = rule.NextSibling(TagUtf8::MATCH_RULE)) {
+        for (CXMLView block = rule.FirstChild(TagUtf8::BUILDING_BLOCK); block;
+             block = block.NextSibling(TagUtf8::BUILDING_BLOCK)) {
+            if (TemplateXml::ReadExactType(block) == EElementType::UNKNOWN) {
+                return STemplateFinding{strName, 0, ETemplateFault::SOURCE_TYPE, block};
+            }
+            if (!TemplateXml::IsOperationAccepted(block)) {
+                return STemplateFinding{strName, 0, ETemplateFault::BLOCK_OPERATION, block};
+            }
+        }
+        if (!TemplateXml::IsOperationAccepted(rule)) {
+            return STemplateFinding{strName, 0, ETemplateFault::RULE_OPERATION, rule};
+        }
+    }
+    return std::nullopt;
+}
+
 }  // namespace
 
 struct CPolicyFileReader::SCategories {
@@ -62,7 +86,8 @@ void CPolicyFileReader::Read() {
     } else {
         ReadItems(document);
     }
-    FindPlaces();
+    FindPlaces(m_policy.vecLeftOut);
+    FindPlaces(m_policy.vecRefused);
 }
 
 void CPolicyFileReader::ReadOlder(CPolicyDocument& document) {
@@ -77,6 +102,8 @@ void CPolicyFileReader::ReadItems(CPolicyDocument& document) {
     ReadAssets(DigitalAssets::EXPRESSION_FORMAT, ESettingsKind::EXPRESSION, root);
     ReadAssets(DigitalAssets::KEYWORD_FORMAT, ESettingsKind::KEYWORD, root);
     ReadTemplates(document);
+    DigitalAssets::TellUnknownElements(root, this);
+    TemplateReport::TellUnknownElements(root, this);
 }
 
 void CPolicyFileReader::ReadAssets(const DigitalAssets::SAssetFormat& format, ESettingsKind eKind,
@@ -128,7 +155,33 @@ void CPolicyFileReader::ReadTemplates(CPolicyDocument& document) {
              element = element.NextSibling(TagUtf8::TEMPLATE)) {
             CProgress::Step();
             Signals::ThrowIfCaught();
+            m_setTemplates.emplace(element.Attribute(TagUtf8::NAME));
             ReadTemplate(element, document.GetTemplateOffset(iTemplate++, element), categories);
+        }
+    }
+    CheckCategories(root, categories);
+}
+
+void CPolicyFileReader::CheckCategories(const CXMLView& root, const SCategories& categories) {
+    const auto fnIsKnown = [this](const auto& entry) { return m_setTemplates.count(entry.first) != 0; };
+    const bool bAllKnown = std::all_of(categories.industries.begin(), categories.industries.end(), fnIsKnown) &&
+                           std::all_of(categories.regions.begin(), categories.regions.end(), fnIsKnown);
+    for (CXMLView section = root.FirstChild(); section && !bAllKnown; section = section.NextSibling()) {
+        const bool bIndustries = section.Name() == TagUtf8::INDUSTRIES;
+        const char* pItem = bIndustries ? TagUtf8::INDUSTRY : TagUtf8::REGION;
+        if (!bIndustries && section.Name() != TagUtf8::REGIONS) {
+            continue;
+        }
+        for (CXMLView category = section.FirstChild(pItem); category; category = category.NextSibling(pItem)) {
+            for (CXMLView entry = category.FirstChild(TagUtf8::TEMPLATE_ID); entry;
+                 entry = entry.NextSibling(TagUtf8::TEMPLATE_ID)) {
+                if (m_setTemplates.count(entry.Text()) == 0) {
+                    SImportItem item =
+                        MakeItem(EItemKind::CATEGORY, category, EReason::UNKNOWN_TEMPLATE, entry.Offset());
+                    item.strDetail = entry.Text();
+                    OnItem(item);
+                }
+            }
         }
     }
 }
@@ -149,18 +202,23 @@ void CPolicyFileReader::ReadTemplate(const CXMLView& element, std::size_t iOffse
     TemplateXml::ReadTemplate(element, CategoriesOf(categories.industries, item.strName),
                               CategoriesOf(categories.regions, item.strName), record);
     items.insert_or_assign(item.strName, record.Row());
+    if (const std::optional<STemplateFinding> fault = FindFault(element)) {
+        item.eReason = EReason::UNSUPPORTED_ASSETS;
+        TemplateReport::Describe(*fault, item);
+        m_policy.vecRefused.emplace_back(item);
+    }
 }
 
 void CPolicyFileReader::OnItem(const SImportItem& item) {
-    m_policy.vecLeftOut.push_back({item, {}, {}});
+    m_policy.vecLeftOut.emplace_back(item);
 }
 
-void CPolicyFileReader::FindPlaces() {
-    if (m_policy.vecLeftOut.empty()) {
+void CPolicyFileReader::FindPlaces(std::vector<SReportItem>& vecItems) const {
+    if (vecItems.empty()) {
         return;
     }
     const CSourcePlaces places(m_file.strBytes);
-    for (SReportItem& item : m_policy.vecLeftOut) {
+    for (SReportItem& item : vecItems) {
         if (item.iOffset != std::string::npos) {
             item.place = places.Find(m_file.iStart + item.iOffset);
         }

@@ -1,6 +1,9 @@
 #pragma once
 
 #include <cstddef>
+#include <set>
+#include <string>
+#include <vector>
 
 #include "cli/compare/Policy.h"
 #include "digital_assets/ImportObserver.h"
@@ -36,10 +39,12 @@ class CPolicyFileReader : private CImportObserver {
     void ReadAssets(const DigitalAssets::SAssetFormat& format, ESettingsKind eKind, const CXMLView& root);
     void ReadAsset(const DigitalAssets::SAssetFormat& format, ESettingsKind eKind, const CXMLView& element);
     void ReadTemplates(CPolicyDocument& document);
+    void CheckCategories(const CXMLView& root, const SCategories& categories);
     void ReadTemplate(const CXMLView& element, std::size_t iOffset, const SCategories& categories);
-    void FindPlaces();
+    void FindPlaces(std::vector<SReportItem>& vecItems) const;
 
     CCommandContext& m_context;
     SPolicy& m_policy;
     SPolicyFile m_file;
+    std::set<std::string> m_setTemplates;  ///< names of the document's, taken or not
 };

@@ -24,7 +24,7 @@ using TemplateStore::Block;
 using TemplateStore::Policy;
 using TemplateStore::Rule;
 
-constexpr const char* KINDS[] = {"expression", "keyword", "template", "category", "section"};
+constexpr const char* KINDS[] = {"expression", "keyword", "template", "category", "section", "element"};
 constexpr const char* DISPOSITIONS[] = {"created", "updated", "unchanged", "skipped", "failed"};
 constexpr const char* REASONS[] = {"",
                                    "no name",
@@ -38,7 +38,8 @@ constexpr const char* REASONS[] = {"",
                                    "older built-in",
                                    "older section",
                                    "unknown template",
-                                   "store"};
+                                   "store",
+                                   "unknown element"};
 
 std::string Line(const SItem& item) {
     const std::string strDetail = item.strDetail.empty() ? "" : " [" + OS::Utf8Lenient(item.strDetail) + "]";
@@ -134,6 +135,19 @@ TEST_F(ImportReport, HoldsEveryItemOfATextInItsOrderWithItsPlace) {
     EXPECT_EQ(Lines(vecPlaces.begin(), vecPlaces.begin() + 3), (Lines{"2:32", "3:1", "4:1"}));
     EXPECT_FALSE(report.HasStoreFailed());
     EXPECT_EQ(report.GetStoreFailure(), L"");
+}
+
+TEST_F(ImportReport, HoldsElementsThatAreNoItemsAndWereThereforePassedOver) {
+    const CDLPImportReport report;
+    EXPECT_EQ(Import("<SAPolicy template_version=\"1\"><digitalAssets><Entity name=\"e\"/></digitalAssets>"
+                     "<complianceTemplates>" +
+                     Template("t") + "<templte display_name=\"T\"/></complianceTemplates></SAPolicy>"),
+              0);
+    EXPECT_EQ(LinesOf(report), (Lines{"element Entity () skipped unknown element [digitalAssets]",
+                                      "template t (t shown) created ",
+                                      "element templte (T) skipped unknown element [complianceTemplates]"}));
+    EXPECT_EQ(ImportAssets("<SAPolicy><assets/></SAPolicy>"), 0);
+    EXPECT_EQ(Line(report.GetItems().back()), "element assets () skipped unknown element [SAPolicy]");
 }
 
 TEST_F(ImportReport, CountsTheBytesOfAFileAndWhatStandsBeforeItsDocument) {

@@ -204,6 +204,19 @@ TEST_F(ExportCommand, EachTemplateThatIsNotInTheDocumentIsNamedWithTheReason) {
               "dlpctl: warning: template \"card\" is left out: it is not stored; did you mean \"cards\"?\n");
 }
 
+TEST_F(ExportCommand, ATemplateThatRefersToNothingBesideItsRulesIsNamedWithIt) {
+    Import(Documents::Small());
+    Run({"import", "-"}, Documents::Policy("",
+                                           "<template name=\"t\" display_name=\"T\"><note><x sourceType=\"KEYWORD\" "
+                                           "sourceName=\"nope\"/></note></template>"));
+    const SToolRun run = Run({"export", "--all"});
+    EXPECT_EQ(run.iCode, 2);
+    EXPECT_EQ(run.strErr,
+              "dlpctl: the template \"t\" cannot be exported: it refers to the keyword list \"nope\", which is not "
+              "stored; nothing was written\n");
+    EXPECT_EQ(Run({"export", "cards"}).iCode, 0);
+}
+
 TEST_F(ExportCommand, ARecordThatCannotBeWrittenIsNamedAndNothingIsWritten) {
     Import(Documents::Small());
     CSettingsRow row(ESettingsKind::TEMPLATE);

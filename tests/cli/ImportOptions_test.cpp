@@ -234,7 +234,12 @@ TEST_F(ImportOptions, FailOnSkipTakesNothingOfAFileWithAFinding) {
     EXPECT_EQ(report["imported"], Json::array());
     EXPECT_EQ(report["message"], "3 items cannot be taken, and --fail-on-skip is given");
     EXPECT_EQ(Items(report),
+              "expression one skipped undone\n"
+              "expression two skipped undone\n"
+              "expression three skipped undone\n"
               "expression  skipped no-name\n"
+              "template cards skipped undone\n"
+              "template other skipped undone\n"
               "template bad skipped unsupported-assets\n"
               "category i skipped unknown-template\n");
     EXPECT_EQ(Run({"import", "--fail-on-skip", "-", "--only", "none"}, Small()).iCode, 2);

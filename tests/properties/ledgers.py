@@ -33,6 +33,11 @@ KINDS = {("SAPolicy", "digitalAssets", "entity"): "expression",
          ("SAPolicy", "industries", "industry", "template_id"): "category",
          ("SAPolicy", "regions", "region", "template_id"): "category"}
 SECTIONS = ("digitalAssets", "industries", "regions")
+# Where items stand: every other element there is none.
+HOLDERS = {path[:depth] for path in KINDS for depth in range(1, len(path))}
+KNOWN = HOLDERS | set(KINDS)
+OLDER_HOLDERS = {("SAPolicy",), ("SAPolicy", "complianceTemplates")}
+ASSET_HOLDERS = {("SAPolicy",), ("SAPolicy", "digitalAssets")}
 
 
 class Place(NamedTuple):
@@ -55,6 +60,7 @@ class Walk:
         self._entries: list[tuple[int, str, list[str]]] = []
         self._found: list[tuple[int, str, str]] = []
         self._sections: list[tuple[int, str]] = []
+        self._elements: list[tuple[int, tuple[str, ...]]] = []
         self.older = False
         self._parser = expat.ParserCreate("UTF-8")
         self._parser.StartElementHandler = self._begin
@@ -67,15 +73,25 @@ class Walk:
         if self.older:
             found = [item for item in self._found if item[1] == "template"]
             found += [(offset, "section", name) for offset, name in dict.fromkeys(self._sections)]
+            found += self._lost(OLDER_HOLDERS)
         else:
             names = {name for _, kind, name in self._found if kind == "template"}
             found = self._found + [(offset, "category", category) for offset, category, text in self._entries
                                    if "".join(text) not in names]
+            found += self._lost(HOLDERS)
         return [Place(*self._place(offset), kind, name) for offset, kind, name in sorted(found)]
 
     def assets(self) -> int:
         """How many items there are to an import of assets alone, templates counted."""
-        return len(self._found)
+        return len(self._found) + len(self._lost(ASSET_HOLDERS))
+
+    def every(self, assets: bool) -> list[Place]:
+        """The assets and templates, whatever becomes of them."""
+        return [Place(*self._place(offset), kind, name) for offset, kind, name in sorted(self._found)
+                if kind == "template" or assets]
+
+    def _lost(self, holders: set[tuple[str, ...]]) -> list[tuple[int, str, str]]:
+        return [(offset, "element", path[-1]) for offset, path in self._elements if path[:-1] in holders]
 
     def _begin(self, name: str, attributes: dict[str, str]) -> None:
         if not self._path:
@@ -86,7 +102,10 @@ class Walk:
         self._parents.append(attributes.get("name", ""))
         offset = self._start + self._parser.CurrentByteIndex
         self._open = {**getattr(self, "_open", {}), len(self._path) - 1: offset}
-        kind = KINDS.get(tuple(self._path))
+        path = tuple(self._path)
+        if path[:-1] in HOLDERS and path not in KNOWN:
+            self._elements.append((offset, path))
+        kind = KINDS.get(path)
         if kind == "category":
             self._entries.append((offset, self._parents[-2], []))
         elif kind:
@@ -140,10 +159,16 @@ def faults(report: Report, data: bytes) -> Iterator[str]:
             yield f"no disposition: {item}"
         if (item["reason"] == "") != (item["disposition"] in TAKEN):
             yield f"taken with a reason, or not taken without one: {item}"
-    if report["result"] != 0:
+    if report["result"] is None:
         return
     told = [Place(item["line"], item["column"], item["kind"], item["name"]) for item in report["items"]]
-    expected = Walk(data).items()
+    walk = Walk(data)
+    expected = walk.items()
+    if report["result"] != 0:
+        if any(item["disposition"] in TAKEN for item in report["items"]):
+            yield f"taken of what was refused: {report}"
+        expected = walk.every(not walk.older) if report["result"] != 1 else []
+        told = [place for place in told if place.kind in ("expression", "keyword", "template")]
     if told != expected:
         yield f"told of {told}, the document has {expected}"
 

@@ -18,11 +18,11 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
-constexpr const char* KINDS[] = {"expression", "keyword", "template", "category", "section"};
+constexpr const char* KINDS[] = {"expression", "keyword", "template", "category", "section", "element"};
 constexpr const char* DISPOSITIONS[] = {"created", "updated", "unchanged", "skipped", "failed"};
-constexpr const char* REASONS[] = {"",         "no-name",     "no-display-name", "built-in",      "existing",
-                                   "no-child", "unsupported", "older-built-in",  "older-section", "no-template",
-                                   "store"};
+constexpr const char* REASONS[] = {"",         "no-name",        "no-display-name", "built-in",      "existing",
+                                   "no-child", "unsupported",    "older-built-in",  "older-section", "no-template",
+                                   "store",    "unknown-element"};
 
 /** Writes what it hears as lines such as "template T (T shown) skipped built-in @12", the start tag behind the place.
  */
@@ -39,7 +39,9 @@ class CItemRecorder : public CImportObserver {
             const bool bExpression = item.fault == ETemplateFault::UNKNOWN_EXPRESSION;
             strLine += (bExpression ? " -> expression " : " -> keyword ") + item.strFaulty;
         }
-        strLine += item.iForeignChildren == 0 ? "" : " foreign " + std::to_string(item.iForeignChildren);
+        for (const SForeignChild& foreign : item.vecForeign) {
+            strLine += " foreign " + foreign.strElement + " [" + foreign.strReadAs + "]";
+        }
         m_vecLines.push_back(strLine);
         m_vecPlaces.push_back(item.iOffset == std::string::npos ? "" : m_strXml.substr(item.iOffset, m_iShown));
     }
@@ -131,9 +133,19 @@ TEST_F(ImportObserver, TemplateSkippedForAnotherOfItsNameShowsThatFault) {
                      "template T (shown) skipped unsupported [matchRule operation=\"x\"]"}));
 }
 
-TEST_F(ImportObserver, ForeignChildrenAreCounted) {
-    EXPECT_EQ(Heard(Policy(Template("T", "<industries/><matchRule/><!-- c -->text<x/>"))),
-              Lines{"template T (shown) created  foreign 2"});
+TEST_F(ImportObserver, ForeignChildrenAreHeardOfWithWhatTheyAreReadAs) {
+    EXPECT_EQ(Heard(Policy(Template("T",
+                                    "<industries/><matchRule><b sourceType=\"keyword\" sourceName=\"w\"/>"
+                                    "</matchRule><!-- c -->text<x>" +
+                                        Block("ENTITY", "Card") + "</x>"))),
+              Lines{"template T (shown) created  foreign industries [] foreign b [K:w] foreign x [P:Card(0)]"});
+}
+
+TEST_F(ImportObserver, ElementsThatAreNoItemsAreHeardOf) {
+    EXPECT_EQ(Heard(Policy(Template("T") + "<y/>", "<x/><digitalAssets><Entity name=\"e\"/></digitalAssets>")),
+              (Lines{"element x () skipped unknown-element [SAPolicy]",
+                     "element Entity () skipped unknown-element [digitalAssets]", "template T (shown) created ",
+                     "element y () skipped unknown-element [complianceTemplates]"}));
 }
 
 TEST_F(ImportObserver, CategoryEntriesThatNameNoTemplateAreHeardOfLast) {

@@ -144,11 +144,22 @@ TEST_F(CheckCommand, TextEndsAfterAHundredUnlessAllIsAskedFor) {
     }
     const std::string strDocument = Documents::Policy(strAssets, "");
     const std::string strText = Run({"check", "--assets", "-"}, strDocument).strOut;
-    EXPECT_NE(strText.find("\n905 more; --all shows them\n1000 warnings in 1 file\n"), std::string::npos) << strText;
+    EXPECT_NE(strText.find("\n905 more; --all shows them\n1005 warnings in 1 file\n"), std::string::npos) << strText;
     EXPECT_NE(Run({"check", "--all", "--assets", "-"}, strDocument).strOut.find("\n1005 warnings in 1 file\n"),
               std::string::npos);
     const Json report = Json::parse(Run({"--json", "check", "--assets", "-"}, strDocument).strOut);
     EXPECT_EQ(report["files"][0]["omitted"], 5);
+    EXPECT_EQ(report["warnings"], 1005);
+}
+
+TEST_F(CheckCommand, AFixLeavesNothingOutHoweverManyThereAre) {
+    std::string strAssets;
+    for (int i = 0; i < 1005; ++i) {
+        strAssets += Documents::Entity("e" + std::to_string(i), "caseSensitive=\"yes\"");
+    }
+    const std::string strFile = m_dir.Write("p.xml", Documents::Policy(strAssets, ""));
+    EXPECT_EQ(Run({"check", "--assets", "--fix", strFile}).iCode, 0);
+    EXPECT_EQ(m_dir.Read("p.xml").find("\"yes\""), std::string::npos);
 }
 
 TEST_F(CheckCommand, AFixChangesNoMeaning) {
@@ -194,6 +205,205 @@ TEST_F(CheckCommand, ABrokenPatternIsShownInTheFileThroughReferencesAndSections)
     EXPECT_EQ(report["files"][0]["diagnostics"][0]["column"], 40);
 }
 
+TEST_F(CheckCommand, ForeignChildrenOfATemplateAreCheckedAsWhatTheyAreReadAs) {
+    Import(Documents::Small());
+    EXPECT_EQ(
+        Run({"check", "--format", "github", "-"},
+            "<SAPolicy template_version=\"3\">\n<complianceTemplates>\n<template name=\"t\" display_name=\"T\">\n"
+            "<matchrule><buildingBlock sourceType=\"ENTITY\" entityHits=\"1\" sourceName=\"tow\"/></matchrule>\n"
+            "<note><x sourceType=\"KEYWORD\" sourceName=\"words\" operation=\"EXCEPT\"/></note>\n"
+            "</template>\n</complianceTemplates></SAPolicy>")
+            .strOut,
+        "::error file=-,line=4,col=1,title=DLP016 foreign-rule::\"matchrule\" is read as a rule: P:tow(1), whatever "
+        "its name; did you mean \"matchRule\"?\n"
+        "::error file=-,line=4,col=62,title=DLP030 unknown-asset::neither the document nor the store has the "
+        "expression \"tow\"; did you mean \"two\"?\n"
+        "::error file=-,line=5,col=1,title=DLP016 foreign-rule::\"note\" is read as a rule: K:words, whatever its "
+        "name; take it out of the template\n");
+}
+
+TEST_F(CheckCommand, WhatIsLostIsAnErrorWithTheNameThatMayBeMeant) {
+    Import(Documents::Small());
+    const std::string strDocument =
+        "<SAPolicy template_version=\"3\">\n<digitalAssets><Entity/></digitalAssets>\n<complianceTemplates><template "
+        "name=\"t\" display_name=\"T\"><matchRule><buildingBlock sourceType=\"KEYWORD\" sourceName=\"words\"/>"
+        "</matchRule></template>\n<templte/></complianceTemplates>\n<notes/></SAPolicy>";
+    EXPECT_EQ(
+        Run({"check", "--format", "github", "-"}, strDocument).strOut,
+        "::error file=-,line=2,col=16,title=DLP018 lost-element::no policy has \"Entity\" in \"digitalAssets\": an "
+        "import passes it over with all that it holds; did you mean \"entity\"?\n"
+        "::error file=-,line=4,col=1,title=DLP018 lost-element::no policy has \"templte\" in "
+        "\"complianceTemplates\": an import passes it over with all that it holds; did you mean \"template\"?\n"
+        "::error file=-,line=5,col=1,title=DLP018 lost-element::no policy has \"notes\" in \"SAPolicy\": an import "
+        "passes it over with all that it holds; remove it\n");
+    EXPECT_EQ(Run({"check", "-"}, strDocument).iCode, Run({"import", "-"}, strDocument).iCode);
+}
+
+TEST_F(CheckCommand, OfASectionOfTheOlderLayoutThatIsNotTakenNothingElseIsTold) {
+    Import(Documents::Small());
+    EXPECT_EQ(
+        Run({"check", "--format", "github", "-"},
+            "<SAPolicy template_version=\"\">\n<digitalAssets><entity type=\"new\" minLength=\"x\"/><thing/>"
+            "</digitalAssets>\n<complianceTemplates><template name=\"t\" displayName=\"T\"><matchRule>"
+            "<buildingBlock sourceType=\"KEYWORD\" sourceName=\"words\"/></matchRule></template>"
+            "</complianceTemplates></SAPolicy>")
+            .strOut,
+        "::notice file=-,line=1,col=1,title=DLP007 older-layout::template_version is missing or empty, so the "
+        "document is read as one of the older layout; add template_version=\"3.0.1000\" if that is not what it is\n"
+        "::error file=-,line=2,col=1,title=DLP008 older-section::the section \"digitalAssets\" of a document of the "
+        "older layout is not taken; move it into a document of the present layout, whose root has a "
+        "template_version\n");
+}
+
+TEST_F(CheckCommand, Utf16IsToldToBeThat) {
+    const std::string strUtf16("\xFF\xFE<\0a\0/\0>\0", 10);
+    const std::string strSaid =
+        "-: error: DLP002 not-utf8: the file is not UTF-8, but UTF-16\n"
+        "  save it as UTF-8, as iconv -f UTF-16 -t UTF-8 does\n"
+        "1 error in 1 file\n";
+    EXPECT_EQ(Run({"check", "-"}, strUtf16).strOut, strSaid);
+    EXPECT_EQ(Run({"check", "-"}, std::string("\0<\0a\0/\0>", 8)).strOut, strSaid);
+    EXPECT_EQ(Run({"check", "-"}, "").strOut,
+              "-: error: DLP003 not-xml: the file is no XML: it is empty\n  correct it\n1 error in 1 file\n");
+}
+
+TEST_F(CheckCommand, PatternsThatCouldNotBeTriedAreTold) {
+    std::string strAssets;
+    for (int i = 0; i < 400; ++i) {
+        strAssets += "\n<entity name=\"e" + std::to_string(i) +
+                     "\" type=\"Generic\" display_name=\"E\">"
+                     "<regularExpression>(a+)+" +
+                     std::to_string(i % 390) + "$</regularExpression></entity>";
+    }
+    const Json report =
+        Json::parse(Run({"--json", "check", "--all", "--assets", "-"}, Documents::Policy(strAssets, "")).strOut);
+    std::size_t iRunaways = 0;
+    Json untried;
+    for (const Json& diagnostic : report["files"][0]["diagnostics"]) {
+        iRunaways += diagnostic["code"] == "DLP041" ? 1 : 0;
+        untried = diagnostic["code"] == "DLP043" ? diagnostic : untried;
+    }
+    const std::size_t iTried = 80000 / 241;
+    const std::size_t iAgain = 10;  // what is written alike is tried once
+    EXPECT_EQ(iRunaways, iTried + iAgain);
+    EXPECT_EQ(untried["line"], iTried + 2);
+    EXPECT_EQ(untried["message"], "from here on " + std::to_string(400 - iRunaways) +
+                                      " patterns were not tried for backtracking: the effort for one document is used "
+                                      "up");
+    EXPECT_EQ(report["verdict"], "done");
+    EXPECT_EQ(Run({"check", "--strict", "--allow", "DLP041", "--assets", "-"}, Documents::Policy(strAssets, "")).iCode,
+              1);
+}
+
+TEST_F(CheckCommand, TemplatesThatMatchAlikeAreToldHoweverTheyAreWritten) {
+    const auto fnTemplate = [](const std::string& strName, const std::string& strRules) {
+        return "\n<template name=\"" + strName + "\" display_name=\"T\">" + strRules + "</template>";
+    };
+    const std::string strTogether =
+        R"(<matchRule><buildingBlock sourceType="KEYWORD" sourceName="words"/>)"
+        R"(<buildingBlock sourceType="ENTITY" entityHits="1" sourceName="one" operation="OR"/></matchRule>)";
+    const std::string strApart =
+        R"(<matchRule><buildingBlock sourceType="ENTITY" entityHits="1" sourceName="one"/></matchRule>)"
+        R"(<matchRule operation="OR"><buildingBlock sourceType="KEYWORD" sourceName="words"/></matchRule>)";
+    Import(
+        Documents::Policy(Documents::Entity("one") + Documents::Dictionary("words"), fnTemplate("old", strTogether)));
+    EXPECT_EQ(Run({"check", "--format", "github", "-"},
+                  Documents::Policy("", fnTemplate("a", strApart) + fnTemplate("b", strTogether)))
+                  .strOut,
+              "::warning file=-,line=2,col=1,title=DLP062 same-template::the template \"a\" matches the same as the "
+              "stored template \"old\"; remove one of them, or correct what should differ\n"
+              "::warning file=-,line=3,col=1,title=DLP062 same-template::the template \"b\" matches the same as the "
+              "template \"a\"; remove one of them, or correct what should differ\n");
+    EXPECT_EQ(Run({"check", "-"}, Documents::Policy("", fnTemplate("old", strApart))).strOut,
+              "nothing to report in 1 file\n")
+        << "it replaces the stored one";
+}
+
+TEST_F(CheckCommand, RulesThatChangeNothingAreToldWhereOperationsAreMixed) {
+    Import(Documents::Small());
+    EXPECT_EQ(
+        Run({"check", "--format", "github", "-"},
+            "<SAPolicy template_version=\"3\"><complianceTemplates><template name=\"t\" display_name=\"T\">\n"
+            "<matchRule><buildingBlock sourceType=\"KEYWORD\" sourceName=\"words\"/></matchRule>\n"
+            "<matchRule operation=\"OR\"><buildingBlock sourceType=\"KEYWORD\" sourceName=\"words\"/>"
+            "<buildingBlock sourceType=\"ENTITY\" entityHits=\"1\" sourceName=\"one\" operation=\"AND\"/>"
+            "</matchRule>\n"
+            "<matchRule operation=\"AND\"><buildingBlock sourceType=\"KEYWORD\" sourceName=\"words\"/></matchRule>"
+            "</template></complianceTemplates></SAPolicy>")
+            .strOut,
+        "::warning file=-,line=3,col=1,title=DLP063 rule-pointless::the rule changes nothing: without it the same is "
+        "matched; remove it, or correct what should differ\n"
+        "::warning file=-,line=4,col=1,title=DLP063 rule-pointless::the rule changes nothing: without it the same is "
+        "matched; remove it, or correct what should differ\n");
+}
+
+TEST_F(CheckCommand, NumbersThatAreMissingOrMakeNoSenseAreTold) {
+    const auto fnCodes = [this](const std::string& strAsset) {
+        const Json report =
+            Json::parse(Run({"--json", "check", "--assets", "-"}, Documents::Policy(strAsset, "")).strOut);
+        std::string strCodes;
+        for (const Json& diagnostic : report["files"][0]["diagnostics"]) {
+            strCodes += diagnostic["code"].get<std::string>() + ' ' + diagnostic["message"].get<std::string>() + '\n';
+        }
+        return strCodes;
+    };
+    const auto fnList = [](const std::string& strAttributes, const std::string& strScore) {
+        return "<dictionary name=\"d\" display_name=\"D\" " + strAttributes + "><keyword " + strScore +
+               ">a</keyword></dictionary>";
+    };
+    const auto fnExpression = [](const std::string& strAttributes) {
+        return "<entity name=\"e\" display_name=\"E\" " + strAttributes +
+               "><regularExpression>x</regularExpression><alphabetCharset/></entity>";
+    };
+    const std::string strSense = " or more makes sense\n";
+    EXPECT_EQ(fnCodes(fnList("type=\"Distance\"", "")),
+              "DLP044 number is missing and read as 0\nDLP044 score is missing and read as 0\n");
+    EXPECT_EQ(fnCodes(fnList("type=\"Distance\" number=\"0\"", "score=\"-1\"")),
+              "DLP045 number is 0, and only 1" + strSense + "DLP045 score is -1, and only 0" + strSense);
+    EXPECT_EQ(fnCodes(fnList("type=\"Threshold\" threshold=\"1\"", "score=\"0\"")), "");
+    EXPECT_EQ(fnCodes(fnList("type=\"All\"", "score=\"1\"")), "");
+    EXPECT_EQ(fnCodes(fnExpression("type=\"Type 1\" maxLength=\"3\"")), "DLP044 minLength is missing and read as 0\n");
+    EXPECT_EQ(fnCodes(fnExpression("type=\"Type 1\" minLength=\"-3\" maxLength=\"0\"")),
+              "DLP045 minLength is -3, and only 0" + strSense + "DLP045 maxLength is 0, and only 1" + strSense);
+    EXPECT_EQ(fnCodes(fnExpression("type=\"Type 3\" minLeftRadius=\"0\" maxLeftRadius=\"0\" maxRightRadius=\"0\"")),
+              "");
+}
+
+TEST_F(CheckCommand, CategoriesWithoutANameAndEntriesThatStandTwiceAreTold) {
+    Import(Documents::Small());
+    EXPECT_EQ(
+        Run({"check", "--format", "github", "-"},
+            "<SAPolicy template_version=\"v3\"><complianceTemplates><template name=\"t\" display_name=\" \">"
+            "<matchRule><buildingBlock sourceType=\"KEYWORD\" sourceName=\"words\"/></matchRule></template>"
+            "</complianceTemplates>\n<industries>\n<industry><template_id>t</template_id></industry>\n"
+            "<industry "
+            "name=\"finance\"><template_id>t</template_id>\n<template_id>t</template_id></industry></industries>"
+            "</SAPolicy>")
+            .strOut,
+        "::warning file=-,line=1,col=11,title=DLP019 odd-version::template_version is \"v3\", which is no version "
+        "number; write 3.0.1000\n"
+        "::warning file=-,line=1,col=73,title=DLP039 blank-in-name::the display_name \" \" begins or ends with a "
+        "blank; remove the blank\n"
+        "::error file=-,line=3,col=1,title=DLP020 no-name::the industry has no name; give it one, by which others can "
+        "refer to it\n"
+        "::warning file=-,line=5,col=1,title=DLP064 category-twice::the industry \"finance\" names the template \"t\" "
+        "twice; "
+        "remove one of the entries\n");
+}
+
+TEST_F(CheckCommand, AnOlderNameThatIsNearIsSuggested) {
+    m_dir.Write("home/config/cfg_dlp_da_map.txt", "Credit Card Number\tcard\n");
+    const std::string strDocument =
+        "<SAPolicy><complianceTemplates><template name=\"t\" displayName=\"T\"><matchRule><buildingBlock "
+        "sourceType=\"ENTITY\" entityHits=\"1\" sourceName=\"Credit Card Numbr\"/></matchRule></template>"
+        "</complianceTemplates></SAPolicy>";
+    const std::string strHint = "did you mean \"Credit Card Number\"?\n";
+    const std::string strChecked = Run({"--home", m_dir.Path("home"), "check", "-"}, strDocument).strOut;
+    EXPECT_NE(strChecked.find(strHint), std::string::npos) << strChecked;
+    const std::string strImported = Run({"--home", m_dir.Path("home"), "import", "-"}, strDocument).strOut;
+    EXPECT_NE(strImported.find(strHint), std::string::npos) << strImported;
+}
+
 TEST_F(CheckCommand, KeywordsAreTheSameInAnyCaseUnlessBothMindIt) {
     struct {
         std::vector<std::pair<const char*, bool>> vecKeywords;  ///< and whether case matters
@@ -211,8 +421,8 @@ TEST_F(CheckCommand, KeywordsAreTheSameInAnyCaseUnlessBothMindIt) {
             "<SAPolicy template_version=\"3\"><digitalAssets><dictionary name=\"d\" type=\"Any\" "
             "display_name=\"D\">\n";
         for (const auto& [pKeyword, bCase] : list.vecKeywords) {
-            strDocument += std::string("<keyword caseSensitive=\"") + (bCase ? "true" : "false") + "\">" + pKeyword +
-                           "</keyword>\n";
+            strDocument += std::string("<keyword score=\"1\" caseSensitive=\"") + (bCase ? "true" : "false") + "\">" +
+                           pKeyword + "</keyword>\n";
         }
         const Json report = Json::parse(
             Run({"--json", "check", "--assets", "-"}, strDocument + "</dictionary></digitalAssets></SAPolicy>").strOut);

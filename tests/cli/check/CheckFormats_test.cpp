@@ -26,12 +26,13 @@ SDiagnostic Make(ECode eCode, SPlace place, const std::string& strMessage, const
 /** A file with an error that speaks of two places, a warning, a note; a clean one; one that is no XML. */
 SCheckReport MakeReport() {
     SCheckReport report;
-    SFileReport file{"a b/100%,\xC3\xA4.xml", "standard", {}, 0};
+    SFileReport file{"a b/100%,\xC3\xA4.xml", "standard", {}, {}};
     file.vecDiagnostics.push_back(Make(ECode::DUPLICATE_NAME, {3, 4}, "100%: <twice>", "rename"));
     file.vecDiagnostics.back().related = {0, "the first one is here", {2, 4}};
     file.vecDiagnostics.push_back(Make(ECode::UNCLEAR_FLAG, {5, 6}, "flag", "write true"));
+    file.vecDiagnostics.back().fix = {0, 3, "false", {5, 12}, {5, 15}};
     file.vecDiagnostics.push_back(Make(ECode::UNUSED_ASSET, {7, 8}, "unused", "use it"));
-    report.vecFiles = {file, {"clean.xml", "standard", {}, 0}, {"/bad.xml", nullptr, {}, 0}};
+    report.vecFiles = {file, {"clean.xml", "standard", {}, {}}, {"/bad.xml", nullptr, {}, {}}};
     report.vecFiles[2].vecDiagnostics.push_back(Make(ECode::NOT_XML, {}, "no XML", "correct it"));
     return report;
 }
@@ -52,6 +53,7 @@ TEST(CheckFormats, SarifKeepsTheRulesOfItsSchema) {
         EXPECT_TRUE(rule["shortDescription"]["text"].is_string());
         EXPECT_TRUE(rule["fullDescription"]["text"].is_string());
         EXPECT_TRUE(rule["help"]["text"].is_string());
+        EXPECT_EQ(rule.dump().find("{}"), std::string::npos) << rule;
     }
     EXPECT_EQ(run["columnKind"], "unicodeCodePoints");
     EXPECT_EQ(run["invocations"][0]["executionSuccessful"], false);
@@ -74,6 +76,12 @@ TEST(CheckFormats, SarifKeepsTheRulesOfItsSchema) {
               Json::parse(R"({"artifactLocation": {"uri": "a%20b/100%25%2C%C3%A4.xml"},)"
                           R"( "region": {"startLine": 3, "startColumn": 4}})"));
     EXPECT_EQ(run["results"][0]["relatedLocations"][0]["physicalLocation"]["region"]["startLine"], 2);
+    EXPECT_EQ(run["results"][1]["fixes"],
+              Json::parse(R"([{"description": {"text": "write \"false\""}, "artifactChanges": [{)"
+                          R"("artifactLocation": {"uri": "a%20b/100%25%2C%C3%A4.xml"}, "replacements": [{)"
+                          R"("deletedRegion": {"startLine": 5, "startColumn": 12, "endLine": 5, "endColumn": 15},)"
+                          R"("insertedContent": {"text": "false"}}]}]}])"));
+    EXPECT_FALSE(run["results"][0].contains("fixes"));
     EXPECT_EQ(run["results"][3]["locations"][0]["physicalLocation"],
               Json::parse(R"({"artifactLocation": {"uri": "file:///bad.xml"}})"));
 }

@@ -2,9 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <optional>
+
 namespace {
 
-std::size_t FindRunaway(const char* pPattern) {
+std::optional<std::size_t> FindRunaway(const char* pPattern) {
     std::size_t iEffort = 60000;
     return CPatternProbe(pPattern).FindRunaway(iEffort);
 }
@@ -27,12 +29,14 @@ TEST(PatternProbe, PatternsThatDoNotAreLeftAlone) {
     }
 }
 
-TEST(PatternProbe, WithNoEffortLeftNothingIsFound) {
-    std::size_t iEffort = 0;
-    EXPECT_EQ(CPatternProbe("(a+)+b").FindRunaway(iEffort), 0U);
-    iEffort = 1;
+TEST(PatternProbe, WhatIsNotTriedToItsEndForLackOfEffortIsNotCalledFine) {
+    for (std::size_t iEffort : {0U, 1U, 40U, 240U}) {
+        EXPECT_EQ(CPatternProbe("(a+)+b").FindRunaway(iEffort), std::nullopt);
+    }
+    std::size_t iEffort = 241;
     EXPECT_NE(CPatternProbe("(a+)+b").FindRunaway(iEffort), 0U);
     EXPECT_EQ(iEffort, 0U);
+    EXPECT_EQ(CPatternProbe("abc").FindRunaway(iEffort), 0U);
 }
 
 TEST(PatternProbe, ARefusalNamesTheByte) {

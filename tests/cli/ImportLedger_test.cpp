@@ -1,0 +1,198 @@
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include <nlohmann/json.hpp>
+
+#include "tests/cli/ToolRun.h"
+
+namespace {
+
+using Json = nlohmann::json;
+using namespace Documents;
+
+/** The fates of all items: "kind name disposition reason line:column", a line each. */
+std::string Fates(const Json& report) {
+    std::string strFates;
+    for (const Json& item : report["items"]) {
+        strFates += item["kind"].get<std::string>() + ' ' + item["name"].get<std::string>() + ' ' +
+                    item["disposition"].get<std::string>() + ' ' + item["reason"].get<std::string>() + ' ' +
+                    item["line"].dump() + ':' + item["column"].dump() + '\n';
+    }
+    return strFates;
+}
+
+std::string Replace(std::string strText, const std::string& strWhat, const std::string& strWith) {
+    for (std::size_t i = strText.find(strWhat); i != std::string::npos; i = strText.find(strWhat, i)) {
+        strText.replace(i, strWhat.size(), strWith);
+        i += strWith.size();
+    }
+    return strText;
+}
+
+class ImportLedger : public CToolTest {
+  protected:
+    ImportLedger() { Import(Small()); }
+
+    Json Report(std::vector<std::string> vecOptions, const std::string& strDocument) const {
+        vecOptions.insert(vecOptions.begin(), {"--json", "import", "-"});
+        return Json::parse(Run(vecOptions, strDocument).strOut);
+    }
+};
+
+/** The children that stand in a template beside its rules, and the places of what they hold. */
+constexpr const char FOREIGN[] = R"(<SAPolicy template_version="3.0.1000">
+<complianceTemplates>
+<template name="t" display_name="T">
+<note><buildingBlock sourceType="ENTITY" entityHits="5" sourceName="one"/><x sourceType="keyword" sourceName="words" operation="OR"/></note>
+<matchRule><block sourceType="ENTITY" entityHits="2" sourceName="two"/><hint/></matchRule>
+<remark>text</remark>
+</template>
+</complianceTemplates>
+</SAPolicy>)";
+
+constexpr const char DANGLING[] = R"(<SAPolicy template_version="3.0.1000">
+<complianceTemplates>
+<template name="t" display_name="T">
+<matchrule><buildingBlock sourceType="ENTITY" entityHits="1" sourceName="tow"/></matchrule>
+</template>
+</complianceTemplates>
+</SAPolicy>)";
+
+constexpr const char LOST[] = R"(<SAPolicy template_version="3.0.1000">
+<digitalAssets><Entity name="e" display_name="E"/><template name="t" display_name="T"/></digitalAssets>
+<complianceTemplates><template name="t" display_name="T"/><templte name="gone" display_name="Gone"/></complianceTemplates>
+<industries><industry name="finance"><templateId>t</templateId></industry><branch/></industries>
+<regions><Region name="r"/></regions>
+<extras/>
+</SAPolicy>)";
+
+}  // namespace
+
+TEST_F(ImportLedger, WhatAForeignChildOfATemplateIsReadAsIsSaid) {
+    const SToolRun run = Run({"import", "--fail-on-skip", "-"}, FOREIGN);
+    EXPECT_EQ(run.iCode, 0);
+    EXPECT_EQ(run.strOut,
+              "-:\n"
+              "           CREATED  UPDATED  UNCHANGED  SKIPPED  FAILED\n"
+              "templates        1        0          0        0       0\n"
+              "-:4:1: template \"t\": the child element \"note\" is read as a rule: P:one(5) OR K:words\n"
+              "-:5:12: template \"t\": the child element \"block\" is read as a building block: P:two(2)\n"
+              "-:5:72: template \"t\": the child element \"hint\" is read as a building block that refers to nothing\n"
+              "-:6:1: template \"t\": the child element \"remark\" is read as a rule that refers to nothing\n");
+    EXPECT_EQ(Report({}, FOREIGN)["items"][0]["foreign_children"],
+              Json::parse(
+                  R"x([{"element": "note", "read_as": "rule", "text": "P:one(5) OR K:words", "line": 4, "column": 1},)x"
+                  R"x({"element": "block", "read_as": "building block", "text": "P:two(2)", "line": 5, "column": 12},)x"
+                  R"x({"element": "hint", "read_as": "building block", "text": "", "line": 5, "column": 72},)x"
+                  R"x({"element": "remark", "read_as": "rule", "text": "", "line": 6, "column": 1}])x"));
+}
+
+TEST_F(ImportLedger, AReferenceToNothingInAForeignChildIsAFinding) {
+    const SToolRun run = Run({"import", "-"}, DANGLING);
+    EXPECT_EQ(run.iCode, 1);
+    EXPECT_EQ(run.strOut,
+              "-:\n"
+              "           CREATED  UPDATED  UNCHANGED  SKIPPED  FAILED\n"
+              "templates        1        0          0        0       0\n"
+              "-:4:1: template \"t\": the child element \"matchrule\" is read as a rule: P:tow(1)\n"
+              "-:4:12: template \"t\": it refers to the expression \"tow\", which is not stored, so that it cannot be "
+              "exported; did you mean \"two\"?\n");
+    const Json report = Report({}, DANGLING);
+    EXPECT_EQ(report["verdict"], "findings");
+    EXPECT_EQ(report["items"][0]["disposition"], "unchanged");
+    EXPECT_EQ(report["items"][0]["unknown_references"],
+              Json::parse(R"([{"kind": "expression", "name": "tow", "nearest": "two", "line": 4, "column": 12}])"));
+    EXPECT_EQ(Run({"import", "--report", "-", "--report-format", "github", "-"}, DANGLING).strOut,
+              "::error file=-,line=4,col=1,title=DLP016 foreign-rule::\"matchrule\" is read as a rule: P:tow(1), "
+              "whatever its name; did you mean \"matchRule\"?\n"
+              "::error file=-,line=4,col=12,title=DLP030 unknown-asset::neither the document nor the store has the "
+              "expression \"tow\"; did you mean \"two\"?\n");
+}
+
+TEST_F(ImportLedger, AReferenceToNothingInAForeignChildIsRefusedOnRequest) {
+    const std::string strDump = Dump();
+    const SToolRun run = Run({"import", "--fail-on-skip", "-"}, DANGLING);
+    EXPECT_EQ(run.iCode, 2);
+    EXPECT_EQ(run.strErr, "dlpctl: -: 1 item cannot be taken, and --fail-on-skip is given; nothing was written\n");
+    EXPECT_NE(run.strOut.find("it refers to the expression \"tow\""), std::string::npos) << run.strOut;
+    EXPECT_EQ(Dump(), strDump);
+}
+
+TEST_F(ImportLedger, AForeignChildMayReferToWhatTheDocumentBrings) {
+    EXPECT_EQ(Run({"import", "-"}, Policy(Entity("new"),
+                                          "<template name=\"t\" display_name=\"T\"><rule><b "
+                                          "sourceType=\"ENTITY\" sourceName=\"new\"/></rule></template>"))
+                  .iCode,
+              0);
+}
+
+TEST_F(ImportLedger, ForeignChildrenOfTheOlderLayoutStandWhereTheirTemplateDoes) {
+    const Json item = Report({},
+                             "<SAPolicy>\n<complianceTemplates><template name=\"t\" displayName=\"T\">\n<rule/>"
+                             "</template></complianceTemplates></SAPolicy>")["items"][0];
+    EXPECT_EQ(item["foreign_children"][0]["line"], 2);
+    EXPECT_EQ(item["foreign_children"][0]["column"], item["column"]);
+}
+
+TEST_F(ImportLedger, ElementsThatStandWhereItemsDoAndAreNoneAreSkipped) {
+    const SToolRun run = Run({"import", "-"}, LOST);
+    EXPECT_EQ(run.iCode, 1);
+    EXPECT_NE(run.strOut.find("unknown elements        0        0          0        7       0\n"), std::string::npos)
+        << run.strOut;
+    EXPECT_NE(run.strOut.find("-:3:59: element \"templte\" skipped: no policy has it in complianceTemplates; correct "
+                              "its name, or remove it\n"),
+              std::string::npos)
+        << run.strOut;
+    EXPECT_EQ(Fates(Report({}, LOST)),
+              "element Entity skipped unknown-element 2:16\n"
+              "element template skipped unknown-element 2:51\n"
+              "template t unchanged  3:22\n"
+              "element templte skipped unknown-element 3:59\n"
+              "element templateId skipped unknown-element 4:38\n"
+              "element branch skipped unknown-element 4:75\n"
+              "element Region skipped unknown-element 5:10\n"
+              "element extras skipped unknown-element 6:1\n");
+    EXPECT_EQ(Run({"import", "--fail-on-skip", "-"}, LOST).iCode, 2);
+    EXPECT_EQ(
+        Run({"import", "--report", "-", "--report-format", "github", "-"},
+            "<SAPolicy template_version=\"1\">\n<extras/><complianceTemplates><template name=\"t\" "
+            "display_name=\"T\"/></complianceTemplates></SAPolicy>")
+            .strOut,
+        "::error file=-,line=2,col=1,title=DLP018 lost-element::no policy has \"extras\" in \"SAPolicy\": an import "
+        "passes it over with all that it holds; correct its name, or remove it\n");
+}
+
+TEST_F(ImportLedger, LostElementsOfTheOlderLayoutAreToldToo) {
+    EXPECT_EQ(Fates(Report({},
+                           "<SAPolicy>\n<complianceTemplates><template name=\"t\" displayName=\"T\"/><Template/>"
+                           "</complianceTemplates>\n<extras/>\n</SAPolicy>")),
+              "template t created  2:22\n"
+              "element Template skipped unknown-element 2:58\n"
+              "element extras skipped unknown-element 3:1\n");
+}
+
+TEST_F(ImportLedger, ARefusedFileHasAFateForEachItem) {
+    const std::string strDocument = Replace(
+        Policy(Entity("a") + Entity("b"), Template("t", "a", "words") + Template("u", "none", "words")), "><", ">\n<");
+    const Json report = Report({"--fail-on-skip"}, strDocument);
+    EXPECT_EQ(report["verdict"], "invalid");
+    EXPECT_EQ(report["imported"], Json::array());
+    EXPECT_EQ(Fates(report),
+              "expression a skipped undone 4:1\n"
+              "expression b skipped undone 7:1\n"
+              "template t skipped undone 12:1\n"
+              "template u skipped unsupported-assets 18:1\n");
+    EXPECT_EQ(Fates(Report(
+                  {}, Replace(strDocument, " template_version", " localization_language=\"Latin\" template_version"))),
+              "expression a skipped undone 4:1\n"
+              "expression b skipped undone 7:1\n"
+              "template t skipped undone 12:1\n"
+              "template u skipped undone 18:1\n");
+    const Json chosen = Report({"--only", "b"}, Replace(strDocument, " template_version",
+                                                        " localization_language=\"Latin\" template_version"));
+    EXPECT_EQ(Fates(chosen), "expression b skipped undone 7:1\n");
+    EXPECT_EQ(chosen["passed_over"], 3);
+    EXPECT_EQ(Run({"import", "--fail-on-skip", "-"}, strDocument).strOut.find("undone"), std::string::npos);
+}
