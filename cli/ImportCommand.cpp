@@ -21,7 +21,8 @@ constexpr SCommandHelp HELP = {
     "is listed with its place, the reason and what to do. A user's item never replaces a built-in one.\n"
     "Exit codes: 1 an item was skipped or refers to what is not stored, or --only names what a FILE does not hold;\n"
     "2 a FILE is invalid, or an item of it cannot be taken so and --fail-on-skip is given: nothing of that FILE is\n"
-    "written. What --skip-existing skips is no fault to --fail-on-skip. A dry run gives the items and exit codes of the import itself.\n",
+    "written. What --skip-existing skips is no fault to --fail-on-skip. A dry run gives the items and exit codes of\n"
+    "the import itself.\n",
     "  dlpctl import policy.xml\n"
     "  dlpctl import --dry-run assets.xml policy.xml\n"
     "  dlpctl import --only card-data --fail-on-skip policy.xml\n"
