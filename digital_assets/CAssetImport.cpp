@@ -157,9 +157,10 @@ void TellUnknownElements(const CXMLView& root, CImportObserver* pObserver) {
     ::TellUnknownElements(
         root, {TagUtf8::DIGITAL_ASSETS, TagUtf8::COMPLIANCE_TEMPLATES, TagUtf8::INDUSTRIES, TagUtf8::REGIONS},
         pObserver);
-    constexpr const char* SECTION = TagUtf8::DIGITAL_ASSETS;
-    for (CXMLView section = root.FirstChild(SECTION); section; section = section.NextSibling(SECTION)) {
-        ::TellUnknownElements(section, {EXPRESSION_FORMAT.pElement, KEYWORD_FORMAT.pElement}, pObserver);
+    for (CXMLView section = root.FirstChild(); section; section = section.NextSibling()) {
+        if (section.Name() == TagUtf8::DIGITAL_ASSETS) {
+            ::TellUnknownElements(section, {EXPRESSION_FORMAT.pElement, KEYWORD_FORMAT.pElement}, pObserver);
+        }
     }
 }
 
@@ -193,7 +194,9 @@ int CAssetImport::Run(EImport eImport) {
         DLP_LOG(DBG::LEVEL_FAILURE, pFailed->pFailed);
         return RESULT_FAILED;
     }
-    TellUnknownElements(m_document.Load().RootView(), m_pObserver);
+    if (m_pObserver != nullptr) {
+        TellUnknownElements(m_document.Load().RootView(), m_pObserver);
+    }
     DLP_LOG(DBG::LEVEL_LEAVE, mode.pDone);
     return RESULT_DONE;
 }

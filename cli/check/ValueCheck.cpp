@@ -35,7 +35,7 @@ struct SLeast {
 constexpr SLeast LEASTS[] = {
     {TagUtf8::THRESHOLD, 1},       {TagUtf8::NUMBER, 1},           {TagUtf8::MIN_LENGTH, 0},
     {TagUtf8::MAX_LENGTH, 1},      {TagUtf8::SUFFIX_LENGTH, 0},    {TagUtf8::MIN_LEFT_RADIUS, 0},
-    {TagUtf8::MAX_LEFT_RADIUS, 0}, {TagUtf8::MAX_RIGHT_RADIUS, 0}, {TagUtf8::SCORE, 0},
+    {TagUtf8::MAX_LEFT_RADIUS, 0}, {TagUtf8::MAX_RIGHT_RADIUS, 0},
 };
 
 bool IsDigit(char c) {

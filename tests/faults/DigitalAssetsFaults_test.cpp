@@ -241,6 +241,7 @@ TEST_F(DigitalAssetsFaults, ImportThatMissesAnElementAnswersForTheStep) {
          {incompatible("CDLPDigitalAssetsParser::ImportDictionary", "dictionary"),
           Failure("fail to import dictionary.")},
          {strCreated}},
+        {"what is no item", 0, {}, {strCreated, strList}},
         {"none", 0, {}, {strCreated, strList}},
     };
     int iLookup = 0;
