@@ -298,6 +298,7 @@ class CFileImport {
                 continue;
             }
             item.place = fnFind(item.iOffset);
+            item.vecForeignPlaces.clear();
             for (const SForeignChild& foreign : item.vecForeign) {
                 item.vecForeignPlaces.push_back(fnFind(foreign.iOffset));
             }
