@@ -14,6 +14,7 @@
 
 namespace {
 
+constexpr std::size_t NONE = static_cast<std::size_t>(-1);
 constexpr auto& OLDER_NAME = CDLPXmlNormalizer::OLDER_DISPLAY_NAME;
 
 /** What a piece that is no tag is called. */
@@ -122,30 +123,73 @@ class CLayoutComparison {
         if (vecBefore == vecAfter) {
             return;
         }
-        // What is found in the one before is taken out, until only new ones are left.
-        std::unordered_map<std::string_view, std::string_view> mapNew(vecAfter.begin(), vecAfter.end());
-        const bool bRenamed = before.HasAttribute(OLDER_NAME) && mapNew.count(OLDER_NAME) == 0 &&
-                              mapNew.erase(TagUtf8::DISPLAY_NAME) != 0;
+        const std::vector<std::size_t> vecPartners = Pair(vecBefore, vecAfter);
+        std::vector<bool> vecNew(vecAfter.size(), true);
+        const std::size_t iRenamed = FindRenamed(before, vecAfter);
+        const bool bRenamed = iRenamed != NONE;
         CTagScanner tag(m_strText, before.Offset());
-        for (const auto& [strName, strValue] : vecBefore) {
+        for (std::size_t i = 0; i < vecBefore.size(); ++i) {
+            const auto& [strName, strValue] = vecBefore[i];
             tag.Next();
-            const auto itAfter = mapNew.find(strName);
             if (bRenamed && strName == OLDER_NAME) {
+                vecNew[iRenamed] = false;
                 AddValues(EChange::RENAMED, before, tag.GetNameOffset(), strName, strName, TagUtf8::DISPLAY_NAME);
-            } else if (itAfter == mapNew.end()) {
+            } else if (vecPartners[i] == NONE || vecPartners[i] == iRenamed) {
                 AddValues(EChange::DROPPED, before, tag.GetNameOffset(), strName, strValue, std::nullopt);
             } else {
-                if (itAfter->second != strValue) {
-                    Replace(before, tag.GetNameOffset(), strName, strValue, itAfter->second);
+                vecNew[vecPartners[i]] = false;
+                if (vecAfter[vecPartners[i]].second != strValue) {
+                    Replace(before, tag.GetNameOffset(), strName, strValue, vecAfter[vecPartners[i]].second);
                 }
-                mapNew.erase(itAfter);
             }
         }
-        for (const auto& [strName, strValue] : vecAfter) {
-            if (mapNew.count(strName) != 0) {
-                AddValues(EChange::SET, before, before.Offset(), strName, std::nullopt, strValue);
+        for (std::size_t i = 0; i < vecAfter.size(); ++i) {
+            if (vecNew[i]) {
+                AddValues(EChange::SET, before, before.Offset(), vecAfter[i].first, std::nullopt, vecAfter[i].second);
             }
         }
+    }
+
+    /** @return which attribute the older display name became; NONE when it has none, or kept it */
+    static std::size_t FindRenamed(const CXMLView& before, const Attributes& vecAfter) {
+        std::size_t iRenamed = NONE;
+        for (std::size_t i = 0; i < vecAfter.size() && before.HasAttribute(OLDER_NAME); ++i) {
+            if (vecAfter[i].first == OLDER_NAME) {
+                return NONE;
+            }
+            iRenamed = vecAfter[i].first == TagUtf8::DISPLAY_NAME ? i : iRenamed;
+        }
+        return iRenamed;
+    }
+
+    /**
+     * Most attributes stand in the same order; a table of the names of a million takes much time and memory.
+     * @return for each attribute the one of its name on the other side, or NONE
+     */
+    static std::vector<std::size_t> Pair(const Attributes& vecBefore, const Attributes& vecAfter) {
+        std::vector<std::size_t> vecPartners(vecBefore.size(), NONE);
+        std::unordered_map<std::string_view, std::size_t> mapRest;
+        std::size_t iAfter = 0;
+        for (std::size_t i = 0; i < vecBefore.size(); ++i) {
+            const auto fnIsNext = [&](std::size_t iNext) {
+                return iNext < vecAfter.size() && vecAfter[iNext].first == vecBefore[i].first;
+            };
+            if (!fnIsNext(iAfter) && fnIsNext(iAfter + 1)) {
+                mapRest.emplace(vecAfter[iAfter].first, iAfter);
+                ++iAfter;
+            }
+            if (fnIsNext(iAfter)) {
+                vecPartners[i] = iAfter++;
+            }
+        }
+        for (; iAfter < vecAfter.size(); ++iAfter) {
+            mapRest.emplace(vecAfter[iAfter].first, iAfter);
+        }
+        for (std::size_t i = 0; i < vecBefore.size() && !mapRest.empty(); ++i) {
+            const auto itRest = vecPartners[i] == NONE ? mapRest.find(vecBefore[i].first) : mapRest.end();
+            vecPartners[i] = itRest == mapRest.end() ? vecPartners[i] : itRest->second;
+        }
+        return vecPartners;
     }
 
     SLayoutChange& AddValues(EChange eChange, const CXMLView& element, std::size_t iOffset, std::string_view strName,

@@ -35,8 +35,6 @@ constexpr SCommandHelp HELP = {
     "dlpctl-convert/1",
 };
 
-/** The standard layout as this program writes it, whatever was read before. */
-
 struct SArguments {
     std::string strFile;
     std::string strOutput;
@@ -57,6 +55,10 @@ class CConvertCommand {
         CheckArguments();
         m_file = ReadPolicy(m_context, m_arguments.strFile);
         std::string strResult = Convert();
+        // The trees of both layouts, many times as large as the text, are gone by now.
+        if (m_report.bOlder) {
+            strResult = FormatXml(strResult);
+        }
         Signals::ThrowIfCaught();
         if (!m_arguments.bCheck) {
             Write(strResult);
@@ -75,7 +77,7 @@ class CConvertCommand {
         }
     }
 
-    /** @return the document in the standard layout */
+    /** @return the document in the standard layout, not yet in its form when it was of the older one */
     std::string Convert() {
         CPolicyDocument document(m_file.Text());
         const CXMLView root = ParsePolicy(m_arguments.strFile, m_file, document);
@@ -86,6 +88,7 @@ class CConvertCommand {
         if (!m_report.bOlder) {
             return m_file.strBytes;
         }
+        // As this program writes it, whatever was read before.
         CDLPDigitalAssetsParser::SetVersion(DigitalAssets::STANDARD_VERSION);
         const SNormalizedDocument converted = ConvertOlder(m_context, m_arguments.strFile, document, nullptr);
         m_report.changes = FindLayoutChanges(m_file.Text(), document, converted);
@@ -95,7 +98,7 @@ class CConvertCommand {
         }
         std::string strMarkup;
         converted.document.SaveUtf8(strMarkup);
-        return FormatXml(strMarkup);
+        return strMarkup;
     }
 
     void Write(const std::string& strResult) {
