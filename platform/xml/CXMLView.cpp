@@ -1,6 +1,7 @@
 #include "platform/xml/CXMLView.h"
 
 #include <algorithm>
+#include <iterator>
 
 #include "platform/xml/CXMLTree.hpp"
 #include "platform/xml/FaultPoint.h"
@@ -25,8 +26,10 @@ bool CXMLView::HasAttribute(const char* pName) const {
 }
 
 std::vector<std::pair<std::string_view, std::string_view>> CXMLView::Attributes() const {
+    const auto attributes = XmlTree::Node(m_pNode).attributes();
     std::vector<std::pair<std::string_view, std::string_view>> vecAttributes;
-    for (const pugi::xml_attribute& attribute : XmlTree::Node(m_pNode).attributes()) {
+    vecAttributes.reserve(static_cast<std::size_t>(std::distance(attributes.begin(), attributes.end())));
+    for (const pugi::xml_attribute& attribute : attributes) {
         vecAttributes.emplace_back(attribute.name(), attribute.value());
     }
     return vecAttributes;
