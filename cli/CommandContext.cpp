@@ -232,7 +232,8 @@ bool CCommandContext::IsStoreUnmade() const {
     std::error_code error;
     const fs::path path = GetStorePath();
     const bool bMissing = !IsStoreNamed() && IsStoreMissing();
-    return bMissing || (fs::is_regular_file(path, error) && fs::file_size(path, error) == 0);
+    const bool bEmpty = fs::is_regular_file(path, error) && fs::file_size(path, error) == 0;
+    return bMissing || (bEmpty && !IsSqliteFileCut(path.string()));
 }
 
 bool CCommandContext::IsStoreNamed() const {

@@ -20,6 +20,7 @@ constexpr mode_t FILE_MODE = 0600;
 constexpr int MOST_LINKS = 40;
 constexpr const char JOURNAL[] = "-wal";
 constexpr const char CANNOT_READ[] = "cannot read the file";
+constexpr const char CUT[] = "it is damaged: it was cut to no bytes, and the journal beside it is not empty";
 
 /** File systems over which the write-ahead log does not hold: its index is memory that all processes must share. */
 struct SNetwork {
@@ -46,7 +47,8 @@ FileSystemProbe& GetProbe() {
     ThrowStoreError(strUrl, StoreDoing::OPENING, strWhat + ": " + std::generic_category().message(iError), iError);
 }
 
-void CheckRegular(const struct stat& status, const std::string& strUrl) {
+/** The engine takes an empty file for a new one, and throws away the journal of what was there. */
+void CheckFile(const struct stat& status, const std::string& strPath, const std::string& strUrl) {
     if (!S_ISREG(status.st_mode)) {
         ThrowStoreError(strUrl, StoreDoing::OPENING, S_ISDIR(status.st_mode) ? "it is a folder" : "it is no file");
     }
@@ -54,6 +56,9 @@ void CheckRegular(const struct stat& status, const std::string& strUrl) {
         ThrowStoreError(strUrl, StoreDoing::OPENING,
                         "it has other names (hard links), and under each a journal of its own would stand; remove "
                         "those, or copy it");
+    }
+    if (IsSqliteFileCut(strPath)) {
+        ThrowStoreError(strUrl, StoreDoing::OPENING, std::string(CUT) + StoreAdvice::DAMAGED, StoreCode::DAMAGED);
     }
 }
 
@@ -119,7 +124,7 @@ bool MakeSqliteFile(const std::string& strPath, const std::string& strUrl) {
     RefuseNetwork(strPath, strUrl);
     struct stat status {};
     if (::stat(strPath.c_str(), &status) == 0) {
-        CheckRegular(status, strUrl);
+        CheckFile(status, strPath, strUrl);
         if (!IsAccessible(strPath, R_OK | W_OK)) {
             ThrowSystemError(strUrl, "cannot read and write the file", errno);
         }
@@ -142,7 +147,7 @@ bool FindSqliteFile(const std::string& strPath, const std::string& strUrl) {
     if (::stat(strPath.c_str(), &status) != 0) {
         ThrowSystemError(strUrl, CANNOT_READ, errno);
     }
-    CheckRegular(status, strUrl);
+    CheckFile(status, strPath, strUrl);
     if (!IsAccessible(strPath, R_OK)) {
         ThrowSystemError(strUrl, CANNOT_READ, errno);
     }
@@ -152,6 +157,13 @@ bool FindSqliteFile(const std::string& strPath, const std::string& strUrl) {
 bool IsSqliteFileFixed(const std::string& strPath) {
     const std::string strFolder = std::filesystem::path(strPath).parent_path().string();
     return !IsAccessible(strPath, W_OK) && !IsAccessible(strFolder, W_OK) && !IsAccessible(strPath + JOURNAL, F_OK);
+}
+
+bool IsSqliteFileCut(const std::string& strPath) {
+    struct stat file {};
+    struct stat journal {};
+    return ::stat(strPath.c_str(), &file) == 0 && file.st_size == 0 &&
+           ::stat((strPath + JOURNAL).c_str(), &journal) == 0 && journal.st_size > 0;
 }
 
 FileState GetSqliteFileState(const std::string& strPath) {

@@ -18,7 +18,7 @@ std::string FollowSqliteLinks(const std::string& strPath, const std::string& str
  * so are missing folders (0700), whatever the umask.
  * @param strUrl names the store in messages
  * @return whether it is empty
- * @throws OS::CException when there is something else or it cannot be made
+ * @throws OS::CException when there is something else, it was cut to nothing or it cannot be made
  */
 bool MakeSqliteFile(const std::string& strPath, const std::string& strUrl);
 
@@ -34,6 +34,12 @@ bool FindSqliteFile(const std::string& strPath, const std::string& strUrl);
  * engine can then make none of the files by which it knows of writers
  */
 bool IsSqliteFileFixed(const std::string& strPath);
+
+/**
+ * @return whether the file is empty though its journal is not: a store stood there. The journal is begun only when the
+ * file holds the store's tables.
+ */
+bool IsSqliteFileCut(const std::string& strPath);
 
 /** What changes whenever a file is written: its length, and when it was changed, in seconds and nanoseconds. */
 using FileState = std::array<std::int64_t, 3>;

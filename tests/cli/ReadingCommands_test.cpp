@@ -84,6 +84,17 @@ TEST_F(ReadingCommands, AnEmptyFileIsAnEmptyStore) {
     EXPECT_EQ(m_dir.Read("unmade.db"), "");
 }
 
+TEST_F(ReadingCommands, AStoreThatWasCutToNothingIsNotEmpty) {
+    m_dir.Write("cut.db", "");
+    m_dir.Write("cut.db-wal", "a journal");
+    for (const std::vector<std::string>& vecCommand : COMMANDS) {
+        const SToolRun run = RunOn(Url("cut.db"), vecCommand);
+        EXPECT_EQ(run.iCode, 4) << vecCommand.front();
+        EXPECT_NE(run.strErr.find("it was cut to no bytes"), std::string::npos) << run.strErr;
+    }
+    EXPECT_EQ(m_dir.Read("cut.db-wal"), "a journal");
+}
+
 TEST_F(ReadingCommands, AStoreThatMayOnlyBeReadIsRead) {
     Import(Documents::Small());
     std::vector<std::string> vecExpected;

@@ -161,6 +161,21 @@ TEST_F(SqliteStore, EmptyFileBecomesAStore) {
     EXPECT_EQ("expressions subject=\"S\"\n", DumpStore(store));
 }
 
+TEST_F(SqliteStore, FileThatWasCutToNothingIsNotTakenForANewOne) {
+    m_folder.Write("settings.db", "");
+    m_folder.Write("settings.db-wal", "a journal");
+    const std::string strCut =
+        Opening(Path(),
+                "it is damaged: it was cut to no bytes, and the journal beside it is not empty; \"dlpctl store "
+                "check\" says what else is, \"dlpctl store restore\" brings back a backup");
+    EXPECT_EQ(strCut, RefusalOf(Path()));
+    EXPECT_EQ(strCut, ExceptionText([&] { CSettingsStore::Make("sqlite:" + Path(), EUnitOfWork::READ); }));
+    EXPECT_EQ("", m_folder.Read("settings.db"));
+    EXPECT_EQ("a journal", m_folder.Read("settings.db-wal"));
+    m_folder.Write("settings.db-wal", "");
+    EXPECT_EQ("", DumpStore(*CSettingsStore::Make("sqlite:" + Path())));
+}
+
 TEST_F(SqliteStore, RelativePathCountsFromTheFolderOfTheOpening) {
     const fs::path oldFolder = fs::current_path();
     fs::current_path(m_folder.Path());

@@ -211,6 +211,18 @@ TEST_F(StoreBackupTest, WhatIsNoFileIsNotReplaced) {
     EXPECT_EQ(fs::file_type::fifo, fs::status(BackupPath()).type());
 }
 
+TEST_F(StoreBackupTest, PutsTheJournalOfAStoreThatWasCutToNothingAside) {
+    {
+        CSqliteStore store(Path());
+        StoreBackup::Save(store, BackupPath(), NoStep);
+    }
+    m_folder.Write("settings.db", "");
+    m_folder.Write("settings.db-wal", "a journal");
+    EXPECT_TRUE(StoreBackup::Restore(*StoreBackup::Open(BackupPath()), Path(), false, NoStep).bDamaged);
+    EXPECT_EQ("a journal", m_folder.Read("settings.db.damaged-wal"));
+    EXPECT_EQ(KEPT, DumpFile(Path()));
+}
+
 TEST_F(StoreBackupTest, RestoresWhereNothingIs) {
     {
         CSqliteStore store(Path());
