@@ -63,6 +63,15 @@ constexpr std::size_t HEADER_VERSION = 60;
 constexpr std::size_t HEADER_APPLICATION = 68;
 constexpr std::size_t HEADER_END = 96;  ///< the version of the engine that wrote it
 
+bool HasMoved(sqlite3* pDb) {
+    int iMoved = 1;
+    // Asked twice: a question that fails counts as yes.
+    for (int iTries = 0; iMoved != 0 && iTries < 2; ++iTries) {
+        sqlite3_file_control(pDb, nullptr, SQLITE_FCNTL_HAS_MOVED, &iMoved);
+    }
+    return iMoved != 0;
+}
+
 std::int32_t ReadBigEndian(const unsigned char* pBytes) {
     return static_cast<std::int32_t>(static_cast<std::uint32_t>(pBytes[0]) << 24 |
                                      static_cast<std::uint32_t>(pBytes[1]) << 16 |
@@ -150,7 +159,16 @@ int CSqliteConnection::Wait(void* pConnection, int iTries) noexcept {
     return 1;
 }
 
+/**
+ * The engine leaves the journal where it is when another file stands at the path by then, and the next to open that
+ * file would take it for that file's own. So what it holds goes to the file that is open before, and nothing of it
+ * stays, unless somebody else is reading it.
+ */
 void CSqliteConnection::SClose::operator()(sqlite3* pDb) const noexcept {
+    if (sqlite3_total_changes(pDb) != 0 || ::HasMoved(pDb)) {
+        sqlite3_busy_handler(pDb, nullptr, nullptr);
+        sqlite3_wal_checkpoint_v2(pDb, nullptr, SQLITE_CHECKPOINT_TRUNCATE, nullptr, nullptr);
+    }
     sqlite3_close(pDb);
 }
 
@@ -240,12 +258,7 @@ bool CSqliteConnection::IsInTransaction() const {
 }
 
 bool CSqliteConnection::HasMoved() const {
-    int iMoved = 1;
-    // Asked twice: a question that fails counts as yes.
-    for (int iTries = 0; iMoved != 0 && iTries < 2; ++iTries) {
-        sqlite3_file_control(Get(), nullptr, SQLITE_FCNTL_HAS_MOVED, &iMoved);
-    }
-    return iMoved != 0;
+    return ::HasMoved(Get());
 }
 
 bool CSqliteConnection::CanLook() const {

@@ -516,6 +516,20 @@ TEST_F(SqliteStore, FileThatIsRemovedOrReplacedTakesNothingMore) {
     }
 }
 
+TEST_F(SqliteStore, FileThatIsReplacedTakesWhatItsJournalHolds) {
+    const std::string strOther = m_folder.Path("other.db");
+    const std::string strFormer = m_folder.Path("former.db");
+    CSqliteStore(strOther).Save(Expression("O"));
+    {
+        CSqliteStore store(Path());
+        store.Save(Expression("S"));
+        fs::rename(Path(), strFormer);
+        fs::rename(strOther, Path());
+    }
+    EXPECT_EQ("expressions subject=\"S\"\n", DumpStore(*CSettingsStore::Make("sqlite:" + strFormer)));
+    EXPECT_EQ("expressions subject=\"O\"\n", DumpStore(*CSettingsStore::Make("sqlite:" + Path())));
+}
+
 TEST_F(SqliteStore, WriterLeavesItsNoteWhileItWrites) {
     CSqliteStore store(Path());
     const auto fnNoted = [&] { return fs::exists(Path() + "-writer"); };
