@@ -8,6 +8,7 @@
 #include <new>
 #include <system_error>
 
+#include <fcntl.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
@@ -327,6 +328,36 @@ void CCommandContext::StartJson(const Json& head) {
     Put(std::string_view(strLine).substr(0, strLine.size() - 1));
     Flush();
     m_pHead = std::make_unique<Json>(head);
+}
+
+void CCommandContext::StartAnswer(std::string_view strHead, std::string strRest) {
+    m_strRest = std::move(strRest);
+    Put(strHead);
+    Flush();
+    MakeRoom(m_strRest.size());
+}
+
+void CCommandContext::StartAnswer(const Json& head, const Json& whole) {
+    const std::string strLine = ToLine(whole) + '\n';
+    m_pHead = std::make_unique<Json>(head);
+    const std::size_t iHead = ToLine(head).size() - 1;
+    StartAnswer(std::string_view(strLine).substr(0, iHead), strLine.substr(iHead));
+}
+
+void CCommandContext::FinishAnswer() {
+    m_pHead = nullptr;
+    Put(m_strRest);
+    Flush();
+}
+
+/** Only a file has room to make, and not every file system can. */
+void CCommandContext::MakeRoom(std::size_t iBytes) const {
+    const off_t iEnd = &m_out == &std::cout ? ::lseek(STDOUT_FILENO, 0, SEEK_CUR) : -1;
+    if (iEnd >= 0 && iBytes != 0 &&
+        ::fallocate(STDOUT_FILENO, FALLOC_FL_KEEP_SIZE, iEnd, static_cast<off_t>(iBytes)) != 0 &&
+        (errno == ENOSPC || errno == EDQUOT || errno == EIO)) {
+        ThrowOutputError(STANDARD_OUTPUT, errno);
+    }
 }
 
 void CCommandContext::Fail(const char* pFormat, const CToolError& error) {

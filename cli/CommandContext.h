@@ -92,6 +92,15 @@ class CCommandContext {
      * decided. The object that WriteJson gets next begins with the same members.
      */
     void StartJson(const nlohmann::ordered_json& head);
+    /**
+     * Begins the answer about a change that is not kept yet: writes its head and makes room for its rest, so that what
+     * can fail about the output, or for want of memory, fails while the change can be undone. The end comes after the
+     * change is kept, since it says so.
+     */
+    void StartAnswer(std::string_view strHead, std::string strRest);
+    /** The same for the object, of which the head is the first members; WriteJson ends it in another way. */
+    void StartAnswer(const nlohmann::ordered_json& head, const nlohmann::ordered_json& whole);
+    void FinishAnswer();
     /** Tells of a failure: as an error, and as the JSON object of that format unless other data went before. */
     void Fail(const char* pFormat, const CToolError& error);
 
@@ -120,6 +129,7 @@ class CCommandContext {
     void OpenLog();
     std::string Paint(const char* pColour, const std::string& strText) const;
     void Put(std::string_view strText);
+    void MakeRoom(std::size_t iBytes) const;
     void CheckOutput() const;
 
     std::istream& m_in;
@@ -129,6 +139,7 @@ class CCommandContext {
     SGlobalOptions m_options;
     std::filesystem::path m_start;
     std::unique_ptr<nlohmann::ordered_json> m_pHead;  ///< what StartJson has written
+    std::string m_strRest;                            ///< of the answer that is begun
     bool m_bData = false;
     std::unique_ptr<CLogFile> m_pLog;
     std::unique_ptr<CStoreSession> m_pStore;

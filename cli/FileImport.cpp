@@ -151,7 +151,7 @@ class CFileImport {
             return;
         }
         m_report.eVerdict = m_report.HasFindings() ? EVerdict::FINDINGS : EVerdict::DONE;
-        StartReport();
+        StartAnswer();
         unit.Commit();
     }
 
@@ -239,48 +239,50 @@ class CFileImport {
         });
     }
 
-    /** The answer begins before the store changes: when nobody can be told, nothing is done. */
-    void StartReport() {
+    void StartAnswer() {
+        Arrange();
         if (m_run.reportFile.IsAnswer()) {
             return;
         }
         if (m_context.IsJson()) {
-            m_context.StartJson(MakeReportHead(m_report));
-        } else if (IsQuiet()) {
-            m_report.Sort();
-            FindPlaces();
-            WriteText(MakeFindings(m_report));
+            m_context.StartAnswer(MakeReportHead(m_report), MakeReportJson(m_report));
+        } else if (m_context.Options().bQuiet) {  // told is then only what was not taken
+            m_context.StartAnswer(MakeFindings(m_report), std::string());
         } else {
-            WriteText(Text::Printable(m_report.strFile) + ":\n");
+            m_context.StartAnswer(Text::Printable(m_report.strFile) + ":\n",
+                                  MakeReportText(m_report, m_context.GetDataWidth()));
         }
     }
 
     void Tell() {
-        m_report.Sort();
-        FindPlaces();
-        const bool bUndone = !m_report.strReason.empty();
-        if (bUndone) {
-            m_context.Error(MakeRefusal(m_report));
+        if (m_report.strReason.empty()) {
+            m_run.reportFile.Add(m_report, m_file);
+            if (!m_run.reportFile.IsAnswer()) {
+                m_context.FinishAnswer();
+            }
+        } else {
+            TellRefusal();
         }
+    }
+
+    void TellRefusal() {
+        Arrange();
+        m_context.Error(MakeRefusal(m_report));
         m_run.reportFile.Add(m_report, m_file);
         if (m_report.eVerdict == EVerdict::OUTPUT || m_run.reportFile.IsAnswer()) {
             return;
         }
         if (m_context.IsJson()) {
             m_context.WriteJson(MakeReportJson(m_report));
-        } else if (bUndone && m_bShowsFindings) {
-            WriteText(MakeFindings(m_report));
-        } else if (!bUndone && !IsQuiet()) {
-            WriteText(MakeReportText(m_report, m_context.GetDataWidth()));
+        } else if (m_bShowsFindings) {
+            m_context.Write(MakeFindings(m_report));
+            m_context.Flush();
         }
     }
 
-    /** Told is then only what was not taken. */
-    bool IsQuiet() const { return m_context.Options().bQuiet; }
-
-    void WriteText(const std::string& strText) {
-        m_context.Write(strText);
-        m_context.Flush();
+    void Arrange() {
+        m_report.Sort();
+        FindPlaces();
     }
 
     /** Text shows the places of few items, so those of the others are not looked for. */

@@ -18,7 +18,7 @@ void Watch() {
     struct sigaction action {};
     sigemptyset(&action.sa_mask);
     action.sa_handler = Remember;
-    action.sa_flags = SA_RESETHAND;
+    action.sa_flags = static_cast<int>(SA_RESETHAND);
     sigaction(SIGINT, &action, nullptr);
     sigaction(SIGTERM, &action, nullptr);
     action.sa_handler = SIG_IGN;

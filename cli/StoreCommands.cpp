@@ -196,7 +196,7 @@ EVerdict Load(CCommandContext& context, const std::string& strFile) {
     const CStoreSession& store = context.GetStore();
     CSettingsTransaction unit(EUnitOfWork::WRITE);
     CSettingsStore& settings = CSettingsStore::Current();
-    Json object = {{FORMAT, LOAD.pFormat}, {"file", strFile}};
+    const Json head = {{FORMAT, LOAD.pFormat}, {"file", strFile}};
     Json replaced = Json::object();
     Json loaded = Json::object();
     CTextTable table({"", "REPLACED", "LOADED"});
@@ -213,19 +213,17 @@ EVerdict Load(CCommandContext& context, const std::string& strFile) {
     }
     progress.reset();
     store.ThrowIfFailed();
-    // The answer begins before the store changes: when nobody can be told, nothing is done.
     if (context.IsJson()) {
-        context.StartJson(object);
-        unit.Commit();
-        object["verdict"] = GetVerdictName(EVerdict::DONE);
-        object["replaced"] = std::move(replaced);
-        object["loaded"] = std::move(loaded);
-        context.WriteJson(object);
+        Json answer = head;
+        answer["verdict"] = GetVerdictName(EVerdict::DONE);
+        answer["replaced"] = std::move(replaced);
+        answer["loaded"] = std::move(loaded);
+        context.StartAnswer(head, answer);
     } else {
-        context.Write(table.ToString());
-        context.Flush();
-        unit.Commit();
+        context.StartAnswer(table.ToString(), std::string());
     }
+    unit.Commit();
+    context.FinishAnswer();
     return EVerdict::DONE;
 }
 

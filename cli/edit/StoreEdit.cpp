@@ -39,13 +39,16 @@ CStoreEdit::CStoreEdit(CCommandContext& context, const char* pFormat, const SEdi
 EVerdict CStoreEdit::Finish(const Json& members, const std::string& strText) {
     Signals::ThrowIfCaught();
     m_session.ThrowIfFailed();
-    Json answer = {{"format", m_pFormat}};
-    // The answer begins before the store changes: when nobody can be told, nothing is done.
     if (m_context.IsJson()) {
-        m_context.StartJson(answer);
+        const Json head = {{"format", m_pFormat}};
+        Json answer = head;
+        answer["verdict"] = GetVerdictName(EVerdict::DONE);
+        answer["dry_run"] = m_options.bDryRun;
+        answer.update(members);
+        answer["warnings"] = m_vecWarnings;
+        m_context.StartAnswer(head, answer);
     } else {
-        m_context.Write(strText);
-        m_context.Flush();
+        m_context.StartAnswer(strText, std::string());
     }
     if (!m_options.bDryRun) {
         m_unit.Commit();
@@ -53,13 +56,8 @@ EVerdict CStoreEdit::Finish(const Json& members, const std::string& strText) {
     for (const std::string& strWarning : m_vecWarnings) {
         m_context.Warn(strWarning);
     }
-    if (m_context.IsJson()) {
-        answer["verdict"] = GetVerdictName(EVerdict::DONE);
-        answer["dry_run"] = m_options.bDryRun;
-        answer.update(members);
-        answer["warnings"] = m_vecWarnings;
-        m_context.WriteJson(answer);
-    } else if (m_options.bDryRun) {
+    m_context.FinishAnswer();
+    if (m_options.bDryRun && !m_context.IsJson()) {
         m_context.Note(NOT_WRITTEN);
     }
     return EVerdict::DONE;
