@@ -1,10 +1,22 @@
 #include "cli/check/PatternProbe.h"
 
+#define PCRE2_CODE_UNIT_WIDTH 8
+#include <dlfcn.h>
 #include <gtest/gtest.h>
+#include <pcre2.h>
 
+#include <new>
 #include <optional>
 
 namespace {
+
+bool s_bMemoryLacks = false;
+
+/** @return the engine's function behind the one of that name here */
+template <class Function>
+Function* Next(Function*, const char* pName) {
+    return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, pName));
+}
 
 std::optional<std::size_t> FindRunaway(const char* pPattern) {
     std::size_t iEffort = 60000;
@@ -12,6 +24,23 @@ std::optional<std::size_t> FindRunaway(const char* pPattern) {
 }
 
 }  // namespace
+
+// They stand before those of the engine.
+extern "C" pcre2_code* pcre2_compile(PCRE2_SPTR pPattern, PCRE2_SIZE iSize, std::uint32_t iOptions, int* pError,
+                                     PCRE2_SIZE* pOffset, pcre2_compile_context* pContext) {
+    if (s_bMemoryLacks) {
+        *pError = PCRE2_ERROR_HEAP_FAILED;
+        return nullptr;
+    }
+    static auto* const s_fnNext = Next(&pcre2_compile, "pcre2_compile_8");
+    return s_fnNext(pPattern, iSize, iOptions, pError, pOffset, pContext);
+}
+
+extern "C" int pcre2_match(const pcre2_code* pCode, PCRE2_SPTR pText, PCRE2_SIZE iSize, PCRE2_SIZE iStart,
+                           std::uint32_t iOptions, pcre2_match_data* pMatch, pcre2_match_context* pContext) {
+    static auto* const s_fnNext = Next(&pcre2_match, "pcre2_match_8");
+    return s_bMemoryLacks ? PCRE2_ERROR_NOMEMORY : s_fnNext(pCode, pText, iSize, iStart, iOptions, pMatch, pContext);
+}
 
 TEST(PatternProbe, PatternsThatBacktrackWithoutBoundAreFound) {
     for (const char* pPattern :
@@ -45,4 +74,17 @@ TEST(PatternProbe, ARefusalNamesTheByte) {
     EXPECT_FALSE(CPatternProbe("a").GetRefusal());
     EXPECT_TRUE(CPatternProbe("a*").MatchesEmpty());
     EXPECT_FALSE(CPatternProbe("a").MatchesEmpty());
+}
+
+TEST(PatternProbe, LackOfMemoryIsNoFaultOfThePattern) {
+    const CPatternProbe probe("(a+)+b");
+    std::size_t iEffort = 60000;
+    s_bMemoryLacks = true;
+    EXPECT_THROW(CPatternProbe("a"), std::bad_alloc);
+    EXPECT_THROW(probe.MatchesEmpty(), std::bad_alloc);
+    EXPECT_THROW(probe.FindRunaway(iEffort), std::bad_alloc);
+    s_bMemoryLacks = false;
+    EXPECT_FALSE(CPatternProbe("a").GetRefusal());
+    EXPECT_FALSE(probe.MatchesEmpty());
+    EXPECT_NE(probe.FindRunaway(iEffort), 0U);
 }
