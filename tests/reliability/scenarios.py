@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import contextlib
 import json
 import os
 import shutil
@@ -16,6 +17,7 @@ DONE = (0, 1)
 REFUSED = (2, 3, 4)  # 3: the home cannot be looked at
 STORE = "store.db"
 OUTPUT = "out"
+ANSWER = "answer"
 OLD_OUTPUT = b"what stood there before\n"
 TOO_LATE = "after the store was changed"
 OUT_OF_MEMORY = "dlpctl: memory ran out\n"
@@ -32,6 +34,8 @@ FIXABLE = (POLICY % "").replace('caseSensitive="false">one', 'caseSensitive="no"
 SKIPPED = """<template name="broken" display_name="Broken" description="" pre-defined="false"><matchRule>
 <buildingBlock sourceType="ENTITY" entityHits="1" sourceName="nowhere"/></matchRule></template>"""
 
+MANY = """<entity name="many %d" type="Generic" display_name="Many %d"><regularExpression>a+</regularExpression></entity>"""
+
 
 @dataclass(frozen=True)
 class Scenario:
@@ -46,6 +50,7 @@ class Scenario:
     once: bool = False  # done, it cannot be done again
     in_place: bool = False  # it reads the output file too, which may be done with when the last word cannot be said
     reports: bool = False  # the output file tells what became of the run
+    answer_file: bool = False  # standard output is a file beside the store
 
 
 @dataclass
@@ -68,6 +73,7 @@ def canonical(dump: str | bytes) -> str:
 def scenarios() -> list[Scenario]:
     """All of them; an import into no store comes first, since it makes one."""
     plain = (POLICY % "").encode()
+    many = (POLICY % "").replace("</digitalAssets>", "".join(MANY % (i, i) for i in range(200)) + "</digitalAssets>").encode()
     skipping = (POLICY % SKIPPED).encode()
     older = (EXAMPLES / "older-layout.xml").read_bytes()
     assets = (EXAMPLES / "digital-assets.xml").read_bytes()
@@ -75,6 +81,7 @@ def scenarios() -> list[Scenario]:
         Scenario("import, no store", ("import", "{in}"), plain, store=False),
         Scenario("import", ("import", "{in}"), plain),
         Scenario("import --json", ("--json", "import", "{in}"), plain),
+        Scenario("import --json, into a file", ("--json", "import", "{in}"), many, answer_file=True),
         Scenario("import, skipping", ("import", "{in}"), skipping),
         Scenario("import -", ("import", "-"), plain, standard_input=True),
         Scenario("import, older layout", ("import", "{in}"), older),
@@ -121,6 +128,7 @@ class World:
         self._folder = folder
         self._home = folder / "home"
         self._work = folder / "work"
+        self.user: int | None = None  # who runs commands, when it is not the caller
         (self._home / "config").mkdir(parents=True)
         for name in ("PredefinedDLPPolicy.xml", "cfg_dlp_da_map.txt"):
             shutil.copy(ROOT / "config" / name, self._home / "config" / name)
@@ -129,17 +137,23 @@ class World:
         self._command(("import", str(EXAMPLES / "starter-policy.xml")), {})
         self._filled = (self._work / STORE).read_bytes()
 
+    @property
+    def work(self) -> Path:
+        """Where the files of a command are."""
+        return self._work
+
     def line(self, words: tuple[str, ...]) -> list[str]:
         """The command line of a command in this world."""
         places = {"in": f"{self._work}/in", "out": f"{self._work}/{OUTPUT}", "folder": str(self._work)}
         return [self._tool, "-q", "--home", str(self._home), "--store", f"sqlite:{self._work}/{STORE}",
                 *(word.format(**places) for word in words)]
 
-    def _command(self, words: tuple[str, ...], environment: dict[str, str],
-                 data: bytes = b"") -> subprocess.CompletedProcess[bytes]:
+    def _command(self, words: tuple[str, ...], environment: dict[str, str], data: bytes = b"",
+                 answer: int = subprocess.PIPE) -> subprocess.CompletedProcess[bytes]:
         clean = {name: value for name, value in os.environ.items() if not name.startswith(("DLP_", "XDG_"))}
-        return subprocess.run(self.line(words), input=data, capture_output=True, check=False, timeout=SECONDS,
-                              cwd=self._work, env=clean | environment)
+        clean["HOME"] = str(self._home)
+        return subprocess.run(self.line(words), input=data, stdout=answer, stderr=subprocess.PIPE, check=False,
+                              timeout=SECONDS, cwd=self._folder, env=clean | environment, user=self.user)
 
     def start(self, scenario: Scenario) -> None:
         """Brings back the files that a command starts from."""
@@ -151,12 +165,15 @@ class World:
         (self._work / "in").write_bytes(scenario.document)
         if scenario.old_output is not None:
             (self._work / OUTPUT).write_bytes(scenario.old_output)
+        if self.user is not None:
+            for path in (self._work, *self._work.iterdir()):
+                os.chown(path, self.user, -1)
 
-    def dump(self) -> str:
+    def dump(self, store: Path = Path(STORE)) -> str:
         """The store, or why it has no dump."""
-        if not (self._work / STORE).exists():
+        if not (self._work / store).exists():
             return canonical(EMPTY_STORE)
-        done = self._command(("store", "dump"), {})
+        done = self._command(("--store", f"sqlite:{self._work / store}", "store", "dump"), {})
         return canonical(done.stdout) if done.returncode == 0 else f"exit {done.returncode}: {done.stderr.decode()}"
 
     def files(self) -> dict[str, bytes]:
@@ -168,20 +185,26 @@ class World:
         self.start(scenario)
         return self.dump()
 
-    def again(self, scenario: Scenario, environment: dict[str, str]) -> Result:
-        """Runs it on what the last run has left."""
-        done = self._command(scenario.words, environment, scenario.document if scenario.standard_input else b"")
+    def again(self, scenario: Scenario, environment: dict[str, str],
+              around: contextlib.AbstractContextManager = contextlib.nullcontext()) -> Result:
+        """Runs it on what the last run has left; around: what holds while it runs."""
+        data = scenario.document if scenario.standard_input else b""
+        answer = self._work / ANSWER
+        with answer.open("wb") if scenario.answer_file else contextlib.nullcontext() as file:
+            with around:
+                done = self._command(scenario.words, environment, data, subprocess.PIPE if file is None else file.fileno())
         output = self._work / OUTPUT
-        result = Result(done.returncode, done.stdout, done.stderr.decode(errors="replace"),
+        result = Result(done.returncode, answer.read_bytes() if scenario.answer_file else done.stdout, done.stderr.decode(errors="replace"),
                         output.read_bytes() if output.exists() else None)
         result.files = sorted(path.name for path in self._work.iterdir() if not path.name.startswith(STORE + "-"))
         result.dump = self.dump()
         return result
 
-    def run(self, scenario: Scenario, environment: dict[str, str]) -> Result:
+    def run(self, scenario: Scenario, environment: dict[str, str],
+            around: contextlib.AbstractContextManager = contextlib.nullcontext()) -> Result:
         """Runs it from its start."""
         self.start(scenario)
-        return self.again(scenario, environment)
+        return self.again(scenario, environment, around)
 
 
 class Judge:
@@ -230,7 +253,7 @@ class Judge:
         if run.output != self._old and not (done and self._is_whole(run.output)):
             return f"exit {run.code}, and the output file is not as before: {run.err}"
         # A program that ends where no memory is left to go back does not remove what it was writing.
-        left = set(run.files) - {STORE, "in", "log", OUTPUT}
+        left = set(run.files) - {STORE, "in", "log", OUTPUT, ANSWER}
         if left and not (OUT_OF_MEMORY in run.err and all(name.startswith(f".{OUTPUT}.") for name in left)):
             return f"exit {run.code}, and files are left behind: {run.files}"
         return ""

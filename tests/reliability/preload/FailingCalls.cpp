@@ -1,6 +1,7 @@
 // Loaded before the C library (LD_PRELOAD), it counts the calls of a program to the system and lets one of them fail:
 //   DLP_FAULT_CALL=N      the N-th call fails (counted from 1)
 //   DLP_FAULT_ERROR=E     with the number of an error, or "short": it carries half of what it was given
+//   DLP_FAULT_MOVED=FILE  instead of failing it finds FILE gone to FILE.moved, and FILE.other, if there is one, as FILE
 //   DLP_FAULT_LASTING=1   and so does every later call of the same function
 //   DLP_FAULT_TRACE=FILE  every call is appended to FILE: function, tab, path or descriptor
 // The headers that declare these functions are left out, since some of them define them as well.
@@ -23,6 +24,7 @@ constexpr int NO_FAULT = 0;
 struct SPlan {
     long iCall = 0;
     int iError = NO_FAULT;
+    const char* pMoved = nullptr;
     bool bLasting = false;
     int iTrace = -1;
 };
@@ -38,6 +40,7 @@ SPlan ReadPlan() {
     if (const char* pError = std::getenv("DLP_FAULT_ERROR")) {
         plan.iError = std::strcmp(pError, "short") == 0 ? SHORT : std::atoi(pError);
     }
+    plan.pMoved = std::getenv("DLP_FAULT_MOVED");
     plan.bLasting = std::getenv("DLP_FAULT_LASTING") != nullptr;
     if (const char* pTrace = std::getenv("DLP_FAULT_TRACE")) {
         plan.iTrace = static_cast<int>(syscall(SYS_openat, HERE, pTrace, WRITE_APPEND_CREATE_CLOEXEC, 0600));
@@ -63,6 +66,22 @@ void Trace(int iFile, const char* pFunction, const char* pDetail) {
     errno = iErrorBefore;
 }
 
+void Move(const char* pFile) {
+    const int iErrorBefore = errno;
+    char aMoved[4096] = {};
+    char aOther[4096] = {};
+    const std::size_t iSize = std::strlen(pFile);
+    if (iSize + sizeof(".moved") <= sizeof(aMoved)) {
+        std::memcpy(aMoved, pFile, iSize);
+        std::memcpy(aOther, pFile, iSize);
+        std::memcpy(aMoved + iSize, ".moved", sizeof(".moved"));
+        std::memcpy(aOther + iSize, ".other", sizeof(".other"));
+        syscall(SYS_rename, pFile, aMoved);
+        syscall(SYS_rename, aOther, pFile);
+    }
+    errno = iErrorBefore;
+}
+
 /** @return whether they are one function to the system, such as stat and stat64 */
 bool IsSameFunction(const char* pLeft, const char* pRight) {
     while (*pLeft != '\0' && *pLeft == *pRight) {
@@ -79,7 +98,9 @@ int NextFault(const char* pFunction, const char* pDetail) {
     if (plan.iTrace >= 0) {
         Trace(plan.iTrace, pFunction, pDetail);
     }
-    if (++s_iCalls == plan.iCall) {
+    if (++s_iCalls == plan.iCall && plan.pMoved != nullptr) {
+        Move(plan.pMoved);
+    } else if (s_iCalls == plan.iCall) {
         s_pFailing = pFunction;
         return plan.iError;
     }
