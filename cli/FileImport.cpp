@@ -255,7 +255,7 @@ class CFileImport {
     }
 
     void Tell() {
-        if (m_report.strReason.empty()) {
+        if (m_report.eVerdict == EVerdict::DONE || m_report.eVerdict == EVerdict::FINDINGS) {
             m_run.reportFile.Add(m_report, m_file);
             if (!m_run.reportFile.IsAnswer()) {
                 m_context.FinishAnswer();
@@ -267,7 +267,9 @@ class CFileImport {
 
     void TellRefusal() {
         Arrange();
-        m_context.Error(MakeRefusal(m_report));
+        if (!m_report.strReason.empty()) {  // a closed pipe has none
+            m_context.Error(MakeRefusal(m_report));
+        }
         m_run.reportFile.Add(m_report, m_file);
         if (m_report.eVerdict == EVerdict::OUTPUT || m_run.reportFile.IsAnswer()) {
             return;
