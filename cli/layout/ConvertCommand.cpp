@@ -60,10 +60,12 @@ class CConvertCommand {
             strResult = FormatXml(strResult);
         }
         Signals::ThrowIfCaught();
-        if (!m_arguments.bCheck) {
+        if (m_arguments.bCheck) {
+            TellList();
+        } else {
             Write(strResult);
         }
-        Tell();
+        TellSummary();
         return m_report.GetVerdict();
     }
 
@@ -104,26 +106,34 @@ class CConvertCommand {
     void Write(const std::string& strResult) {
         COutput output(m_context, m_arguments.strOutput);
         output.Write(strResult);
-        if (m_context.IsJson()) {
-            m_context.StartJson(MakeConvertHead(m_report));
-        }
-        output.Commit();
-    }
-
-    /** The list is data, unless the document is. */
-    void Tell() {
-        if (m_context.IsJson()) {
-            m_context.WriteJson(MakeConvertJson(m_report));
+        // The answer comes before the file is replaced: when nobody can be told, nothing is done.
+        if (!COutput::IsStandard(m_context, m_arguments.strOutput)) {
+            TellList();
+            output.Commit();
             return;
         }
+        output.Commit();
         const std::string strList = MakeConvertText(m_report);
-        if (m_arguments.bCheck || !COutput::IsStandard(m_context, m_arguments.strOutput)) {
-            m_context.Write(strList);
-            m_context.Flush();
-        } else if (!strList.empty()) {
+        if (!strList.empty()) {
             m_context.Note(strList.substr(0, strList.size() - 1));
         }
-        m_context.Note(MakeConvertSummary(m_report));
+    }
+
+    void TellList() {
+        if (m_context.IsJson()) {
+            m_context.StartJson(MakeConvertHead(m_report));
+        } else {
+            m_context.Write(MakeConvertText(m_report));
+            m_context.Flush();
+        }
+    }
+
+    void TellSummary() {
+        if (m_context.IsJson()) {
+            m_context.WriteJson(MakeConvertJson(m_report));
+        } else {
+            m_context.Note(MakeConvertSummary(m_report));
+        }
     }
 
     CCommandContext& m_context;

@@ -2,6 +2,8 @@
 
 #include "cli/InputFile.h"
 #include "cli/InstalledFiles.h"
+#include "cli/Text.h"
+#include "platform/common/DataFileFailure.h"
 
 namespace {
 
@@ -14,6 +16,10 @@ SNormalizedDocument ConvertOlder(CCommandContext& context, const std::string& st
     WarnOfMissing(context, FindMapFile(), NO_MAP_FILE);
     CDLPXmlNormalizer normalizer;
     normalizer.InitDigitalAssetsMappingTable();
+    // The library does without names that it cannot read.
+    if (const std::string strFailure = OS::TakeDataFileFailure(); !strFailure.empty()) {
+        throw CToolError(EVerdict::INVALID, Text::Printable(strFailure));
+    }
     SNormalizedDocument normalized;
     if (!normalizer.Normalize(document, normalized, pObserver)) {
         throw CInputError(strFile, NOT_CONVERTED);

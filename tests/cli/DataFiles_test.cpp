@@ -50,6 +50,25 @@ TEST_F(DataFiles, AnImportWithoutTheNamesThatAreThereIsRefused) {
     EXPECT_EQ(Dump(), strDump);
 }
 
+TEST_F(DataFiles, WhatIsReadOfTheOlderLayoutWithoutThemIsRefused) {
+    MakeUnreadable("cfg_dlp_da_map.txt");
+    const std::string strFile = m_dir.Write("older.xml", OLDER);
+    m_dir.Write("out.xml", "former");
+    const std::vector<std::string> aCommands[] = {{"convert", strFile, "-o", m_dir.Path("out.xml")},
+                                                  {"convert", "--check", strFile},
+                                                  {"diff", strFile, "memory:"},
+                                                  {"refs", strFile},
+                                                  {"check", strFile}};
+    for (const std::vector<std::string>& vecCommand : aCommands) {
+        const SToolRun run = Run(vecCommand);
+        EXPECT_EQ(run.iCode, 2) << vecCommand.front();
+        EXPECT_NE(run.strErr.find("cannot read config/cfg_dlp_da_map.txt: Too many levels of symbolic links\n"),
+                  std::string::npos)
+            << vecCommand.front() << ": " << run.strErr;
+    }
+    EXPECT_EQ(m_dir.Read("out.xml"), "former");
+}
+
 TEST_F(DataFiles, AfterTheRefusalTheyAreReadAgain) {
     Import(Documents::Small());
     MakeUnreadable("cfg_dlp_da_map.txt");
