@@ -38,6 +38,9 @@ constexpr const char NO_MARKUP[] = "there is no \"<\" in it";
 /** How often an item is looked at, about: by each check that is about its kind, and by the import. */
 constexpr std::size_t STEPS_OF_ITEM = 6;
 
+/** Nothing else ends an import of such a document: the store has been asked. */
+constexpr const char NO_FAULT[] = "memory ran out while the import was tried";
+
 class CFileCheck {
   public:
     CFileCheck(CCommandContext& context, const SFileCheck& check, const std::string& strFile)
@@ -138,6 +141,9 @@ class CFileCheck {
         CheckSameTemplates(checked);
         store.ThrowIfFailed();
         if (trial.iResult != 0 && m_diagnostics.GetErrors() == 0) {
+            if (CountTemplates(checked.root) != 0 && !checked.bOlder) {
+                throw CToolError(EVerdict::MEMORY, NO_FAULT);
+            }
             m_diagnostics.Add(ECode::NO_TEMPLATES, checked.root.Offset(),
                               {ExplainRefusal(checked.root, trial.iResult)});
         }

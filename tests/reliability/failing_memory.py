@@ -18,8 +18,9 @@ sys.path.insert(0, str(Path(__file__).resolve().parent))
 from scenarios import Judge, World, scenarios  # noqa: E402
 
 COMMANDS = ("template set", "keywords import", "keywords export -o", "import --report", "fmt --write", "convert -o",
-            "import, no store", "import", "import --json", "import, older layout", "assets import", "export -o, replacing",
-            "assets export -o", "store load", "store dump -o", "rename", "delete", "diff", "refs")
+            "check --fix", "import, no store", "import", "import --json", "import, older layout", "assets import",
+            "export -o, replacing", "assets export -o", "store load", "store dump -o", "rename", "delete", "diff",
+            "refs")
 
 
 def requests(world: World, scenario, library: str, folder: Path) -> int:
