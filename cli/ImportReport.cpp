@@ -11,6 +11,8 @@
 
 namespace {
 
+constexpr const char NOTHING_WRITTEN[] = "; nothing was written";
+
 using Json = nlohmann::ordered_json;
 
 struct SItemKind {
@@ -302,5 +304,6 @@ std::string DescribeForeign(const SForeignChild& foreign) {
 }
 
 std::string MakeRefusal(const SImportReport& report) {
-    return FormatPlace(report.strFile, report.place) + ": " + report.strReason + "; nothing was written";
+    const bool bSaid = report.strReason.ends_with(NOTHING_WRITTEN);
+    return FormatPlace(report.strFile, report.place) + ": " + report.strReason + (bSaid ? "" : NOTHING_WRITTEN);
 }
