@@ -158,6 +158,9 @@ void CSqliteStore::Find(ESettingsKind eKind, std::size_t iColumn, const std::vec
         CSqliteRun run = Start(EStatement::SELECT_FIRST, eKind, iColumn);
         run->BindText(1, strValue);
         vecRows.push_back(run->Step() ? std::make_unique<CSettingsRow>(ReadVerified(*run, eKind)) : nullptr);
+        if (vecRows.back() != nullptr && m_units.IsWriting()) {
+            m_found = {eKind, vecRows.back()->GetSubject(), run->Checksum(eKind), m_iChanges};
+        }
     }
 }
 
@@ -223,15 +226,21 @@ void CSqliteStore::Save(const CSettingsRow& row) {
         return;
     }
     const std::uint64_t iChecksum = ChecksumOf(row);
-    if (Write(EStatement::INSERT, row, iChecksum)) {
+    const bool bFound = IsFound(row);
+    if (!bFound && Write(EStatement::INSERT, row, iChecksum)) {
         Change(row.GetKind()).Add(iChecksum);
         return;
     }
-    const std::uint64_t iOldChecksum = ReadChecksum(row.GetKind(), row.GetSubject());
+    const std::uint64_t iOldChecksum = bFound ? m_found->iChecksum : ReadChecksum(row.GetKind(), row.GetSubject());
     Write(EStatement::UPDATE, row, iChecksum);
     SStoreTotals& totals = Change(row.GetKind());
     totals.Remove(iOldChecksum);
     totals.Add(iChecksum);
+}
+
+bool CSqliteStore::IsFound(const CSettingsRow& row) const {
+    return m_found && m_found->iChanges == m_iChanges && m_found->eKind == row.GetKind() &&
+           m_found->strSubject == row.GetSubject();
 }
 
 bool CSqliteStore::Remove(ESettingsKind eKind, const std::string& strSubject) {
@@ -386,6 +395,7 @@ void CSqliteStore::Commit() {
 }
 
 void CSqliteStore::EndUnit() {
+    m_found.reset();
     m_units.Pop();
     m_vecTotals.pop_back();
     if (!m_units.IsInside()) {

@@ -69,10 +69,20 @@ class CSqliteStore : public CSettingsStore {
     [[noreturn]] void ThrowMoved(const char* pDoing, const char* pWhat) const;
     [[noreturn]] void ThrowDamaged(const SStoreDamage& damage) const;
 
+    /** The row that was looked up last while this unit writes: nobody else changes it before the unit ends. */
+    struct SFound {
+        ESettingsKind eKind;
+        std::string strSubject;
+        std::uint64_t iChecksum;
+        std::uint64_t iChanges;  ///< how many there were by then
+    };
+    bool IsFound(const CSettingsRow& row) const;
+
     CSqliteConnection m_connection;
     std::map<std::tuple<EStatement, ESettingsKind, std::size_t>, CSqliteStatement> m_mapStatements;
     CUnitsOfWork m_units;
     AllStoreTotals m_aStored{};               ///< as the outermost unit found them
     std::vector<AllStoreTotals> m_vecTotals;  ///< as each unit that is open sees them
     std::uint64_t m_iChanges = 0;             ///< counts changes through this object, and what undoes them
+    std::optional<SFound> m_found;
 };

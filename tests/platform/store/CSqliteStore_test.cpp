@@ -470,6 +470,52 @@ TEST_F(SqliteStore, ReadWithoutALockAWriterInBetweenIsTold) {
               }));
 }
 
+TEST_F(SqliteStore, WhatWasFoundIsNotTakenForThereOnceItMayBeGone) {
+    CSqliteStore store(Path());
+    const auto fnFind = [&] { ASSERT_NE(nullptr, store.FindOne(ESettingsKind::EXPRESSION, 0, "S")); };
+    const auto fnCheck = [&](const char* pWhen) {
+        std::string strDamage;
+        store.Check([&](const SStoreDamage& damage) { strDamage += ToText(damage); });
+        EXPECT_EQ("", strDamage) << pWhen;
+        EXPECT_EQ(1u, store.Count(ESettingsKind::EXPRESSION)) << pWhen;
+        EXPECT_NE(nullptr, store.FindOne(ESettingsKind::EXPRESSION, 0, "S")) << pWhen;
+    };
+    store.Save(Expression("S"));
+    store.Begin(EUnitOfWork::WRITE);
+    fnFind();
+    store.Save(Expression("S"));
+    store.Save(Expression("S"));
+    store.Commit();
+    fnCheck("found and saved twice");
+    store.Begin(EUnitOfWork::WRITE);
+    fnFind();
+    store.Remove(ESettingsKind::EXPRESSION, "S");
+    store.Save(Expression("S"));
+    store.Commit();
+    fnCheck("removed in the same unit");
+    store.Begin(EUnitOfWork::WRITE);
+    fnFind();
+    store.ReplaceAll(ESettingsKind::EXPRESSION, {});
+    store.Save(Expression("S"));
+    store.Commit();
+    fnCheck("replaced in the same unit");
+    store.Remove(ESettingsKind::EXPRESSION, "S");
+    store.Begin(EUnitOfWork::WRITE);
+    store.Begin(EUnitOfWork::WRITE);
+    store.Save(Expression("S"));
+    fnFind();
+    store.Rollback();
+    store.Save(Expression("S"));
+    store.Commit();
+    fnCheck("undone with a nested unit");
+    store.Begin(EUnitOfWork::WRITE);
+    fnFind();
+    store.Commit();
+    CSqliteStore(Path()).Remove(ESettingsKind::EXPRESSION, "S");
+    store.Save(Expression("S"));
+    fnCheck("removed by another process");
+}
+
 TEST_F(SqliteStore, NetworkFileSystemsAreRefused) {
     { CSqliteStore store(Path()); }
     std::string strAsked;
