@@ -104,7 +104,7 @@ constexpr SCodeRow CODES[] = {
      "The older layout holds templates alone. Assets, industries and regions of such a document are "
      "dropped.",
      R"(<SAPolicy>
-  <industries><industry name="finance"><template_id>cards</template_id></industry></industries>
+  <industries><industry name="banking"><template_id>cards</template_id></industry></industries>
   <complianceTemplates>
     <template name="cards" displayName="Cards">
       <matchRule><buildingBlock sourceType="KEYWORD" sourceName="words"/></matchRule>
@@ -224,12 +224,12 @@ constexpr SCodeRow CODES[] = {
   <keyword score="1">one</keyword>
   <!-- two -->
 </dictionary>)"},
-    {ECode::FOREIGN_RULE, "DLP016", ESeverity::ERROR, "foreign-rule",
+    {ECode::FOREIGN_RULE, "DLP016", ESeverity::WARNING, "foreign-rule",
      "{} is read as {}, whatever its name",
      "{}",
      "Every child element of a template is read as a rule and every child of a rule as a building block, "
-     "but only matchRule and buildingBlock are checked on the way in. What else stands there is stored as "
-     "it is read, and a template that refers to nothing by it cannot be exported.",
+     "but only matchRule and buildingBlock are checked on the way in. What else stands there is taken as "
+     "it is read. Where it refers to what is not there, that is an error of its own, DLP030.",
      R"(<template name="notes" display_name="Notes">
   <matchRule><buildingBlock sourceType="KEYWORD" sourceName="words"/></matchRule>
   <owner/>
@@ -428,17 +428,18 @@ constexpr SCodeRow CODES[] = {
      "the operation {} is not taken",
      "write AND or OR; what EXCEPT says must be said without it",
      "An import takes AND and OR, in any case of letters and with blanks around them. EXCEPT may stand "
-     "in what an export writes, but a template that has it is skipped.",
+     "in what an export writes, but a template that has it is skipped; what carries it from one store to "
+     "another is dlpctl store dump and dlpctl store load.",
      R"(<template name="notes" display_name="Notes">
   <matchRule>
     <buildingBlock sourceType="KEYWORD" sourceName="words"/>
-    <buildingBlock sourceType="ENTITY" entityHits="1" sourceName="card" operation="EXCEPT"/>
+    <buildingBlock sourceType="ENTITY" entityHits="1" sourceName="card" operation="&amp;"/>
   </matchRule>
 </template>)",
      R"(<template name="notes" display_name="Notes">
   <matchRule>
     <buildingBlock sourceType="KEYWORD" sourceName="words"/>
-    <buildingBlock sourceType="ENTITY" entityHits="1" sourceName="card" operation=" or "/>
+    <buildingBlock sourceType="ENTITY" entityHits="1" sourceName="card" operation=" and "/>
   </matchRule>
 </template>)"},
     {ECode::UNKNOWN_TEMPLATE, "DLP033", ESeverity::ERROR, "unknown-template",
@@ -453,7 +454,7 @@ constexpr SCodeRow CODES[] = {
     </template>
   </complianceTemplates>
   <industries>
-    <industry name="finance"><template_id>card</template_id></industry>
+    <industry name="banking"><template_id>card</template_id></industry>
   </industries>
 </SAPolicy>)",
      R"(<SAPolicy template_version="3.0.1000">
@@ -463,7 +464,7 @@ constexpr SCodeRow CODES[] = {
     </template>
   </complianceTemplates>
   <industries>
-    <industry name="finance"><template_id>cards</template_id></industry>
+    <industry name="banking"><template_id>cards</template_id></industry>
   </industries>
 </SAPolicy>)"},
     {ECode::UNKNOWN_CATEGORY, "DLP034", ESeverity::WARNING, "unknown-category",
@@ -478,7 +479,7 @@ constexpr SCodeRow CODES[] = {
     </template>
   </complianceTemplates>
   <industries>
-    <industry name="finances"><template_id>cards</template_id></industry>
+    <industry name="Banking"><template_id>cards</template_id></industry>
   </industries>
 </SAPolicy>)",
      R"(<SAPolicy template_version="3.0.1000">
@@ -488,7 +489,7 @@ constexpr SCodeRow CODES[] = {
     </template>
   </complianceTemplates>
   <industries>
-    <industry name="finance"><template_id>cards</template_id></industry>
+    <industry name="banking"><template_id>cards</template_id></industry>
   </industries>
 </SAPolicy>)"},
     {ECode::UNUSED_ASSET, "DLP035", ESeverity::NOTE, "unused-asset",
@@ -761,8 +762,8 @@ constexpr SCodeRow CODES[] = {
     </template>
   </complianceTemplates>
   <industries>
-    <industry name="finance"><template_id>cards</template_id></industry>
-    <industry name="finance"><template_id>cards</template_id></industry>
+    <industry name="banking"><template_id>cards</template_id></industry>
+    <industry name="banking"><template_id>cards</template_id></industry>
   </industries>
 </SAPolicy>)",
      R"(<SAPolicy template_version="3.0.1000">
@@ -775,8 +776,8 @@ constexpr SCodeRow CODES[] = {
     </template>
   </complianceTemplates>
   <industries>
-    <industry name="finance"><template_id>cards</template_id></industry>
-    <industry name="finance"><template_id>Cards</template_id></industry>
+    <industry name="banking"><template_id>cards</template_id></industry>
+    <industry name="banking"><template_id>Cards</template_id></industry>
   </industries>
 </SAPolicy>)"},
     {ECode::ALREADY_STORED, "DLP070", ESeverity::NOTE, "already-stored",

@@ -56,7 +56,7 @@ constexpr SCommandHelp SET = {
     "change rules and fields of a template",
     "Rules that are given replace all that are there; they are written as for template new. What is not given stays.\n",
     "  dlpctl template set payments 'P:card(3) AND K:card words' --dry-run\n"
-    "  dlpctl template set payments --description \"payment cards\" --industry Banking --industry Insurance\n"
+    "  dlpctl template set payments --description \"payment cards\" --industry banking --industry insurance\n"
     "  printf 'P:card(3)\\nOR K:card words\\n' | dlpctl template set payments --rules-from -\n",
     "dlpctl-template-set/1",
 };

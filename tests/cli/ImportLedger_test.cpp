@@ -105,7 +105,7 @@ TEST_F(ImportLedger, AReferenceToNothingInAForeignChildIsAFinding) {
     EXPECT_EQ(report["items"][0]["unknown_references"],
               Json::parse(R"([{"kind": "expression", "name": "tow", "nearest": "two", "line": 4, "column": 12}])"));
     EXPECT_EQ(Run({"import", "--report", "-", "--report-format", "github", "-"}, DANGLING).strOut,
-              "::error file=-,line=4,col=1,title=DLP016 foreign-rule::\"matchrule\" is read as a rule: P:tow(1), "
+              "::warning file=-,line=4,col=1,title=DLP016 foreign-rule::\"matchrule\" is read as a rule: P:tow(1), "
               "whatever its name; did you mean \"matchRule\"?\n"
               "::error file=-,line=4,col=12,title=DLP030 unknown-asset::neither the document nor the store has the "
               "expression \"tow\"; did you mean \"two\"?\n");

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <set>
 #include <string>
 #include <vector>
@@ -63,7 +64,11 @@ std::string MakeDocument(const std::string& strExample) {
 
 class CheckCodes : public CToolTest {
   protected:
-    CheckCodes() { Import(STORED); }
+    /** With the lists that come with the tool: examples are to be tried with it. */
+    CheckCodes() {
+        ::setenv("DLP_INSTALL_PATH", DLP_SOURCE_DIR, 1);
+        Import(STORED);
+    }
 
     /** @return the codes of what is found, each once */
     Codes Find(const std::string& strDocument) const {

@@ -214,11 +214,11 @@ TEST_F(CheckCommand, ForeignChildrenOfATemplateAreCheckedAsWhatTheyAreReadAs) {
             "<note><x sourceType=\"KEYWORD\" sourceName=\"words\" operation=\"EXCEPT\"/></note>\n"
             "</template>\n</complianceTemplates></SAPolicy>")
             .strOut,
-        "::error file=-,line=4,col=1,title=DLP016 foreign-rule::\"matchrule\" is read as a rule: P:tow(1), whatever "
+        "::warning file=-,line=4,col=1,title=DLP016 foreign-rule::\"matchrule\" is read as a rule: P:tow(1), whatever "
         "its name; did you mean \"matchRule\"?\n"
         "::error file=-,line=4,col=62,title=DLP030 unknown-asset::neither the document nor the store has the "
         "expression \"tow\"; did you mean \"two\"?\n"
-        "::error file=-,line=5,col=1,title=DLP016 foreign-rule::\"note\" is read as a rule: K:words, whatever its "
+        "::warning file=-,line=5,col=1,title=DLP016 foreign-rule::\"note\" is read as a rule: K:words, whatever its "
         "name; take it out of the template\n");
 }
 
