@@ -22,6 +22,15 @@ struct SCheckedDocument {
         return FindAttribute(strText, element.Offset(), strAttribute);
     }
 
+    /** @return whether an error was found in the element */
+    bool HasErrors(const CXMLView& element) const {
+        CXMLView next;
+        for (CXMLView node = element; node && !next; node = node.Parent()) {
+            next = node.NextSibling();
+        }
+        return diagnostics.HasErrors(element.Offset(), next.Offset());
+    }
+
     /** Calls fnElement for each element of that name in each section of that name, unless such a section is not taken.
      */
     template <class F>
@@ -54,9 +63,11 @@ void CheckNames(const SCheckedDocument& document);
 void CheckPatterns(const SCheckedDocument& document);
 /** Keywords of keyword lists. */
 void CheckKeywords(const SCheckedDocument& document);
-/** Rules that are empty, badly joined, go by another name or say nothing new. */
+/** Rules that are empty, badly joined, go by another name or, in a template without errors, say nothing new. */
 void CheckRules(const SCheckedDocument& document);
-/** Templates that match the same as another one of the document, or as a stored one of another name. @throws as below
+/**
+ * Templates without errors that match the same as another one of the document, or as a stored one of another name.
+ * @throws as below
  */
 void CheckSameTemplates(const SCheckedDocument& document);
 /**

@@ -30,7 +30,10 @@ SDiagnostic* CDiagnostics::Add(ECode eCode, std::size_t iOffset, const std::vect
                                const std::vector<std::string>& vecAdvice) {
     const SCodeRow& row = GetCodeRow(eCode);
     const ESeverity eSeverity = GetSeverity(row, m_choice.bStrict);
-    m_iErrors += row.eSeverity == ESeverity::ERROR ? 1 : 0;
+    if (row.eSeverity == ESeverity::ERROR) {
+        ++m_iErrors;
+        m_setErrors.insert(iOffset);
+    }
     if (std::find(m_choice.vecAllow.begin(), m_choice.vecAllow.end(), eCode) != m_choice.vecAllow.end()) {
         return nullptr;
     }

@@ -3,6 +3,7 @@
 #include <array>
 #include <cstddef>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -77,6 +78,11 @@ class CDiagnostics {
     std::vector<SDiagnostic> Finish(std::string_view strBytes);
     /** @return how many errors were found, those that are not told included */
     std::size_t GetErrors() const { return m_iErrors; }
+    /** @return whether an error was found at such an offset, told or not */
+    bool HasErrors(std::size_t iFirst, std::size_t iBehind) const {
+        const auto itError = m_setErrors.lower_bound(iFirst);
+        return itError != m_setErrors.end() && *itError < iBehind;
+    }
     /** @return how many were found of those codes and not kept */
     const SeverityCounts& GetOmitted() const { return m_aOmitted; }
 
@@ -85,6 +91,7 @@ class CDiagnostics {
     std::array<std::size_t, static_cast<std::size_t>(ECode::COUNT)> m_aCounts{};
     std::size_t m_iStart = 0;
     std::size_t m_iErrors = 0;
+    std::set<std::size_t> m_setErrors;  ///< where they are, as handed in
     SeverityCounts m_aOmitted{};
     std::vector<SDiagnostic> m_vecDiagnostics;
 };

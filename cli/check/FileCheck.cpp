@@ -113,8 +113,8 @@ class CFileCheck {
     }
 
     static void CheckAlone(const SCheckedDocument& checked) {
-        constexpr void (*CHECKS[])(const SCheckedDocument&) = {CheckShape,    CheckValues,   CheckLists, CheckNames,
-                                                               CheckPatterns, CheckKeywords, CheckRules};
+        constexpr void (*CHECKS[])(const SCheckedDocument&) = {CheckShape, CheckValues,   CheckLists,
+                                                               CheckNames, CheckPatterns, CheckKeywords};
         for (const auto fnCheck : CHECKS) {
             Signals::ThrowIfCaught();
             fnCheck(checked);
@@ -138,6 +138,7 @@ class CFileCheck {
             }
         }
         CheckReferences(checked);
+        CheckRules(checked);
         CheckSameTemplates(checked);
         store.ThrowIfFailed();
         if (trial.iResult != 0 && m_diagnostics.GetErrors() == 0) {

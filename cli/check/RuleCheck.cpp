@@ -107,16 +107,19 @@ class CTemplateRules {
         for (const SForeignChild& foreign : TemplateReport::FindForeignChildren(m_node)) {
             TellForeign(foreign, m_document.diagnostics);
         }
-        if (m_vecRules.empty()) {
+        if (m_vecRules.empty() && !m_document.HasErrors(m_node)) {
             Tell(ECode::TEMPLATE_EMPTY, m_node, "template");
         }
         for (std::size_t i = 0; i < m_vecRules.size(); ++i) {
             CheckRule(i);
         }
-        if (m_bPlain && m_iBlocks <= MAX_BLOCKS && m_vecRules.size() <= MAX_BLOCKS) {
+        if (!m_bPlain || m_document.HasErrors(m_node)) {
+            return;
+        }
+        if (m_iBlocks <= MAX_BLOCKS && m_vecRules.size() <= MAX_BLOCKS) {
             CheckPointless();
         }
-        if (m_bPlain && m_iBlocks <= CTruthTable::MAX_CONDITIONS) {
+        if (m_iBlocks <= CTruthTable::MAX_CONDITIONS) {
             CheckMixed();
         }
     }
@@ -124,7 +127,8 @@ class CTemplateRules {
   private:
     void Weigh(const SBlock& block) {
         ++m_iBlocks;
-        m_bPlain = m_bPlain && block.eType != EElementType::UNKNOWN && block.eOperator != EOperator::EXCEPT;
+        const bool bHits = block.eType != EElementType::ENTITY || block.iCount > 0;
+        m_bPlain = m_bPlain && bHits && block.eType != EElementType::UNKNOWN && block.eOperator != EOperator::EXCEPT;
     }
 
     void Tell(ECode eCode, const CXMLView& node, const std::string& strWhat) const {
@@ -212,7 +216,7 @@ class CTemplateRules {
     std::vector<SRule> m_vecRules;
     EJoin m_eJoin = EJoin::ALL;
     std::size_t m_iBlocks = 0;
-    bool m_bPlain = true;  ///< types and operations are such as are taken
+    bool m_bPlain = true;  ///< types and operations are such as are taken, and it is known what each block matches
 };
 
 }  // namespace

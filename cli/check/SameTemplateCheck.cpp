@@ -19,7 +19,8 @@ bool HasMeaning(const std::vector<SMatchRule>& vecRules) {
     bool bAny = false;
     for (const SMatchRule& rule : vecRules) {
         for (const SRuleElement& element : rule.vecElements) {
-            if (element.eType == EElementType::UNKNOWN || element.eOperator == EOperator::EXCEPT) {
+            const bool bHits = element.eType != EElementType::ENTITY || element.iCount > 0;
+            if (!bHits || element.eType == EElementType::UNKNOWN || element.eOperator == EOperator::EXCEPT) {
                 return false;
             }
             bAny = true;
@@ -52,7 +53,7 @@ class CSameTemplateCheck {
   private:
     void Check(const CXMLView& element) {
         const std::vector<SMatchRule> vecRules = TemplateReport::ReadRules(element);
-        if (!HasMeaning(vecRules)) {
+        if (!HasMeaning(vecRules) || m_document.HasErrors(element)) {
             return;
         }
         const auto [itFirst, bNew] = m_mapMeanings.try_emplace(m_meanings.Get(vecRules), element);

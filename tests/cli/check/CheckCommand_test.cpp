@@ -337,6 +337,36 @@ TEST_F(CheckCommand, RulesThatChangeNothingAreToldWhereOperationsAreMixed) {
         "matched; remove it, or correct what should differ\n");
 }
 
+TEST_F(CheckCommand, WhatAFaultyTemplateMatchesIsNotJudged) {
+    Import(Documents::Small());
+    const auto fnCodes = [this](const std::string& strTemplates) {
+        const Json report = Json::parse(Run({"--json", "check", "-"}, Documents::Policy("", strTemplates)).strOut);
+        std::string strCodes;
+        for (const Json& diagnostic : report["files"][0]["diagnostics"]) {
+            strCodes += diagnostic["code"].get<std::string>() + ' ';
+        }
+        return strCodes;
+    };
+    const auto fnTemplate = [](const std::string& strName, const std::string& strBlock) {
+        return "<template name=\"" + strName + "\" display_name=\"T\"><matchRule>" +
+               "<buildingBlock sourceType=\"KEYWORD\" sourceName=\"words\"/>" +
+               "<buildingBlock sourceType=\"KEYWORD\" sourceName=\"words\" operation=\"OR\"/>" + strBlock +
+               "</matchRule></template>";
+    };
+    const auto fnBlock = [](const std::string& strAttributes) {
+        return "<buildingBlock sourceType=\"ENTITY\" " + strAttributes + "/>";
+    };
+    const std::string strNoHits = fnBlock("sourceName=\"one\" operation=\"OR\"");
+    const std::string strUnknown = fnBlock("entityHits=\"1\" sourceName=\"on\" operation=\"OR\"");
+    const std::string strExcept = fnBlock("entityHits=\"1\" sourceName=\"one\" operation=\"EXCEPT\"");
+    EXPECT_EQ(fnCodes(fnTemplate("a", "") + fnTemplate("b", "")), "DLP063 DLP062 DLP063 ");
+    EXPECT_EQ(fnCodes(fnTemplate("a", strNoHits) + fnTemplate("b", strNoHits)), "DLP061 DLP061 ");
+    EXPECT_EQ(fnCodes(fnTemplate("a", strUnknown) + fnTemplate("b", strUnknown)), "DLP030 DLP030 ");
+    EXPECT_EQ(fnCodes(fnTemplate("a", strExcept) + fnTemplate("b", strExcept)), "DLP032 DLP032 ");
+    EXPECT_EQ(fnCodes(fnTemplate("", "") + "<template name=\"c\"/>"), "DLP020 DLP021 ");
+    EXPECT_EQ(fnCodes(fnTemplate("a", strUnknown) + fnTemplate("b", "")), "DLP030 DLP063 ");
+}
+
 TEST_F(CheckCommand, NumbersThatAreMissingOrMakeNoSenseAreTold) {
     const auto fnCodes = [this](const std::string& strAsset) {
         const Json report =
