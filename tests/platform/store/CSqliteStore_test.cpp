@@ -21,6 +21,7 @@
 #include "platform/store/SqlText.h"
 #include "platform/store/SqliteFile.h"
 #include "platform/store/SqlitePageSums.h"
+#include "platform/store/StoreError.h"
 #include "tests/cli/Unprivileged.h"
 #include "tests/support/ExceptionText.h"
 #include "tests/support/StoreDump.h"
