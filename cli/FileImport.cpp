@@ -20,6 +20,7 @@
 #include "cli/Signals.h"
 #include "cli/StoreSession.h"
 #include "cli/Text.h"
+#include "cli/check/MeantName.h"
 #include "platform/store/CSettingsStore.h"
 #include "templates/CAssetNames.h"
 #include "xml/CPolicyDocument.h"
@@ -199,7 +200,11 @@ class CFileImport {
     /** What follows is part of the unit of work: after its end the store must not be able to fail any more. */
     void SuggestNames(bool bOlder) {
         CAssetSuggestions suggestions(bOlder);
+        std::size_t iElements = 0;
         for (SReportItem& item : m_report.vecItems) {
+            if (item.eReason == EReason::UNKNOWN_ELEMENT && iElements++ < MAX_MEANT_NAMES) {
+                item.strNearest = FindMeantElement(item.strDetail, item.strName);
+            }
             if (item.IsUnknownReference()) {
                 const bool bExpression = item.fault == ETemplateFault::UNKNOWN_EXPRESSION;
                 item.strNearest =

@@ -52,7 +52,7 @@ constexpr SReason REASONS[] = {
      "move it into a document of the present layout, whose root has a template_version"},
     {"unknown-template", "no template of the document has this name: ", "correct the name or remove the entry"},
     {"store", "the store could not write it", "nothing of the file was kept"},
-    {"unknown-element", "no policy has it in ", "correct its name, or remove it"},
+    {"unknown-element", "no policy has it in ", ""},
     {"undone", "nothing of the file was kept", "import it again once the rest is right"},
 };
 
@@ -247,6 +247,9 @@ Json MakeReportJson(const SImportReport& report) {
 
 std::string ExplainItem(const SReportItem& item) {
     const SReason& reason = Row(item.eReason);
+    if (item.eReason == EReason::UNKNOWN_ELEMENT) {
+        return reason.pWhy + Text::Printable(item.strDetail) + "; " + AdviseElement(item.strNearest);
+    }
     if (!item.IsUnknownReference()) {
         return std::string(reason.pWhy) + Text::Printable(item.strDetail) + "; " +
                (item.fault ? Row(*item.fault).pAdvice : reason.pAdvice);
@@ -296,6 +299,10 @@ const char* GetItemWord(EItemKind eKind) {
 std::string AdviseReference(const std::string& strNearest) {
     return strNearest.empty() ? "import that first, or correct the name"
                               : "did you mean " + Text::Quoted(strNearest) + '?';
+}
+
+std::string AdviseElement(const std::string& strMeant) {
+    return strMeant.empty() ? "correct its name, or remove it" : "did you mean " + Text::Quoted(strMeant) + '?';
 }
 
 std::string DescribeForeign(const SForeignChild& foreign) {

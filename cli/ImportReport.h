@@ -24,7 +24,7 @@ struct SReportItem : SImportItem {
     explicit SReportItem(const SImportItem& item) : SImportItem(item) {}
 
     SPlace place;
-    std::string strNearest;  ///< the stored name that an unknown reference most likely means; "" when none is near
+    std::string strNearest;  ///< what an unknown reference or element most likely means; "" when none is near
     std::vector<SPlace> vecForeignPlaces;       ///< of its foreign children, once they are known
     std::vector<SUnknownReference> vecUnknown;  ///< of one that was taken
 
@@ -85,5 +85,7 @@ std::string MakeRefusal(const SImportReport& report);
 const char* GetItemWord(EItemKind eKind);
 /** @return "import that first …", or the nearest name */
 std::string AdviseReference(const std::string& strNearest);
+/** @return "correct its name …", or the name that is most likely meant */
+std::string AdviseElement(const std::string& strMeant);
 /** @return "a rule: P:card(2)": what a template's foreign child is read as, printable */
 std::string DescribeForeign(const SForeignChild& foreign);

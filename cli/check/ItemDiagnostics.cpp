@@ -5,14 +5,13 @@
 #include <vector>
 
 #include "cli/ImportReport.h"
-#include "cli/NearestName.h"
 #include "cli/Text.h"
+#include "cli/check/MeantName.h"
 #include "cli/check/SourceMarkup.h"
 #include "xml/Vocabulary.h"
 
 namespace {
 
-constexpr const char CORRECT[] = "correct its name, or remove it";
 constexpr const char REMOVE[] = "take it out of the template";
 
 /** How an item's reason is told; kind and name are filled in first where the sentence has room for them. */
@@ -42,7 +41,8 @@ constexpr ECode FAULTS[] = {ECode::UNKNOWN_ASSET, ECode::UNKNOWN_ASSET, ECode::S
 
 }  // namespace
 
-bool TellItem(const SImportItem& item, std::string_view strText, CDiagnostics& diagnostics) {
+bool TellItem(const SImportItem& item, std::string_view strText, CDiagnostics& diagnostics,
+              const std::string& strMeant) {
     for (const STold& told : TOLD) {
         if (told.eReason != item.eReason) {
             continue;
@@ -59,14 +59,14 @@ bool TellItem(const SImportItem& item, std::string_view strText, CDiagnostics& d
         }
         const bool bText = item.eReason == EReason::UNKNOWN_TEMPLATE;
         diagnostics.Add(told.eCode, bText ? FindTextOffset(strText, item.iOffset, 0) : item.iOffset, vecWhat,
-                        {CORRECT});
+                        {AdviseElement(strMeant)});
     }
     return item.eReason != EReason::UNSUPPORTED_ASSETS;
 }
 
 void TellForeign(const SForeignChild& foreign, CDiagnostics& diagnostics) {
     const std::string strNearest =
-        FindNearestName(foreign.strElement, {foreign.bRule ? TagUtf8::MATCH_RULE : TagUtf8::BUILDING_BLOCK});
+        FindMeantElement(foreign.bRule ? TagUtf8::TEMPLATE : TagUtf8::MATCH_RULE, foreign.strElement);
     diagnostics.Add(ECode::FOREIGN_RULE, foreign.iOffset, {Text::Quoted(foreign.strElement), DescribeForeign(foreign)},
                     {strNearest.empty() ? REMOVE : "did you mean " + Text::Quoted(strNearest) + '?'});
 }

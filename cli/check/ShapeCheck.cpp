@@ -7,19 +7,16 @@
 #include <string>
 #include <vector>
 
-#include "cli/NearestName.h"
 #include "cli/Text.h"
 #include "cli/check/CheckedDocument.h"
 #include "cli/check/DocumentShape.h"
+#include "cli/check/MeantName.h"
 
 namespace {
 
 constexpr std::string_view SPACE = " \t\r\n";
 constexpr std::string_view NAMESPACES = "xml";
 constexpr const char REMOVE[] = "remove it";
-
-/** Looking for the nearest name takes long, and nobody reads hundreds of them. */
-constexpr std::size_t MAX_SUGGESTIONS = 20;
 
 /** What stands between two tags, or is one. */
 struct SSkipped {
@@ -148,13 +145,13 @@ class CShapeCheck {
         }
         if (HoldsItems(parent)) {
             m_document.diagnostics.Add(ECode::LOST_ELEMENT, iTag, {Text::Quoted(strName), Text::Quoted(parent.strName)},
-                                       {Suggest(strName, parent.vecChildren)});
+                                       {Suggest(parent, strName, parent.vecChildren)});
         } else if (m_shape.Find(strName) != nullptr) {
             m_document.diagnostics.Add(ECode::MISPLACED_ELEMENT, iTag,
                                        {Text::Quoted(strName), Text::Quoted(parent.strName)});
         } else {
             m_document.diagnostics.Add(ECode::UNKNOWN_ELEMENT, iTag, {Text::Quoted(strName)},
-                                       {Suggest(strName, parent.vecChildren)});
+                                       {Suggest(parent, strName, parent.vecChildren)});
         }
     }
 
@@ -163,20 +160,21 @@ class CShapeCheck {
             if (m_document.bOlder && shape.strName == TagUtf8::TEMPLATE && strName == TagUtf8::DISPLAY_NAME) {
                 m_document.diagnostics.Add(ECode::OLDER_NAME_LOST, iOffset);
             }
-        } else if (const SShape* pOwner = m_shape.FindOwner(strName)) {
+        } else if (const SShape* pOwner = m_shape.FindOwner(strName);
+                   pOwner && FindSlip(shape.strName, strName).empty()) {
             m_document.diagnostics.Add(ECode::MISPLACED_ATTRIBUTE, iOffset,
                                        {Text::Quoted(strName), "it belongs to " + Text::Quoted(pOwner->strName)});
         } else if (strName.compare(0, NAMESPACES.size(), NAMESPACES) != 0) {
             m_document.diagnostics.Add(ECode::UNKNOWN_ATTRIBUTE, iOffset,
                                        {Text::Quoted(strName), Text::Quoted(shape.strName)},
-                                       {Suggest(strName, shape.vecAttributes)});
+                                       {Suggest(shape, strName, shape.vecAttributes)});
         }
     }
 
-    std::string Suggest(std::string_view strName, const std::vector<std::string>& vecNames) {
-        const std::string strNearest =
-            m_iSuggestions++ < MAX_SUGGESTIONS ? FindNearestName(std::string(strName), vecNames) : std::string();
-        return strNearest.empty() ? REMOVE : "did you mean " + Text::Quoted(strNearest) + '?';
+    std::string Suggest(const SShape& place, std::string_view strName, const std::vector<std::string>& vecNames) {
+        const std::string strMeant =
+            m_iSuggestions++ < MAX_MEANT_NAMES ? FindMeantName(place.strName, strName, vecNames) : std::string();
+        return strMeant.empty() ? REMOVE : "did you mean " + Text::Quoted(strMeant) + '?';
     }
 
     const SCheckedDocument& m_document;

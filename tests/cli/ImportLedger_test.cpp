@@ -141,8 +141,8 @@ TEST_F(ImportLedger, ElementsThatStandWhereItemsDoAndAreNoneAreSkipped) {
     EXPECT_EQ(run.iCode, 1);
     EXPECT_NE(run.strOut.find("unknown elements        0        0          0        7       0\n"), std::string::npos)
         << run.strOut;
-    EXPECT_NE(run.strOut.find("-:3:59: element \"templte\" skipped: no policy has it in complianceTemplates; correct "
-                              "its name, or remove it\n"),
+    EXPECT_NE(run.strOut.find("-:3:59: element \"templte\" skipped: no policy has it in complianceTemplates; did you "
+                              "mean \"template\"?\n"),
               std::string::npos)
         << run.strOut;
     EXPECT_EQ(Fates(Report({}, LOST)),

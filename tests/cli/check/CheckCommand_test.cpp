@@ -239,6 +239,36 @@ TEST_F(CheckCommand, WhatIsLostIsAnErrorWithTheNameThatMayBeMeant) {
     EXPECT_EQ(Run({"check", "-"}, strDocument).iCode, Run({"import", "-"}, strDocument).iCode);
 }
 
+TEST_F(CheckCommand, AnotherWordForANameGivesTheName) {
+    const std::string strDocument =
+        "<SAPolicy template_version=\"3\">\n<industry/>\n<digitalAssets><dictionary name=\"d\" type=\"Any\" "
+        "display_name=\"D\">\n<word/>\n<keyword weight=\"2\" score=\"1\">a</keyword></dictionary></digitalAssets>\n"
+        "<complianceTemplates>\n<complianceTemplate/>\n<template name=\"t\" display_name=\"T\"><matchRule>\n"
+        "<buildingBlock type=\"KEYWORD\" hits=\"2\" sourceType=\"KEYWORD\" sourceName=\"d\"/></matchRule>\n"
+        "<rule><buildingBlock sourceType=\"KEYWORD\" sourceName=\"d\"/></rule></template></complianceTemplates>"
+        "</SAPolicy>";
+    const Json report = Json::parse(Run({"--json", "check", "-"}, strDocument).strOut);
+    std::string strAdvice;
+    for (const Json& diagnostic : report["files"][0]["diagnostics"]) {
+        strAdvice += std::to_string(diagnostic["line"].get<int>()) + ' ' + diagnostic["code"].get<std::string>() + ' ' +
+                     diagnostic["advice"].get<std::string>() + '\n';
+    }
+    EXPECT_EQ(strAdvice,
+              "2 DLP018 did you mean \"industries\"?\n"
+              "4 DLP011 did you mean \"keyword\"?\n"
+              "5 DLP013 did you mean \"score\"?\n"
+              "7 DLP018 did you mean \"template\"?\n"
+              "9 DLP013 did you mean \"sourceType\"?\n"
+              "9 DLP013 did you mean \"entityHits\"?\n"
+              "10 DLP016 did you mean \"matchRule\"?\n"
+              "10 DLP063 remove it, or correct what should differ\n");
+    const std::string strImported = Run({"import", "-"}, strDocument).strOut;
+    EXPECT_NE(strImported.find("-:2:1: element \"industry\" skipped: no policy has it in SAPolicy; did you mean "
+                               "\"industries\"?\n"),
+              std::string::npos)
+        << strImported;
+}
+
 TEST_F(CheckCommand, OfASectionOfTheOlderLayoutThatIsNotTakenNothingElseIsTold) {
     Import(Documents::Small());
     EXPECT_EQ(

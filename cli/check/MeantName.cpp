@@ -1,0 +1,83 @@
+#include "cli/check/MeantName.h"
+
+#include <algorithm>
+#include <iterator>
+
+#include "cli/NearestName.h"
+#include "cli/check/DocumentShape.h"
+#include "platform/common/TextTools.h"
+#include "xml/Vocabulary.h"
+
+namespace {
+
+/** A word that people write for a name to which it has hardly a letter in common. */
+struct SSlip {
+    std::string_view strPlace;
+    std::string_view strWritten;
+    const char* pMeant;
+};
+
+constexpr SSlip SLIPS[] = {
+    {TagUtf8::SA_POLICY, "assets", TagUtf8::DIGITAL_ASSETS},
+    {TagUtf8::SA_POLICY, "entity", TagUtf8::DIGITAL_ASSETS},
+    {TagUtf8::SA_POLICY, "entities", TagUtf8::DIGITAL_ASSETS},
+    {TagUtf8::SA_POLICY, "dictionary", TagUtf8::DIGITAL_ASSETS},
+    {TagUtf8::SA_POLICY, "dictionaries", TagUtf8::DIGITAL_ASSETS},
+    {TagUtf8::SA_POLICY, "template", TagUtf8::COMPLIANCE_TEMPLATES},
+    {TagUtf8::SA_POLICY, "templates", TagUtf8::COMPLIANCE_TEMPLATES},
+    {TagUtf8::SA_POLICY, "industry", TagUtf8::INDUSTRIES},
+    {TagUtf8::SA_POLICY, "region", TagUtf8::REGIONS},
+    {TagUtf8::SA_POLICY, "version", TagUtf8::TEMPLATE_VERSION},
+    {TagUtf8::SA_POLICY, "language", TagUtf8::LOCALIZATION_LANGUAGE},
+    {TagUtf8::DIGITAL_ASSETS, "expression", TagUtf8::ENTITY},
+    {TagUtf8::DIGITAL_ASSETS, "keywords", TagUtf8::DICTIONARY},
+    {TagUtf8::DIGITAL_ASSETS, "keywordList", TagUtf8::DICTIONARY},
+    {TagUtf8::DIGITAL_ASSETS, "list", TagUtf8::DICTIONARY},
+    {TagUtf8::ENTITY, "pattern", TagUtf8::REGULAR_EXPRESSION},
+    {TagUtf8::ENTITY, "regex", TagUtf8::REGULAR_EXPRESSION},
+    {TagUtf8::ENTITY, "expression", TagUtf8::REGULAR_EXPRESSION},
+    {TagUtf8::ENTITY, "alphabet", TagUtf8::ALPHABET_CHARSET},
+    {TagUtf8::ENTITY, "charset", TagUtf8::ALPHABET_CHARSET},
+    {TagUtf8::DICTIONARY, "word", TagUtf8::KEYWORD},
+    {TagUtf8::DICTIONARY, "phrase", TagUtf8::KEYWORD},
+    {TagUtf8::DICTIONARY, "term", TagUtf8::KEYWORD},
+    {TagUtf8::DICTIONARY, "key", TagUtf8::KEYWORD},
+    {TagUtf8::DICTIONARY, "distance", TagUtf8::NUMBER},
+    {TagUtf8::KEYWORD, "weight", TagUtf8::SCORE},
+    {TagUtf8::KEYWORD, "points", TagUtf8::SCORE},
+    {TagUtf8::COMPLIANCE_TEMPLATES, "complianceTemplate", TagUtf8::TEMPLATE},
+    {TagUtf8::COMPLIANCE_TEMPLATES, "policy", TagUtf8::TEMPLATE},
+    {TagUtf8::TEMPLATE, "rule", TagUtf8::MATCH_RULE},
+    {TagUtf8::MATCH_RULE, "block", TagUtf8::BUILDING_BLOCK},
+    {TagUtf8::BUILDING_BLOCK, "hits", TagUtf8::ENTITY_HITS},
+    {TagUtf8::BUILDING_BLOCK, "count", TagUtf8::ENTITY_HITS},
+    {TagUtf8::BUILDING_BLOCK, "type", TagUtf8::SOURCE_TYPE},
+    {TagUtf8::BUILDING_BLOCK, "name", TagUtf8::SOURCE_NAME},
+    {TagUtf8::INDUSTRIES, "sector", TagUtf8::INDUSTRY},
+    {TagUtf8::INDUSTRY, "template", TagUtf8::TEMPLATE_ID},
+    {TagUtf8::REGIONS, "country", TagUtf8::REGION},
+    {TagUtf8::REGION, "template", TagUtf8::TEMPLATE_ID},
+};
+
+}  // namespace
+
+std::string FindSlip(std::string_view strPlace, std::string_view strWritten) {
+    const auto* pSlip = std::find_if(std::begin(SLIPS), std::end(SLIPS), [&](const SSlip& slip) {
+        return slip.strPlace == strPlace && OS::EqualsNoCase(slip.strWritten, strWritten);
+    });
+    return pSlip == std::end(SLIPS) ? std::string() : pSlip->pMeant;
+}
+
+std::string FindMeantName(std::string_view strPlace, std::string_view strWritten,
+                          const std::vector<std::string>& vecNames) {
+    const std::string strSlip = FindSlip(strPlace, strWritten);
+    return CDocumentShape::IndexOf(vecNames, strSlip) != vecNames.size()
+               ? strSlip
+               : FindNearestName(std::string(strWritten), vecNames);
+}
+
+std::string FindMeantElement(std::string_view strPlace, std::string_view strWritten) {
+    const CDocumentShape shapes(false);
+    const SShape* pPlace = shapes.Find(strPlace);
+    return pPlace == nullptr ? std::string() : FindMeantName(strPlace, strWritten, pPlace->vecChildren);
+}
