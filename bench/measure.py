@@ -48,6 +48,6 @@ def run_in_turn(jobs, rounds):
 
 
 def remove_store(path):
-    for suffix in ("", "-wal", "-shm"):
+    for suffix in ("", "-wal", "-shm", "-journal", "-writer"):
         if os.path.exists(path + suffix):
             os.remove(path + suffix)
