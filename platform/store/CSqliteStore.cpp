@@ -232,7 +232,9 @@ void CSqliteStore::Save(const CSettingsRow& row) {
         return;
     }
     const std::uint64_t iOldChecksum = bFound ? m_found->iChecksum : ReadChecksum(row.GetKind(), row.GetSubject());
-    Write(EStatement::UPDATE, row, iChecksum);
+    if (!Write(EStatement::UPDATE, row, iChecksum)) {
+        ThrowDamaged({GetSettingsTable(row.GetKind()).pName, row.GetSubject(), StoreDamage::VANISHED});
+    }
     SStoreTotals& totals = Change(row.GetKind());
     totals.Remove(iOldChecksum);
     totals.Add(iChecksum);
