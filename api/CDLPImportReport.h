@@ -22,7 +22,7 @@ class DLP_PARSER_API CDLPImportReport {
         EXPRESSION,
         KEYWORD,
         TEMPLATE,
-        CATEGORY,  ///< an entry of an industry or a region; told of only when it is skipped
+        CATEGORY,  ///< an industry or region without a name, or an entry of one; told of only when it is skipped
         SECTION,   ///< of the older layout, which is told of only when it is skipped
         ELEMENT,   ///< one that stands where items do and is none; told of only because it is skipped
     };

@@ -59,9 +59,9 @@ int CTemplateImport::Run() {
         return CTemplateMgr::RESULT_FAILED;
     }
     if (m_pObserver != nullptr) {
-        ReportUnknownTemplates(Tag::INDUSTRIES, Tag::INDUSTRY);
-        ReportUnknownTemplates(Tag::REGIONS, Tag::REGION);
-        TemplateReport::TellUnknownElements(m_document.Load().RootView(), m_pObserver);
+        const CXMLView root = m_document.Load().RootView();
+        TemplateReport::TellCategories(root, m_names, *m_pObserver);
+        TemplateReport::TellUnknownElements(root, m_pObserver);
     }
     return CTemplateMgr::RESULT_DONE;
 }
@@ -200,26 +200,4 @@ const STemplateFinding& CTemplateImport::FindingFor(const SItem& item) const {
         [](const STemplateFinding& finding, std::size_t iTemplate) { return finding.iTemplate < iTemplate; });
     const bool bOwn = itOwn != m_vecFindings.end() && itOwn->iTemplate == item.iIndex;
     return bOwn ? *itOwn : *m_invalid.at(item.strName);
-}
-
-void CTemplateImport::ReportUnknownTemplates(const std::wstring& strContainer, const std::wstring& strItem) {
-    const OS::CAutoObjPtr<CXMLNodeList> pEntries = m_document.Load().XPathSelectNodes(
-        XmlHelpers::RootPath({Tag::SA_POLICY, strContainer, strItem, Tag::TEMPLATE_ID}));
-    const int iEntries = pEntries ? pEntries->GetLength() : 0;
-    for (int i = 0; i < iEntries; ++i) {
-        const CXMLView entry = pEntries->ViewAt(i);
-        const CXMLView category = entry.Parent();
-        SImportItem report;
-        report.strDetail = entry.Text();
-        report.strName = category.Attribute(TagUtf8::NAME);
-        if (m_names.count(report.strDetail) != 0 || m_pObserver->PassesOver(EItemKind::CATEGORY, report.strName)) {
-            continue;
-        }
-        report.eKind = EItemKind::CATEGORY;
-        report.strDisplayName = category.Attribute(TagUtf8::DISPLAY_NAME);
-        report.eDisposition = EDisposition::SKIPPED;
-        report.eReason = EReason::UNKNOWN_TEMPLATE;
-        report.iOffset = entry.Offset();
-        m_pObserver->OnItem(report);
-    }
 }

@@ -54,7 +54,6 @@ class CTemplateImport {
 
     void Report(const SItem& item, EDisposition eDisposition, EReason eReason);
     const STemplateFinding& FindingFor(const SItem& item) const;
-    void ReportUnknownTemplates(const std::wstring& strContainer, const std::wstring& strItem);
 
     CTemplateMgr& m_manager;
     const OS::x_wstring& m_strScope;

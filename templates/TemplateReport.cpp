@@ -1,6 +1,7 @@
 #include "templates/TemplateReport.h"
 
 #include <string>
+#include <utility>
 
 #include "platform/common/TextConversion.h"
 #include "templates/TemplateXml.h"
@@ -11,6 +12,12 @@ namespace {
 /** In the order of ETemplateFault. */
 constexpr const char* FAULTY_ATTRIBUTES[] = {TagUtf8::SOURCE_NAME, TagUtf8::SOURCE_NAME, TagUtf8::SOURCE_TYPE,
                                              TagUtf8::OPERATION, TagUtf8::OPERATION};
+
+struct SCategoryPlace {
+    const char* pSection;
+    const char* pItem;
+};
+constexpr SCategoryPlace CATEGORIES[] = {{TagUtf8::INDUSTRIES, TagUtf8::INDUSTRY}, {TagUtf8::REGIONS, TagUtf8::REGION}};
 
 SRuleElement ReadElement(const TemplateXml::SBuildingBlock& block) {
     return {OS::WideText(block.strName), block.iCount, block.eOperator, block.eType};
@@ -57,6 +64,22 @@ SForeignChild ReadForeign(const CXMLView& node, bool bRule) {
     return foreign;
 }
 
+void TellCategory(const CXMLView& category, EReason eReason, std::size_t iOffset, std::string strDetail,
+                  CImportObserver& observer) {
+    SImportItem item;
+    item.eKind = EItemKind::CATEGORY;
+    item.strName = category.Attribute(TagUtf8::NAME);
+    if (observer.PassesOver(item.eKind, item.strName)) {
+        return;
+    }
+    item.strDisplayName = category.Attribute(TagUtf8::DISPLAY_NAME);
+    item.eDisposition = EDisposition::SKIPPED;
+    item.eReason = eReason;
+    item.strDetail = std::move(strDetail);
+    item.iOffset = iOffset;
+    observer.OnItem(item);
+}
+
 }  // namespace
 
 namespace TemplateReport {
@@ -87,6 +110,29 @@ std::vector<SForeignChild> FindForeignChildren(const CXMLView& element) {
         }
     }
     return vecForeign;
+}
+
+void TellCategories(const CXMLView& root, const std::unordered_set<std::string>& setTemplates,
+                    CImportObserver& observer) {
+    const auto fnTell = [&](const CXMLView& category) {
+        if (category.Attribute(TagUtf8::NAME).empty()) {
+            TellCategory(category, EReason::NO_NAME, category.Offset(), {}, observer);
+        }
+        for (CXMLView entry = category.FirstChild(TagUtf8::TEMPLATE_ID); entry;
+             entry = entry.NextSibling(TagUtf8::TEMPLATE_ID)) {
+            std::string strTemplate = entry.Text();
+            if (setTemplates.count(strTemplate) == 0) {
+                TellCategory(category, EReason::UNKNOWN_TEMPLATE, entry.Offset(), std::move(strTemplate), observer);
+            }
+        }
+    };
+    for (const auto& [pSection, pItem] : CATEGORIES) {
+        for (CXMLView section = root.FirstChild(pSection); section; section = section.NextSibling(pSection)) {
+            for (CXMLView category = section.FirstChild(pItem); category; category = category.NextSibling(pItem)) {
+                fnTell(category);
+            }
+        }
+    }
 }
 
 void TellUnknownElements(const CXMLView& root, CImportObserver* pObserver) {

@@ -133,7 +133,8 @@ class CFileCheck {
         Signals::ThrowIfCaught();
         store.ThrowIfFailed();
         for (const SImportItem& item : trial.vecItems) {
-            if (item.eReason != EReason::UNKNOWN_ELEMENT) {  // told of with the shape
+            const bool bNameless = item.eKind == EItemKind::CATEGORY && item.eReason == EReason::NO_NAME;
+            if (item.eReason != EReason::UNKNOWN_ELEMENT && !bNameless) {  // told of with the shape and the lists
                 TellItem(item, checked.strText, m_diagnostics);
             }
         }

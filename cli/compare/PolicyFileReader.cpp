@@ -1,6 +1,5 @@
 #include "cli/compare/PolicyFileReader.h"
 
-#include <algorithm>
 #include <optional>
 #include <utility>
 
@@ -159,31 +158,7 @@ void CPolicyFileReader::ReadTemplates(CPolicyDocument& document) {
             ReadTemplate(element, document.GetTemplateOffset(iTemplate++, element), categories);
         }
     }
-    CheckCategories(root, categories);
-}
-
-void CPolicyFileReader::CheckCategories(const CXMLView& root, const SCategories& categories) {
-    const auto fnIsKnown = [this](const auto& entry) { return m_setTemplates.count(entry.first) != 0; };
-    const bool bAllKnown = std::all_of(categories.industries.begin(), categories.industries.end(), fnIsKnown) &&
-                           std::all_of(categories.regions.begin(), categories.regions.end(), fnIsKnown);
-    for (CXMLView section = root.FirstChild(); section && !bAllKnown; section = section.NextSibling()) {
-        const bool bIndustries = section.Name() == TagUtf8::INDUSTRIES;
-        const char* pItem = bIndustries ? TagUtf8::INDUSTRY : TagUtf8::REGION;
-        if (!bIndustries && section.Name() != TagUtf8::REGIONS) {
-            continue;
-        }
-        for (CXMLView category = section.FirstChild(pItem); category; category = category.NextSibling(pItem)) {
-            for (CXMLView entry = category.FirstChild(TagUtf8::TEMPLATE_ID); entry;
-                 entry = entry.NextSibling(TagUtf8::TEMPLATE_ID)) {
-                if (m_setTemplates.count(entry.Text()) == 0) {
-                    SImportItem item =
-                        MakeItem(EItemKind::CATEGORY, category, EReason::UNKNOWN_TEMPLATE, entry.Offset());
-                    item.strDetail = entry.Text();
-                    OnItem(item);
-                }
-            }
-        }
-    }
+    TemplateReport::TellCategories(root, m_setTemplates, *this);
 }
 
 void CPolicyFileReader::ReadTemplate(const CXMLView& element, std::size_t iOffset, const SCategories& categories) {

@@ -1,8 +1,8 @@
 #pragma once
 
 #include <cstddef>
-#include <set>
 #include <string>
+#include <unordered_set>
 #include <vector>
 
 #include "cli/compare/Policy.h"
@@ -39,12 +39,11 @@ class CPolicyFileReader : private CImportObserver {
     void ReadAssets(const DigitalAssets::SAssetFormat& format, ESettingsKind eKind, const CXMLView& root);
     void ReadAsset(const DigitalAssets::SAssetFormat& format, ESettingsKind eKind, const CXMLView& element);
     void ReadTemplates(CPolicyDocument& document);
-    void CheckCategories(const CXMLView& root, const SCategories& categories);
     void ReadTemplate(const CXMLView& element, std::size_t iOffset, const SCategories& categories);
     void FindPlaces(std::vector<SReportItem>& vecItems) const;
 
     CCommandContext& m_context;
     SPolicy& m_policy;
     SPolicyFile m_file;
-    std::set<std::string> m_setTemplates;  ///< names of the document's, taken or not
+    std::unordered_set<std::string> m_setTemplates;  ///< names of the document's, taken or not
 };

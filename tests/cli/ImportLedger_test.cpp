@@ -60,6 +60,13 @@ constexpr const char DANGLING[] = R"(<SAPolicy template_version="3.0.1000">
 </complianceTemplates>
 </SAPolicy>)";
 
+constexpr const char NAMELESS[] = R"(<SAPolicy template_version="3.0.1000">
+<complianceTemplates><template name="t" display_name="T"><matchRule>
+<buildingBlock sourceType="KEYWORD" sourceName="words"/></matchRule></template></complianceTemplates><regions>
+<region><template_id>t</template_id></region>
+</regions>
+</SAPolicy>)";
+
 constexpr const char LOST[] = R"(<SAPolicy template_version="3.0.1000">
 <digitalAssets><Entity name="e" display_name="E"/><template name="t" display_name="T"/></digitalAssets>
 <complianceTemplates><template name="t" display_name="T"/><templte name="gone" display_name="Gone"/></complianceTemplates>
@@ -69,6 +76,27 @@ constexpr const char LOST[] = R"(<SAPolicy template_version="3.0.1000">
 </SAPolicy>)";
 
 }  // namespace
+
+TEST_F(ImportLedger, ACategoryWithoutANameIsAFinding) {
+    const std::string strDump = Dump();
+    const char* pRow = "-:4:1: category entry \"\" skipped: it has no name; give it one\n";
+    const SToolRun refused = Run({"-q", "import", "--fail-on-skip", "-"}, NAMELESS);
+    EXPECT_EQ(refused.iCode, 2);
+    EXPECT_EQ(refused.strOut, pRow);
+    EXPECT_EQ(Dump(), strDump);
+
+    const SToolRun run = Run({"-q", "import", "-"}, NAMELESS);
+    EXPECT_EQ(run.iCode, 1);
+    EXPECT_EQ(run.strOut, pRow);
+    EXPECT_EQ(Json::parse(Dump())["templates"][1]["regions"], Json::array({""}));
+    EXPECT_EQ(Report({}, NAMELESS)["items"][1]["reason"], "no-name");
+    EXPECT_EQ(Run({"-q", "import", "-", "--report", "-", "--report-format", "github"}, NAMELESS).strOut,
+              "::error file=-,line=4,col=1,title=DLP020 no-name::the category entry has no name; give it one, by which "
+              "others can refer to it\n");
+    EXPECT_EQ(Run({"check", "--format", "github", "-"}, NAMELESS).strOut,
+              "::error file=-,line=4,col=1,title=DLP020 no-name::the region has no name; give it one, by which others "
+              "can refer to it\n");
+}
 
 TEST_F(ImportLedger, WhatAForeignChildOfATemplateIsReadAsIsSaid) {
     const SToolRun run = Run({"import", "--fail-on-skip", "-"}, FOREIGN);

@@ -148,6 +148,19 @@ TEST_F(ImportObserver, ElementsThatAreNoItemsAreHeardOf) {
                      "element y () skipped unknown-element [complianceTemplates]"}));
 }
 
+TEST_F(ImportObserver, CategoryWithoutANameIsHeardOfAndStoredAllTheSame) {
+    const std::string strXml = Policy(Template("T"),
+                                      "<industries><industry/></industries><regions><region name=\"\" "
+                                      "display_name=\"R\"><template_id>T</template_id><template_id>none</template_id>"
+                                      "</region></regions>");
+    CItemRecorder observer(strXml);
+    EXPECT_EQ(Import(strXml, observer), 0);
+    EXPECT_EQ(observer.m_vecLines,
+              (Lines{"template T (shown) created ", "category  () skipped no-name", "category  (R) skipped no-name",
+                     "category  (R) skipped no-template [none]"}));
+    EXPECT_EQ(observer.m_vecPlaces.at(2), "<region name=\"\" di");
+}
+
 TEST_F(ImportObserver, CategoryEntriesThatNameNoTemplateAreHeardOfLast) {
     const std::string strXml = Policy(Template("T") + Template("U", "<matchRule operation=\"x\"/>"),
                                       "<industries><industry name=\"i\" "
