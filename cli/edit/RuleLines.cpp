@@ -20,6 +20,13 @@ namespace {
 
 constexpr const char NOT_UTF8[] = "not UTF-8: save the file in that encoding";
 constexpr const char NO_ELEMENT[] = "an expression as P:NAME(COUNT) or a keyword list as K:NAME is needed here";
+constexpr const char NO_NOT[] = "there is no NOT: EXCEPT comes before what must not be found, as in P:a(1) EXCEPT K:b";
+constexpr const char NO_PARENTHESES[] =
+    "there are no parentheses: write one rule a line, which begins with AND, OR or EXCEPT to join the lines before it";
+constexpr const char NO_COUNT[] = "the count is missing: write ";
+constexpr wchar_t NOT[] = L"NOT";
+constexpr wchar_t OPENING = L'(';
+constexpr wchar_t EXPRESSION_START[] = L"P:";
 constexpr const char GLUED[] =
     " joins parts of a rule wherever it stands: put blanks around it; a name that holds it cannot stand in a rule";
 constexpr const char NOT_READ[] =
@@ -38,6 +45,25 @@ struct SReference {
 std::wstring WithoutAny(std::wstring strText, std::wstring_view strCharacters) {
     std::erase_if(strText, [=](wchar_t c) { return strCharacters.find(c) != std::wstring_view::npos; });
     return strText;
+}
+
+/** @return where its first word ends */
+std::size_t FindBlank(std::wstring_view strText) {
+    return static_cast<std::size_t>(std::find_if(strText.begin(), strText.end(), OS::IsSpace) - strText.begin());
+}
+
+/** @return what is wrong with a part that is no reference */
+std::string ExplainPart(std::wstring_view strPart) {
+    if (OS::EqualsNoCase(strPart.substr(0, FindBlank(strPart)), std::wstring_view(NOT))) {
+        return NO_NOT;
+    }
+    if (!strPart.empty() && strPart.front() == OPENING) {
+        return NO_PARENTHESES;
+    }
+    const bool bExpression = OS::ToUpper(strPart.substr(0, 2)) == EXPRESSION_START && strPart.size() > 2;
+    return bExpression && strPart.find(OPENING) == std::wstring_view::npos
+               ? NO_COUNT + Text::Quoted(OS::Utf8Lenient(strPart) + "(1)") + ", or a greater one"
+               : NO_ELEMENT;
 }
 
 class CReader {
@@ -85,9 +111,7 @@ class CReader {
         if (strTrimmed.empty() || strTrimmed.front() == COMMENT) {
             return;
         }
-        const View strWord = strTrimmed.substr(
-            0, static_cast<std::size_t>(std::find_if(strTrimmed.begin(), strTrimmed.end(), OS::IsSpace) -
-                                        strTrimmed.begin()));
+        const View strWord = strTrimmed.substr(0, FindBlank(strTrimmed));
         const EOperator eOperator = ToOperator(strWord);
         const bool bOperator = eOperator != EOperator::UNKNOWN && OS::WideText(OperatorText(eOperator)) == strWord;
         ReadRule(bOperator ? strTrimmed.substr(strWord.size()) : strTrimmed, bOperator ? strWord : View());
@@ -129,7 +153,7 @@ class CReader {
         } else if (!vecSlips.empty()) {
             AddSlips(vecSlips);
         } else if (bUnknown || !StartsRulePart(strText)) {
-            Add(strText.data(), NO_ELEMENT);
+            Add(strText.data(), ExplainPart(strText));
         } else {
             const auto itDifference =
                 std::mismatch(strRead.begin(), strRead.end(), strWritten.begin(), strWritten.end()).second;

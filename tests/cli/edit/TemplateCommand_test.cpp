@@ -179,7 +179,7 @@ TEST_F(TemplateCommand, FaultsAreToldWithACaret) {
                  "     1 | P:one(02)\n"
                  "       |       ^\n");
     ExpectFaults("P:one OR K:words\nOR\nxx K:words",
-                 "dlpctl: rules:1:1: an expression as P:NAME(COUNT) or a keyword list as K:NAME is needed here\n"
+                 "dlpctl: rules:1:1: the count is missing: write \"P:one(1)\", or a greater one\n"
                  "     1 | P:one OR K:words\n"
                  "       | ^\n"
                  "dlpctl: rules:2:3: an expression as P:NAME(COUNT) or a keyword list as K:NAME is needed here\n"
@@ -188,6 +188,15 @@ TEST_F(TemplateCommand, FaultsAreToldWithACaret) {
                  "dlpctl: rules:3:1: an expression as P:NAME(COUNT) or a keyword list as K:NAME is needed here\n"
                  "     3 | xx K:words\n"
                  "       | ^\n");
+    ExpectFaults("K:words AND Not P:one(1)\nOR (P:one(1) AND K:words",
+                 "dlpctl: rules:1:13: there is no NOT: EXCEPT comes before what must not be found, as in P:a(1) EXCEPT "
+                 "K:b\n"
+                 "     1 | K:words AND Not P:one(1)\n"
+                 "       |             ^\n"
+                 "dlpctl: rules:2:4: there are no parentheses: write one rule a line, which begins with AND, OR or "
+                 "EXCEPT to join the lines before it\n"
+                 "     2 | OR (P:one(1) AND K:words\n"
+                 "       |    ^\n");
     ExpectFaults("K:words AND",
                  "dlpctl: rules:1:12: an expression as P:NAME(COUNT) or a keyword list as K:NAME is needed here\n"
                  "     1 | K:words AND\n"
@@ -284,9 +293,9 @@ TEST_F(TemplateCommand, MissingOperatorIsShownAsWhatItCountsAs) {
 TEST_F(TemplateCommand, FaultsAreToldInJsonToo) {
     EXPECT_EQ(
         RunJson({"template", "set", "cards", "P:one", "K:x"}).dump(),
-        R"({"format":"dlpctl-template-set/1","verdict":"invalid","message":"rules:1:1: an expression as )"
-        R"(P:NAME(COUNT) or a keyword list as K:NAME is needed here","faults":[{"line":1,"column":1,)"
-        R"("message":"an expression as P:NAME(COUNT) or a keyword list as K:NAME is needed here"},)"
+        R"({"format":"dlpctl-template-set/1","verdict":"invalid","message":"rules:1:1: the count is )"
+        R"(missing: write \"P:one(1)\", or a greater one","faults":[{"line":1,"column":1,)"
+        R"("message":"the count is missing: write \"P:one(1)\", or a greater one"},)"
         R"({"line":2,"column":3,"message":"no keyword list is named \"x\"; dlpctl list keywords lists the names"}]})");
     EXPECT_EQ(RunJson({"template", "set", "cards", "P:one(2)"})["change"]["rules"]["relation"], "looser");
 }
