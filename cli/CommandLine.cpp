@@ -124,6 +124,18 @@ std::string ExplainOption(const std::string& strWord, const CLI::App& top, const
            Ask(strNearest.empty() ? "" : "--" + strNearest, strSeeHelp);
 }
 
+/** @return the option whose name stands as a word before its value; empty when none does */
+std::string FindMeantOption(const CLI::App& command, const std::string& strValue) {
+    for (const CLI::Option* pOption : command.get_options()) {
+        const std::string strWord =
+            pOption->get_positional() && !pOption->empty() ? "--" + Unprotect(pOption->results().back()) : "";
+        if (!strWord.empty() && command.get_option_no_throw(strWord) != nullptr) {
+            return strWord + ' ' + strValue;
+        }
+    }
+    return {};
+}
+
 /** The parser names the option first, then what it lacks. */
 std::string ExplainMissingValue(const CLI::ArgumentMismatch& error) {
     const std::string strWhy = error.what();
@@ -308,8 +320,9 @@ void CCommandLine::Refuse(const std::string& strWhy, bool bShowsUsage) const {
                          ExplainOption(*itOption, m_app, pGiven == nullptr ? nullptr : pGiven->pApp, strSeeHelp));
     }
     if (pGiven != nullptr && !vecRest.empty()) {
-        throw CToolError(EVerdict::USAGE,
-                         Text::Quoted(vecRest.front()) + " is one argument too many" + USAGE + pGiven->help.pSynopsis);
+        throw CToolError(EVerdict::USAGE, Text::Quoted(vecRest.front()) + " is one argument too many" +
+                                              Ask(FindMeantOption(*pGiven->pApp, vecRest.front()),
+                                                  USAGE + std::string(pGiven->help.pSynopsis)));
     }
     if (!strWhy.empty()) {
         throw CToolError(EVerdict::USAGE, Text::Printable(strWhy) +

@@ -29,8 +29,6 @@ constexpr const char UTF16[] = "UTF-16, not UTF-8: save the file as UTF-8, as ic
 constexpr std::string_view ZERO("\0", 1);
 constexpr const char NOT_UTF8[] = "not UTF-8: save the file as UTF-8";
 constexpr std::string_view STORE_START("SQLite format 3\0", 16);
-constexpr const char STORE[] =
-    "a store, no document; where a store can stand it is written as sqlite:PATH, else by --store";
 constexpr std::string_view STORE_URL = "sqlite:";
 constexpr const char NAME_STORE[] = "; the store is named by --store";
 
@@ -68,7 +66,8 @@ std::string ExplainUnreadable(const std::string& strFile, const std::string& str
     if (iFile >= 0) {
         ::close(iFile);
     }
-    return std::generic_category().message(iError) + (strFile.rfind(STORE_URL, 0) == 0 ? NAME_STORE : "");
+    return std::generic_category().message(iError) +
+           (strFile.rfind(STORE_URL, 0) == 0 || strFile == STORE_WORD ? NAME_STORE : "");
 }
 
 /** Reads bytes by fnStream or fnFile, whichever fits, and puts the file's name to what goes wrong. */
@@ -91,8 +90,8 @@ auto Read(CCommandContext& context, const std::string& strFile, Stream&& fnStrea
 }
 
 void CheckText(const std::string& strFile, const SPolicyFile& file) {
-    if (std::string_view(file.strBytes).substr(0, STORE_START.size()) == STORE_START) {
-        throw CInputError(strFile, STORE, {}, ECode::NOT_XML);
+    if (IsStoreFile(file.strBytes)) {
+        throw CInputError(strFile, STORE_FILE, {}, ECode::NOT_XML);
     }
     if (file.Text().empty()) {
         throw CInputError(strFile, file.strBytes.empty() ? EMPTY : NO_MARKUP, {}, ECode::NOT_XML);
@@ -119,6 +118,10 @@ CInputError::CInputError(const std::string& strFile, const std::string& strReaso
       m_strReason(strReason),
       m_place(place),
       m_eCode(eCode) {}
+
+bool IsStoreFile(std::string_view strBytes) {
+    return strBytes.substr(0, STORE_START.size()) == STORE_START;
+}
 
 // Markup in that encoding has a zero beside its first "<"; no other text may have one.
 bool IsUtf16(std::string_view strBytes) {

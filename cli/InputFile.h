@@ -12,6 +12,9 @@
 class CCommandContext;
 class CPolicyDocument;
 
+/** Names the store of --store where a policy is meant that may be a file or a store. */
+inline constexpr const char STORE_WORD[] = "store";
+
 /** A file that cannot be worked on: why, and where in it. Its message is the one line "FILE:LINE:COLUMN: reason". */
 class CInputError : public CToolError {
   public:
@@ -44,6 +47,11 @@ SPolicyFile ReadPolicy(CCommandContext& context, const std::string& strFile);
  * @return the document's root @throws CInputError with the place when the text is no well-formed XML
  */
 CXMLView ParsePolicy(const std::string& strFile, const SPolicyFile& file, CPolicyDocument& document);
+
+inline constexpr const char STORE_FILE[] =
+    "a store, no document; where a store can stand it is written as sqlite:PATH, else by --store";
+/** @return whether a file's bytes are those of a store */
+bool IsStoreFile(std::string_view strBytes);
 
 /** @return whether markup, which begins at the first "<", is in UTF-16 of either byte order */
 bool IsUtf16(std::string_view strBytes);

@@ -10,6 +10,17 @@
 namespace {
 
 constexpr const char* SEVERITIES[] = {"error", "warning", "note"};
+constexpr const char CODE_START[] = "DLP";
+constexpr const char DIGITS[] = "0123456789";
+constexpr std::size_t DIGITS_OF_CODE = 3;
+
+/** @return the code that a number alone stands for; anything else as it is */
+std::string Complete(const std::string& strCode) {
+    const bool bNumber = strCode.find_first_not_of(DIGITS) == std::string::npos;
+    return bNumber && strCode.size() <= DIGITS_OF_CODE
+               ? CODE_START + std::string(DIGITS_OF_CODE - strCode.size(), DIGITS[0]) + strCode
+               : strCode;
+}
 
 }  // namespace
 
@@ -18,8 +29,9 @@ const SCodeRow& GetCodeRow(ECode eCode) {
 }
 
 const SCodeRow* FindCode(const std::string& strCode) {
+    const std::string strWhole = Complete(strCode);
     const auto itRow = std::find_if(GetCodeTable().begin(), GetCodeTable().end(), [&](const SCodeRow& row) {
-        return OS::EqualsNoCase(strCode, std::string_view(row.pCode)) ||
+        return OS::EqualsNoCase(strWhole, std::string_view(row.pCode)) ||
                OS::EqualsNoCase(strCode, std::string_view(row.pName));
     });
     return itRow == GetCodeTable().end() ? nullptr : &*itRow;

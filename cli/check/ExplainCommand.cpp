@@ -18,7 +18,7 @@ constexpr SCommandHelp HELP = {
     "explain",
     "explain [CODE…]",
     "say more about the codes of a check",
-    "CODE is one like DLP030, or its name. Without one all are listed.\n",
+    "CODE is one like DLP030, its number alone (30), or its name. Without one all are listed.\n",
     "  dlpctl explain\n"
     "  dlpctl explain DLP030\n"
     "  dlpctl explain unknown-asset pattern-backtracks\n",

@@ -73,7 +73,9 @@ class CFileCheck {
         m_file.iStart = std::min(m_file.strBytes.find('<'), m_file.strBytes.size());
         m_diagnostics.SetStart(m_file.iStart);
         const std::size_t iInvalid = OS::FindInvalidUtf8(m_file.Text());
-        if (m_file.Text().empty()) {
+        if (IsStoreFile(m_file.strBytes)) {
+            m_diagnostics.Add(ECode::NOT_XML, std::string::npos, {STORE_FILE}, {""});
+        } else if (m_file.Text().empty()) {
             m_diagnostics.Add(ECode::NOT_XML, std::string::npos, {m_file.strBytes.empty() ? EMPTY : NO_MARKUP}, {""});
         } else if (IsUtf16(m_file.strBytes)) {
             m_diagnostics.Add(ECode::NOT_UTF8, std::string::npos, {UTF16}, {UTF16_ADVICE});

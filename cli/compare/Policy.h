@@ -12,8 +12,6 @@
 
 class CCommandContext;
 
-/** The word for the process's store where a policy is named. */
-inline constexpr const char STORE_WORD[] = "store";
 /** A policy as it is compared: each item as the row that an import of it would store. */
 struct SPolicy {
     using Items = std::map<std::string, CSettingsRow>;

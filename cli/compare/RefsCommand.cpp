@@ -1,11 +1,14 @@
+#include <filesystem>
 #include <memory>
 #include <string>
+#include <system_error>
 
 #include <nlohmann/json.hpp>
 
 #include "cli/CommandContext.h"
 #include "cli/CommandLine.h"
 #include "cli/Commands.h"
+#include "cli/InputFile.h"
 #include "cli/compare/RefsReport.h"
 
 namespace {
@@ -31,13 +34,27 @@ struct SArguments {
     bool bGraph = false;
 };
 
+constexpr const char NAMED[] = "; an item is named by --template, --expression or --keyword NAME";
 constexpr const char NONE[] = "There is nothing to show.";
+
+/** A name where a policy belongs is taken for a file that is not there. */
+SPolicy Read(CCommandContext& context, const std::string& strPlace) {
+    try {
+        return ReadPolicyOf(context, strPlace);
+    } catch (const CInputError& error) {
+        std::error_code code;
+        if (std::filesystem::exists(context.GetAbsolute(strPlace), code)) {
+            throw;
+        }
+        throw CInputError(strPlace, error.GetReason() + NAMED);
+    }
+}
 
 EVerdict Show(CCommandContext& context, const SArguments& arguments) {
     if (arguments.bGraph && context.IsJson()) {
         throw CToolError(EVerdict::USAGE, "write either --json or --dot, not both");
     }
-    const SPolicy policy = ReadPolicyOf(context, arguments.strPlace.empty() ? STORE_WORD : arguments.strPlace);
+    const SPolicy policy = Read(context, arguments.strPlace.empty() ? STORE_WORD : arguments.strPlace);
     WarnOfLeftOut(context, policy);
     const SRefsReport report = MakeRefsReport(policy, arguments.choice);
     if (context.IsJson()) {

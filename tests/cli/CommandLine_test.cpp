@@ -76,6 +76,7 @@ const SRefused REFUSED[] = {
     {{"convert"}, "FILE is required; usage: dlpctl convert FILE", "dlpctl-convert/1"},
     {{"convert", "x", "--check", "-o", "y"}, "-o does not go with --check, which writes nothing", "dlpctl-convert/1"},
     {{"refs", "x", "y"}, "\"y\" is one argument too many; usage: dlpctl refs [POLICY] [--KIND NAME]…", "dlpctl-refs/1"},
+    {{"refs", "expression", "y"}, "\"y\" is one argument too many; did you mean \"--expression y\"?", "dlpctl-refs/1"},
     {{"refs", "--template"}, "--template needs a value; see dlpctl refs --help", "dlpctl-refs/1"},
     {{"keywords", "add", "x"},
      "KEYWORD is required; usage: dlpctl keywords add NAME KEYWORD…",

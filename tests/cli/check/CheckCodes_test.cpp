@@ -155,6 +155,7 @@ TEST_F(CheckCodes, EachIsDescribedOrShown) {
         EXPECT_EQ(row.pBad[0] == '(', bDescribed) << row.pCode;
         EXPECT_EQ(FindCode(row.pCode), &row);
         EXPECT_EQ(FindCode(row.pName), &row);
+        EXPECT_EQ(FindCode(row.pCode + 3), &row);
     }
 }
 

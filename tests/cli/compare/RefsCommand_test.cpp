@@ -192,6 +192,14 @@ TEST_F(RefsCommand, PolicyMayBeAnyPlace) {
     EXPECT_EQ(Run({"refs", m_dir.Write("bad.xml", "<a")}).iCode, 2);
 }
 
+TEST_F(RefsCommand, ANameWhereAPolicyBelongsIsToldApart) {
+    const SToolRun run = Run({"refs", "iban"});
+    EXPECT_EQ(run.iCode, 2);
+    EXPECT_EQ(run.strErr,
+              "dlpctl: iban: No such file or directory; an item is named by --template, --expression or --keyword "
+              "NAME\n");
+}
+
 TEST_F(RefsCommand, WhatIsLeftOutIsSaid) {
     m_dir.Write("policy.xml", Policy("", R"(<template name="t"/>)"));
     const SToolRun run = Refs({});
