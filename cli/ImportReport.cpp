@@ -251,7 +251,8 @@ std::string ExplainItem(const SReportItem& item) {
         return reason.pWhy + Text::Printable(item.strDetail) + "; " + AdviseElement(item.strNearest);
     }
     if (!item.IsUnknownReference()) {
-        return std::string(reason.pWhy) + Text::Printable(item.strDetail) + "; " +
+        const bool bName = item.eReason == EReason::UNKNOWN_TEMPLATE;  // of which blanks may be what is wrong
+        return reason.pWhy + (bName ? Text::Quoted(item.strDetail) : Text::Printable(item.strDetail)) + "; " +
                (item.fault ? Row(*item.fault).pAdvice : reason.pAdvice);
     }
     return std::string("it refers to the ") + Row(Row(*item.fault).eKind).pWord + ' ' + Text::Quoted(item.strFaulty) +

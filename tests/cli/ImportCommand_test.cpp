@@ -172,8 +172,8 @@ TEST_F(ImportCommand, WhatIsNotTakenIsListedWithPlaceReasonAndAdvice) {
         "FILE:15:5: template \"e\" skipped: it has no display_name; give it one\n"
         "FILE:16:53: template \"f\": the child element \"industries\" is read as a rule that refers to nothing\n"
         "FILE:16:66: template \"f\": the child element \"regions\" is read as a rule that refers to nothing\n"
-        "FILE:18:68: category entry \"finance\" skipped: no template of the document has this name: gone; correct the "
-        "name or remove the entry\n";
+        "FILE:18:68: category entry \"finance\" skipped: no template of the document has this name: \"gone\"; correct "
+        "the name or remove the entry\n";
     for (std::size_t i = strExpected.find("FILE"); i != std::string::npos; i = strExpected.find("FILE", i)) {
         strExpected.replace(i, 4, strFile);
     }
@@ -381,6 +381,8 @@ TEST_F(ImportCommand, AStoreWhereAFileIsMeantIsToldApart) {
     EXPECT_EQ(run.strErr,
               "dlpctl: sqlite:bank.db: No such file or directory; the store is named by --store; nothing "
               "was written\n");
+    EXPECT_EQ(Run({"fmt", "store"}).strErr,
+              "dlpctl: store: No such file or directory; the store is named by --store\n");
 }
 
 TEST_F(ImportCommand, NothingIsNextAfterAStoreInMemory) {

@@ -275,7 +275,7 @@ TEST_F(DiffCommand, WhatIsNoItemAndWhatNamesNoTemplateIsLeftOutToo) {
     const std::string strStart = "dlpctl: warning: " + m_dir.Path("a.xml");
     EXPECT_EQ(run.strErr,
               strStart +
-                  ":4:27: category entry \"r\" skipped: no template of the document has this name: t; correct the "
+                  ":4:27: category entry \"r\" skipped: no template of the document has this name: \"t\"; correct the "
                   "name or remove the entry\n" +
                   strStart +
                   ":2:1: element \"Entity\" skipped: no policy has it in digitalAssets; correct its name, or "
