@@ -1,8 +1,10 @@
 #include "cli/ImportReportFile.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <string>
 #include <string_view>
+#include <system_error>
 #include <utility>
 
 #include <nlohmann/json.hpp>
@@ -12,11 +14,14 @@
 #include "cli/FileImport.h"
 #include "cli/ImportOptions.h"
 #include "cli/ImportReport.h"
+#include "cli/InputFile.h"
 #include "cli/Output.h"
 #include "cli/StoreSession.h"
 #include "cli/Text.h"
 #include "cli/check/CheckFormats.h"
 #include "cli/check/ItemDiagnostics.h"
+#include "xml/CPolicyDocument.h"
+#include "xml/Vocabulary.h"
 
 namespace {
 
@@ -54,6 +59,25 @@ void CheckIsNoInput(const CCommandContext& context, const SImportOptions& option
             throw CToolError(EVerdict::USAGE, "--report: " + Text::Printable(options.strReport) +
                                                   " is what is to be imported; name another file");
         }
+    }
+}
+
+bool IsPolicy(CCommandContext& context, const std::string& strFile) {
+    try {
+        const SPolicyFile file = ReadPolicy(context, strFile);
+        CPolicyDocument document(file.Text());
+        return ParsePolicy(strFile, file, document).Name() == TagUtf8::SA_POLICY;
+    } catch (const CInputError&) {
+        return false;
+    }
+}
+
+/** Its name may end as a policy's does. */
+void CheckIsNoPolicy(CCommandContext& context, const std::string& strFile) {
+    std::error_code error;
+    if (std::filesystem::is_regular_file(context.GetAbsolute(strFile), error) && IsPolicy(context, strFile)) {
+        throw CToolError(EVerdict::USAGE, "--report: " + Text::Printable(strFile) +
+                                              " is a policy, which a report would replace; name another file");
     }
 }
 
@@ -113,6 +137,7 @@ CImportReportFile::CImportReportFile(CCommandContext& context, const SImportDoor
         throw CToolError(EVerdict::USAGE, "write either --json or --report " + Text::Printable(options.strReport));
     }
     CheckIsNoInput(context, options);
+    CheckIsNoPolicy(context, options.strReport);
     m_report.pCommand = door.pCommand;
     m_pOutput = std::make_unique<COutput>(context, options.strReport);
 }

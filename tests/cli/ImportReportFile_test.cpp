@@ -148,12 +148,15 @@ TEST_F(ImportReportFile, AFailureOfTheStoreIsToldToo) {
 
 TEST_F(ImportReportFile, WhatCannotBeAskedForIsRefusedBeforeAnythingIsImported) {
     const std::string strCopy = m_dir.Path("./policy.xml");
+    const std::string strOther = m_dir.Write("other.xml", POLICY);
     const std::pair<std::vector<std::string>, std::string> aRuns[] = {
         {{"--report-format", "json"}, "--report-format needs --report FILE"},
         {{"--report", m_dir.Path("r"), "--report-format", "xml"},
          "--report-format: there is no format \"xml\"; write text, json, sarif, junit or github"},
         {{"--report", "-", "--json"}, "write either --json or --report -"},
         {{"--report", strCopy}, "--report: " + strCopy + " is what is to be imported; name another file"},
+        {{"--report", strOther},
+         "--report: " + strOther + " is a policy, which a report would replace; name another file"},
         {{"--report", m_dir.Path("store.db")}, m_dir.Path("store.db") + ": is the store itself; name another file"},
     };
     for (const auto& [vecMore, strMessage] : aRuns) {
@@ -167,5 +170,6 @@ TEST_F(ImportReportFile, WhatCannotBeAskedForIsRefusedBeforeAnythingIsImported) 
     EXPECT_EQ(run.iCode, 4);
     EXPECT_EQ(run.strOut, "");
     EXPECT_EQ(m_dir.Read("policy.xml"), POLICY);
+    EXPECT_EQ(m_dir.Read("other.xml"), POLICY);
     EXPECT_EQ(Get({"list", "expressions"}), "");
 }
