@@ -186,12 +186,29 @@ void PutKeywords(const SArguments& arguments, CKeywordList& list) {
     }
 }
 
+/** A list without the number that its type goes by would never be found, or always. */
+void CheckNumbers(const SArguments& arguments, const CSettingsRow& row) {
+    const std::string& strType = row.GetText(KeywordColumn::CONDITION);
+    for (const SRecordField& field : FIELDS) {
+        for (const DigitalAssets::SType& type : DigitalAssets::KEYWORD_FORMAT.aTypes) {
+            const bool bNeeded = type.pName == strType &&
+                                 std::any_of(type.aNumbers.begin(), type.aNumbers.end(),
+                                             [&](const auto& number) { return number.iColumn == field.iColumn; });
+            if (bNeeded && !arguments.fields.IsGiven(field.iColumn)) {
+                throw CToolError(EVerdict::USAGE, std::string(field.pOption) + ": type " + Text::Quoted(strType) +
+                                                      " of keyword lists needs it");
+            }
+        }
+    }
+}
+
 EVerdict New(CCommandContext& context, const SArguments& arguments) {
     CSettingsRow row(ESettingsKind::KEYWORD);
     row.SetText(KeywordColumn::CONDITION, DigitalAssets::KEYWORD_FORMAT.aTypes.front().pName);
     row.SetText(AssetColumn::DISPLAY_NAME, arguments.strName);
     arguments.fields.Apply(row);
     CompleteAsset(DigitalAssets::KEYWORD_FORMAT, arguments.fields, row);
+    CheckNumbers(arguments, row);
     CStoreEdit edit(context, NEW.pFormat, arguments.options, CStoreEdit::EStore::MADE);
     NameRecord(arguments.strName, row);
     CKeywordList list(row);

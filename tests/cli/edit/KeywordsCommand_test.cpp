@@ -76,6 +76,8 @@ TEST_F(KeywordsCommand, NewListThatCannotBeIsRefused) {
                   "--type: there is no type \"Some\"; write one of \"All\", \"Any\", \"Threshold\", \"Distance\"");
     ExpectRefused(fnNew({"--type", "Any", "--threshold", "2"}), 2,
                   "--threshold: type \"Any\" of keyword lists does not have it");
+    ExpectRefused(fnNew({"--type", "threshold"}), 3, "--threshold: type \"Threshold\" of keyword lists needs it");
+    ExpectRefused(fnNew({"--type", "Distance"}), 3, "--distance: type \"Distance\" of keyword lists needs it");
     ExpectRefused(fnNew({"--type", "Distance", "--distance", "near"}), 3,
                   "--distance: \"near\" is no whole number of 32 bits");
     ExpectRefused(fnNew({"--display-name", ""}), 2,
