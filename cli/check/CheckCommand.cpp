@@ -130,6 +130,7 @@ EVerdict Check(CCommandContext& context, SArguments& arguments) {
     SCheckReport report = CheckAll(context, arguments);
     report.eFailOn = eFailOn;
     report.bColour = context.ColoursData();
+    report.bQuiet = context.Options().bQuiet;
     context.Write(format.fnMake(report));
     return report.GetVerdict();
 }

@@ -27,6 +27,7 @@ struct SCheckReport {
     ESeverity eFailOn = ESeverity::ERROR;
     bool bAll = false;
     bool bColour = false;             ///< text is, as terminals show it
+    bool bQuiet = false;              ///< text says nothing when there is nothing to say
     const char* pCommand = "check";   ///< whose report it is
     std::optional<EVerdict> verdict;  ///< the command's, unless what was found says it
 

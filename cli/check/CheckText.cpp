@@ -77,5 +77,5 @@ std::string MakeCheckText(const SCheckReport& report) {
     if (iMore != 0) {
         strText += std::to_string(iMore) + " more; --all shows them\n";
     }
-    return strText + MakeSummary(report);
+    return report.bQuiet && strText.empty() ? std::string() : strText + MakeSummary(report);
 }

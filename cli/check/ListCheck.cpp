@@ -9,6 +9,7 @@
 #include "cli/Text.h"
 #include "cli/check/CheckedDocument.h"
 #include "platform/common/TextConversion.h"
+#include "platform/common/TextTools.h"
 
 namespace {
 
@@ -16,6 +17,8 @@ constexpr const char LIST_NAMES[] = "dlpctl metadata lists them";
 
 /** Looking for the nearest name takes long, and nobody reads hundreds of them. */
 constexpr std::size_t MAX_SUGGESTIONS = 20;
+/** What so many names have in common says nothing. */
+constexpr std::size_t MAX_MEANT = 5;
 
 /** One of the predefined lists, by its names. Empty when there is no file: then nothing is known to be wrong. */
 class CPredefinedList {
@@ -26,22 +29,50 @@ class CPredefinedList {
         std::vector<OS::x_wstring> vecNames;
         std::vector<OS::x_wstring> vecDisplayNames;
         (metadata.*fnRead)(vecNames, vecDisplayNames);
-        for (const OS::x_wstring& strName : vecNames) {
-            m_vecNames.push_back(Text::Unescaped(OS::Utf8Lenient(strName)));
-        }
+        m_vecNames = TakeTexts(vecNames);
+        m_vecDisplayNames = TakeTexts(vecDisplayNames);
         m_setNames.insert(m_vecNames.begin(), m_vecNames.end());
     }
 
     bool Lacks(const std::string& strName) const { return !m_vecNames.empty() && m_setNames.count(strName) == 0; }
 
     std::string Suggest(const std::string& strName) {
-        const std::string strNearest =
-            m_iSuggestions++ < MAX_SUGGESTIONS ? FindNearestName(strName, m_vecNames) : std::string();
-        return strNearest.empty() ? LIST_NAMES : "did you mean " + Text::Quoted(strNearest) + '?';
+        std::string strMeant;
+        for (const std::string& strEach :
+             m_iSuggestions++ < MAX_SUGGESTIONS ? FindMeant(strName) : std::vector<std::string>()) {
+            strMeant += (strMeant.empty() ? "did you mean " : " or ") + Text::Quoted(strEach);
+        }
+        return strMeant.empty() ? LIST_NAMES : strMeant + '?';
     }
 
   private:
+    static std::vector<std::string> TakeTexts(const std::vector<OS::x_wstring>& vecTexts) {
+        std::vector<std::string> vecTaken;
+        for (const OS::x_wstring& strText : vecTexts) {
+            vecTaken.push_back(Text::Unescaped(OS::Utf8Lenient(strText)));
+        }
+        return vecTaken;
+    }
+
+    /** The nearest name, else those that the word is a part of, as they are written or as people read them. */
+    std::vector<std::string> FindMeant(const std::string& strName) const {
+        std::string strNearest = FindNearestName(strName, m_vecNames);
+        if (!strNearest.empty()) {
+            return {std::move(strNearest)};
+        }
+        const std::wstring strPart = OS::ToUpper(OS::WideLenient(strName));
+        std::vector<std::string> vecMeant;
+        for (std::size_t i = 0; i < m_vecNames.size(); ++i) {
+            const std::string strBoth = m_vecNames[i] + '\n' + m_vecDisplayNames[i];
+            if (OS::ToUpper(OS::WideLenient(strBoth)).find(strPart) != std::wstring::npos) {
+                vecMeant.push_back(m_vecNames[i]);
+            }
+        }
+        return vecMeant.size() > MAX_MEANT ? std::vector<std::string>() : vecMeant;
+    }
+
     std::vector<std::string> m_vecNames;
+    std::vector<std::string> m_vecDisplayNames;  ///< of each name
     std::unordered_set<std::string> m_setNames;
     std::size_t m_iSuggestions = 0;
 };

@@ -503,6 +503,41 @@ TEST_F(CheckCommand, TheStoreThatCannotBeOpenedEndsTheCheck) {
     EXPECT_EQ(RunOn(Url("none.db"), {"check", "--no-store", "-"}, Documents::Small()).iCode, 0);
 }
 
+TEST_F(CheckCommand, AStoreWhereAFileIsMeantIsToldApart) {
+    EXPECT_EQ(Run({"check", "store"}).strOut,
+              "store: error: DLP001 unreadable: the file cannot be read: No such file or directory; the store is named "
+              "by --store\n"
+              "  check its path and its permissions\n"
+              "1 error in 1 file\n");
+    EXPECT_EQ(Run({"check", "-"}, std::string("SQLite format 3\0\xff", 17)).strOut,
+              "-: error: DLP003 not-xml: the file is no XML: a store, no document; where a store can stand it is "
+              "written as sqlite:PATH, else by --store\n"
+              "  correct it\n"
+              "1 error in 1 file\n");
+}
+
+TEST_F(CheckCommand, ACleanFileIsNoNewsToAQuietCheck) {
+    EXPECT_EQ(Get({"-q", "check", m_dir.Write("small.xml", Documents::Small())}), "");
+    EXPECT_NE(Run({"-q", "check", "-"}, "<a").strOut, "");
+}
+
+TEST_F(CheckCommand, ACategoryCalledAsPeopleDoIsToldItsNames) {
+    const auto fnAdvice = [this](const char* pRegion) {
+        const std::string strXml = Documents::Policy(
+            "", "<template name=\"t\" display_name=\"T\"/>",
+            std::string("<regions><region name=\"") + pRegion + "\"><template_id>t</template_id></region></regions>");
+        const Json answer = Json::parse(Run({"--json", "check", m_dir.Write("t.xml", strXml)}).strOut);
+        return answer["files"][0]["diagnostics"].back()["advice"].get<std::string>();
+    };
+    EXPECT_EQ(fnAdvice("Europe"), "did you mean \"eu\"?");
+    m_dir.Write(
+        "home/config/PredefinedDLPPolicy.xml",
+        R"(<SAPolicy><regions><r name="east" display_name="Eastern Europe"/><r name="asia" display_name="Asia"/>)"
+        R"(<r name="west-europe" display_name="West"/></regions></SAPolicy>)");
+    EXPECT_EQ(fnAdvice("Europe"), "did you mean \"east\" or \"west-europe\"?");
+    EXPECT_EQ(fnAdvice("Moon"), "dlpctl metadata lists them");
+}
+
 TEST(CheckProgram, AClosedPipeEndsQuietly) {
     const SToolRun run = CProgram::Shell(
         "\"$DLPCTL\" explain --markdown | head -1; \"$DLPCTL\" --store memory: check /dev/null >/dev/full");
