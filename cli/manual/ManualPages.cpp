@@ -13,12 +13,13 @@
 namespace {
 
 constexpr const char TOOL[] = "dlpctl";
+constexpr const char RELEASED[] = "2026-11-21";  ///< when DLP_VERSION was
 constexpr const char CONFIG[] = "config";
 constexpr const char TOOL_SUMMARY[] = "move data-loss-prevention policies between a settings store and XML";
 
 std::string MakeTitle(const SManualPage& page) {
     return ".\\\" Made from dlpctl's table of commands and from docs/.\n.TH " + Roff::Escape(page.strName) + ' ' +
-           std::to_string(page.iSection) + " \"\" \"dlpctl " DLP_VERSION "\"\n.SH NAME\n" +
+           std::to_string(page.iSection) + " \"" + RELEASED + "\" \"dlpctl " DLP_VERSION "\"\n.SH NAME\n" +
            Roff::Escape(page.strName + " - ") + Roff::Escape(page.strSummary) + '\n';
 }
 

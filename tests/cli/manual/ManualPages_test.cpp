@@ -71,7 +71,7 @@ TEST_F(Manual, PagesAreFoundWithAndWithoutTheirSection) {
 }
 
 TEST_F(Manual, MandocFindsNothingWrong) {
-    ExpectSilence("mandoc", "mandoc -T lint -W warning {} | grep -v 'missing date' || true");
+    ExpectSilence("mandoc", "mandoc -T lint -W warning {} || true");
 }
 
 TEST_F(Manual, ManReadsPagesWithoutWarnings) {
