@@ -30,6 +30,7 @@ INTERRUPTED = (
     Scenario("import", ("import", "{in}"), LARGE),
     Scenario("import --report", ("import", "--report", "{out}", "{in}"), LARGE, old_output=b"old", reports=True),
     Scenario("keywords import", ("keywords", "import", "payment-card-words", "{in}"), WORDS),
+    Scenario("keywords export -o", ("keywords", "export", "payment-card-words", "-o", "{out}"), old_output=b"old"),
     Scenario("check --fix of two files", ("check", "--fix", "{in}", "{out}"), FLAWED, old_output=FLAWED),
 )
 
