@@ -32,6 +32,7 @@ KINDS = {("SAPolicy", "digitalAssets", "entity"): "expression",
          ("SAPolicy", "complianceTemplates", "template"): "template",
          ("SAPolicy", "industries", "industry", "template_id"): "category",
          ("SAPolicy", "regions", "region", "template_id"): "category"}
+CATEGORIES = {("SAPolicy", "industries", "industry"), ("SAPolicy", "regions", "region")}
 SECTIONS = ("digitalAssets", "industries", "regions")
 # Where items stand: every other element there is none.
 HOLDERS = {path[:depth] for path in KINDS for depth in range(1, len(path))}
@@ -59,6 +60,7 @@ class Walk:
         self._parents: list[str] = []
         self._entries: list[tuple[int, str, list[str]]] = []
         self._found: list[tuple[int, str, str]] = []
+        self._nameless: list[int] = []  # industries and regions
         self._sections: list[tuple[int, str]] = []
         self._elements: list[tuple[int, tuple[str, ...]]] = []
         self.older = False
@@ -78,6 +80,7 @@ class Walk:
             names = {name for _, kind, name in self._found if kind == "template"}
             found = self._found + [(offset, "category", category) for offset, category, text in self._entries
                                    if "".join(text) not in names]
+            found += [(offset, "category", "") for offset in self._nameless]
             found += self._lost(HOLDERS)
         return [Place(*self._place(offset), kind, name) for offset, kind, name in sorted(found)]
 
@@ -105,6 +108,8 @@ class Walk:
         path = tuple(self._path)
         if path[:-1] in HOLDERS and path not in KNOWN:
             self._elements.append((offset, path))
+        if path in CATEGORIES and not attributes.get("name"):
+            self._nameless.append(offset)
         kind = KINDS.get(path)
         if kind == "category":
             self._entries.append((offset, self._parents[-2], []))
