@@ -30,12 +30,12 @@ struct SLongWork {
     const char* pBar;
 };
 constexpr SLongWork LONG_WORK[] = {
-    {"(sleep 1.2; cat) <log >/dev/null & \"$DLPCTL\" --log log --log-level all import big.xml", "big.xml"},
-    {"(sleep 1.2; cat) <log >/dev/null & \"$DLPCTL\" --log log --log-level all check big.xml", "big.xml"},
-    {"(sleep 1.2; cat) <log >/dev/null & \"$DLPCTL\" --log log --log-level all export --all -o out.xml", "export"},
-    {"(sleep 1.2; cat big.xml) | \"$DLPCTL\" diff - store", "-"},
-    {"\"$DLPCTL\" store dump | (sleep 1.2; cat >/dev/null)", "dump"},
-    {"(sleep 1.2; cat dump.json) | \"$DLPCTL\" store load -", "load"},
+    {"(sleep 1.8; cat) <log >/dev/null & \"$DLPCTL\" --log log --log-level all import big.xml", "big.xml"},
+    {"(sleep 1.8; cat) <log >/dev/null & \"$DLPCTL\" --log log --log-level all check big.xml", "big.xml"},
+    {"(sleep 1.8; cat) <log >/dev/null & \"$DLPCTL\" --log log --log-level all export --all -o out.xml", "export"},
+    {"(exec 3>in; sleep 1.8; cat big.xml >&3) & \"$DLPCTL\" diff in store", "in"},
+    {"\"$DLPCTL\" store dump | (head -c 1; sleep 1.8; cat) >/dev/null", "dump"},
+    {"(exec 3>in; sleep 1.8; cat dump.json >&3) & \"$DLPCTL\" store load in", "load"},
 };
 
 /** So many items that a pipe is full before all are done. */
@@ -59,7 +59,7 @@ TEST_F(TerminalManners, LongWorkShowsHowFarItIs) {
     m_dir.Write("big.xml", Big());
     Import(Big());
     m_dir.Write("dump.json", Dump());
-    const std::string strEnter = "cd " + m_dir.Path("") + "; mkfifo log 2>/dev/null; ";
+    const std::string strEnter = "cd " + m_dir.Path("") + "; mkfifo log in 2>/dev/null; ";
     for (const SLongWork& work : LONG_WORK) {
         const std::string strShown = OnTerminal(strEnter + work.pCommand);
         const std::size_t iBar = strShown.find(std::string("\r\x1b[K") + work.pBar + " [");
