@@ -42,8 +42,8 @@ struct SRun {
 
 class CReportObserver : public CImportObserver {
   public:
-    CReportObserver(SImportReport& report, const CItemChoice* pChoice, bool bKeepsStored)
-        : m_report(report), m_pChoice(pChoice), m_bKeepsStored(bKeepsStored) {}
+    CReportObserver(SImportReport& report, const CItemChoice* pChoice, bool bKeepsStored, bool bOlder)
+        : m_report(report), m_pChoice(pChoice), m_bKeepsStored(bKeepsStored), m_bOlder(bOlder) {}
 
     bool PassesOver(EItemKind eKind, std::string_view strName) override {
         const bool bPassesOver = m_pChoice != nullptr && !m_pChoice->Holds(eKind, strName);
@@ -58,6 +58,7 @@ class CReportObserver : public CImportObserver {
 
     void OnItem(const SImportItem& item) override {
         m_report.vecItems.emplace_back(item);
+        m_report.vecItems.back().bOlder = m_bOlder;
         Step();
     }
 
@@ -70,6 +71,7 @@ class CReportObserver : public CImportObserver {
     SImportReport& m_report;
     const CItemChoice* m_pChoice;
     bool m_bKeepsStored;
+    bool m_bOlder;
 };
 
 /** Calls fnItem for each asset and template of a document as an import of it looks at them. */
@@ -127,8 +129,9 @@ class CFileImport {
         m_file = ReadPolicy(m_context, m_report.strFile);
         CPolicyDocument document(m_file.Text());
         const CXMLView root = ParsePolicy(m_report.strFile, m_file, document);
-        if (m_run.door.bTemplates && IsOlderLayout(root)) {
+        if (IsReadAsOlder(root)) {
             WarnOfMissing(m_context, FindMapFile(), NO_MAP_FILE);
+            WarnOfLayout(root);
         }
         const CStoreSession& store = m_context.GetStore();
         BeginPreview();
@@ -144,7 +147,7 @@ class CFileImport {
             return;
         }
         FindUnknownReferences();
-        SuggestNames(m_run.door.bTemplates && IsOlderLayout(root));
+        SuggestNames(IsReadAsOlder(root));
         const std::size_t iRefused = m_report.CountRefused();
         if (m_run.options.bFailOnSkip && iRefused != 0) {
             m_bShowsFindings = true;
@@ -154,6 +157,16 @@ class CFileImport {
         m_report.eVerdict = m_report.HasFindings() ? EVerdict::FINDINGS : EVerdict::DONE;
         StartAnswer();
         unit.Commit();
+    }
+
+    bool IsReadAsOlder(const CXMLView& root) const { return m_run.door.bTemplates && IsOlderLayout(root); }
+
+    /** What follows from it would be told as if it were the fault. */
+    void WarnOfLayout(const CXMLView& root) const {
+        if (LooksPresent(root)) {
+            const SCodeRow& row = GetCodeRow(ECode::OLDER_LAYOUT);
+            m_context.Warn(Text::Printable(m_report.strFile) + ": " + row.pWhat + "; " + row.pAdvice);
+        }
     }
 
     /** Once a run: the next files are to find what this one leaves. */
@@ -171,7 +184,8 @@ class CFileImport {
         }
         const CProgress progress(m_context, m_report.strFile);
         CProgress::Expect(CountItems(root));
-        CReportObserver observer(m_report, m_choice ? &*m_choice : nullptr, m_run.options.bSkipExisting);
+        CReportObserver observer(m_report, m_choice ? &*m_choice : nullptr, m_run.options.bSkipExisting,
+                                 IsReadAsOlder(root));
         m_report.iResult = m_run.door.fnImport(m_context, document, m_report, observer);
         m_report.iTemplatesLeft = m_run.door.bTemplates ? 0 : CountTemplates(root);
     }

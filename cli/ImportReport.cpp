@@ -8,6 +8,8 @@
 
 #include "cli/InputFile.h"
 #include "cli/Text.h"
+#include "templates/DLPXmlNormalizer.h"
+#include "xml/Vocabulary.h"
 
 namespace {
 
@@ -40,7 +42,7 @@ struct SReason {
 constexpr SReason REASONS[] = {
     {"", "", ""},
     {"no-name", "it has no name", "give it one"},
-    {"no-display-name", "it has no display_name", "give it one"},
+    {"no-display-name", "it has no ", "give it one"},
     {"built-in", "the stored one is built in and this one is not",
      "give it another name, or set pre-defined=\"true\" to replace the built-in one"},
     {"existing", "an item of this name is stored already", "import without --skip-existing to replace it"},
@@ -182,6 +184,10 @@ Json MakeWholeItemJson(const SReportItem& item) {
 
 }  // namespace
 
+const char* SReportItem::GetDisplayNameAttribute() const {
+    return bOlder ? CDLPXmlNormalizer::OLDER_DISPLAY_NAME : TagUtf8::DISPLAY_NAME;
+}
+
 bool SImportReport::HasFindings() const {
     return !vecMissing.empty() || std::any_of(vecItems.begin(), vecItems.end(), std::mem_fn(&SReportItem::IsFinding));
 }
@@ -249,6 +255,9 @@ std::string ExplainItem(const SReportItem& item) {
     const SReason& reason = Row(item.eReason);
     if (item.eReason == EReason::UNKNOWN_ELEMENT) {
         return reason.pWhy + Text::Printable(item.strDetail) + "; " + AdviseElement(item.strNearest);
+    }
+    if (item.eReason == EReason::NO_DISPLAY_NAME) {
+        return std::string(reason.pWhy) + item.GetDisplayNameAttribute() + "; " + reason.pAdvice;
     }
     if (!item.IsUnknownReference()) {
         const bool bName = item.eReason == EReason::UNKNOWN_TEMPLATE;  // of which blanks may be what is wrong

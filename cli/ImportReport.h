@@ -25,6 +25,7 @@ struct SReportItem : SImportItem {
 
     SPlace place;
     std::string strNearest;  ///< what an unknown reference or element most likely means; "" when none is near
+    bool bOlder = false;     ///< of a document of the older layout
     std::vector<SPlace> vecForeignPlaces;       ///< of its foreign children, once they are known
     std::vector<SUnknownReference> vecUnknown;  ///< of one that was taken
 
@@ -33,6 +34,8 @@ struct SReportItem : SImportItem {
     bool IsFinding() const { return (!IsTaken() && eReason != EReason::UNDONE) || !vecUnknown.empty(); }
     /** Whether the document is to blame for that. */
     bool IsRefused() const { return IsFinding() && eReason != EReason::EXISTING; }
+    /** @return where people find its name */
+    const char* GetDisplayNameAttribute() const;
     /** Whether the text says more of it than its number. */
     bool IsShown() const { return IsFinding() || !vecForeign.empty(); }
 };

@@ -111,7 +111,7 @@ SFileReport MakeFileReport(const SImportReport& report, const SPolicyFile& file,
         TellRefusal(report, diagnostics);
     }
     for (const SReportItem& item : report.vecItems) {
-        if (!item.IsTaken() && !TellItem(item, file.Text(), diagnostics, item.strNearest)) {
+        if (!item.IsTaken() && !TellItem(item, file.Text(), diagnostics)) {
             TellFault(item, diagnostics);
         }
         TellForeign(item, diagnostics);

@@ -83,7 +83,8 @@ constexpr SCodeRow CODES[] = {
      "template_version is missing or empty, so the document is read as one of the older layout",
      "add template_version=\"3.0.1000\" if that is not what it is",
      "A document of the older layout is rewritten on its way in: displayName becomes display_name, names "
-     "of assets are looked up in the name map, and only templates are taken.",
+     "of assets are looked up in the name map, and only templates are taken. It is a warning when there is "
+     "what only the present layout has, display_name or digitalAssets: most often the version was forgotten.",
      R"(<SAPolicy>
   <complianceTemplates>
     <template name="cards" displayName="Cards">
@@ -302,9 +303,10 @@ constexpr SCodeRow CODES[] = {
   <regularExpression>\d{8}</regularExpression>
 </entity>)"},
     {ECode::NO_DISPLAY_NAME, "DLP021", ESeverity::ERROR, "no-display-name",
-     "the {} {} has no display_name",
+     "the {} {} has no {}",
      "give it one, for people",
-     "An item without a name for people is passed over.",
+     "An item without a name for people is passed over. It is display_name, and displayName in a document of "
+     "the older layout.",
      R"(<template name="notes" display_name="">
   <matchRule><buildingBlock sourceType="KEYWORD" sourceName="words"/></matchRule>
 </template>)",
@@ -600,7 +602,8 @@ constexpr SCodeRow CODES[] = {
     {ECode::PATTERN_EMPTY, "DLP042", ESeverity::WARNING, "pattern-empty",
      "the pattern matches the empty string",
      "make something in it mandatory",
-     "It is then found everywhere, whatever the text.",
+     "It is then found everywhere, or wherever its conditions hold, as those of (?=a) or \\b do, and what is "
+     "found is nothing. The pattern was tried on a few short texts.",
      R"(<entity name="account" type="Generic" display_name="Account">
   <regularExpression>\d*</regularExpression>
 </entity>)",

@@ -18,8 +18,8 @@ std::string Fill(std::string_view strSentence, const std::vector<std::string>& v
     return strFilled.append(strSentence);
 }
 
-ESeverity GetSeverity(const SCodeRow& row, bool bStrict) {
-    return bStrict && row.eSeverity == ESeverity::WARNING ? ESeverity::ERROR : row.eSeverity;
+ESeverity Judge(ESeverity eSeverity, bool bStrict) {
+    return bStrict && eSeverity == ESeverity::WARNING ? ESeverity::ERROR : eSeverity;
 }
 
 }  // namespace
@@ -29,7 +29,7 @@ CDiagnostics::CDiagnostics(const SCheckChoice& choice) : m_choice(choice) {}
 SDiagnostic* CDiagnostics::Add(ECode eCode, std::size_t iOffset, const std::vector<std::string>& vecWhat,
                                const std::vector<std::string>& vecAdvice) {
     const SCodeRow& row = GetCodeRow(eCode);
-    const ESeverity eSeverity = GetSeverity(row, m_choice.bStrict);
+    const ESeverity eSeverity = Judge(row.eSeverity, m_choice.bStrict);
     if (row.eSeverity == ESeverity::ERROR) {
         ++m_iErrors;
         m_setErrors.insert(iOffset);
@@ -56,6 +56,12 @@ SDiagnostic* CDiagnostics::Add(ECode eCode, std::size_t iOffset, const std::vect
 void CDiagnostics::Relate(SDiagnostic* pDiagnostic, std::size_t iOffset, const std::string& strMessage) const {
     if (pDiagnostic != nullptr) {
         pDiagnostic->related = {iOffset + m_iStart, strMessage, {}};
+    }
+}
+
+void CDiagnostics::Raise(SDiagnostic* pDiagnostic) const {
+    if (pDiagnostic != nullptr) {
+        pDiagnostic->eSeverity = Judge(ESeverity::WARNING, m_choice.bStrict);
     }
 }
 

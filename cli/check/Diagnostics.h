@@ -72,6 +72,8 @@ class CDiagnostics {
                      const std::vector<std::string>& vecAdvice = {});
     /** Both places. @param pDiagnostic may be null */
     void Relate(SDiagnostic* pDiagnostic, std::size_t iOffset, const std::string& strMessage) const;
+    /** A note becomes a warning. */
+    void Raise(SDiagnostic* pDiagnostic) const;
     void Fix(SDiagnostic* pDiagnostic, std::size_t iOffset, std::size_t iLength, std::string strReplacement) const;
 
     /** @return what was kept, in the order of the file, with places and excerpts */

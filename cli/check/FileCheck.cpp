@@ -107,7 +107,10 @@ class CFileCheck {
         m_report.pLayout = bOlder ? OLDER_LAYOUT : STANDARD_LAYOUT;
         const SCheckedDocument checked{m_file.Text(), root, bOlder, m_check.bAssetsOnly, m_diagnostics};
         if (bOlder) {
-            m_diagnostics.Add(ECode::OLDER_LAYOUT, root.Offset());
+            SDiagnostic* pOlder = m_diagnostics.Add(ECode::OLDER_LAYOUT, root.Offset());
+            if (LooksPresent(root)) {
+                m_diagnostics.Raise(pOlder);
+            }
             WarnOfMissing(m_context, FindMapFile(), NO_MAP_FILE);
         }
         CheckAlone(checked);
@@ -137,7 +140,9 @@ class CFileCheck {
         for (const SImportItem& item : trial.vecItems) {
             const bool bNameless = item.eKind == EItemKind::CATEGORY && item.eReason == EReason::NO_NAME;
             if (item.eReason != EReason::UNKNOWN_ELEMENT && !bNameless) {  // told of with the shape and the lists
-                TellItem(item, checked.strText, m_diagnostics);
+                SReportItem told(item);
+                told.bOlder = checked.bOlder;
+                TellItem(told, checked.strText, m_diagnostics);
             }
         }
         CheckReferences(checked);

@@ -41,8 +41,7 @@ constexpr ECode FAULTS[] = {ECode::UNKNOWN_ASSET, ECode::UNKNOWN_ASSET, ECode::S
 
 }  // namespace
 
-bool TellItem(const SImportItem& item, std::string_view strText, CDiagnostics& diagnostics,
-              const std::string& strMeant) {
+bool TellItem(const SReportItem& item, std::string_view strText, CDiagnostics& diagnostics) {
     for (const STold& told : TOLD) {
         if (told.eReason != item.eReason) {
             continue;
@@ -57,9 +56,12 @@ bool TellItem(const SImportItem& item, std::string_view strText, CDiagnostics& d
         if (told.bDetail) {
             vecWhat.push_back(Text::Quoted(item.strDetail));
         }
+        if (item.eReason == EReason::NO_DISPLAY_NAME) {
+            vecWhat.emplace_back(item.GetDisplayNameAttribute());
+        }
         const bool bText = item.eReason == EReason::UNKNOWN_TEMPLATE;
         diagnostics.Add(told.eCode, bText ? FindTextOffset(strText, item.iOffset, 0) : item.iOffset, vecWhat,
-                        {AdviseElement(strMeant)});
+                        {AdviseElement(item.strNearest)});
     }
     return item.eReason != EReason::UNSUPPORTED_ASSETS;
 }

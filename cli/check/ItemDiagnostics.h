@@ -5,17 +5,14 @@
 #include "cli/check/Diagnostics.h"
 
 struct SForeignChild;
-struct SImportItem;
 struct SReportItem;
 
 /**
  * Tells of an item that an import does not take.
  * @param strText what the item's offset counts in
- * @param strMeant the name that an unknown element most likely means; "" when none is near
  * @return false when a rule is to blame: nothing is told, for there is more to say of its parts
  */
-bool TellItem(const SImportItem& item, std::string_view strText, CDiagnostics& diagnostics,
-              const std::string& strMeant = {});
+bool TellItem(const SReportItem& item, std::string_view strText, CDiagnostics& diagnostics);
 /** Tells of a foreign child of a template. */
 void TellForeign(const SForeignChild& foreign, CDiagnostics& diagnostics);
 /** Tells of all that a template has, and of what they refer to that is not stored. */

@@ -11,6 +11,8 @@ namespace {
 /** For one document, enough for some thousands of patterns: trying any number would take longer than anybody waits. */
 constexpr std::size_t MAX_EFFORT = 80000;
 
+constexpr const char RECURSES[] = "it calls itself again at the same place, without end";
+
 class CPatternCheck {
   public:
     explicit CPatternCheck(const SCheckedDocument& document) : m_document(document) {}
@@ -26,7 +28,10 @@ class CPatternCheck {
                                        {probe.GetRefusal()->strWhy});
             return;
         }
-        if (probe.MatchesEmpty()) {
+        const EShortTrial eTrial = probe.TryShortTexts();
+        if (eTrial == EShortTrial::RECURSES_FOREVER) {
+            m_document.diagnostics.Add(ECode::PATTERN_REFUSED, fnPlace(0), {RECURSES});
+        } else if (eTrial == EShortTrial::MATCHES_EMPTY) {
             m_document.diagnostics.Add(ECode::PATTERN_EMPTY, fnPlace(0));
         }
         const std::optional<std::size_t> characters = FindRunaway(strPattern, probe);

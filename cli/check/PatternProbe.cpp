@@ -32,6 +32,12 @@ constexpr std::uint32_t OPTIONS = PCRE2_UTF | PCRE2_NO_START_OPTIMIZE;
 
 constexpr std::uint32_t MAX_HEAP_KIB = 16 * 1024;
 
+/** At one place only: a match that is tried from every place takes longer, but in proportion to the text. */
+constexpr std::uint32_t HERE = PCRE2_ANCHORED | PCRE2_NO_UTF_CHECK;
+
+/** What usual conditions on the surroundings of a place ask for stands in one of them. */
+constexpr std::string_view SHORT_TEXTS[] = {"", "a", " ", "a1 B-2.\n_"};
+
 bool IsLimit(int iResult) {
     return iResult == PCRE2_ERROR_MATCHLIMIT || iResult == PCRE2_ERROR_HEAPLIMIT || iResult == PCRE2_ERROR_DEPTHLIMIT;
 }
@@ -87,6 +93,12 @@ struct CPatternProbe::SEngine {
         }
         return iResult;
     }
+
+    /** @return whether the last match, one that was found, has no character */
+    bool IsEmptyMatch() const {
+        const PCRE2_SIZE* pEnds = pcre2_get_ovector_pointer(pMatch);
+        return pEnds[0] >= pEnds[1];  // \K may set the start behind the end
+    }
 };
 
 CPatternProbe::CPatternProbe(std::string_view strPattern)
@@ -114,8 +126,33 @@ CPatternProbe::CPatternProbe(std::string_view strPattern)
 
 CPatternProbe::~CPatternProbe() = default;
 
-bool CPatternProbe::MatchesEmpty() const {
-    return m_pEngine->pCode != nullptr && m_pEngine->Match("", 0, 0, MAX_STEPS) >= 0;
+EShortTrial CPatternProbe::TryShortTexts() const {
+    if (m_pEngine->pCode == nullptr) {
+        return EShortTrial::NOTHING_ODD;
+    }
+    std::vector<std::pair<std::string, std::size_t>> vecPlaces;
+    for (const std::string_view strText : SHORT_TEXTS) {
+        for (std::size_t i = 0; i <= strText.size(); ++i) {
+            vecPlaces.emplace_back(strText, i);
+        }
+    }
+    std::string strOwn;  // what it looks for ahead or behind may be its own
+    for (const std::string& strCharacter : SamplePattern(m_strPattern).vecCharacters) {
+        strOwn += strCharacter;
+    }
+    vecPlaces.emplace_back(strOwn, 0);
+    vecPlaces.emplace_back(strOwn, strOwn.size());
+    EShortTrial eTrial = EShortTrial::NOTHING_ODD;
+    for (const auto& [strText, iStart] : vecPlaces) {
+        const int iResult = m_pEngine->Match(strText, iStart, HERE, STEPS[1]);
+        if (iResult == PCRE2_ERROR_RECURSELOOP) {
+            return EShortTrial::RECURSES_FOREVER;
+        }
+        if (iResult >= 0 && m_pEngine->IsEmptyMatch()) {
+            eTrial = EShortTrial::MATCHES_EMPTY;
+        }
+    }
+    return eTrial;
 }
 
 std::optional<std::size_t> CPatternProbe::FindRunaway(std::size_t& iEffort) const {
@@ -138,10 +175,8 @@ std::optional<std::size_t> CPatternProbe::FindRunaway(std::size_t& iEffort) cons
     return 0;
 }
 
-/** From one place only: a match that is tried from every place takes longer, but in proportion to the text. */
 std::optional<bool> CPatternProbe::RunsAway(const std::string& strSubject, std::size_t iStart,
                                             std::size_t& iEffort) const {
-    constexpr std::uint32_t HERE = PCRE2_ANCHORED | PCRE2_NO_UTF_CHECK;
     for (const std::uint32_t iSteps : STEPS) {
         const std::size_t iCost = iSteps / STEPS[0];
         if (iEffort < iCost) {

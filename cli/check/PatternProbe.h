@@ -8,6 +8,13 @@
 #include <string_view>
 #include <vector>
 
+/** What a pattern does with short texts. */
+enum class EShortTrial {
+    NOTHING_ODD,
+    MATCHES_EMPTY,     ///< somewhere it matches without a character
+    RECURSES_FOREVER,  ///< it calls itself where it already is
+};
+
 /** A regular expression, tried with PCRE2. */
 class CPatternProbe {
   public:
@@ -27,7 +34,8 @@ class CPatternProbe {
 
     /** @return why the pattern is none; nothing when it is one */
     const std::optional<SRefusal>& GetRefusal() const { return m_refusal; }
-    bool MatchesEmpty() const;
+    /** @return what shows when it is tried at every place of some short texts */
+    EShortTrial TryShortTexts() const;
     /**
      * @param iEffort how much may still be tried, in units of an attempt of few steps; what was used is taken off
      * @return the length in characters of a text for which MAX_STEPS were not enough; 0 when there is none; nothing

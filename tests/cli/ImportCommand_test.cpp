@@ -257,14 +257,17 @@ TEST_F(ImportCommand, WithoutTheMapTheOlderNamesStayAndAWarningSaysWhere) {
     Import(Policy(Entity("one"), "<template name=\"z\" display_name=\"Z\"/>"));
     const SToolRun run = Run({"--home", m_dir.Path("empty"), "import", "-"}, OLDER);
     EXPECT_EQ(run.iCode, 1);
-    EXPECT_EQ(run.strErr, "dlpctl: warning: " + m_dir.Path("empty/config/PredefinedDLPPolicy.xml") +
-                              " is missing: industries and regions are exported without display names; --home DIR or "
-                              "$DLP_INSTALL_PATH sets the installation directory\n"
-                              "dlpctl: warning: " +
-                              m_dir.Path("empty/config/cfg_dlp_da_map.txt") +
-                              " is missing: names of assets in documents of the older layout are taken as they stand; "
-                              "--home DIR or $DLP_INSTALL_PATH sets the installation directory\n" +
-                              NEXT);
+    EXPECT_EQ(run.strErr,
+              "dlpctl: warning: " + m_dir.Path("empty/config/PredefinedDLPPolicy.xml") +
+                  " is missing: industries and regions are exported without display names; --home DIR or "
+                  "$DLP_INSTALL_PATH sets the installation directory\n"
+                  "dlpctl: warning: " +
+                  m_dir.Path("empty/config/cfg_dlp_da_map.txt") +
+                  " is missing: names of assets in documents of the older layout are taken as they stand; "
+                  "--home DIR or $DLP_INSTALL_PATH sets the installation directory\n"
+                  "dlpctl: warning: -: template_version is missing or empty, so the document is read as one "
+                  "of the older layout; add template_version=\"3.0.1000\" if that is not what it is\n" +
+                  NEXT);
     EXPECT_NE(run.strOut.find("template \"own\" skipped: it refers to the expression \"Old One\", which is not stored"),
               std::string::npos)
         << run.strOut;

@@ -239,6 +239,26 @@ TEST_F(CheckCommand, WhatIsLostIsAnErrorWithTheNameThatMayBeMeant) {
     EXPECT_EQ(Run({"check", "-"}, strDocument).iCode, Run({"import", "-"}, strDocument).iCode);
 }
 
+TEST_F(CheckCommand, AForgottenVersionIsToldBeforeWhatFollowsFromIt) {
+    Import(Documents::Small());
+    const std::string strDocument =
+        "<SAPolicy><complianceTemplates>\n<template name=\"t\" display_name=\"T\"><matchRule><buildingBlock "
+        "sourceType=\"KEYWORD\" sourceName=\"words\"/></matchRule></template></complianceTemplates></SAPolicy>";
+    const std::string strCause =
+        "template_version is missing or empty, so the document is read as one of the older layout; add "
+        "template_version=\"3.0.1000\" if that is not what it is\n";
+    EXPECT_EQ(Run({"check", "--format", "github", "-"}, strDocument).strOut,
+              "::warning file=-,line=1,col=1,title=DLP007 older-layout::" + strCause +
+                  "::error file=-,line=2,col=1,title=DLP021 no-display-name::the template \"t\" has no displayName; "
+                  "give it one, for people\n"
+                  "::warning file=-,line=2,col=20,title=DLP010 older-name-lost::display_name is lost: displayName is "
+                  "what is read in the older layout; write it as displayName\n");
+    const SToolRun run = Run({"import", "-"}, strDocument);
+    EXPECT_EQ(run.strErr.find("dlpctl: warning: -: " + strCause), 0U) << run.strErr;
+    EXPECT_NE(run.strOut.find("-:2:1: template \"t\" skipped: it has no displayName; give it one\n"), std::string::npos)
+        << run.strOut;
+}
+
 TEST_F(CheckCommand, AnotherWordForANameGivesTheName) {
     const std::string strDocument =
         "<SAPolicy template_version=\"3\">\n<industry/>\n<digitalAssets><dictionary name=\"d\" type=\"Any\" "
@@ -278,7 +298,7 @@ TEST_F(CheckCommand, OfASectionOfTheOlderLayoutThatIsNotTakenNothingElseIsTold) 
             "<buildingBlock sourceType=\"KEYWORD\" sourceName=\"words\"/></matchRule></template>"
             "</complianceTemplates></SAPolicy>")
             .strOut,
-        "::notice file=-,line=1,col=1,title=DLP007 older-layout::template_version is missing or empty, so the "
+        "::warning file=-,line=1,col=1,title=DLP007 older-layout::template_version is missing or empty, so the "
         "document is read as one of the older layout; add template_version=\"3.0.1000\" if that is not what it is\n"
         "::error file=-,line=2,col=1,title=DLP008 older-section::the section \"digitalAssets\" of a document of the "
         "older layout is not taken; move it into a document of the present layout, whose root has a "
@@ -295,6 +315,21 @@ TEST_F(CheckCommand, Utf16IsToldToBeThat) {
     EXPECT_EQ(Run({"check", "-"}, std::string("\0<\0a\0/\0>", 8)).strOut, strSaid);
     EXPECT_EQ(Run({"check", "-"}, "").strOut,
               "-: error: DLP003 not-xml: the file is no XML: it is empty\n  correct it\n1 error in 1 file\n");
+}
+
+TEST_F(CheckCommand, PatternsThatFindNothingOrNeverEndAreTold) {
+    const std::string strRows = Run({"check", "--format", "github", "--assets", "-"},
+                                    Documents::Policy("\n<entity name=\"a\" type=\"Generic\" display_name=\"A\">"
+                                                      "<regularExpression>(?=a)</regularExpression></entity>\n"
+                                                      "<entity name=\"r\" type=\"Generic\" display_name=\"R\">"
+                                                      "<regularExpression>(?R)?a</regularExpression></entity>",
+                                                      ""))
+                                    .strOut;
+    EXPECT_EQ(strRows,
+              "::warning file=-,line=2,col=69,title=DLP042 pattern-empty::the pattern matches the empty string; make "
+              "something in it mandatory\n"
+              "::warning file=-,line=3,col=69,title=DLP040 pattern-refused::the pattern is refused by PCRE2: it calls "
+              "itself again at the same place, without end; correct it here or shortly before this place\n");
 }
 
 TEST_F(CheckCommand, PatternsThatCouldNotBeTriedAreTold) {

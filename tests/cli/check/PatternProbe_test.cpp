@@ -72,8 +72,16 @@ TEST(PatternProbe, ARefusalNamesTheByte) {
     EXPECT_EQ(CPatternProbe("a[b").GetRefusal()->iByte, 3U);
     EXPECT_EQ(CPatternProbe("\xC3\xA4*+*").GetRefusal()->iByte, 4U);
     EXPECT_FALSE(CPatternProbe("a").GetRefusal());
-    EXPECT_TRUE(CPatternProbe("a*").MatchesEmpty());
-    EXPECT_FALSE(CPatternProbe("a").MatchesEmpty());
+    for (const char* pPattern :
+         {"", "a*", "(?=a)", "(?!x)", "\\b", "(?<=\\d)", "^", "$", "(?<=foo)", "(?=foo)bar|(?=foo)", "a\\K", "x|\\B"}) {
+        EXPECT_EQ(CPatternProbe(pPattern).TryShortTexts(), EShortTrial::MATCHES_EMPTY) << pPattern;
+    }
+    for (const char* pPattern : {"(?R)", "(?R)?a", "(?:a|(?R)b)", "(?<x>(?&x))"}) {
+        EXPECT_EQ(CPatternProbe(pPattern).TryShortTexts(), EShortTrial::RECURSES_FOREVER) << pPattern;
+    }
+    for (const char* pPattern : {"a", "\\ba\\b", "(?=a)\\w", "\\((?:[^()]|(?R))*\\)", "^.$", "(?<!\\d)\\d{3}(?!\\d)"}) {
+        EXPECT_EQ(CPatternProbe(pPattern).TryShortTexts(), EShortTrial::NOTHING_ODD) << pPattern;
+    }
 }
 
 TEST(PatternProbe, LackOfMemoryIsNoFaultOfThePattern) {
@@ -81,10 +89,10 @@ TEST(PatternProbe, LackOfMemoryIsNoFaultOfThePattern) {
     std::size_t iEffort = 60000;
     s_bMemoryLacks = true;
     EXPECT_THROW(CPatternProbe("a"), std::bad_alloc);
-    EXPECT_THROW(probe.MatchesEmpty(), std::bad_alloc);
+    EXPECT_THROW(probe.TryShortTexts(), std::bad_alloc);
     EXPECT_THROW(probe.FindRunaway(iEffort), std::bad_alloc);
     s_bMemoryLacks = false;
     EXPECT_FALSE(CPatternProbe("a").GetRefusal());
-    EXPECT_FALSE(probe.MatchesEmpty());
+    EXPECT_EQ(probe.TryShortTexts(), EShortTrial::NOTHING_ODD);
     EXPECT_NE(probe.FindRunaway(iEffort), 0U);
 }
