@@ -26,8 +26,8 @@ constexpr SCommandHelp HELP = {
     "NAME is the internal name. What templates refer to, and what is built in, is not deleted (exit code 1) unless\n"
     "--force says so.\n",
     "  dlpctl delete template card-data\n"
-    "  dlpctl delete expression \"old card\" --dry-run\n"
-    "  dlpctl --json delete keyword \"card words\" --force\n",
+    "  dlpctl delete expression old-card --dry-run\n"
+    "  dlpctl --json delete keyword card-words --force\n",
     "dlpctl-delete/1",
 };
 

@@ -107,9 +107,12 @@ bool CKeywordList::IsChanged() const {
 }
 
 void CKeywordList::Store(CSettingsRow& row) const {
-    if (!IsChanged() && !row.GetText(KeywordColumn::TEXT).empty()) {
-        return;
+    if (IsChanged() || row.GetText(KeywordColumn::TEXT).empty()) {
+        Write(row);
     }
+}
+
+void CKeywordList::Write(CSettingsRow& row) const {
     std::string strMarkup;
     CXMLWriter writer(strMarkup);
     writer.StartElement(TagUtf8::DICTIONARY);

@@ -35,6 +35,8 @@ class CKeywordList {
 
     /** Writes the keywords into the list's record; leaves its markup as it is when nothing was changed. */
     void Store(CSettingsRow& row) const;
+    /** Writes them anew, with the attributes that go with the record's fields. */
+    void Write(CSettingsRow& row) const;
 
   private:
     struct SEntry {

@@ -39,8 +39,8 @@ constexpr SCommandHelp SHOW = {
     "keywords show NAME",
     "show the keywords of a list",
     "NAME is the list's internal name.\n",
-    "  dlpctl keywords show \"card words\"\n"
-    "  dlpctl --json keywords show \"card words\"\n",
+    "  dlpctl keywords show card-words\n"
+    "  dlpctl --json keywords show card-words\n",
     "dlpctl-keywords-show/1",
 };
 constexpr SCommandHelp NEW = {
@@ -55,6 +55,15 @@ constexpr SCommandHelp NEW = {
     "  dlpctl keywords new terms --type any --display-name \"Legal terms\" --dry-run privileged\n",
     "dlpctl-keywords-new/1",
 };
+constexpr SCommandHelp SET = {
+    "set",
+    "keywords set NAME --FIELD VALUE…",
+    "change fields of a keyword list",
+    "What is not given stays, and so do the keywords. The number of a type that the list is no longer of is emptied.\n",
+    "  dlpctl keywords set card-words --type Threshold --threshold 2\n"
+    "  dlpctl keywords set card-words --display-name \"Words beside cards\" --dry-run\n",
+    "dlpctl-keywords-set/1",
+};
 constexpr SCommandHelp ADD = {
     "add",
     "keywords add NAME KEYWORD…",
@@ -62,8 +71,8 @@ constexpr SCommandHelp ADD = {
     "A new keyword has the score 1, matches in any case and has no description unless told otherwise. One that is "
     "there\n"
     "gets what is given and keeps the rest.\n",
-    "  dlpctl keywords add \"card words\" \"valid thru\" cvv\n"
-    "  dlpctl keywords add \"card words\" PAN --score 5 --case-sensitive true --dry-run\n",
+    "  dlpctl keywords add card-words \"valid thru\" cvv\n"
+    "  dlpctl keywords add card-words PAN --score 5 --case-sensitive true --dry-run\n",
     "dlpctl-keywords-add/1",
 };
 constexpr SCommandHelp REMOVE = {
@@ -71,8 +80,8 @@ constexpr SCommandHelp REMOVE = {
     "keywords remove NAME KEYWORD…",
     "remove keywords from a list",
     "All of them or none: each must be there, spelled exactly.\n",
-    "  dlpctl keywords remove \"card words\" two\n"
-    "  dlpctl keywords remove \"card words\" one two --dry-run\n",
+    "  dlpctl keywords remove card-words two\n"
+    "  dlpctl keywords remove card-words one two --dry-run\n",
     "dlpctl-keywords-remove/1",
 };
 constexpr SCommandHelp IMPORT = {
@@ -82,7 +91,7 @@ constexpr SCommandHelp IMPORT = {
     "The first line names the columns: keyword, and as wanted score, case_sensitive (true or false) and description.\n"
     "Keywords are added or changed as keywords add does; with --replace the list then holds those of the FILE alone.\n"
     "An apostrophe before = + - @ is taken off.\n",
-    "  dlpctl keywords export \"card words\" | dlpctl keywords import contract-words -\n"
+    "  dlpctl keywords export card-words | dlpctl keywords import contract-words -\n"
     "  printf 'keyword,score\\napollo,3\\n' | dlpctl keywords import contract-words - --replace\n",
     "dlpctl-keywords-import/1",
 };
@@ -91,8 +100,8 @@ constexpr SCommandHelp EXPORT = {
     "keywords export NAME [-o FILE]",
     "write the keywords of a list as a table in CSV or TSV",
     "An apostrophe is put before a keyword or description that a spreadsheet would run as a formula.\n",
-    "  dlpctl keywords export \"card words\" > words.csv\n"
-    "  dlpctl keywords export \"card words\" -o words.tsv\n",
+    "  dlpctl keywords export card-words > words.csv\n"
+    "  dlpctl keywords export card-words -o words.tsv\n",
     "dlpctl-keywords-export/1",
 };
 
@@ -104,6 +113,7 @@ constexpr SRecordField FIELDS[] = {
     {"--distance", "N", KeywordColumn::NUMBER, "how far apart, of type Distance"},
 };
 
+constexpr const char NOTHING_GIVEN[] = "nothing is to be changed; dlpctl keywords set --help lists the fields";
 constexpr const char BLANK[] = "the keyword is blank";
 constexpr const char NEEDS_FILE[] = "--json needs -o FILE here: the table and the answer cannot share standard output";
 
@@ -217,6 +227,24 @@ EVerdict New(CCommandContext& context, const SArguments& arguments) {
     return FinishChange(context, edit, nullptr, std::move(row));
 }
 
+EVerdict Set(CCommandContext& context, const SArguments& arguments) {
+    if (!arguments.fields.IsAnyGiven()) {
+        throw CToolError(EVerdict::USAGE, NOTHING_GIVEN);
+    }
+    CStoreEdit edit(context, SET.pFormat, arguments.options);
+    const CSettingsRow before = ReadOwn(Kind(), arguments.strName);
+    CSettingsRow after = before;
+    arguments.fields.Apply(after);
+    CompleteAsset(DigitalAssets::KEYWORD_FORMAT, arguments.fields, after);
+    if (after.GetText(KeywordColumn::CONDITION) != before.GetText(KeywordColumn::CONDITION)) {
+        CheckNumbers(arguments, after);
+    }
+    if (after != before) {
+        CKeywordList(before).Write(after);
+    }
+    return FinishChange(context, edit, &before, std::move(after));
+}
+
 EVerdict Add(CCommandContext& context, const SArguments& arguments) {
     return Change(context, arguments, ADD.pFormat, [&](CKeywordList& list) { PutKeywords(arguments, list); });
 }
@@ -296,6 +324,11 @@ void AddKeywordsCommands(CCommandLine& line) {
     CCommandLine::AddTexts(create, "KEYWORD", "KEYWORD", pArguments->vecKeywords, "keywords");
     pArguments->fields.AddTo(create);
     AddEditOptions(create, pArguments->options);
+
+    const auto pSet = std::make_shared<SArguments>();
+    CLI::App& set = AddOne(line, group, SET, pSet, Set);
+    pSet->fields.AddTo(set);
+    AddEditOptions(set, pSet->options);
 
     CLI::App& add = AddOne(line, group, ADD, pArguments, Add);
     CCommandLine::AddTexts(add, "KEYWORD", "KEYWORD", pArguments->vecKeywords, "keywords")->required();

@@ -24,7 +24,7 @@ constexpr SCommandHelp HELP = {
     "Templates that refer to it follow. The display name stays. A name that cannot stand in the text of a rule is\n"
     "refused, such as one that holds AND, OR or EXCEPT.\n",
     "  dlpctl rename expression card payment-card\n"
-    "  dlpctl rename template card-data \"card data\" --dry-run\n",
+    "  dlpctl rename template card-data card-records --dry-run\n",
     "dlpctl-rename/1",
 };
 

@@ -45,7 +45,7 @@ constexpr SCommandHelp NEW = {
     "A RULE is P:EXPRESSION(COUNT) and K:KEYWORD LIST, joined by AND, OR and EXCEPT; from the second one on it begins\n"
     "with the operator that joins it to those before. --rules-from reads one from each line, --edit opens an editor\n"
     "($VISUAL, else $EDITOR). The display name is NAME unless told otherwise.\n",
-    "  dlpctl template new leaks 'P:card(2) AND K:card words' 'OR K:contract-words'\n"
+    "  dlpctl template new leaks 'P:card(2) AND K:card-words' 'OR K:contract-words'\n"
     "  dlpctl template show payments | dlpctl template new leaks --rules-from - --display-name Leaks\n"
     "  EDITOR=\"sed -i '$ a P:card(1)'\" dlpctl template new leaks --edit\n",
     "dlpctl-template-new/1",
@@ -55,9 +55,9 @@ constexpr SCommandHelp SET = {
     "template set NAME [RULE…]",
     "change rules and fields of a template",
     "Rules that are given replace all that are there; they are written as for template new. What is not given stays.\n",
-    "  dlpctl template set payments 'P:card(3) AND K:card words' --dry-run\n"
+    "  dlpctl template set payments 'P:card(3) AND K:card-words' --dry-run\n"
     "  dlpctl template set payments --description \"payment cards\" --industry banking --industry insurance\n"
-    "  printf 'P:card(3)\\nOR K:card words\\n' | dlpctl template set payments --rules-from -\n",
+    "  printf 'P:card(3)\\nOR K:card-words\\n' | dlpctl template set payments --rules-from -\n",
     "dlpctl-template-set/1",
 };
 constexpr SCommandHelp EDIT = {

@@ -16,7 +16,7 @@ class ImportPages : public CToolTest {
   protected:
     ImportPages() {
         m_dir.Write("policy.xml",
-                    Policy(Entity("card") + Dictionary("card words"), Template("card-data", "card", "card words")));
+                    Policy(Entity("card") + Dictionary("card-words"), Template("card-data", "card", "card-words")));
         m_dir.Write("assets.xml", Small());
     }
 
@@ -51,7 +51,7 @@ std::string Everything() {
     return Policy(Entity("card") + Entity("new") + Entity("") + "<entity name='x'/>" +
                       "<entity name='owned' display_name='O'><regularExpression/></entity>" +
                       "<entity name='typed' type='Type 1' display_name='T'><regularExpression/></entity>",
-                  Template("a", "card", "card words") + Template("b", "crad", "w") + Template("c", "card", "w") +
+                  Template("a", "card", "card-words") + Template("b", "crad", "w") + Template("c", "card", "w") +
                       "<template name='d' display_name='D'><rule/><matchRule operation='EXCEPT'/></template>",
                   "<industries><industry name='i'><template_id>gone</template_id></industry></industries>");
 }
@@ -71,8 +71,8 @@ TEST_F(ImportPages, LinesOfAssetsImportRun) {
 }
 
 TEST_F(ImportPages, EveryAnswerInJsonFollowsItsSchema) {
-    Import(Policy(Entity("card") + Entity("owned", "pre-defined='true'") + Dictionary("card words"),
-                  Template("cards", "card", "card words")));
+    Import(Policy(Entity("card") + Entity("owned", "pre-defined='true'") + Dictionary("card-words"),
+                  Template("cards", "card", "card-words")));
     for (const std::string strCommand : {"import", "assets import"}) {
         std::vector<std::string> vecWords{"import"};
         if (strCommand != "import") {

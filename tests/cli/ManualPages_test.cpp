@@ -18,8 +18,8 @@ class ManualPages : public CToolTest {
     ManualPages() {
         using namespace Documents;
         const std::string strPolicy =
-            Policy(Entity("card") + Entity("old card") + Dictionary("card words"),
-                   Template("payments", "card", "card words") + Template("card-data", "card", "card words"));
+            Policy(Entity("card") + Entity("old-card") + Dictionary("card-words"),
+                   Template("payments", "card", "card-words") + Template("card-data", "card", "card-words"));
         for (const char* pFile : {"policy.xml", "old.xml", "new.xml", "a.xml", "b.xml", "policies/one.xml"}) {
             m_dir.Write(std::string("work/") + pFile, strPolicy);
         }

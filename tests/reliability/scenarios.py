@@ -100,6 +100,7 @@ def scenarios() -> list[Scenario]:
         Scenario("expression new", ("expression", "new", "fresh", "--pattern", "a+"), once=True),
         Scenario("expression set", ("expression", "set", "bic", "--pattern", "a+")),
         Scenario("keywords new", ("keywords", "new", "fresh-words", "one"), once=True),
+        Scenario("keywords set", ("keywords", "set", "payment-card-words", "--type", "All")),
         Scenario("keywords add", ("keywords", "add", "payment-card-words", "fresh")),
         Scenario("keywords import", ("keywords", "import", "payment-card-words", "{in}"), b"keyword,score\nfresh,3\n"),
         Scenario("keywords export -o", ("keywords", "export", "payment-card-words", "-o", "{out}"),

@@ -21,7 +21,7 @@ const std::vector<std::string> COMMANDS[] = {
     {"rename", "expression", "one", "uno"},   {"rename", "keyword", "words", "terms"},
     {"keywords", "new", "terms", "three"},    {"keywords", "add", "words", "three"},
     {"keywords", "remove", "words", "one"},   {"expression", "set", "one", "--pattern", "x"},
-    {"template", "set", "cards", "P:one(3)"},
+    {"template", "set", "cards", "P:one(3)"}, {"keywords", "set", "words", "--type", "All"},
 };
 
 /** And those that look at one. */

@@ -88,6 +88,56 @@ TEST_F(KeywordsCommand, NewListThatCannotBeIsRefused) {
                   "the name \"BRAND\" cannot stand in the text of a rule: it holds AND, which joins parts of a rule");
 }
 
+TEST_F(KeywordsCommand, FieldsOfAListAreSetAndItsKeywordsStay) {
+    const std::vector<std::string> vecSet = {"keywords", "set", "words", "--type", "threshold", "--threshold", "2"};
+    const std::string strOut =
+        "~ keyword list \"words\"\n-   condition: Any\n+   condition: Threshold\n-   threshold: 0\n+   threshold: 2\n";
+    ExpectSameDry(vecSet, strOut);
+    ExpectDone(vecSet, strOut);
+    ExpectDone({"keywords", "set", "words", "--threshold", "3", "--description", "d", "--display-name", "W"},
+               "~ keyword list \"words\"\n-   display_name: List words\n+   display_name: W\n-   description:\n"
+               "+   description: d\n-   threshold: 2\n+   threshold: 3\n");
+    ExpectDone({"keywords", "set", "words", "--threshold", "3"}, "keyword list \"words\": nothing to change\n");
+    EXPECT_EQ(StoredText(), R"(<dictionary name="words" type="Threshold" threshold="3" display_name="W" )"
+                            R"(description="d" pre-defined="false">)" +
+                                One() + Two() + "</dictionary>");
+    const std::string strDump = Dump();
+    EXPECT_EQ(Run({"assets", "export", "--keyword", "words", "-o", m_dir.Path("words.xml")}).iCode, 0);
+    EXPECT_EQ(Run({"assets", "import", m_dir.Path("words.xml")}).iCode, 0);
+    EXPECT_EQ(Dump(), strDump);
+}
+
+TEST_F(KeywordsCommand, NumbersGoWithTheTypeOfAList) {
+    EXPECT_EQ(Run({"keywords", "set", "words", "--type", "Distance", "--distance", "9"}).iCode, 0);
+    ExpectDone({"keywords", "set", "words", "--type", "All"},
+               "~ keyword list \"words\"\n-   condition: Distance\n+   condition: All\n-   number: 9\n+   number: 0\n");
+    EXPECT_EQ(RunJson({"keywords", "set", "words", "--type", "all"}).dump(),
+              R"({"format":"dlpctl-keywords-set/1","verdict":"done","dry_run":false,"change":{"kind":"keyword",)"
+              R"("name":"words","change":"same","fields":[],"keywords":[],"rules":null},"warnings":[]})");
+    ExpectRefused({"keywords", "set", "words", "--type", "Threshold"}, 3,
+                  "--threshold: type \"Threshold\" of keyword lists needs it");
+    ExpectRefused({"keywords", "set", "words", "--distance", "2"}, 2,
+                  "--distance: type \"All\" of keyword lists does not have it");
+}
+
+TEST_F(KeywordsCommand, FieldThatCannotBeIsNotSet) {
+    ExpectRefused({"keywords", "set", "words"}, 3,
+                  "nothing is to be changed; dlpctl keywords set --help lists the fields");
+    ExpectRefused({"keywords", "set", "words", "--type", "Some"}, 3,
+                  "--type: there is no type \"Some\"; write one of \"All\", \"Any\", \"Threshold\", \"Distance\"");
+    ExpectRefused({"keywords", "set", "words", "--display-name", ""}, 2,
+                  "--display-name: no import takes an item whose display name is empty");
+    ExpectRefused({"keywords", "set", "words", "--threshold", "two"}, 3,
+                  "--threshold: \"two\" is no whole number of 32 bits");
+    ExpectRefused({"keywords", "set", "word", "--type", "All"}, 1,
+                  "no keyword list is named \"word\"; did you mean \"words\"?");
+    ExpectDone({"keywords", "set", "words", "--type", "Threshold", "--threshold", "9"},
+               "~ keyword list \"words\"\n-   condition: Any\n+   condition: Threshold\n-   threshold: 0\n"
+               "+   threshold: 9\n",
+               "dlpctl: warning: keyword list \"words\": DLP053 threshold-unreachable: the threshold is 9, and all "
+               "keywords together come to 6; lower the threshold, or add keywords\n");
+}
+
 TEST_F(KeywordsCommand, NewKeywordsComeLast) {
     const std::string strOut =
         "~ keyword list \"words\"\n+   keyword \"a & b\", score 1\n+   keyword \"three\", score 1\n";
@@ -236,8 +286,9 @@ TEST_F(KeywordsCommand, BuiltInListsAreShownButNotChanged) {
     Import(Documents::Policy(Documents::Dictionary("base", "pre-defined=\"true\""),
                              R"(<template name="x" display_name="X"/>)"));
     EXPECT_EQ(Run({"keywords", "show", "base"}).iCode, 0);
-    for (const std::vector<std::string>& vecArguments :
-         {std::vector<std::string>{"keywords", "add", "base", "x"}, {"keywords", "remove", "base", "one"}}) {
+    for (const std::vector<std::string>& vecArguments : {std::vector<std::string>{"keywords", "add", "base", "x"},
+                                                         {"keywords", "remove", "base", "one"},
+                                                         {"keywords", "set", "base", "--type", "All"}}) {
         ExpectRefused(vecArguments, 1, "keyword list \"base\" is built in; only an import changes it");
     }
     ExpectRefused({"keywords", "import", "base", "-"}, 1,

@@ -69,6 +69,8 @@ const SCompleted COMPLETED[] = {
     {"template set x --region=e", {"--region=eu"}},
     {"expression new x --validator lu", {"luhn"}},
     {"keywords show _", {"words"}},
+    {"keywords set _", {"words"}},
+    {"keywords set words --th", {"--threshold"}},
     {"template show _", {"cards"}},
     {"rename expression o", {"one"}},
     {"diff st", {"store"}},
