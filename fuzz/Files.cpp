@@ -1,33 +1,17 @@
-#include <filesystem>
-#include <fstream>
 #include <sstream>
 #include <string>
 #include <vector>
 
-#include <unistd.h>
-
 #include "api/DLPMetaDataLoaderImpl.h"
 #include "cli/Tool.h"
 #include "fuzz/Targets.h"
-#include "platform/common/CException.h"
 #include "platform/common/TextConversion.h"
 #include "platform/config/CINIReader.h"
-#include "platform/store/CSettingsStore.h"
 #include "platform/system/InstallPath.h"
 #include "templates/DLPXmlNormalizer.h"
 #include "tests/support/TempDir.h"
 
 namespace Fuzz {
-
-namespace {
-
-/** One folder for all runs of the process. */
-const CTempDir& Folder() {
-    static const CTempDir s_folder;
-    return s_folder;
-}
-
-}  // namespace
 
 void ReadNameMap(std::string_view strData) {
     const std::wstring strPath = OS::WideText(Folder().Write("names.txt", std::string(strData)));
@@ -57,21 +41,6 @@ void ReadPolicyLists(std::string_view strData) {
         for (const OS::x_wstring& strName : vecNames) {
             Require(strName.find_first_of(L"<>\"'") == std::wstring::npos, "a name is escaped");
         }
-    }
-}
-
-void OpenStore(std::string_view strData) {
-    const std::string strFile = Folder().Write("store.db", std::string(strData));
-    for (const char* pSide : {"-wal", "-shm", "-journal"}) {
-        std::filesystem::remove(strFile + pSide);
-    }
-    try {
-        const auto pStore = CSettingsStore::Make("sqlite:" + strFile);
-        for (const ESettingsKind eKind : ALL_SETTINGS_KINDS) {
-            pStore->ReadAll(eKind, [](CSettingsRow&&) {});
-        }
-    } catch (const OS::CException&) {
-        // Damaged, or no store of ours.
     }
 }
 

@@ -5,6 +5,8 @@
 #include <cstdlib>
 #include <iterator>
 
+#include "tests/support/TempDir.h"
+
 namespace Fuzz {
 
 const STarget TARGETS[10] = {
@@ -25,6 +27,11 @@ void Require(bool bHolds, const char* pWhat) {
         std::fprintf(stderr, "does not hold: %s\n", pWhat);
         std::abort();
     }
+}
+
+const CTempDir& Folder() {
+    static const CTempDir s_folder;
+    return s_folder;
 }
 
 }  // namespace Fuzz

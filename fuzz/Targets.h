@@ -3,6 +3,8 @@
 #include <string_view>
 
 /** What reads texts that others wrote. Each takes any bytes and ends the program when something does not hold. */
+class CTempDir;
+
 namespace Fuzz {
 
 struct STarget {
@@ -23,7 +25,10 @@ void ParseRule(std::string_view strData);
 void ParseSubKeywords(std::string_view strData);
 void ReadNameMap(std::string_view strData);
 void ReadPolicyLists(std::string_view strData);
-/** A store's file, opened and read whole. */
+/**
+ * A store's file, or changes of one that this library made: read, looked up, verified, written. What is read of a
+ * changed one is what was kept in it.
+ */
 void OpenStore(std::string_view strData);
 /** A dump as the tool reads it. */
 void LoadDump(std::string_view strData);
@@ -35,5 +40,7 @@ const STarget* FindTarget(std::string_view strName);
 
 /** Ends the program with a word when something does not hold. */
 void Require(bool bHolds, const char* pWhat);
+/** One folder for all runs of the process. */
+const CTempDir& Folder();
 
 }  // namespace Fuzz

@@ -4,7 +4,6 @@
 #define XXH_INLINE_ALL
 #include <xxhash.h>
 
-#include <cstdint>
 #include <cstring>
 #include <new>
 
@@ -34,14 +33,6 @@ SFile& Behind(sqlite3_file* pFile) {
 
 bool IsPage(int iBytes, sqlite3_int64 iOffset) {
     return iBytes == PAGE_SIZE && iOffset % PAGE_SIZE == 0;
-}
-
-/** The page's number is part of it, so that no page stands for another. */
-void MakeSum(const unsigned char* pPage, sqlite3_int64 iOffset, unsigned char* pSum) {
-    const auto iNumber = static_cast<std::uint64_t>(iOffset / PAGE_SIZE);
-    XXH64_canonical_t canonical;
-    XXH64_canonicalFromHash(&canonical, XXH3_64bits_withSeed(pPage, PAGE_SIZE - SUM_SIZE, iNumber + 1));
-    std::memcpy(pSum, canonical.digest, SUM_SIZE);
 }
 
 int Read(sqlite3_file* pFile, void* pBytes, int iBytes, sqlite3_int64 iOffset) {
@@ -121,6 +112,14 @@ const char* GetVfsName() {
 void Reserve(sqlite3* pDb) {
     int iBytes = SUM_SIZE;
     sqlite3_file_control(pDb, nullptr, SQLITE_FCNTL_RESERVE_BYTES, &iBytes);
+}
+
+/** The page's number is part of it, so that no page stands for another. */
+void MakeSum(const unsigned char* pPage, std::int64_t iOffset, unsigned char* pSum) {
+    const auto iNumber = static_cast<std::uint64_t>(iOffset / PAGE_SIZE);
+    XXH64_canonical_t canonical;
+    XXH64_canonicalFromHash(&canonical, XXH3_64bits_withSeed(pPage, PAGE_SIZE - SUM_SIZE, iNumber + 1));
+    std::memcpy(pSum, canonical.digest, SUM_SIZE);
 }
 
 }  // namespace SqlitePageSums

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdint>
+
 struct sqlite3;
 
 /**
@@ -17,5 +19,11 @@ inline constexpr int SUM_SIZE = 8;  ///< the bytes that each page keeps free for
 const char* GetVfsName();
 /** Lets a database that is still empty have such pages. */
 void Reserve(sqlite3* pDb);
+/**
+ * @param pPage PAGE_SIZE bytes
+ * @param iOffset where the page stands in its file
+ * @param pSum receives SUM_SIZE bytes, which belong at the page's end
+ */
+void MakeSum(const unsigned char* pPage, std::int64_t iOffset, unsigned char* pSum);
 
 }  // namespace SqlitePageSums
