@@ -124,3 +124,7 @@ CSettingsRow CSqliteStatement::Row(ESettingsKind eKind) const {
 std::uint64_t CSqliteStatement::Checksum(ESettingsKind eKind) const {
     return static_cast<std::uint64_t>(Number(static_cast<int>(GetSettingsTable(eKind).iColumns)));
 }
+
+std::int64_t CSqliteStatement::Place(ESettingsKind eKind) const {
+    return Number(static_cast<int>(GetSettingsTable(eKind).iColumns) + 1);
+}

@@ -36,6 +36,8 @@ class CSqliteStatement {
     CSettingsRow Row(ESettingsKind eKind) const;
     /** @return the checksum that stands behind the record's columns */
     std::uint64_t Checksum(ESettingsKind eKind) const;
+    /** @return the engine's number of the row, which stands behind the checksum */
+    std::int64_t Place(ESettingsKind eKind) const;
 
   private:
     struct SFinalize {

@@ -21,15 +21,16 @@ enum class CSqliteStore::EStatement : std::size_t {
     SELECT_CHECKSUM,
     INSERT,
     UPDATE,
+    UPDATE_FOUND,
     REMOVE,
     REMOVE_ALL,
-    BEGIN_WRITE,
     BEGIN_READ,
-    BEGIN_NESTED,
+    MARK,
+    LOCK,
     COMMIT,
-    COMMIT_NESTED,
+    DROP_MARK,
     ROLLBACK,
-    ROLLBACK_NESTED,
+    ROLLBACK_TO_MARK,
 };
 
 namespace {
@@ -57,11 +58,12 @@ constexpr SStatement STATEMENTS[] = {
     {StoreDoing::SAVING, nullptr, OfTable<SqlText::SelectChecksum>},
     {StoreDoing::SAVING, nullptr, OfTable<SqlText::Insert>},
     {StoreDoing::SAVING, nullptr, OfTable<SqlText::Update>},
+    {StoreDoing::SAVING, nullptr, OfTable<SqlText::UpdateFound>},
     {StoreDoing::REMOVING, nullptr, OfTable<SqlText::Remove>},
     {StoreDoing::REPLACING, nullptr, OfTable<SqlText::RemoveAll>},
-    {StoreDoing::BEGINNING, SqlText::BEGIN_WRITE, nullptr},
     {StoreDoing::BEGINNING, "BEGIN", nullptr},
     {StoreDoing::BEGINNING, "SAVEPOINT unit", nullptr},
+    {StoreDoing::BEGINNING, SqlText::LOCK, nullptr},
     {StoreDoing::COMMITTING, SqlText::COMMIT, nullptr},
     {StoreDoing::COMMITTING, "RELEASE unit", nullptr},
     {StoreDoing::UNDOING, "ROLLBACK", nullptr},
@@ -86,6 +88,20 @@ std::string AbsolutePath(const std::string& strPath) {
     return strAbsolute;
 }
 
+/** @return the texts of the row's indexed columns but the key, told apart by what no text holds */
+std::string IndexedTexts(const CSettingsRow& row) {
+    const STable& table = GetSettingsTable(row.GetKind());
+    std::string strTexts;
+    for (std::size_t i = 1; i < table.iColumns; ++i) {
+        if (table.pColumns[i].bIndexed) {
+            strTexts += row.IsNull(i) ? "" : "=";
+            strTexts += row.GetText(i);
+            strTexts += '\0';
+        }
+    }
+    return strTexts;
+}
+
 constexpr char NOTHING_WRITTEN[] = "nothing was written";
 constexpr char WRITTEN_ELSEWHERE[] = "what was written is in the file that stood there before";
 
@@ -94,7 +110,7 @@ constexpr char WRITTEN_ELSEWHERE[] = "what was written is in the file that stood
 CSqliteStore::CSqliteStore(const std::string& strPath, int iBusyMilliseconds, EUnitOfWork eUse)
     : m_connection(AbsolutePath(strPath), iBusyMilliseconds, eUse), m_units(m_connection.GetUrl()) {
     // Undoing must not depend on memory that has run out.
-    for (const EStatement eStatement : {EStatement::ROLLBACK, EStatement::ROLLBACK_NESTED, EStatement::COMMIT_NESTED}) {
+    for (const EStatement eStatement : {EStatement::ROLLBACK, EStatement::ROLLBACK_TO_MARK, EStatement::DROP_MARK}) {
         Prepared(eStatement);
     }
 }
@@ -159,7 +175,8 @@ void CSqliteStore::Find(ESettingsKind eKind, std::size_t iColumn, const std::vec
         run->BindText(1, strValue);
         vecRows.push_back(run->Step() ? std::make_unique<CSettingsRow>(ReadVerified(*run, eKind)) : nullptr);
         if (vecRows.back() != nullptr && m_units.IsWriting()) {
-            m_found = {eKind, vecRows.back()->GetSubject(), run->Checksum(eKind), m_iChanges};
+            const CSettingsRow& row = *vecRows.back();
+            m_found = {eKind, row.GetSubject(), IndexedTexts(row), run->Place(eKind), run->Checksum(eKind), m_iChanges};
         }
     }
 }
@@ -185,7 +202,7 @@ void CSqliteStore::ReadAll(ESettingsKind eKind, const std::function<void(CSettin
     // see one state of the store.
     CSqliteStatement totals(m_connection, SqlText::SELECT_TOTALS, StoreDoing::READING);
     const auto iKind = static_cast<std::size_t>(eKind);
-    const SStoreTotals expected = m_units.IsInside() ? m_vecTotals.back()[iKind] : ReadTotals(totals)[iKind];
+    const SStoreTotals expected = m_units.IsInside() ? m_vecOpen.back().aTotals[iKind] : ReadTotals(totals)[iKind];
     const std::uint64_t iChanges = m_iChanges;
     SStoreTotals found;
     CSqliteStatement statement(m_connection, SqlText::SelectAll(GetSettingsTable(eKind)), StoreDoing::READING);
@@ -210,7 +227,7 @@ std::size_t CSqliteStore::Count(ESettingsKind eKind) {
     RequireUnitKept(StoreDoing::COUNTING);
     const auto iKind = static_cast<std::size_t>(eKind);
     if (m_units.IsInside()) {
-        return m_vecTotals.back()[iKind].iRecords;
+        return m_vecOpen.back().aTotals[iKind].iRecords;
     }
     CSqliteRun run(Prepared(EStatement::TOTALS));
     return ReadTotals(*run)[iKind].iRecords;
@@ -232,7 +249,7 @@ void CSqliteStore::Save(const CSettingsRow& row) {
         return;
     }
     const std::uint64_t iOldChecksum = bFound ? m_found->iChecksum : ReadChecksum(row.GetKind(), row.GetSubject());
-    if (!Write(EStatement::UPDATE, row, iChecksum)) {
+    if (!Update(row, iChecksum)) {
         ThrowDamaged({GetSettingsTable(row.GetKind()).pName, row.GetSubject(), StoreDamage::VANISHED});
     }
     SStoreTotals& totals = Change(row.GetKind());
@@ -275,12 +292,24 @@ void CSqliteStore::ReplaceAll(ESettingsKind eKind, const std::vector<CSettingsRo
     transaction.Commit();
 }
 
+/** The engine writes the indexes of every column that a statement sets, also when the value stays what it was. */
+bool CSqliteStore::Update(const CSettingsRow& row, std::uint64_t iChecksum) {
+    if (IsFound(row) && m_found->strIndexed == IndexedTexts(row)) {
+        return Write(EStatement::UPDATE_FOUND, row, iChecksum, m_found->iPlace);
+    }
+    return Write(EStatement::UPDATE, row, iChecksum);
+}
+
 /** @return whether there was a row to write */
-bool CSqliteStore::Write(EStatement eStatement, const CSettingsRow& row, std::uint64_t iChecksum) {
+bool CSqliteStore::Write(EStatement eStatement, const CSettingsRow& row, std::uint64_t iChecksum,
+                         std::optional<std::int64_t> place) {
     const auto iColumns = static_cast<int>(GetSettingsTable(row.GetKind()).iColumns);
     CSqliteRun run = Start(eStatement, row.GetKind());
     run->BindRow(row);
     run->BindNumber(iColumns + 1, static_cast<std::int64_t>(iChecksum));
+    if (place) {
+        run->BindNumber(iColumns + 2, *place);
+    }
     run->Step();
     return sqlite3_changes(m_connection.Get()) > 0;
 }
@@ -316,7 +345,7 @@ AllStoreTotals CSqliteStore::ReadTotals(CSqliteStatement& statement) const {
 
 void CSqliteStore::WriteTotals() {
     for (std::size_t i = 0; i < SETTINGS_KINDS; ++i) {
-        const SStoreTotals& totals = m_vecTotals.back()[i];
+        const SStoreTotals& totals = m_vecOpen.back().aTotals[i];
         if (totals != m_aStored[i]) {
             CSqliteRun run(Prepared(EStatement::UPDATE_TOTALS));
             run->BindNumber(1, static_cast<std::int64_t>(i));
@@ -330,7 +359,7 @@ void CSqliteStore::WriteTotals() {
 /** @return what the innermost unit sees, to be changed with the table */
 SStoreTotals& CSqliteStore::Change(ESettingsKind eKind) {
     ++m_iChanges;
-    return m_vecTotals.back()[static_cast<std::size_t>(eKind)];
+    return m_vecOpen.back().aTotals[static_cast<std::size_t>(eKind)];
 }
 
 void CSqliteStore::ThrowDamaged(const SStoreDamage& damage) const {
@@ -342,21 +371,14 @@ void CSqliteStore::ThrowDamaged(const SStoreDamage& damage) const {
 void CSqliteStore::Begin(EUnitOfWork eUnit) {
     RequireUnitKept(StoreDoing::BEGINNING);
     const bool bNested = m_units.IsInside();
-    m_vecTotals.reserve(m_vecTotals.size() + 1);  // lack of memory must not leave a unit without its totals
+    const bool bMarked = bNested && IsMarkWanted(eUnit);
+    m_vecOpen.reserve(m_vecOpen.size() + 1);  // lack of memory must not leave a unit without its totals
     m_units.Push(eUnit);
     try {
-        if (bNested) {
-            Run(EStatement::BEGIN_NESTED);
-        } else {
-            Run(eUnit == EUnitOfWork::WRITE ? EStatement::BEGIN_WRITE : EStatement::BEGIN_READ);
-            CSqliteRun run(Prepared(EStatement::TOTALS));  // for a unit that reads, this fixes the state that it sees
-            m_aStored = ReadTotals(*run);
-            if (eUnit == EUnitOfWork::WRITE) {
-                if (m_connection.HasMoved()) {
-                    ThrowMoved(StoreDoing::BEGINNING, NOTHING_WRITTEN);
-                }
-                m_connection.GetWriterNote().Leave();
-            }
+        if (!bNested) {
+            BeginOutermost(eUnit);
+        } else if (bMarked) {
+            Run(EStatement::MARK);
         }
     } catch (...) {
         m_units.Pop();
@@ -365,16 +387,42 @@ void CSqliteStore::Begin(EUnitOfWork eUnit) {
         }
         throw;
     }
-    m_vecTotals.push_back(bNested ? m_vecTotals.back() : m_aStored);
+    m_vecOpen.push_back({bNested ? m_vecOpen.back().aTotals : m_aStored, eUnit, bMarked, m_iChanges});
+}
+
+/**
+ * A transaction that is begun by a mark can go back to its start and keep the lock, and pages are not copied for that,
+ * as they are for marks inside it.
+ */
+void CSqliteStore::BeginOutermost(EUnitOfWork eUnit) {
+    if (eUnit == EUnitOfWork::WRITE) {
+        Run(EStatement::MARK);
+        Run(EStatement::LOCK);
+    } else {
+        Run(EStatement::BEGIN_READ);
+    }
+    CSqliteRun run(Prepared(EStatement::TOTALS));  // for a unit that reads, this fixes the state that it sees
+    m_aStored = ReadTotals(*run);
+    if (eUnit == EUnitOfWork::WRITE) {
+        if (m_connection.HasMoved()) {
+            ThrowMoved(StoreDoing::BEGINNING, NOTHING_WRITTEN);
+        }
+        m_connection.GetWriterNote().Leave();
+    }
+}
+
+/** A unit that changes nothing needs no mark, and one before which nothing was changed goes back to that around it. */
+bool CSqliteStore::IsMarkWanted(EUnitOfWork eUnit) const {
+    return eUnit == EUnitOfWork::WRITE && m_vecOpen.back().iChanges != m_iChanges;
 }
 
 void CSqliteStore::Commit() {
     m_units.RequireInside(StoreDoing::COMMITTING);
     try {
         RequireUnitKept(StoreDoing::COMMITTING);
-        if (m_units.IsNested()) {
-            Run(EStatement::COMMIT_NESTED);
-        } else {
+        if (m_vecOpen.back().bMarked) {
+            Run(EStatement::DROP_MARK);
+        } else if (!m_units.IsNested()) {
             WriteTotals();
             if (m_units.IsWriting() && m_connection.HasMoved()) {
                 ThrowMoved(StoreDoing::COMMITTING, NOTHING_WRITTEN);
@@ -386,11 +434,11 @@ void CSqliteStore::Commit() {
         Rollback();
         throw;
     }
-    const AllStoreTotals aTotals = m_vecTotals.back();
+    const AllStoreTotals aTotals = m_vecOpen.back().aTotals;
     const bool bWritten = m_units.IsWriting() && !m_units.IsNested();
     EndUnit();
     if (m_units.IsInside()) {
-        m_vecTotals.back() = aTotals;
+        m_vecOpen.back().aTotals = aTotals;
     } else if (bWritten && m_connection.HasMoved() && m_connection.CanLook()) {
         ThrowMoved(StoreDoing::COMMITTING, WRITTEN_ELSEWHERE);
     }
@@ -399,7 +447,7 @@ void CSqliteStore::Commit() {
 void CSqliteStore::EndUnit() {
     m_found.reset();
     m_units.Pop();
-    m_vecTotals.pop_back();
+    m_vecOpen.pop_back();
     if (!m_units.IsInside()) {
         m_connection.GetWriterNote().Remove();
     }
@@ -412,6 +460,7 @@ void CSqliteStore::ThrowMoved(const char* pDoing, const char* pWhat) const {
 void CSqliteStore::Rollback() {
     m_units.RequireInside(StoreDoing::UNDOING);
     const bool bNested = m_units.IsNested();
+    const SUnit unit = m_vecOpen.back();
     EndUnit();
     ++m_iChanges;
     if (!m_connection.IsInTransaction()) {
@@ -419,11 +468,17 @@ void CSqliteStore::Rollback() {
     }
     if (!bNested) {
         Run(EStatement::ROLLBACK);
-        return;
+    } else if (unit.eUnit == EUnitOfWork::WRITE) {
+        UndoNested(unit.bMarked);
     }
+}
+
+void CSqliteStore::UndoNested(bool bMarked) {
     try {
-        Run(EStatement::ROLLBACK_NESTED);
-        Run(EStatement::COMMIT_NESTED);
+        Run(EStatement::ROLLBACK_TO_MARK);
+        if (bMarked) {
+            Run(EStatement::DROP_MARK);
+        }
     } catch (...) {
         // Better to lose the units around it than to keep what was to be undone.
         if (m_connection.IsInTransaction()) {

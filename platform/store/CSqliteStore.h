@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <string>
 #include <tuple>
 #include <vector>
@@ -61,11 +62,16 @@ class CSqliteStore : public CSettingsStore {
     void CheckTable(ESettingsKind eKind, const std::function<void(const SStoreDamage&)>& fnDamage);
     CSettingsRow ReadVerified(const CSqliteStatement& statement, ESettingsKind eKind) const;
     std::uint64_t ReadChecksum(ESettingsKind eKind, const std::string& strSubject);
-    bool Write(EStatement eStatement, const CSettingsRow& row, std::uint64_t iChecksum);
+    bool Write(EStatement eStatement, const CSettingsRow& row, std::uint64_t iChecksum,
+               std::optional<std::int64_t> place = {});
+    bool Update(const CSettingsRow& row, std::uint64_t iChecksum);
     AllStoreTotals ReadTotals(CSqliteStatement& statement) const;
     void WriteTotals();
     SStoreTotals& Change(ESettingsKind eKind);
+    void BeginOutermost(EUnitOfWork eUnit);
+    bool IsMarkWanted(EUnitOfWork eUnit) const;
     void EndUnit();
+    void UndoNested(bool bMarked);
     [[noreturn]] void ThrowMoved(const char* pDoing, const char* pWhat) const;
     [[noreturn]] void ThrowDamaged(const SStoreDamage& damage) const;
 
@@ -73,16 +79,26 @@ class CSqliteStore : public CSettingsStore {
     struct SFound {
         ESettingsKind eKind;
         std::string strSubject;
+        std::string strIndexed;  ///< what the indexes but that of keys hold of it
+        std::int64_t iPlace;     ///< the engine's number of the row
         std::uint64_t iChecksum;
         std::uint64_t iChanges;  ///< how many there were by then
     };
     bool IsFound(const CSettingsRow& row) const;
 
+    /** A unit that is open. */
+    struct SUnit {
+        AllStoreTotals aTotals;  ///< as it sees them
+        EUnitOfWork eUnit;
+        bool bMarked;            ///< whether it has a mark of its own to go back to
+        std::uint64_t iChanges;  ///< how many there were when it began
+    };
+
     CSqliteConnection m_connection;
     std::map<std::tuple<EStatement, ESettingsKind, std::size_t>, CSqliteStatement> m_mapStatements;
     CUnitsOfWork m_units;
-    AllStoreTotals m_aStored{};               ///< as the outermost unit found them
-    std::vector<AllStoreTotals> m_vecTotals;  ///< as each unit that is open sees them
-    std::uint64_t m_iChanges = 0;             ///< counts changes through this object, and what undoes them
+    AllStoreTotals m_aStored{};    ///< as the outermost unit found them
+    std::vector<SUnit> m_vecOpen;  ///< outermost first
+    std::uint64_t m_iChanges = 0;  ///< counts changes through this object, and what undoes them
     std::optional<SFound> m_found;
 };

@@ -91,7 +91,7 @@ void CSqliteStore::CheckTable(ESettingsKind eKind, const std::function<void(cons
                 vecDamages.push_back({table.pName, row.GetSubject(), std::move(strNonsense)});
             }
         }
-        if (found != m_vecTotals.back()[static_cast<std::size_t>(eKind)]) {
+        if (found != m_vecOpen.back().aTotals[static_cast<std::size_t>(eKind)]) {
             vecDamages.push_back({table.pName, "", StoreDamage::VANISHED});
         }
     } catch (const OS::CException& error) {

@@ -5,6 +5,7 @@ namespace SqlText {
 namespace {
 
 constexpr char CHECKSUM[] = "checksum";
+constexpr char PLACE[] = "rowid";
 
 const char* TypeText(EColumnType eType) {
     switch (eType) {
@@ -51,6 +52,17 @@ std::string Where(const STable& table, std::size_t iColumn) {
     return std::string(" WHERE ") + table.pColumns[iColumn].pName + " = ?1";
 }
 
+/** What sets all columns but the key, each to the parameter of its position. */
+std::string SetColumns(const STable& table, bool bIndexedToo) {
+    std::string strSql = std::string("UPDATE ") + table.pName + " SET ";
+    for (std::size_t i = 1; i < table.iColumns; ++i) {
+        if (bIndexedToo || !table.pColumns[i].bIndexed) {
+            strSql += std::string(table.pColumns[i].pName) + " = ?" + std::to_string(i + 1) + ", ";
+        }
+    }
+    return strSql + CHECKSUM + " = ?" + std::to_string(table.iColumns + 1);
+}
+
 /** The key stands in the index too: the first of many rows of one value is found without looking at them all. */
 std::string CreateIndex(const std::string& strTable, const std::string& strColumn, const char* pKey) {
     return "CREATE INDEX " + strTable + "_by_" + strColumn + " ON " + strTable + " (" + strColumn + ", " + pKey + ");";
@@ -83,12 +95,11 @@ std::string Insert(const STable& table) {
 }
 
 std::string Update(const STable& table) {
-    int iParameter = 1;
-    const std::string strUpdates = List(table, 1, [&](const SColumn& column) {
-        return std::string(column.pName) + " = ?" + std::to_string(++iParameter);
-    });
-    return std::string("UPDATE ") + table.pName + " SET " + strUpdates + ", " + CHECKSUM + " = ?" +
-           std::to_string(iParameter + 1) + Where(table, 0);
+    return SetColumns(table, true) + Where(table, 0);
+}
+
+std::string UpdateFound(const STable& table) {
+    return SetColumns(table, false) + " WHERE " + PLACE + " = ?" + std::to_string(table.iColumns + 2);
 }
 
 std::string SelectAll(const STable& table) {
@@ -96,7 +107,7 @@ std::string SelectAll(const STable& table) {
 }
 
 std::string SelectFirst(const STable& table, std::size_t iColumn) {
-    return "SELECT " + Names(table) + From(table) + Where(table, iColumn) + InOrder(table) + " LIMIT 1";
+    return "SELECT " + Names(table) + ", " + PLACE + From(table) + Where(table, iColumn) + InOrder(table) + " LIMIT 1";
 }
 
 std::string SelectChecksum(const STable& table) {

@@ -17,6 +17,8 @@ inline constexpr char CREATE_TOTALS[] =
     "CREATE TABLE totals (kind INTEGER PRIMARY KEY, records INTEGER NOT NULL, checksum INTEGER NOT NULL)";
 /** Parameters: kind, records, checksum. */
 inline constexpr char INSERT_TOTALS[] = "INSERT INTO totals (kind, records, checksum) VALUES (?1, ?2, ?3)";
+/** Changes nothing, but takes the lock of those who do. */
+inline constexpr char LOCK[] = "UPDATE totals SET records = 0 WHERE 0";
 inline constexpr char UPDATE_TOTALS[] = "UPDATE totals SET records = ?2, checksum = ?3 WHERE kind = ?1";
 inline constexpr char SELECT_TOTALS[] = "SELECT kind, records, checksum FROM totals ORDER BY kind";
 
@@ -28,9 +30,12 @@ std::string AddChecksum(const STable& table);
 std::string Insert(const STable& table);
 /** Replaces the row of a key; the same parameters. */
 std::string Update(const STable& table);
+/** Replaces the row of a place, but for its key and its indexed columns; the same parameters, then the place. */
+std::string UpdateFound(const STable& table);
 /** All columns of every row, then the checksum, in the order of keys. */
 std::string SelectAll(const STable& table);
-/** All columns, then the checksum, of the first row, in the order of keys, whose column equals the parameter. */
+/** All columns, then the checksum and the place, of the first row, in the order of keys, whose column equals the
+ * parameter. */
 std::string SelectFirst(const STable& table, std::size_t iColumn);
 /** The checksum of the row whose key is the parameter. */
 std::string SelectChecksum(const STable& table);

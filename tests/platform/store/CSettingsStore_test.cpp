@@ -397,6 +397,28 @@ TEST_P(SettingsUnits, InnerRollbackLeavesTheOuterUnit) {
     EXPECT_EQ(strOuter, Dump());
 }
 
+TEST_P(SettingsUnits, InnerRollbackBeforeAnyOtherChangeLeavesTheOuterUnit) {
+    m_pStore->Begin(EUnitOfWork::WRITE);
+    for (int i = 0; i < 2; ++i) {
+        m_pStore->Begin(EUnitOfWork::WRITE);
+        m_pStore->Begin(EUnitOfWork::WRITE);
+        m_pStore->Save(Expression("O"));
+        m_pStore->Commit();
+        const std::string strInner = Dump();
+        m_pStore->Begin(EUnitOfWork::READ);
+        m_pStore->Rollback();
+        m_pStore->Begin(EUnitOfWork::WRITE);
+        ChangeAll(*m_pStore);
+        m_pStore->Rollback();
+        EXPECT_EQ(strInner, Dump());
+        m_pStore->Rollback();
+        EXPECT_EQ(m_strBefore, Dump());
+    }
+    ChangeAll(*m_pStore);
+    m_pStore->Commit();
+    EXPECT_EQ(CHANGED, Dump());
+}
+
 TEST_P(SettingsUnits, OuterRollbackUndoesACommittedInnerUnit) {
     m_pStore->Begin(EUnitOfWork::WRITE);
     m_pStore->Begin(EUnitOfWork::WRITE);
@@ -407,6 +429,31 @@ TEST_P(SettingsUnits, OuterRollbackUndoesACommittedInnerUnit) {
     EXPECT_EQ(CHANGED, Dump());
     m_pStore->Rollback();
     EXPECT_EQ(m_strBefore, Dump());
+}
+
+TEST_P(SettingsUnits, WhatWasFoundIsFoundByTheNamesItIsSavedWith) {
+    m_pStore->Save(Template("T", nullptr, "display"));
+    const auto fnSave = [&](const char* pName, const char* pDisplayName) {
+        CSettingsTransaction unit(*m_pStore, EUnitOfWork::WRITE);
+        ASSERT_NE(nullptr, m_pStore->FindOne(TEMPLATE, 0, "T"));
+        m_pStore->Save(Template("T", pName, pDisplayName));
+        unit.Commit();
+    };
+    const auto fnFound = [&](const char* pName, const char* pDisplayName) {
+        return Found(TEMPLATE, TemplateColumn::ELEMENT_NAME, pName) +
+               Found(TEMPLATE, TemplateColumn::DISPLAY_NAME, pDisplayName);
+    };
+    EXPECT_EQ("-T", fnFound("", "display"));
+    fnSave("", "display");
+    EXPECT_EQ("TT", fnFound("", "display"));
+    fnSave("name", "other");
+    EXPECT_EQ("--", fnFound("", "display"));
+    EXPECT_EQ("TT", fnFound("name", "other"));
+    fnSave("name", "other");
+    EXPECT_EQ("TT", fnFound("name", "other"));
+    fnSave(nullptr, "other");
+    EXPECT_EQ("-T", fnFound("name", "other"));
+    EXPECT_EQ("-", Found(TEMPLATE, TemplateColumn::ELEMENT_NAME, ""));
 }
 
 TEST_P(SettingsUnits, UnitsFollowEachOther) {

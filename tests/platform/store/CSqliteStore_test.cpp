@@ -623,7 +623,45 @@ TEST_F(SqliteStore, LookupsGoThroughIndexes) {
             }
         }
     }
+    for (const ESettingsKind eKind : ALL_SETTINGS_KINDS) {
+        EXPECT_EQ(std::string("SEARCH ") + GetSettingsTable(eKind).pName + " USING INTEGER PRIMARY KEY (rowid=?)",
+                  fnPlan(SqlText::UpdateFound(GetSettingsTable(eKind))));
+    }
     sqlite3_close(pDb);
+}
+
+TEST_F(SqliteStore, RecordsThatAreUpdatedAreNotCopiedForTheUnit) {
+    CSqliteStore store(Path());
+    const auto fnSave = [&](const char* pDescription) {
+        CSettingsTransaction outer(store, EUnitOfWork::WRITE);
+        CSettingsTransaction inner(store, EUnitOfWork::WRITE);
+        const sqlite3_int64 iBefore = sqlite3_memory_used();
+        sqlite3_memory_highwater(1);
+        for (int i = 0; i < 1000; ++i) {
+            CSettingsRow row = Expression(std::to_string(i), std::string(8000, 'x'));
+            row.SetText(AssetColumn::DESCRIPTION, pDescription);
+            store.Save(row);
+        }
+        inner.Commit();
+        outer.Commit();
+        return sqlite3_memory_highwater(0) - iBefore;
+    };
+    fnSave("");
+    EXPECT_LT(fnSave("other"), 4 << 20);  // the copies would take 8 MB
+}
+
+TEST_F(SqliteStore, InnerRollbackKeepsTheLock) {
+    CSqliteStore store(Path());
+    CSqliteStore other(Path(), SHORT_WAIT);
+    store.Begin(EUnitOfWork::WRITE);
+    store.Begin(EUnitOfWork::WRITE);
+    store.Save(Expression("lost"));
+    store.Rollback();
+    EXPECT_THROW(other.Save(Expression("S")), OS::CException);
+    store.Save(Expression("kept"));
+    store.Commit();
+    other.Save(Expression("S"));
+    EXPECT_EQ("expressions subject=\"S\"\nexpressions subject=\"kept\"\n", DumpStore(store));
 }
 
 TEST_F(SqliteStore, AnotherHandleSeesAUnitOnlyWhenItIsCommitted) {
