@@ -302,7 +302,7 @@ class CFileImport {
     }
 
     void Arrange() {
-        m_report.Sort();
+        SortByPlace(m_report.vecItems);
         FindPlaces();
     }
 

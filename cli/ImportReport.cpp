@@ -197,7 +197,7 @@ std::size_t SImportReport::CountRefused() const {
                                                                       std::mem_fn(&SReportItem::IsRefused)));
 }
 
-void SImportReport::Sort() {
+void SortByPlace(std::vector<SReportItem>& vecItems) {
     std::stable_sort(vecItems.begin(), vecItems.end(), [](const SReportItem& left, const SReportItem& right) {
         return left.iOffset < right.iOffset;  // what has no place comes last
     });

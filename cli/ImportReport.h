@@ -40,6 +40,9 @@ struct SReportItem : SImportItem {
     bool IsShown() const { return IsFinding() || !vecForeign.empty(); }
 };
 
+/** Puts items into the order of their file. */
+void SortByPlace(std::vector<SReportItem>& vecItems);
+
 /** What became of one file. Text and JSON are views of it. */
 struct SImportReport {
     const char* pFormat = "";
@@ -62,8 +65,6 @@ struct SImportReport {
     bool HasFindings() const;
     /** @return how many items the document is to blame for not being taken, those that are not there included */
     std::size_t CountRefused() const;
-    /** Puts the items into the order of the file. */
-    void Sort();
     /** Nothing was written: what would have been taken is told to be undone. */
     void Undo(EVerdict eWhy, const std::string& strWhy);
 };

@@ -18,8 +18,9 @@ constexpr SCommandHelp HELP = {
     "compare two policies by what they mean",
     "A policy is a FILE (- for standard input), the word store for the store of --store, or another store's URL,\n"
     "which is only read. A file of the older layout is converted first, as import does. Items are paired by their\n"
-    "internal names. Rules are compared by what they match: same, reordered, stricter, looser, different, or unknown\n"
-    "with more than 16 conditions. Order, indentation and defaults make no difference. Exit code 1: they differ.\n",
+    "internal names; one of another name with the same content was renamed. Rules are compared by what they match:\n"
+    "same, reordered, stricter, looser, different, or unknown with more than 16 conditions. Order, indentation and\n"
+    "defaults make no difference. Exit code 1: they differ.\n",
     "  dlpctl diff policy.xml store\n"
     "  dlpctl diff sqlite:yesterday.db store\n"
     "  dlpctl --json diff old.xml new.xml\n",

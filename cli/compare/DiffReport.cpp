@@ -15,7 +15,7 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-enum class EChange { ADDED, REMOVED, CHANGED, SAME };
+enum class EChange { ADDED, REMOVED, CHANGED, RENAMED, SAME };
 
 struct SChangeWord {
     const char* pCode;
@@ -28,6 +28,7 @@ constexpr SChangeWord CHANGES[] = {
     {"added", '+', Colours::GREEN},
     {"removed", '-', Colours::RED},
     {"changed", '~', Colours::YELLOW},
+    {"renamed", '~', Colours::YELLOW},
     {"same", '=', ""},
 };
 constexpr std::size_t CHANGE_COUNT = std::size(CHANGES);
@@ -39,6 +40,9 @@ EChange GetChange(const SItemChange& change) {
     }
     if (change.pAfter == nullptr) {
         return EChange::REMOVED;
+    }
+    if (!change.strNewName.empty()) {
+        return EChange::RENAMED;
     }
     return change.IsDifference() ? EChange::CHANGED : EChange::SAME;
 }
@@ -71,10 +75,12 @@ class CChangeText {
     CChangeText(const SItemChange& change, bool bColour) : m_change(change), m_bColour(bColour) {}
 
     std::string Make() {
+        const std::string strRenamed =
+            m_change.strNewName.empty() ? "" : ": renamed to " + Text::Quoted(m_change.strNewName);
         const std::string strRelation =
             m_change.rules ? std::string(": ") + GetRelationName(m_change.rules->comparison.eRelation) : "";
-        AddLine(GetChange(m_change),
-                std::string(GetKind(m_change.eKind).pWord) + ' ' + Text::Quoted(m_change.strName) + strRelation);
+        AddLine(GetChange(m_change), std::string(GetKind(m_change.eKind).pWord) + ' ' + Text::Quoted(m_change.strName) +
+                                         strRenamed + strRelation);
         AddFields();
         AddKeywords();
         AddRules();
@@ -230,12 +236,16 @@ std::string MakeChangeText(const SItemChange& change, bool bColour) {
 }
 
 Json MakeChangeJson(const SItemChange& change) {
-    return {{"kind", GetKind(change.eKind).pSingular},
-            {"name", change.strName},
-            {"change", Row(GetChange(change)).pCode},
-            {"fields", FieldsToJson(change)},
-            {"keywords", KeywordsToJson(change.vecKeywords)},
-            {"rules", change.rules ? RulesToJson(*change.rules) : Json()}};
+    Json item = {{"kind", GetKind(change.eKind).pSingular},
+                 {"name", change.strName},
+                 {"change", Row(GetChange(change)).pCode},
+                 {"fields", FieldsToJson(change)},
+                 {"keywords", KeywordsToJson(change.vecKeywords)},
+                 {"rules", change.rules ? RulesToJson(*change.rules) : Json()}};
+    if (!change.strNewName.empty()) {
+        item["new_name"] = change.strNewName;
+    }
+    return item;
 }
 
 std::string MakeDiffSummary(const SDiffReport& report) {

@@ -6,19 +6,12 @@
 #include <tuple>
 #include <utility>
 
-#include "cli/Kinds.h"
 #include "cli/Progress.h"
 #include "cli/RecordText.h"
 #include "cli/Signals.h"
+#include "cli/compare/ItemContent.h"
 
 namespace {
-
-/** By kind: the columns that are not compared as they stand, the name because items are paired by it. */
-const std::set<std::size_t> PASSED_OVER[SETTINGS_KINDS] = {
-    {AssetColumn::SUBJECT, AssetColumn::NAME, AssetColumn::MODIFIED, AssetColumn::SCOPE},
-    {AssetColumn::SUBJECT, AssetColumn::NAME, AssetColumn::MODIFIED, AssetColumn::SCOPE, KeywordColumn::TEXT},
-    {TemplateColumn::SUBJECT, TemplateColumn::ELEMENT_NAME, TemplateColumn::SCOPE, TemplateColumn::ELEMENT},
-};
 
 bool IsColumnEqual(const CSettingsRow& before, const CSettingsRow& after, std::size_t iColumn) {
     switch (GetSettingsTable(before.GetKind()).pColumns[iColumn].eType) {
@@ -39,10 +32,9 @@ bool IsColumnEqual(const CSettingsRow& before, const CSettingsRow& after, std::s
 }
 
 std::vector<std::size_t> FindColumns(const CSettingsRow& before, const CSettingsRow& after) {
-    const std::set<std::size_t>& passedOver = PASSED_OVER[static_cast<std::size_t>(before.GetKind())];
     std::vector<std::size_t> vecColumns;
     for (std::size_t i = 0; i < GetSettingsTable(before.GetKind()).iColumns; ++i) {
-        if (passedOver.count(i) == 0 && !IsColumnEqual(before, after, i)) {
+        if (IsCompared(before.GetKind(), i) && !IsColumnEqual(before, after, i)) {
             vecColumns.push_back(i);
         }
     }
@@ -93,12 +85,14 @@ std::vector<SKeywordChange> CompareKeywords(const CSettingsRow& before, const CS
     return Pair(Without(vecBefore, vecAfter), Without(vecAfter, vecBefore));
 }
 
-std::optional<SRulesChange> CompareTemplates(const CSettingsRow& before, const CSettingsRow& after) {
+std::optional<SRulesChange> CompareTemplates(const CSettingsRow& before, const CSettingsRow& after,
+                                             const CRenames& renames) {
     if (before.GetText(TemplateColumn::ELEMENT) == after.GetText(TemplateColumn::ELEMENT)) {
         return std::nullopt;
     }
-    const std::vector<SMatchRule> vecBefore = ReadRules(before);
+    std::vector<SMatchRule> vecBefore = ReadRules(before);
     const std::vector<SMatchRule> vecAfter = ReadRules(after);
+    renames.Follow(vecBefore, vecAfter);
     SRulesChange change{MakeRuleLines(vecBefore), MakeRuleLines(vecAfter), CompareRules(vecBefore, vecAfter)};
     if (change.vecBefore == change.vecAfter && change.comparison.eRelation == ERelation::SAME) {
         return std::nullopt;
@@ -106,7 +100,20 @@ std::optional<SRulesChange> CompareTemplates(const CSettingsRow& before, const C
     return change;
 }
 
-void CompareItems(const SPolicy::Items& before, const SPolicy::Items& after, std::vector<SItemChange>& vecChanges) {
+/** @return what became of an item whose name only the earlier policy has; one that was renamed has the same content */
+SItemChange CompareGone(const SPolicy::Items::value_type& item, const SPolicy::Items& after, const CRenames& renames) {
+    const auto& [strName, row] = item;
+    SItemChange change{row.GetKind(), strName, &row, nullptr};
+    if (const std::string* pNewName = renames.FindNewName(row.GetKind(), strName)) {
+        change.strNewName = *pNewName;
+        change.pAfter = &after.at(*pNewName);
+        change.vecColumns = FindColumns(row, *change.pAfter);
+    }
+    return change;
+}
+
+void CompareItems(const SPolicy::Items& before, const SPolicy::Items& after, const CRenames& renames,
+                  std::vector<SItemChange>& vecChanges) {
     CProgress::Expect(before.size() + after.size());
     auto itBefore = before.begin();
     auto itAfter = after.begin();
@@ -116,11 +123,13 @@ void CompareItems(const SPolicy::Items& before, const SPolicy::Items& after, std
                            : itBefore == before.end() ? 1
                                                       : itBefore->first.compare(itAfter->first);
         if (iOrder < 0) {
-            vecChanges.push_back(CompareItem(itBefore->first, &itBefore->second, nullptr));
+            vecChanges.push_back(CompareGone(*itBefore, after, renames));
         } else if (iOrder > 0) {
-            vecChanges.push_back(CompareItem(itAfter->first, nullptr, &itAfter->second));
+            if (!renames.IsNewName(itAfter->second.GetKind(), itAfter->first)) {
+                vecChanges.push_back(CompareItem(itAfter->first, nullptr, &itAfter->second));
+            }
         } else {
-            SItemChange change = CompareItem(itBefore->first, &itBefore->second, &itAfter->second);
+            SItemChange change = CompareItem(itBefore->first, &itBefore->second, &itAfter->second, renames);
             if (change.IsDifference() || change.rules) {
                 vecChanges.push_back(std::move(change));
             }
@@ -136,10 +145,12 @@ void CompareItems(const SPolicy::Items& before, const SPolicy::Items& after, std
 bool SItemChange::IsDifference() const {
     const bool bRules =
         rules && rules->comparison.eRelation != ERelation::SAME && rules->comparison.eRelation != ERelation::REORDERED;
-    return pBefore == nullptr || pAfter == nullptr || !vecColumns.empty() || !vecKeywords.empty() || bRules;
+    return pBefore == nullptr || pAfter == nullptr || !strNewName.empty() || !vecColumns.empty() ||
+           !vecKeywords.empty() || bRules;
 }
 
-SItemChange CompareItem(const std::string& strName, const CSettingsRow* pBefore, const CSettingsRow* pAfter) {
+SItemChange CompareItem(const std::string& strName, const CSettingsRow* pBefore, const CSettingsRow* pAfter,
+                        const CRenames& renames) {
     // cppcheck-suppress nullPointer; one of them is there
     SItemChange change{(pBefore != nullptr ? pBefore : pAfter)->GetKind(), strName, pBefore, pAfter};
     if (pBefore == nullptr || pAfter == nullptr) {
@@ -149,15 +160,16 @@ SItemChange CompareItem(const std::string& strName, const CSettingsRow* pBefore,
     if (change.eKind == ESettingsKind::KEYWORD) {
         change.vecKeywords = CompareKeywords(*pBefore, *pAfter);
     } else if (change.eKind == ESettingsKind::TEMPLATE) {
-        change.rules = CompareTemplates(*pBefore, *pAfter);
+        change.rules = CompareTemplates(*pBefore, *pAfter, renames);
     }
     return change;
 }
 
 std::vector<SItemChange> ComparePolicies(const SPolicy& before, const SPolicy& after) {
+    const CRenames renames(before, after);
     std::vector<SItemChange> vecChanges;
     for (const ESettingsKind eKind : ALL_SETTINGS_KINDS) {
-        CompareItems(before.Of(eKind), after.Of(eKind), vecChanges);
+        CompareItems(before.Of(eKind), after.Of(eKind), renames, vecChanges);
     }
     return vecChanges;
 }

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "cli/RecordJson.h"
+#include "cli/compare/CRenames.h"
 #include "cli/compare/Policy.h"
 #include "cli/compare/RuleComparison.h"
 
@@ -25,22 +26,28 @@ struct SRulesChange {
 /** An item that is not written alike in two policies. */
 struct SItemChange {
     ESettingsKind eKind = ESettingsKind::EXPRESSION;
-    std::string strName;
+    std::string strName;                    ///< of what was renamed the earlier one
     const CSettingsRow* pBefore = nullptr;  ///< null: it was added
     const CSettingsRow* pAfter = nullptr;   ///< null: it was removed
     std::vector<std::size_t> vecColumns{};  ///< those that differ
     std::vector<SKeywordChange> vecKeywords{};
     std::optional<SRulesChange> rules{};
+    std::string strNewName{};  ///< "" unless it was renamed
 
     /** @return whether more differs than how rules that match alike are written */
     bool IsDifference() const;
 };
 
 /**
- * @return what differs, by kind and name; it points into the policies. What says nothing of the policy is not compared:
+ * @return what differs, by kind and name; it points into the policies. What was renamed counts as one item, and rules
+ * that refer to it are compared under its new name. What says nothing of the policy is not compared:
  * identifiers, scope and marks of the store, order, and markup that no item is read from.
  */
 std::vector<SItemChange> ComparePolicies(const SPolicy& before, const SPolicy& after);
 
-/** The same for one item, also when nothing differs. @param pBefore, pAfter not null both */
-SItemChange CompareItem(const std::string& strName, const CSettingsRow* pBefore, const CSettingsRow* pAfter);
+/**
+ * The same for one item, also when nothing differs.
+ * @param pBefore, pAfter not null both @param renames of what its rules refer to
+ */
+SItemChange CompareItem(const std::string& strName, const CSettingsRow* pBefore, const CSettingsRow* pAfter,
+                        const CRenames& renames = {});

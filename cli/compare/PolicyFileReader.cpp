@@ -9,6 +9,7 @@
 #include "cli/Kinds.h"
 #include "cli/Progress.h"
 #include "cli/Signals.h"
+#include "cli/check/MeantName.h"
 #include "cli/layout/OlderLayout.h"
 #include "digital_assets/AssetFormat.h"
 #include "digital_assets/DigitalAssets.h"
@@ -80,13 +81,14 @@ void CPolicyFileReader::Read() {
     if (root.Name() != TagUtf8::SA_POLICY) {
         throw CInputError(m_policy.strPlace, ExplainRefusal(root, CTemplateMgr::RESULT_NO_POLICY));
     }
-    if (IsOlderLayout(root)) {
+    m_bOlder = IsOlderLayout(root);
+    if (m_bOlder) {
         ReadOlder(document);
     } else {
         ReadItems(document);
     }
-    FindPlaces(m_policy.vecLeftOut);
-    FindPlaces(m_policy.vecRefused);
+    Arrange(m_policy.vecLeftOut);
+    Arrange(m_policy.vecRefused);
 }
 
 void CPolicyFileReader::ReadOlder(CPolicyDocument& document) {
@@ -188,12 +190,19 @@ void CPolicyFileReader::OnItem(const SImportItem& item) {
     m_policy.vecLeftOut.emplace_back(item);
 }
 
-void CPolicyFileReader::FindPlaces(std::vector<SReportItem>& vecItems) const {
+/** Into the order of the file, each with its place and what was most likely meant. */
+void CPolicyFileReader::Arrange(std::vector<SReportItem>& vecItems) const {
     if (vecItems.empty()) {
         return;
     }
+    SortByPlace(vecItems);
     const CSourcePlaces places(m_file.strBytes);
+    std::size_t iElements = 0;
     for (SReportItem& item : vecItems) {
+        item.bOlder = m_bOlder;
+        if (item.eReason == EReason::UNKNOWN_ELEMENT && iElements++ < MAX_MEANT_NAMES) {
+            item.strNearest = FindMeantElement(item.strDetail, item.strName);
+        }
         if (item.iOffset != std::string::npos) {
             item.place = places.Find(m_file.iStart + item.iOffset);
         }

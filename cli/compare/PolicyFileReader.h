@@ -40,10 +40,11 @@ class CPolicyFileReader : private CImportObserver {
     void ReadAsset(const DigitalAssets::SAssetFormat& format, ESettingsKind eKind, const CXMLView& element);
     void ReadTemplates(CPolicyDocument& document);
     void ReadTemplate(const CXMLView& element, std::size_t iOffset, const SCategories& categories);
-    void FindPlaces(std::vector<SReportItem>& vecItems) const;
+    void Arrange(std::vector<SReportItem>& vecItems) const;
 
     CCommandContext& m_context;
     SPolicy& m_policy;
     SPolicyFile m_file;
+    bool m_bOlder = false;
     std::unordered_set<std::string> m_setTemplates;  ///< names of the document's, taken or not
 };

@@ -67,7 +67,7 @@ std::string Word(const std::string& strWord, const std::string& strMore = "") {
 
 /** One change of every sort. */
 std::string Before() {
-    return Policy(Entity("gone") + Entity("one", "validator=\"luhn\"") +
+    return Policy(Entity("gone", "validator=\"luhn\"") + Entity("one", "validator=\"luhn\"") +
                       Words(R"(type="Threshold" threshold="2")", Word("alpha", "score=\"1\"") + Word("beta")),
                   Rules(Rule("", Block("one", "2") + Block("words", "", "AND"))),
                   R"(<industries><industry name="finance"><template_id>cards</template_id></industry></industries>)");
@@ -273,17 +273,15 @@ TEST_F(DiffCommand, WhatIsNoItemAndWhatNamesNoTemplateIsLeftOutToo) {
                               Policy("", ""));
     EXPECT_EQ(run.iCode, 1);
     const std::string strStart = "dlpctl: warning: " + m_dir.Path("a.xml");
-    EXPECT_EQ(run.strErr,
-              strStart +
-                  ":4:27: category entry \"r\" skipped: no template of the document has this name: \"t\"; correct the "
-                  "name or remove the entry\n" +
-                  strStart +
-                  ":2:1: element \"Entity\" skipped: no policy has it in digitalAssets; correct its name, or "
-                  "remove it\n" +
-                  strStart +
-                  ":3:1: element \"templte\" skipped: no policy has it in complianceTemplates; correct its "
-                  "name, or remove it\n" +
-                  SAME);
+    EXPECT_EQ(
+        run.strErr,
+        strStart + ":2:1: element \"Entity\" skipped: no policy has it in digitalAssets; did you mean \"entity\"?\n" +
+            strStart +
+            ":3:1: element \"templte\" skipped: no policy has it in complianceTemplates; did you mean \"template\"?\n" +
+            strStart +
+            ":4:27: category entry \"r\" skipped: no template of the document has this name: \"t\"; correct the "
+            "name or remove the entry\n" +
+            SAME);
     EXPECT_EQ(Json::parse(RunJson({"diff", m_dir.Path("a.xml"), m_dir.Path("b.xml")}).strOut)["verdict"], "findings");
 }
 
@@ -323,6 +321,89 @@ TEST_F(DiffCommand, APolicyIsTheSameOnItsWayThroughAStore) {
     EXPECT_EQ(Run({"diff", strPolicy, "store"}).strErr, SAME);
     EXPECT_EQ(Run({"export", "--all", "--indent", "-o", m_dir.Path("out.xml")}).iCode, 0);
     EXPECT_EQ(Run({"diff", "store", m_dir.Path("out.xml")}).strErr, SAME);
+}
+
+TEST_F(DiffCommand, ItemsWithAnotherNameAreToldAsRenamed) {
+    const std::string strBefore = Policy(Entity("one") + Entity("two", "validator=\"luhn\"") + Dictionary("words"),
+                                         Template("cards", "one", "words") + Template("mail", "two", "words"));
+    const std::string strAfter = Policy(Entity("uno") + Entity("two", "validator=\"luhn\"") + Dictionary("terms"),
+                                        Template("cards", "uno", "terms") + Template("post", "two", "terms"));
+    const SToolRun run = Diff(strBefore, strAfter);
+    EXPECT_EQ(run.iCode, 1);
+    EXPECT_EQ(run.strOut,
+              "~ expression \"one\": renamed to \"uno\"\n"
+              "-   display_name: Expression one\n"
+              "+   display_name: Expression uno\n"
+              "~ keyword list \"words\": renamed to \"terms\"\n"
+              "-   display_name: List words\n"
+              "+   display_name: List terms\n"
+              "~ template \"mail\": renamed to \"post\"\n"
+              "-   display_name: Template mail\n"
+              "+   display_name: Template post\n");
+    EXPECT_EQ(run.strErr, "3 renamed.\n");
+    EXPECT_EQ(Json::parse(Diff(strBefore, strAfter, true).strOut)["items"][0].dump(),
+              R"({"kind":"expression","name":"one","change":"renamed","fields":[{"field":"display_name",)"
+              R"("before":"Expression one","after":"Expression uno"}],"keywords":[],"rules":null,"new_name":"uno"})");
+}
+
+TEST_F(DiffCommand, RenamingARecordIsToldAsSuch) {
+    Import(Small());
+    std::filesystem::copy(m_dir.Path("store.db"), m_dir.Path("before.db"));
+    EXPECT_EQ(Run({"rename", "expression", "one", "uno"}).iCode, 0);
+    EXPECT_EQ(Run({"rename", "template", "cards", "payments"}).iCode, 0);
+    const SToolRun renamed = Run({"diff", Url("before.db"), "store"});
+    EXPECT_EQ(renamed.strOut,
+              "~ expression \"one\": renamed to \"uno\"\n"
+              "~ template \"cards\": renamed to \"payments\"\n");
+    EXPECT_EQ(renamed.strErr, "2 renamed.\n");
+    EXPECT_EQ(Run({"template", "set", "payments", "P:uno(9)"}).iCode, 0);
+    const SToolRun changed = Run({"diff", Url("before.db"), "store"});
+    EXPECT_EQ(changed.strOut,
+              "~ expression \"one\": renamed to \"uno\"\n"
+              "- template \"cards\"\n"
+              "+ template \"payments\"\n");
+    EXPECT_EQ(changed.strErr, "1 added, 1 removed, 1 renamed.\n");
+}
+
+TEST_F(DiffCommand, RulesThatChangedBesideARenameAreComparedUnderTheNewName) {
+    const SToolRun run = Diff(Policy(Entity("one") + Dictionary("words"), Template("cards", "one", "words")),
+                              Policy(Entity("uno") + Dictionary("words"), Rules(Rule("", Block("uno", "1")))));
+    EXPECT_EQ(run.strOut,
+              "~ expression \"one\": renamed to \"uno\"\n"
+              "-   display_name: Expression one\n"
+              "+   display_name: Expression uno\n"
+              "~ template \"cards\": looser\n"
+              "-   display_name: Template cards\n"
+              "+   display_name: Cards\n"
+              "-   description: What it is for\n"
+              "+   description:\n"
+              "-   rule: P:uno(2) AND K:words\n"
+              "+   rule: P:uno(1)\n"
+              "    now matches content with P:uno(1) alone\n");
+}
+
+TEST_F(DiffCommand, ARuleThatStillHasTheEarlierNameIsNotTakenToFollow) {
+    ExpectSame(Policy(Entity("one"), Rules(Rule("", Block("one", "1")))),
+               Policy(Entity("one"), Rules(Rule("", Block("one", "1", "AND")))));
+    const SToolRun run = Diff(Policy(Entity("one"), Rules(Rule("", Block("one", "1")))),
+                              Policy(Entity("uno"), Rules(Rule("", Block("one", "1", "AND")))));
+    EXPECT_EQ(run.strErr, "1 renamed.\n");
+}
+
+TEST_F(DiffCommand, NoRenameIsClaimedWhereSeveralWouldDo) {
+    const auto fnEntity = [](const std::string& strName, const std::string& strDisplayName) {
+        return R"(<entity type="Generic" name=")" + strName + R"(" display_name=")" + strDisplayName +
+               R"("><regularExpression>x</regularExpression></entity>)";
+    };
+    const auto fnDiff = [&](const std::string& strBefore, const std::string& strAfter) {
+        return Diff(Policy(strBefore, ""), Policy(strAfter, "")).strErr;
+    };
+    EXPECT_EQ(fnDiff(fnEntity("a", "A"), fnEntity("b", "B")), "1 renamed.\n");
+    EXPECT_EQ(fnDiff(fnEntity("a", "A") + fnEntity("b", "B"), fnEntity("c", "C")), "1 added, 2 removed.\n");
+    EXPECT_EQ(fnDiff(fnEntity("a", "A"), fnEntity("b", "B") + fnEntity("c", "C")), "2 added, 1 removed.\n");
+    EXPECT_EQ(fnDiff(fnEntity("a", "A"), fnEntity("b", "B") + fnEntity("c", "A")), "1 added, 1 renamed.\n");
+    EXPECT_EQ(fnDiff(fnEntity("a", "A") + fnEntity("b", "B"), fnEntity("c", "A") + fnEntity("d", "D")), "2 renamed.\n");
+    EXPECT_EQ(fnDiff(fnEntity("a", "A") + fnEntity("b", "A"), fnEntity("c", "A")), "1 added, 2 removed.\n");
 }
 
 TEST_F(DiffCommand, RecordsWithoutANameOfTheirOwnGoByTheirSubject) {
