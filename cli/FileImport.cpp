@@ -115,6 +115,7 @@ class CFileImport {
             m_report.Undo(error.GetVerdict(), error.GetReason());
             m_report.eRefusal = error.GetCode();
             m_report.place = error.GetPlace();
+            m_report.related = error.GetRelated();
         } catch (...) {
             const CToolError error = m_context.ExplainException();
             m_report.Undo(error.GetVerdict(), error.what());

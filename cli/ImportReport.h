@@ -10,6 +10,7 @@
 #include "cli/ItemChoice.h"
 #include "cli/Verdict.h"
 #include "cli/check/DiagnosticCodes.h"
+#include "cli/check/Diagnostics.h"
 #include "digital_assets/ImportObserver.h"
 #include "platform/common/SourcePlaces.h"
 
@@ -52,6 +53,7 @@ struct SImportReport {
     std::string strReason;                  ///< why nothing was written
     SPlace place;                           ///< where in the file that shows
     ECode eRefusal = ECode::IMPORT_FAILED;  ///< what it is called
+    std::optional<SRelated> related;        ///< another place that the reason speaks of
     std::vector<std::string> vecImported;
     std::vector<std::string> vecSkipped;
     std::vector<std::string> vecSkippedAssets;

@@ -101,6 +101,7 @@ void TellRefusal(const SImportReport& report, CDiagnostics& diagnostics) {
     pRefusal->strMessage = report.strReason;
     pRefusal->strAdvice = NOTHING_WRITTEN;
     pRefusal->place = report.place;
+    pRefusal->related = report.related;
 }
 
 /** What a file's report says, as a check would. */

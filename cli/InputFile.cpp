@@ -13,9 +13,11 @@
 #include "cli/CommandContext.h"
 #include "cli/Signals.h"
 #include "cli/Text.h"
+#include "cli/XmlFault.h"
 #include "platform/common/CException.h"
 #include "platform/common/Paths.h"
 #include "platform/common/TextConversion.h"
+#include "platform/common/TextTools.h"
 #include "xml/CPolicyDocument.h"
 
 namespace {
@@ -23,11 +25,20 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr const char STANDARD_STREAM[] = "-";
-constexpr const char EMPTY[] = "the file is empty";
-constexpr const char NO_MARKUP[] = "there is no \"<\" in it, so it is no XML";
-constexpr const char UTF16[] = "UTF-16, not UTF-8: save the file as UTF-8, as iconv -f UTF-16 -t UTF-8 does";
+constexpr const char EMPTY[] = "it is empty";
+constexpr const char NO_MARKUP[] = "there is no \"<\" in it";
+constexpr const char WHICH_FILE[] = "check that this is the file you meant";
+constexpr const char STORE_BYTES[] = "it is a store";
+constexpr const char WHICH_STORE[] = "where a store can stand write it as sqlite:PATH, else name it by --store";
+constexpr const char UTF16[] = "UTF-16";
+constexpr const char UTF8[] = "UTF-8";
+constexpr const char FROM_HERE[] = " from here on";
 constexpr std::string_view ZERO("\0", 1);
-constexpr const char NOT_UTF8[] = "not UTF-8: save the file as UTF-8";
+constexpr std::string_view DECLARATION = "<?xml";
+constexpr std::string_view DECLARATION_END = "?>";
+constexpr std::string_view ENCODING = "encoding";
+constexpr std::string_view BEFORE_ENCODING = " \t\r\n=\"'";
+constexpr std::string_view OF_ENCODING = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789._-";
 constexpr std::string_view STORE_START("SQLite format 3\0", 16);
 constexpr std::string_view STORE_URL = "sqlite:";
 constexpr const char NAME_STORE[] = "; the store is named by --store";
@@ -89,26 +100,37 @@ auto Read(CCommandContext& context, const std::string& strFile, Stream&& fnStrea
     }
 }
 
-void CheckText(const std::string& strFile, const SPolicyFile& file) {
-    if (IsStoreFile(file.strBytes)) {
-        throw CInputError(strFile, STORE_FILE, {}, ECode::NOT_XML);
-    }
-    if (file.Text().empty()) {
-        throw CInputError(strFile, file.strBytes.empty() ? EMPTY : NO_MARKUP, {}, ECode::NOT_XML);
-    }
-    if (IsUtf16(file.strBytes)) {
-        throw CInputError(strFile, UTF16, {}, ECode::NOT_UTF8);
-    }
-    const std::size_t iInvalid = OS::FindInvalidUtf8(file.Text());
-    if (iInvalid != std::string::npos) {
-        throw CInputError(strFile, NOT_UTF8, CSourcePlaces(file.strBytes).Find(file.iStart + iInvalid),
-                          ECode::NOT_UTF8);
-    }
+bool IsStoreFile(std::string_view strBytes) {
+    return strBytes.substr(0, STORE_START.size()) == STORE_START;
 }
 
-SPolicyFile TakeBytes(std::string strBytes) {
-    const std::size_t iStart = std::min(strBytes.find('<'), strBytes.size());
-    return {std::move(strBytes), iStart};
+/** Markup in that encoding has a zero beside its first "<"; no other text may have one. */
+bool IsUtf16(std::string_view strBytes) {
+    const std::size_t iMarkup = strBytes.find('<');
+    return strBytes.substr(iMarkup + 1, 1) == ZERO || (iMarkup % 2 == 1 && strBytes[iMarkup - 1] == ZERO[0]);
+}
+
+/** @return the encoding that the text declares; "" when it declares none, or the one that it should be in */
+std::string FindEncoding(std::string_view strText) {
+    const std::string_view strDeclaration = strText.substr(0, strText.find(DECLARATION_END));
+    const std::size_t iName = strDeclaration.find(ENCODING);
+    if (strDeclaration.substr(0, DECLARATION.size()) != DECLARATION || iName == std::string_view::npos) {
+        return {};
+    }
+    std::string_view strEncoding = strDeclaration.substr(iName + ENCODING.size());
+    strEncoding.remove_prefix(std::min(strEncoding.find_first_not_of(BEFORE_ENCODING), strEncoding.size()));
+    strEncoding = strEncoding.substr(0, strEncoding.find_first_not_of(OF_ENCODING));
+    return OS::EqualsNoCase(strEncoding, std::string_view(UTF8)) ? std::string() : std::string(strEncoding);
+}
+
+std::string AdviseEncoding(const std::string& strEncoding) {
+    return ", as iconv -f " + strEncoding + " -t UTF-8 does";
+}
+
+/** @return the sentences of a code, filled in, as one line */
+std::string MakeReason(const SInputFault& fault) {
+    const SCodeRow& row = GetCodeRow(fault.eCode);
+    return FillSentence(row.pWhat, fault.vecWhat) + "; " + FillSentence(row.pAdvice, fault.vecAdvice);
 }
 
 }  // namespace
@@ -119,14 +141,46 @@ CInputError::CInputError(const std::string& strFile, const std::string& strReaso
       m_place(place),
       m_eCode(eCode) {}
 
-bool IsStoreFile(std::string_view strBytes) {
-    return strBytes.substr(0, STORE_START.size()) == STORE_START;
+CInputError::CInputError(const std::string& strFile, const SPolicyFile& file, const SInputFault& fault)
+    : CInputError(strFile, MakeReason(fault), CSourcePlaces(file.strBytes).Find(fault.iOffset), fault.eCode) {
+    m_related = fault.related;
 }
 
-// Markup in that encoding has a zero beside its first "<"; no other text may have one.
-bool IsUtf16(std::string_view strBytes) {
-    const std::size_t iMarkup = strBytes.find('<');
-    return strBytes.substr(iMarkup + 1, 1) == ZERO || (iMarkup % 2 == 1 && strBytes[iMarkup - 1] == ZERO[0]);
+std::optional<SInputFault> FindTextFault(const SPolicyFile& file) {
+    const std::string_view strText = file.Text();
+    if (IsStoreFile(file.strBytes)) {
+        return SInputFault{.vecWhat = {STORE_BYTES}, .vecAdvice = {WHICH_STORE}};
+    }
+    if (strText.empty()) {
+        return SInputFault{.vecWhat = {file.strBytes.empty() ? EMPTY : NO_MARKUP}, .vecAdvice = {WHICH_FILE}};
+    }
+    if (IsUtf16(file.strBytes)) {
+        return SInputFault{ECode::NOT_UTF8, {std::string(", but ") + UTF16}, {AdviseEncoding(UTF16)}};
+    }
+    const std::size_t iInvalid = OS::FindInvalidUtf8(strText);
+    if (iInvalid == std::string::npos) {
+        return {};
+    }
+    const std::string strEncoding = FindEncoding(strText);
+    return SInputFault{ECode::NOT_UTF8,
+                       {FROM_HERE + (strEncoding.empty() ? "" : ", and declared to be " + strEncoding)},
+                       {strEncoding.empty() ? "" : AdviseEncoding(strEncoding) + ", and declare it so"},
+                       file.iStart + iInvalid};
+}
+
+SInputFault MakeXmlFault(const SPolicyFile& file, const SXMLLoadError& error) {
+    const CSourcePlaces places(file.strBytes);
+    const SXmlFault fault = ExplainXmlFault(file.Text(), error, places, file.iStart);
+    SInputFault made{ECode::NOT_XML, {fault.strWhat}, {fault.strAdvice}, file.iStart + fault.iOffset};
+    if (fault.iOpen != std::string::npos) {
+        made.related = {file.iStart + fault.iOpen, fault.strOpen, places.Find(file.iStart + fault.iOpen)};
+    }
+    return made;
+}
+
+SPolicyFile TakeBytes(std::string strBytes) {
+    const std::size_t iStart = std::min(strBytes.find('<'), strBytes.size());
+    return {std::move(strBytes), iStart};
 }
 
 std::string FormatPlace(const std::string& strFile, SPlace place) {
@@ -147,7 +201,9 @@ SPolicyFile ReadPolicy(CCommandContext& context, const std::string& strFile) {
             return TakeBytes(OS::ReadWholeFile(strPath));
         }
     });
-    CheckText(strFile, file);
+    if (const std::optional<SInputFault> fault = FindTextFault(file)) {
+        throw CInputError(strFile, file, *fault);
+    }
     return file;
 }
 
@@ -155,8 +211,7 @@ CXMLView ParsePolicy(const std::string& strFile, const SPolicyFile& file, CPolic
     const CXMLParser& parser = document.Load();
     const SXMLLoadError& error = parser.GetLoadError();
     if (!error.strMessage.empty()) {
-        throw CInputError(strFile, Text::Printable(error.strMessage),
-                          CSourcePlaces(file.strBytes).Find(file.iStart + error.iOffset), ECode::NOT_XML);
+        throw CInputError(strFile, file, MakeXmlFault(file, error));
     }
     return parser.RootView();
 }

@@ -1,19 +1,33 @@
 #pragma once
 
+#include <cstddef>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "cli/Verdict.h"
 #include "cli/check/DiagnosticCodes.h"
+#include "cli/check/Diagnostics.h"
 #include "platform/common/SourcePlaces.h"
 #include "platform/xml/CXMLView.h"
 #include "templates/PolicyFile.h"
 
 class CCommandContext;
 class CPolicyDocument;
+struct SXMLLoadError;
 
 /** Names the store of --store where a policy is meant that may be a file or a store. */
 inline constexpr const char STORE_WORD[] = "store";
+
+/** Why a file is no document. */
+struct SInputFault {
+    ECode eCode = ECode::NOT_XML;
+    std::vector<std::string> vecWhat;  ///< what stands for each {} of the code's sentences, printable
+    std::vector<std::string> vecAdvice;
+    std::size_t iOffset = std::string::npos;  ///< in the file; npos: the file as a whole
+    std::optional<SRelated> related{};        ///< its offset counts in the file too
+};
 
 /** A file that cannot be worked on: why, and where in it. Its message is the one line "FILE:LINE:COLUMN: reason". */
 class CInputError : public CToolError {
@@ -21,14 +35,18 @@ class CInputError : public CToolError {
     /** @param strReason printable @param place none when the file as a whole is meant */
     CInputError(const std::string& strFile, const std::string& strReason, SPlace place = {},
                 ECode eCode = ECode::UNREADABLE);
+    CInputError(const std::string& strFile, const SPolicyFile& file, const SInputFault& fault);
     const std::string& GetReason() const { return m_strReason; }
     SPlace GetPlace() const { return m_place; }
     ECode GetCode() const { return m_eCode; }
+    /** @return another place that the reason speaks of */
+    const std::optional<SRelated>& GetRelated() const { return m_related; }
 
   private:
     std::string m_strReason;
     SPlace m_place;
     ECode m_eCode;
+    std::optional<SRelated> m_related;
 };
 
 /** @return "FILE:LINE:COLUMN", or "FILE" alone without a place; printable */
@@ -48,13 +66,12 @@ SPolicyFile ReadPolicy(CCommandContext& context, const std::string& strFile);
  */
 CXMLView ParsePolicy(const std::string& strFile, const SPolicyFile& file, CPolicyDocument& document);
 
-inline constexpr const char STORE_FILE[] =
-    "a store, no document; where a store can stand it is written as sqlite:PATH, else by --store";
-/** @return whether a file's bytes are those of a store */
-bool IsStoreFile(std::string_view strBytes);
-
-/** @return whether markup, which begins at the first "<", is in UTF-16 of either byte order */
-bool IsUtf16(std::string_view strBytes);
+/** @return why a file's bytes cannot be a document; none when they may be one */
+std::optional<SInputFault> FindTextFault(const SPolicyFile& file);
+/** @return why the text of a file is no XML, which an error says in the words of the engine */
+SInputFault MakeXmlFault(const SPolicyFile& file, const SXMLLoadError& error);
+/** @return bytes of a file, and where its text begins */
+SPolicyFile TakeBytes(std::string strBytes);
 
 /** Reads a file whole. @throws CInputError when it cannot be read */
 std::string ReadBytes(CCommandContext& context, const std::string& strFile);

@@ -90,6 +90,7 @@ SCheckReport CheckAll(CCommandContext& context, const SArguments& arguments) {
     const CProgress progress(context, HELP.pName);
     SCheckReport report;
     report.bAll = arguments.check.choice.bAll;
+    report.bFix = arguments.check.bFix;
     for (const std::string& strFile : arguments.vecFiles) {
         const std::vector<std::string> vecFiles = ListFiles(context, strFile);
         if (vecFiles.empty()) {
@@ -155,6 +156,6 @@ void AddCheckCommand(CCommandLine& line) {
         ->take_last();
     CCommandLine::AddFlag(command, "--all", pArguments->check.choice.bAll,
                           "tell everything; otherwise text ends after 100, and each file after 1000 of a code");
-    CCommandLine::AddFlag(command, "--fix", pArguments->check.bFix, "replace what can be without a change of meaning");
+    CCommandLine::AddFlag(command, "--fix", pArguments->check.bFix, "write plainly what is written in another way");
     CCommandLine::AddFlag(command, "--dry-run", pArguments->check.bDryRun, "with --fix: only say what would be");
 }

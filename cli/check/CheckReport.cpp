@@ -24,6 +24,16 @@ SeverityCounts SCheckReport::Count() const {
     return aCounts;
 }
 
+std::size_t SCheckReport::CountLeft() const {
+    std::size_t iLeft = 0;
+    for (const SFileReport& file : vecFiles) {
+        for (const SDiagnostic& diagnostic : file.vecDiagnostics) {
+            iLeft += bFix && IsAboutValue(diagnostic.eCode) && !diagnostic.fix ? 1 : 0;
+        }
+    }
+    return iLeft;
+}
+
 EVerdict SCheckReport::GetVerdict() const {
     if (verdict) {
         return *verdict;

@@ -26,6 +26,7 @@ struct SCheckReport {
     std::vector<SFileReport> vecFiles;
     ESeverity eFailOn = ESeverity::ERROR;
     bool bAll = false;
+    bool bFix = false;                ///< what can be replaced was, or would be
     bool bColour = false;             ///< text is, as terminals show it
     bool bQuiet = false;              ///< text says nothing when there is nothing to say
     const char* pCommand = "check";   ///< whose report it is
@@ -33,6 +34,8 @@ struct SCheckReport {
 
     /** @return how many of each severity, kept or not, without those that were fixed */
     SeverityCounts Count() const;
+    /** @return how many values a fix leaves as they are, since they may be mistakes */
+    std::size_t CountLeft() const;
     EVerdict GetVerdict() const;
 };
 

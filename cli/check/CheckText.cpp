@@ -57,6 +57,12 @@ std::string MakeSummary(const SCheckReport& report) {
            Text::Counted(report.vecFiles.size(), "file", "files") + '\n';
 }
 
+std::string MakeLeft(std::size_t iLeft) {
+    return iLeft == 1
+               ? "1 value that may be a mistake was left as it is: correct it by hand\n"
+               : std::to_string(iLeft) + " values that may be mistakes were left as they are: correct them by hand\n";
+}
+
 }  // namespace
 
 std::string MakeCheckText(const SCheckReport& report) {
@@ -76,6 +82,9 @@ std::string MakeCheckText(const SCheckReport& report) {
     }
     if (iMore != 0) {
         strText += std::to_string(iMore) + " more; --all shows them\n";
+    }
+    if (report.CountLeft() != 0) {
+        strText += MakeLeft(report.CountLeft());
     }
     return report.bQuiet && strText.empty() ? std::string() : strText + MakeSummary(report);
 }

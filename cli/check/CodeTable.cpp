@@ -16,15 +16,16 @@ constexpr SCodeRow CODES[] = {
     {ECode::NOT_UTF8, "DLP002", ESeverity::ERROR, "not-utf8",
      "the file is not UTF-8{}",
      "save it as UTF-8{}",
-     "A policy is UTF-8, whatever its declaration says; anything else is refused as a whole. It cannot "
-     "be allowed.",
+     "A policy is UTF-8, whatever its declaration says; anything else is refused as a whole. Where the "
+     "declaration names another encoding, it is named: most often that is what the file is in. It cannot be allowed.",
      R"((name="M\xFCller", saved in an encoding of one byte per character))",
      "(the same, saved as UTF-8)"},
     {ECode::NOT_XML, "DLP003", ESeverity::ERROR, "not-xml",
      "the file is no XML: {}",
-     "correct it{}",
+     "{}",
      "A policy is well-formed XML without a DOCTYPE, and its elements are nested at most 256 deep; "
-     "anything else is refused as a whole. It cannot be allowed.",
+     "anything else is refused as a whole. Most often a & or a < stands for itself, which is written &amp; or "
+     "&lt;, or an element is not closed. It cannot be allowed.",
      "<SAPolicy><digitalAssets></SAPolicy>",
      R"(<SAPolicy template_version="3.0.1000">
   <complianceTemplates>
@@ -352,34 +353,36 @@ constexpr SCodeRow CODES[] = {
      "there is no type {}; it is read as {}",
      "write one of {}",
      "The type is read in any case of letters. Any other text is taken as Generic for an expression and "
-     "as All for a keyword list, and attributes that belong to another type are dropped.",
+     "as All for a keyword list, and attributes that belong to another type are dropped. --fix leaves it as it "
+     "is, for only its author knows which type is meant.",
      R"(<dictionary name="terms" type="Some" display_name="Terms">
   <keyword score="1">one</keyword>
 </dictionary>)",
-     R"(<dictionary name="terms" type="ANY" display_name="Terms">
+     R"(<dictionary name="terms" type="Any" display_name="Terms">
   <keyword score="1">one</keyword>
 </dictionary>)"},
     {ECode::UNCLEAR_FLAG, "DLP026", ESeverity::WARNING, "unclear-flag",
      "{} is {}, which is read as false",
      "write true or false",
      "A flag is true when it says true, in any case of letters; anything else, such as yes or 1, is "
-     "false.",
+     "false. --fix replaces words that say false anyway, such as no or 0, and leaves all others as they are.",
      R"(<dictionary name="terms" type="Any" display_name="Terms">
   <keyword score="1" caseSensitive="yes">one</keyword>
 </dictionary>)",
      R"(<dictionary name="terms" type="Any" display_name="Terms">
-  <keyword score="1" caseSensitive="TRUE">one</keyword>
+  <keyword score="1" caseSensitive="true">one</keyword>
 </dictionary>)"},
     {ECode::UNCLEAR_NUMBER, "DLP027", ESeverity::WARNING, "unclear-number",
      "{} is {}, which is read as {}",
      "write a whole number of at most 32 bits",
      "Numbers are read as far as their digits go: 12abc is 12, and abc is 0. What is beyond 32 bits is "
-     "taken as the largest or smallest number there is.",
+     "taken as the largest or smallest number there is. --fix leaves it as it is, for only its author knows "
+     "which number is meant.",
      R"(<entity name="account" type="Type 1" minLength="8" maxLength="12abc" display_name="Account">
   <regularExpression>\d{8}</regularExpression>
   <alphabetCharset>0123456789</alphabetCharset>
 </entity>)",
-     R"(<entity name="account" type="Type 1" minLength="8" maxLength=" 012" display_name="Account">
+     R"(<entity name="account" type="Type 1" minLength="8" maxLength="12" display_name="Account">
   <regularExpression>\d{8}</regularExpression>
   <alphabetCharset>0123456789</alphabetCharset>
 </entity>)"},
@@ -638,8 +641,36 @@ constexpr SCodeRow CODES[] = {
   <keyword score="1">one</keyword>
 </dictionary>)",
      R"(<dictionary name="terms" type="Threshold" threshold="1" display_name="Terms">
-  <keyword score="0">one</keyword>
+  <keyword score="1">one</keyword>
 </dictionary>)"},
+    {ECode::OTHER_SPELLING, "DLP046", ESeverity::NOTE, "other-spelling",
+     "{} is written {}, and read as {}",
+     "write it as it is read",
+     "Numbers may have blanks, a plus or zeros in front, flags and types may be in any case of letters. An "
+     "export writes the plain form, so that the two differ.",
+     R"(<dictionary name="terms" type="Any" display_name="Terms">
+  <keyword score="+01" caseSensitive="true">one</keyword>
+</dictionary>)",
+     R"(<dictionary name="terms" type="Any" display_name="Terms">
+  <keyword score="10" caseSensitive="true">one</keyword>
+</dictionary>)"},
+    {ECode::SAME_PATTERN, "DLP047", ESeverity::NOTE, "same-pattern",
+     "the expressions {} and {} find the same",
+     "remove one of them, and let templates refer to the other one",
+     "Pattern, type, numbers, case, validator and character set are equal. Whoever changes the one will "
+     "not think of the other.",
+     R"(<entity name="account" type="Generic" display_name="Account">
+  <regularExpression>\d{8}</regularExpression>
+</entity>
+<entity name="customer" type="Generic" display_name="Customer">
+  <regularExpression>\d{8}</regularExpression>
+</entity>)",
+     R"(<entity name="account" type="Generic" display_name="Account">
+  <regularExpression>\d{8}</regularExpression>
+</entity>
+<entity name="customer" type="Generic" validator="iban" display_name="Customer">
+  <regularExpression>\d{8}</regularExpression>
+</entity>)"},
     {ECode::LIST_EMPTY, "DLP050", ESeverity::WARNING, "list-empty",
      "the keyword list {} has no keyword",
      "add one, or remove the list",
@@ -684,6 +715,30 @@ constexpr SCodeRow CODES[] = {
 </dictionary>)",
      R"(<dictionary name="terms" type="Threshold" threshold="3" display_name="Terms">
   <keyword score="2">one</keyword>
+  <keyword score="1">two</keyword>
+</dictionary>)"},
+    {ECode::DISTANCE_OF_ONE, "DLP054", ESeverity::WARNING, "distance-of-one",
+     "a list of type Distance has one keyword alone",
+     "add the keyword that should be near it, or write type=\"Any\"",
+     "Distance asks how near keywords stand to each other. One alone is near nothing, so the list matches "
+     "never, or wherever the keyword is; which of them depends on the engine.",
+     R"(<dictionary name="terms" type="Distance" number="5" display_name="Terms">
+  <keyword score="1">one</keyword>
+</dictionary>)",
+     R"(<dictionary name="terms" type="Distance" number="5" display_name="Terms">
+  <keyword score="1">one</keyword>
+  <keyword score="1">two</keyword>
+</dictionary>)"},
+    {ECode::SCORES_ZERO, "DLP055", ESeverity::WARNING, "scores-zero",
+     "every keyword of the list has a score of 0 or less",
+     "give the keywords scores",
+     "What a list of type Threshold compares with its threshold is made of the scores of the keywords that "
+     "are found. Without any it is never reached, unless the engine counts keywords instead.",
+     R"(<dictionary name="terms" type="Threshold" threshold="1" display_name="Terms">
+  <keyword score="0">one</keyword>
+</dictionary>)",
+     R"(<dictionary name="terms" type="Threshold" threshold="1" display_name="Terms">
+  <keyword score="0">one</keyword>
   <keyword score="1">two</keyword>
 </dictionary>)"},
     {ECode::TEMPLATE_EMPTY, "DLP060", ESeverity::WARNING, "template-empty",
@@ -783,6 +838,43 @@ constexpr SCodeRow CODES[] = {
     <industry name="banking"><template_id>Cards</template_id></industry>
   </industries>
 </SAPolicy>)"},
+    {ECode::MIXED_OPERATIONS, "DLP065", ESeverity::NOTE, "mixed-operations",
+     "the {} are joined by AND as well as by OR",
+     "write several rules, each joined by one operation, and join these by one as well",
+     "Nothing in a policy says what belongs together. dlpctl joins from left to right, so that A OR B AND C "
+     "asks for C and for A or B; whoever lets AND go first finds A alone enough.",
+     R"(<template name="notes" display_name="Notes">
+  <matchRule>
+    <buildingBlock sourceType="KEYWORD" sourceName="words"/>
+    <buildingBlock sourceType="ENTITY" entityHits="3" sourceName="card" operation="AND"/>
+    <buildingBlock sourceType="ENTITY" entityHits="5" sourceName="card" operation="OR"/>
+  </matchRule>
+</template>)",
+     R"(<template name="notes" display_name="Notes">
+  <matchRule>
+    <buildingBlock sourceType="KEYWORD" sourceName="words"/>
+    <buildingBlock sourceType="ENTITY" entityHits="3" sourceName="card" operation="AND"/>
+  </matchRule>
+  <matchRule operation="OR">
+    <buildingBlock sourceType="ENTITY" entityHits="5" sourceName="card"/>
+  </matchRule>
+</template>)"},
+    {ECode::SAME_DISPLAY_NAME, "DLP066", ESeverity::NOTE, "same-display-name",
+     "two {} have the display name {}",
+     "give one of them another display name",
+     "Where people choose by display names, the two cannot be told apart.",
+     R"(<entity name="account" type="Generic" display_name="Account">
+  <regularExpression>\d{8}</regularExpression>
+</entity>
+<entity name="customer" type="Generic" display_name="Account">
+  <regularExpression>\d{9}</regularExpression>
+</entity>)",
+     R"(<entity name="account" type="Generic" display_name="Account">
+  <regularExpression>\d{8}</regularExpression>
+</entity>
+<entity name="customer" type="Generic" display_name="Accounts">
+  <regularExpression>\d{9}</regularExpression>
+</entity>)"},
     {ECode::ALREADY_STORED, "DLP070", ESeverity::NOTE, "already-stored",
      "the store has the {} {} already",
      "import without --skip-existing to replace it",

@@ -9,6 +9,7 @@
 
 namespace {
 
+constexpr std::string_view BLANK = "{}";
 constexpr const char* SEVERITIES[] = {"error", "warning", "note"};
 constexpr const char CODE_START[] = "DLP";
 constexpr const char DIGITS[] = "0123456789";
@@ -23,6 +24,17 @@ std::string Complete(const std::string& strCode) {
 }
 
 }  // namespace
+
+std::string FillSentence(std::string_view strSentence, const std::vector<std::string>& vecTexts) {
+    std::string strFilled;
+    auto itText = vecTexts.begin();
+    for (std::size_t iBlank = strSentence.find(BLANK); iBlank != std::string_view::npos && itText != vecTexts.end();
+         iBlank = strSentence.find(BLANK)) {
+        strFilled.append(strSentence.substr(0, iBlank)).append(*itText++);
+        strSentence.remove_prefix(iBlank + BLANK.size());
+    }
+    return strFilled.append(strSentence);
+}
 
 const SCodeRow& GetCodeRow(ECode eCode) {
     return GetCodeTable()[static_cast<std::size_t>(eCode)];
@@ -52,4 +64,8 @@ const char* GetSeverityName(ESeverity eSeverity) {
 
 bool IsAboutNoDocument(ECode eCode) {
     return eCode <= ECode::NOT_XML;
+}
+
+bool IsAboutValue(ECode eCode) {
+    return eCode == ECode::UNKNOWN_TYPE || eCode == ECode::UNCLEAR_FLAG || eCode == ECode::UNCLEAR_NUMBER;
 }

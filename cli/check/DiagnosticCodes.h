@@ -3,6 +3,8 @@
 #include <cstddef>
 #include <span>
 #include <string>
+#include <string_view>
+#include <vector>
 
 /** How much a diagnostic weighs, the heaviest first. */
 enum class ESeverity { ERROR, WARNING, NOTE };
@@ -54,15 +56,21 @@ enum class ECode {
     PATTERN_UNTRIED,
     MISSING_NUMBER,
     SENSELESS_NUMBER,
+    OTHER_SPELLING,
+    SAME_PATTERN,
     LIST_EMPTY,
     KEYWORD_BLANK,
     KEYWORD_TWICE,
     THRESHOLD_UNREACHABLE,
+    DISTANCE_OF_ONE,
+    SCORES_ZERO,
     TEMPLATE_EMPTY,
     HITS_BELOW_ONE,
     SAME_TEMPLATE,
     RULE_POINTLESS,
     CATEGORY_TWICE,
+    MIXED_OPERATIONS,
+    SAME_DISPLAY_NAME,
     ALREADY_STORED,
     NOT_IN_DOCUMENT,
     IMPORT_FAILED,
@@ -81,6 +89,9 @@ struct SCodeRow {
     const char* pGood;    ///< markup that is near it and does not
 };
 
+/** @return a row's sentence with a text for each {} */
+std::string FillSentence(std::string_view strSentence, const std::vector<std::string>& vecTexts);
+
 /** In the order of ECode. */
 std::span<const SCodeRow> GetCodeTable();
 const SCodeRow& GetCodeRow(ECode eCode);
@@ -94,3 +105,5 @@ const char* GetSeverityName(ESeverity eSeverity);
 
 /** @return whether the code says that the file is no document at all */
 bool IsAboutNoDocument(ECode eCode);
+/** @return whether the code says that a value is read as another one */
+bool IsAboutValue(ECode eCode);

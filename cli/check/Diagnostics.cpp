@@ -5,19 +5,6 @@
 
 namespace {
 
-constexpr std::string_view BLANK = "{}";
-
-std::string Fill(std::string_view strSentence, const std::vector<std::string>& vecTexts) {
-    std::string strFilled;
-    auto itText = vecTexts.begin();
-    for (std::size_t iBlank = strSentence.find(BLANK); iBlank != std::string_view::npos && itText != vecTexts.end();
-         iBlank = strSentence.find(BLANK)) {
-        strFilled.append(strSentence.substr(0, iBlank)).append(*itText++);
-        strSentence.remove_prefix(iBlank + BLANK.size());
-    }
-    return strFilled.append(strSentence);
-}
-
 ESeverity Judge(ESeverity eSeverity, bool bStrict) {
     return bStrict && eSeverity == ESeverity::WARNING ? ESeverity::ERROR : eSeverity;
 }
@@ -43,8 +30,8 @@ SDiagnostic* CDiagnostics::Add(ECode eCode, std::size_t iOffset, const std::vect
     }
     m_vecDiagnostics.push_back({.eCode = eCode,
                                 .eSeverity = eSeverity,
-                                .strMessage = Fill(row.pWhat, vecWhat),
-                                .strAdvice = Fill(row.pAdvice, vecAdvice),
+                                .strMessage = FillSentence(row.pWhat, vecWhat),
+                                .strAdvice = FillSentence(row.pAdvice, vecAdvice),
                                 .iOffset = iOffset == std::string::npos ? iOffset : iOffset + m_iStart,
                                 .place = {},
                                 .excerpt = {},

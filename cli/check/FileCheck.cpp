@@ -28,12 +28,6 @@ namespace {
 
 constexpr const char STANDARD_LAYOUT[] = "standard";
 constexpr const char OLDER_LAYOUT[] = "older";
-constexpr const char EMPTY[] = "it is empty";
-constexpr const char UTF16[] = ", but UTF-16";
-constexpr const char UTF16_ADVICE[] = ", as iconv -f UTF-16 -t UTF-8 does";
-constexpr const char FROM_HERE[] = " from here on";
-constexpr const char NEAR[] = " here or shortly before this place";
-constexpr const char NO_MARKUP[] = "there is no \"<\" in it";
 
 /** How often an item is looked at, about: by each check that is about its kind, and by the import. */
 constexpr std::size_t STEPS_OF_ITEM = 6;
@@ -65,26 +59,23 @@ class CFileCheck {
     /** @return whether the file holds text that may be a document; what keeps it from that is told */
     bool Read() {
         try {
-            m_file.strBytes = ReadBytes(m_context, m_report.strFile);
+            m_file = TakeBytes(ReadBytes(m_context, m_report.strFile));
         } catch (const CInputError& error) {
             m_diagnostics.Add(ECode::UNREADABLE, std::string::npos, {error.GetReason()});
             return false;
         }
-        m_file.iStart = std::min(m_file.strBytes.find('<'), m_file.strBytes.size());
-        m_diagnostics.SetStart(m_file.iStart);
-        const std::size_t iInvalid = OS::FindInvalidUtf8(m_file.Text());
-        if (IsStoreFile(m_file.strBytes)) {
-            m_diagnostics.Add(ECode::NOT_XML, std::string::npos, {STORE_FILE}, {""});
-        } else if (m_file.Text().empty()) {
-            m_diagnostics.Add(ECode::NOT_XML, std::string::npos, {m_file.strBytes.empty() ? EMPTY : NO_MARKUP}, {""});
-        } else if (IsUtf16(m_file.strBytes)) {
-            m_diagnostics.Add(ECode::NOT_UTF8, std::string::npos, {UTF16}, {UTF16_ADVICE});
-        } else if (iInvalid != std::string::npos) {
-            m_diagnostics.Add(ECode::NOT_UTF8, iInvalid, {FROM_HERE}, {""});
-        } else {
-            return true;
+        const std::optional<SInputFault> fault = FindTextFault(m_file);
+        if (fault) {
+            Tell(*fault);
         }
-        return false;
+        m_diagnostics.SetStart(m_file.iStart);
+        return !fault;
+    }
+
+    /** Offsets count from the start of the file here. */
+    void Tell(const SInputFault& fault) {
+        SDiagnostic* pDiagnostic = m_diagnostics.Add(fault.eCode, fault.iOffset, fault.vecWhat, fault.vecAdvice);
+        pDiagnostic->related = fault.related;
     }
 
     void CheckDocument() {
@@ -92,7 +83,8 @@ class CFileCheck {
         const CXMLParser& parser = document.Load();
         const SXMLLoadError& error = parser.GetLoadError();
         if (!error.strMessage.empty()) {
-            m_diagnostics.Add(ECode::NOT_XML, error.iOffset, {Text::Printable(error.strMessage)}, {NEAR});
+            m_diagnostics.SetStart(0);
+            Tell(MakeXmlFault(m_file, error));
             return;
         }
         const CXMLView root = parser.RootView();

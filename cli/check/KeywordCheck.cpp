@@ -11,6 +11,7 @@
 namespace {
 
 constexpr const char THRESHOLD_TYPE[] = "Threshold";
+constexpr const char DISTANCE_TYPE[] = "Distance";
 
 std::string Fold(std::string strText) {
     std::transform(strText.begin(), strText.end(), strText.begin(),
@@ -43,15 +44,21 @@ class CKeywords {
     std::unordered_map<std::string, std::size_t> m_mapExact;
 };
 
-/** @return how many keywords, or the sum of what they count if that is more */
-std::int64_t CheckEach(const SCheckedDocument& document, const CXMLView& list) {
-    CKeywords keywords;
+/** What the keywords of a list come to. */
+struct SSum {
     std::int64_t iKeywords = 0;
-    std::int64_t iScores = 0;
+    std::int64_t iScores = 0;  ///< without those below 0
+    bool bEveryScore = true;   ///< none is missing
+};
+
+SSum CheckEach(const SCheckedDocument& document, const CXMLView& list) {
+    CKeywords keywords;
+    SSum sum;
     for (CXMLView node = list.FirstChild(TagUtf8::KEYWORD); node; node = node.NextSibling(TagUtf8::KEYWORD)) {
         const std::string strKeyword = node.Text();
-        ++iKeywords;
-        iScores += std::max(0, OS::TextToInt(node.Attribute(TagUtf8::SCORE)));
+        ++sum.iKeywords;
+        sum.iScores += std::max(0, OS::TextToInt(node.Attribute(TagUtf8::SCORE)));
+        sum.bEveryScore = sum.bEveryScore && node.HasAttribute(TagUtf8::SCORE);
         if (OS::Trim(std::string_view(strKeyword)).empty()) {
             document.diagnostics.Add(ECode::KEYWORD_BLANK, node.Offset());
             continue;
@@ -64,7 +71,20 @@ std::int64_t CheckEach(const SCheckedDocument& document, const CXMLView& list) {
                 "the first one is here");
         }
     }
-    return std::max(iKeywords, iScores);
+    return sum;
+}
+
+/** Counted is what is more, the number of keywords or the sum of what they count. */
+void CheckThreshold(const SCheckedDocument& document, const CXMLView& list, const SSum& sum) {
+    const std::int64_t iTogether = std::max(sum.iKeywords, sum.iScores);
+    const int iThreshold = OS::TextToInt(list.Attribute(TagUtf8::THRESHOLD));
+    if (iThreshold > iTogether) {
+        document.diagnostics.Add(ECode::THRESHOLD_UNREACHABLE, document.Find(list, TagUtf8::THRESHOLD).iName,
+                                 {std::to_string(iThreshold), std::to_string(iTogether)});
+    }
+    if (sum.iScores == 0 && sum.bEveryScore) {
+        document.diagnostics.Add(ECode::SCORES_ZERO, list.Offset());
+    }
 }
 
 }  // namespace
@@ -75,11 +95,12 @@ void CheckKeywords(const SCheckedDocument& document) {
             document.diagnostics.Add(ECode::LIST_EMPTY, list.Offset(), {Text::Quoted(list.Attribute(TagUtf8::NAME))});
             return;
         }
-        const std::int64_t iTogether = CheckEach(document, list);
-        const int iThreshold = OS::TextToInt(list.Attribute(TagUtf8::THRESHOLD));
-        if (OS::EqualsNoCase(list.Attribute(TagUtf8::TYPE), THRESHOLD_TYPE) && iThreshold > iTogether) {
-            document.diagnostics.Add(ECode::THRESHOLD_UNREACHABLE, document.Find(list, TagUtf8::THRESHOLD).iName,
-                                     {std::to_string(iThreshold), std::to_string(iTogether)});
+        const SSum sum = CheckEach(document, list);
+        const std::string_view strType = list.Attribute(TagUtf8::TYPE);
+        if (OS::EqualsNoCase(strType, THRESHOLD_TYPE)) {
+            CheckThreshold(document, list, sum);
+        } else if (OS::EqualsNoCase(strType, DISTANCE_TYPE) && sum.iKeywords == 1) {
+            document.diagnostics.Add(ECode::DISTANCE_OF_ONE, list.Offset());
         }
     });
 }

@@ -6,9 +6,12 @@
 #include "cli/Text.h"
 #include "cli/check/CheckedDocument.h"
 #include "platform/common/TextTools.h"
+#include "templates/DLPXmlNormalizer.h"
 #include "templates/MatchRule.h"
 
 namespace {
+
+constexpr const char FIRST_HERE[] = "the first one is here";
 
 struct SNamed {
     const char* pSection;
@@ -32,12 +35,32 @@ void CheckBlanks(const SCheckedDocument& document, const CXMLView& element) {
     }
 }
 
+/** Of one kind, those of one internal name aside: that these are one item is told already. */
+void CheckDisplayNames(const SCheckedDocument& document, const SNamed& named) {
+    const char* pAttribute = document.bOlder ? CDLPXmlNormalizer::OLDER_DISPLAY_NAME : TagUtf8::DISPLAY_NAME;
+    std::unordered_map<std::string, CXMLView> mapFirst;
+    document.ForEach(named.pSection, named.pElement, [&](const CXMLView& element) {
+        const std::string strDisplayName(element.Attribute(pAttribute));
+        if (strDisplayName.empty()) {
+            return;
+        }
+        const auto [itFirst, bNew] = mapFirst.try_emplace(strDisplayName, element);
+        if (!bNew && itFirst->second.Attribute(TagUtf8::NAME) != element.Attribute(TagUtf8::NAME)) {
+            document.diagnostics.Relate(
+                document.diagnostics.Add(ECode::SAME_DISPLAY_NAME, document.Find(element, pAttribute).iName,
+                                         {named.pWords, Text::Quoted(strDisplayName)}),
+                itFirst->second.Offset(), FIRST_HERE);
+        }
+    });
+}
+
 }  // namespace
 
 void CheckNames(const SCheckedDocument& document) {
     for (const SNamed& named : NAMED) {
         document.ForEach(named.pSection, named.pElement,
                          [&](const CXMLView& element) { CheckBlanks(document, element); });
+        CheckDisplayNames(document, named);
         std::unordered_map<std::string, std::size_t> mapFirst;
         document.ForEach(named.pSection, named.pElement, [&](const CXMLView& element) {
             const std::string strName(element.Attribute(TagUtf8::NAME));
@@ -49,7 +72,7 @@ void CheckNames(const SCheckedDocument& document) {
                 document.diagnostics.Relate(
                     document.diagnostics.Add(ECode::DUPLICATE_NAME, document.Find(element, TagUtf8::NAME).iName,
                                              {named.pWords, Text::Quoted(strName)}),
-                    itFirst->second, "the first one is here");
+                    itFirst->second, FIRST_HERE);
             } else if (named.eType != EElementType::UNKNOWN && !SurvivesRuleText(named.eType, strName)) {
                 document.diagnostics.Add(ECode::NAME_IN_TEXT, document.Find(element, TagUtf8::NAME).iName,
                                          {Text::Quoted(strName)});

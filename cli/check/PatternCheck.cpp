@@ -5,6 +5,7 @@
 #include "cli/Text.h"
 #include "cli/check/CheckedDocument.h"
 #include "cli/check/PatternProbe.h"
+#include "digital_assets/AssetFormat.h"
 
 namespace {
 
@@ -12,6 +13,24 @@ namespace {
 constexpr std::size_t MAX_EFFORT = 80000;
 
 constexpr const char RECURSES[] = "it calls itself again at the same place, without end";
+
+/** @return all that says what an expression finds, however it is written */
+std::string MakeMeaning(const CXMLView& element) {
+    const DigitalAssets::SAssetFormat& format = DigitalAssets::EXPRESSION_FORMAT;
+    CSettingsRow row(ESettingsKind::EXPRESSION);
+    DigitalAssets::ReadElement(format, element, row);
+    std::string strMeaning = row.GetFlag(ExpressionColumn::CASE_SENSITIVE) ? "1" : "0";
+    for (const std::size_t iColumn : {ExpressionColumn::TYPE, ExpressionColumn::VALIDATOR, ExpressionColumn::PATTERN,
+                                      ExpressionColumn::ALPHABET_CHARSET}) {
+        strMeaning += '\0' + row.GetText(iColumn);
+    }
+    for (const DigitalAssets::SType& type : format.aTypes) {
+        for (const DigitalAssets::SNumber& number : type.aNumbers) {
+            strMeaning += '\0' + std::to_string(row.GetNumber(number.iColumn));
+        }
+    }
+    return strMeaning;
+}
 
 class CPatternCheck {
   public:
@@ -44,6 +63,18 @@ class CPatternCheck {
         }
     }
 
+    /** Two of one name are one expression, as is told elsewhere. */
+    void CheckSame(const CXMLView& element) {
+        const auto [itFirst, bNew] = m_mapFirst.try_emplace(MakeMeaning(element), element);
+        const std::string_view strName = element.Attribute(TagUtf8::NAME);
+        const std::string_view strFirst = itFirst->second.Attribute(TagUtf8::NAME);
+        if (!bNew && strName != strFirst) {
+            m_document.diagnostics.Relate(m_document.diagnostics.Add(ECode::SAME_PATTERN, element.Offset(),
+                                                                     {Text::Quoted(strFirst), Text::Quoted(strName)}),
+                                          itFirst->second.Offset(), "the other one is here");
+        }
+    }
+
     void Finish() const {
         if (m_iUntried != 0) {
             m_document.diagnostics.Add(ECode::PATTERN_UNTRIED,
@@ -65,6 +96,7 @@ class CPatternCheck {
     const SCheckedDocument& m_document;
     std::size_t m_iEffort = MAX_EFFORT;
     std::unordered_map<std::string, std::optional<std::size_t>> m_mapTried;
+    std::unordered_map<std::string, CXMLView> m_mapFirst;  ///< the first expression of each meaning
     std::size_t m_iUntried = 0;
     CXMLView m_firstUntried;
 };
@@ -76,6 +108,7 @@ void CheckPatterns(const SCheckedDocument& document) {
     document.ForEach(TagUtf8::DIGITAL_ASSETS, TagUtf8::ENTITY, [&](const CXMLView& element) {
         if (const CXMLView node = element.FirstChild(TagUtf8::REGULAR_EXPRESSION)) {
             check.Check(node);
+            check.CheckSame(element);
         }
     });
     check.Finish();

@@ -44,6 +44,16 @@ EJoin GetJoin(const Parts& parts) {
     return bAnd && bOr ? EJoin::MIXED : bOr ? EJoin::ANY : EJoin::ALL;
 }
 
+/** @return whether the parts are joined by AND and by OR in so many words */
+template <class Parts>
+bool AreMixed(const Parts& parts) {
+    const auto fnAny = [&](EOperator eOperator) {
+        return std::any_of(parts.begin(), parts.end(),
+                           [&](const auto& part) { return &part != &parts.front() && part.eOperator == eOperator; });
+    };
+    return fnAny(EOperator::AND) && fnAny(EOperator::OR);
+}
+
 bool Implies(const SBlock& left, const SBlock& right) {
     return left.eType == right.eType && left.strName == right.strName &&
            (left.eType != EElementType::ENTITY || left.iCount >= right.iCount);
@@ -113,7 +123,11 @@ class CTemplateRules {
         for (std::size_t i = 0; i < m_vecRules.size(); ++i) {
             CheckRule(i);
         }
-        if (!m_bPlain || m_document.HasErrors(m_node)) {
+        if (m_document.HasErrors(m_node)) {
+            return;
+        }
+        TellMixed();
+        if (!m_bPlain) {
             return;
         }
         if (m_iBlocks <= MAX_BLOCKS && m_vecRules.size() <= MAX_BLOCKS) {
@@ -157,6 +171,17 @@ class CTemplateRules {
         } else if (iPart == 0 && bGiven && eOperator != EOperator::UNKNOWN && eOperator != EOperator::EXCEPT) {
             m_document.diagnostics.Add(ECode::FIRST_OPERATION, m_document.Find(node, TagUtf8::OPERATION).iName,
                                        {pWhat});
+        }
+    }
+
+    void TellMixed() const {
+        if (AreMixed(m_vecRules)) {
+            Tell(ECode::MIXED_OPERATIONS, m_node, "rules of the template");
+        }
+        for (const SRule& rule : m_vecRules) {
+            if (AreMixed(rule.vecBlocks)) {
+                Tell(ECode::MIXED_OPERATIONS, rule.node, "building blocks of the rule");
+            }
         }
     }
 

@@ -38,6 +38,14 @@ constexpr SLeast LEASTS[] = {
     {TagUtf8::MAX_LEFT_RADIUS, 0}, {TagUtf8::MAX_RIGHT_RADIUS, 0},
 };
 
+/** What people write for false. */
+constexpr const char* FALSE_WORDS[] = {Value::FALSE_TEXT, "no", "n", "f", "off", "0"};
+
+bool SaysFalse(std::string_view strFlag) {
+    return std::any_of(std::begin(FALSE_WORDS), std::end(FALSE_WORDS),
+                       [&](const char* pWord) { return OS::EqualsNoCase(OS::Trim(strFlag), std::string_view(pWord)); });
+}
+
 bool IsDigit(char c) {
     return c >= '0' && c <= '9';
 }
@@ -117,33 +125,47 @@ class CValueCheck {
   private:
     void CheckFlag(const CXMLView& element, const char* pName, bool bFixable) const {
         const std::string_view strFlag = element.Attribute(pName);
-        if (!element.HasAttribute(pName) || OS::EqualsNoCase(strFlag, Value::TRUE_TEXT) ||
-            OS::EqualsNoCase(strFlag, Value::FALSE_TEXT)) {
+        for (const char* pFlag : {Value::TRUE_TEXT, Value::FALSE_TEXT}) {
+            if (OS::EqualsNoCase(strFlag, std::string_view(pFlag))) {
+                CheckSpelling(element, pName, pFlag);
+                return;
+            }
+        }
+        if (!element.HasAttribute(pName)) {
             return;
         }
         const SAttributePlace place = m_document.Find(element, pName);
         SDiagnostic* pDiagnostic =
             m_document.diagnostics.Add(ECode::UNCLEAR_FLAG, place.iName, {pName, Text::Quoted(strFlag)});
-        if (bFixable) {
+        if (bFixable && SaysFalse(strFlag)) {
             m_document.diagnostics.Fix(pDiagnostic, place.iValue, place.iValueLength, Value::FALSE_TEXT);
         }
+    }
+
+    /** Of a value that says what is read, though perhaps in another way. */
+    void CheckSpelling(const CXMLView& element, const char* pName, const std::string& strRead) const {
+        const std::string_view strWritten = element.Attribute(pName);
+        if (strWritten == strRead) {
+            return;
+        }
+        const SAttributePlace place = m_document.Find(element, pName);
+        m_document.diagnostics.Fix(
+            m_document.diagnostics.Add(ECode::OTHER_SPELLING, place.iName, {pName, Text::Quoted(strWritten), strRead}),
+            place.iValue, place.iValueLength, strRead);
     }
 
     void CheckType(const SAssetFormat& format, const CXMLView& element, const std::string& strRead) const {
         const std::string_view strType = element.Attribute(TagUtf8::TYPE);
         if (OS::EqualsNoCase(strType, std::string_view(strRead))) {
+            CheckSpelling(element, TagUtf8::TYPE, strRead);
             return;
         }
         std::string strTypes;
         for (const SType& type : format.aTypes) {
             strTypes += (strTypes.empty() ? "" : ", ") + std::string(type.pName);
         }
-        const SAttributePlace place = m_document.Find(element, TagUtf8::TYPE);
-        SDiagnostic* pDiagnostic =
-            m_document.diagnostics.Add(ECode::UNKNOWN_TYPE, place.iName, {Text::Quoted(strType), strRead}, {strTypes});
-        if (place.bFound) {
-            m_document.diagnostics.Fix(pDiagnostic, place.iValue, place.iValueLength, strRead);
-        }
+        m_document.diagnostics.Add(ECode::UNKNOWN_TYPE, m_document.Find(element, TagUtf8::TYPE).iName,
+                                   {Text::Quoted(strType), strRead}, {strTypes});
     }
 
     void CheckNumbers(const SAssetFormat& format, const SType& type, const CXMLView& element,
@@ -215,20 +237,22 @@ class CValueCheck {
                                           [&](const SLeast& least) { return std::string_view(least.pName) == pName; });
         if (!element.HasAttribute(pName)) {
             m_document.diagnostics.Add(ECode::MISSING_NUMBER, element.Offset(), {pName});
-        } else if (!SaysNumber(element.Attribute(pName), iRead)) {
+            return;
+        }
+        if (!SaysNumber(element.Attribute(pName), iRead)) {
             TellUnclear(element, pName, iRead);
-        } else if (pLeast != std::end(LEASTS) && iRead < pLeast->iLeast) {
+            return;
+        }
+        CheckSpelling(element, pName, std::to_string(iRead));
+        if (pLeast != std::end(LEASTS) && iRead < pLeast->iLeast) {
             m_document.diagnostics.Add(ECode::SENSELESS_NUMBER, m_document.Find(element, pName).iName,
                                        {pName, std::to_string(iRead), std::to_string(pLeast->iLeast)});
         }
     }
 
     void TellUnclear(const CXMLView& element, const char* pName, int iRead) const {
-        const std::string_view strNumber = element.Attribute(pName);
-        const SAttributePlace place = m_document.Find(element, pName);
-        m_document.diagnostics.Fix(m_document.diagnostics.Add(ECode::UNCLEAR_NUMBER, place.iName,
-                                                              {pName, Text::Quoted(strNumber), std::to_string(iRead)}),
-                                   place.iValue, place.iValueLength, std::to_string(iRead));
+        m_document.diagnostics.Add(ECode::UNCLEAR_NUMBER, m_document.Find(element, pName).iName,
+                                   {pName, Text::Quoted(element.Attribute(pName)), std::to_string(iRead)});
     }
 
     void CheckHits(const CXMLView& block) const {
@@ -242,9 +266,18 @@ class CValueCheck {
             }
         } else if (bGiven && !SaysNumber(block.Attribute(TagUtf8::ENTITY_HITS), read.iCount)) {
             TellUnclear(block, TagUtf8::ENTITY_HITS, read.iCount);
-        } else if (read.iCount < 1) {
+        } else {
+            CheckHits(block, read.iCount, bGiven);
+        }
+    }
+
+    void CheckHits(const CXMLView& block, int iHits, bool bGiven) const {
+        if (bGiven) {
+            CheckSpelling(block, TagUtf8::ENTITY_HITS, std::to_string(iHits));
+        }
+        if (iHits < 1) {
             m_document.diagnostics.Add(ECode::HITS_BELOW_ONE, m_document.Find(block, TagUtf8::ENTITY_HITS).iName,
-                                       {std::to_string(read.iCount)});
+                                       {std::to_string(iHits)});
         }
     }
 

@@ -95,8 +95,7 @@ void ReplaceFile(CCommandContext& context, const std::string& strFile, const std
 std::string MakeForm(const std::string& strFile, const SPolicyFile& file) {
     const SXMLLoadError error = CheckXml(file.Text()).error;
     if (!error.strMessage.empty()) {
-        throw CInputError(strFile, Text::Printable(error.strMessage),
-                          CSourcePlaces(file.strBytes).Find(file.iStart + error.iOffset));
+        throw CInputError(strFile, file, MakeXmlFault(file, error));
     }
     Signals::ThrowIfCaught();
     return FormatXml(file.Text());

@@ -32,10 +32,10 @@ std::size_t GetTagLength(std::string_view strText) {
 
 SPiece TakeTag(std::string_view strRest) {
     const std::string_view strTag = strRest.substr(0, GetTagLength(strRest));
-    if (strTag[1] == '/') {
+    if (strTag.substr(0, 2) == "</") {
         return {EPiece::END, strTag};
     }
-    return {strTag[strTag.size() - 2] == '/' ? EPiece::EMPTY : EPiece::START, strTag};
+    return {strTag.ends_with("/>") ? EPiece::EMPTY : EPiece::START, strTag};
 }
 
 SPiece TakePiece(std::string_view strRest) {

@@ -29,7 +29,7 @@ struct SPiece {
 /** Takes a document apart, front to back, without copying. */
 class CMarkupReader {
   public:
-    /** @param strDocument well-formed, from its first "<" on; must outlive the pieces */
+    /** @param strDocument from its first "<" on, well-formed as far as its pieces matter; must outlive them */
     explicit CMarkupReader(std::string_view strDocument) : m_strDocument(strDocument) {}
     /** @return false past the last piece */
     bool Next(SPiece& piece);

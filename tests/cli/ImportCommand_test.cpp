@@ -362,14 +362,15 @@ std::string Nested(int iDepth) {
     return strText;
 }
 
-constexpr const char UTF16[] = ": UTF-16, not UTF-8: save the file as UTF-8, as iconv -f UTF-16 -t UTF-8 does";
+constexpr const char UTF16[] =
+    ": the file is not UTF-8, but UTF-16; save it as UTF-8, as iconv -f UTF-16 -t UTF-8 does";
 
 const SBadFile BAD_FILES[] = {
-    {"", ": the file is empty"},
-    {"no markup at all", ": there is no \"<\" in it, so it is no XML"},
-    {"xx\n<a>\n\xe9\xff</a>", ":3:1: not UTF-8: save the file as UTF-8"},
+    {"", ": the file is no XML: it is empty; check that this is the file you meant"},
+    {"no markup at all", ": the file is no XML: there is no \"<\" in it; check that this is the file you meant"},
+    {"xx\n<a>\n\xe9\xff</a>", ":3:1: the file is not UTF-8 from here on; save it as UTF-8"},
     {std::string("SQLite format 3\0<a/>", 20),
-     ": a store, no document; where a store can stand it is written as sqlite:PATH, else by --store"},
+     ": the file is no XML: it is a store; where a store can stand write it as sqlite:PATH, else name it by --store"},
     {std::string("\xff\xfe<\0a\0/\0>\0", 10), UTF16},
     {std::string("\xfe\xff\0<\0a\0/\0>", 10), UTF16},
     {std::string("<\0a\0/\0>\0", 8), UTF16},
@@ -466,7 +467,8 @@ TEST_F(ImportCommand, AFileThatMayNotBeReadIsSaid) {
 TEST_F(ImportCommand, NamesInMessagesCannotForgeLines) {
     const std::string strFile = m_dir.Write("a\nb.xml", "");
     EXPECT_EQ(Run({"import", strFile}).strErr,
-              "dlpctl: " + m_dir.Path("a\\u000Ab.xml") + ": the file is empty; nothing was written\n");
+              "dlpctl: " + m_dir.Path("a\\u000Ab.xml") +
+                  ": the file is no XML: it is empty; check that this is the file you meant; nothing was written\n");
 }
 
 TEST_F(ImportCommand, OtherFilesGoOnAndTheHighestExitCodeWins) {

@@ -115,8 +115,8 @@ TEST_F(ImportReportFile, GithubOnStandardOutputTakesThePlaceOfTheText) {
 
 TEST_F(ImportReportFile, ARefusedFileIsToldByTheCodeOfItsFault) {
     const std::pair<std::string, std::string> aFiles[] = {
-        {"", "DLP003 null the file is empty"},
-        {"<a>\n\xff</a>", "DLP002 2 not UTF-8: save the file as UTF-8"},
+        {"", "DLP003 null the file is no XML: it is empty; check that this is the file you meant"},
+        {"<a>\n\xff</a>", "DLP002 2 the file is not UTF-8 from here on; save it as UTF-8"},
         {"<a/>", "DLP004 1 no policy: the root element is \"a\", not \"SAPolicy\""},
         {"<SAPolicy template_version='1' localization_language='x'/>",
          "DLP005 1 the document's language is \"x\", and none is set here; --language \"x\" takes it"},

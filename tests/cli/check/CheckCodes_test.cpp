@@ -28,7 +28,7 @@ constexpr const char STORED[] =
     R"(</SAPolicy>)";
 
 std::string MakeUser(const std::string& strName, const std::string& strBlock) {
-    return "<template name=\"" + strName + "\" display_name=\"User\"><matchRule>" + strBlock +
+    return "<template name=\"" + strName + "\" display_name=\"" + strName + "\"><matchRule>" + strBlock +
            "<buildingBlock sourceType=\"ENTITY\" entityHits=\"7\" sourceName=\"card\" operation=\"OR\"/>"
            "</matchRule></template>";
 }
@@ -99,8 +99,8 @@ std::string MakeSlowPatterns(int iPatterns) {
     std::string strPatterns;
     for (int i = 0; i < iPatterns; ++i) {
         const std::string strNumber = std::to_string(i);
-        strPatterns += "<entity name=\"slow " + strNumber + "\" type=\"Generic\" display_name=\"Slow\">" +
-                       "<regularExpression>" + strNumber + "\\w+\\w+x</regularExpression></entity>";
+        strPatterns += "<entity name=\"slow " + strNumber + "\" type=\"Generic\" display_name=\"Slow " + strNumber +
+                       "\">" + "<regularExpression>" + strNumber + "\\w+\\w+x</regularExpression></entity>";
     }
     return strPatterns;
 }

@@ -449,9 +449,10 @@ TEST_F(DiffCommand, BadInputIsInvalid) {
     const std::pair<std::string, std::string> aFiles[] = {
         {m_dir.Path("missing.xml"), ": No such file or directory"},
         {m_dir.MakeFolder("folder"), ": Is a directory"},
-        {m_dir.Write("empty.xml", ""), ": the file is empty"},
-        {m_dir.Write("text.xml", "text"), ": there is no \"<\" in it, so it is no XML"},
-        {m_dir.Write("latin.xml", "<a>\n\xe9</a>"), ":2:1: not UTF-8: save the file as UTF-8"},
+        {m_dir.Write("empty.xml", ""), ": the file is no XML: it is empty; check that this is the file you meant"},
+        {m_dir.Write("text.xml", "text"),
+         ": the file is no XML: there is no \"<\" in it; check that this is the file you meant"},
+        {m_dir.Write("latin.xml", "<a>\n\xe9</a>"), ":2:1: the file is not UTF-8 from here on; save it as UTF-8"},
         {m_dir.Write("other.xml", "<other/>"), ": no policy: the root element is \"other\", not \"SAPolicy\""},
     };
     for (const auto& [strFile, strWhy] : aFiles) {

@@ -218,9 +218,11 @@ TEST_F(ConvertCommand, EveryDifferenceIsToldInJson) {
 TEST_F(ConvertCommand, WhatIsNoPolicyIsRefused) {
     const std::pair<const char*, const char*> aRefused[] = {
         {"<a/>", "-: no policy: the root element is \"a\", not \"SAPolicy\"\n"},
-        {"<SAPolicy>", "-:1:11: an element is not closed\n"},
-        {"", "-: the file is empty\n"},
-        {"<a>\xff</a>", "-:1:4: not UTF-8: save the file as UTF-8\n"},
+        {"<SAPolicy>",
+         "-:1:11: the file is no XML: it ends, and \"<SAPolicy>\" of line 1 is still open; close it with "
+         "\"</SAPolicy>\"\n"},
+        {"", "-: the file is no XML: it is empty; check that this is the file you meant\n"},
+        {"<a>\xff</a>", "-:1:4: the file is not UTF-8 from here on; save it as UTF-8\n"},
     };
     for (const auto& [pDocument, pMessage] : aRefused) {
         const SToolRun run = Run({"convert", "-", "-o", m_dir.Path("never.xml")}, pDocument);

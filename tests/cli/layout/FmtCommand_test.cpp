@@ -120,12 +120,17 @@ TEST_F(FmtCommand, WhatIsNoDocumentIsToldWithItsPlaceAndStays) {
         strDeep += "<a>";
     }
     const SBad aBad[] = {
-        {"cut.xml", "<a>\n<b>", ":2:4: an element is not closed", 2},
-        {"empty.xml", "", ": the file is empty", 0},
-        {"text.xml", "text", ": there is no \"<\" in it, so it is no XML", 0},
-        {"bytes.xml", "<a>\xff</a>", ":1:4: not UTF-8: save the file as UTF-8", 1},
-        {"doctype.xml", "<!DOCTYPE a><a/>", ":1:1: a DOCTYPE is not allowed", 1},
-        {"deep.xml", strDeep, ":1:769: elements are nested more than 256 deep", 1},
+        {"cut.xml", "<a>\n<b>",
+         ":2:4: the file is no XML: it ends, and \"<b>\" of line 2 is still open; close it with \"</b>\"", 2},
+        {"empty.xml", "", ": the file is no XML: it is empty; check that this is the file you meant", 0},
+        {"text.xml", "text", ": the file is no XML: there is no \"<\" in it; check that this is the file you meant", 0},
+        {"bytes.xml", "<a>\xff</a>", ":1:4: the file is not UTF-8 from here on; save it as UTF-8", 1},
+        {"doctype.xml", "<!DOCTYPE a><a/>",
+         ":1:1: the file is no XML: a DOCTYPE is not allowed; correct it here or shortly before this place", 1},
+        {"deep.xml", strDeep,
+         ":1:769: the file is no XML: elements are nested more than 256 deep; correct it here or shortly before this "
+         "place",
+         1},
     };
     for (const SBad& bad : aBad) {
         const std::string strFile = m_dir.Write(bad.pName, bad.strBytes);

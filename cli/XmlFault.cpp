@@ -1,0 +1,286 @@
+#include "cli/XmlFault.h"
+
+#include <algorithm>
+#include <array>
+#include <optional>
+#include <utility>
+#include <vector>
+
+#include "cli/Text.h"
+#include "cli/layout/MarkupReader.h"
+
+// The engine says little more than where it stopped. What stands there, and which elements are open, tells the rest.
+
+namespace {
+
+constexpr const char NEAR[] = "correct it here or shortly before this place";
+
+constexpr std::string_view SPACE = " \t\r\n";
+constexpr std::string_view DECLARATION = "<!";
+constexpr std::string_view CDATA = "<![CDATA[";
+constexpr std::string_view CDATA_END = "]]>";
+constexpr std::string_view BRACKETS = "]]";
+constexpr std::string_view DASHES = "--";
+constexpr std::string_view REFERENCES[] = {"amp", "lt", "gt", "quot", "apos"};
+
+bool IsNameCharacter(char c) {
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || (c & '\x80') != 0 ||
+           std::string_view("_:-.#").find(c) != std::string_view::npos;
+}
+
+std::string MakeTag(std::string_view strName, bool bEnd = false) {
+    return Text::Quoted((bEnd ? "</" : "<") + std::string(strName) + '>');
+}
+
+/** @return whether what a tag begins with ends inside a value */
+bool IsInValue(std::string_view strTag) {
+    char cQuote = '\0';
+    for (const char c : strTag) {
+        cQuote = cQuote == '\0' && (c == '"' || c == '\'') ? c : c == cQuote ? '\0' : cQuote;
+    }
+    return cQuote != '\0';
+}
+
+/** The place where the engine stopped, in its piece of markup, and what is open there. */
+class CFaultyPlace {
+  public:
+    CFaultyPlace(std::string_view strText, std::size_t iOffset) : m_strText(strText), m_iOffset(iOffset) {
+        CMarkupReader reader(strText);
+        for (SPiece piece; reader.Next(piece);) {
+            m_piece = piece;
+            if (piece.iOffset + piece.strText.size() > iOffset) {
+                m_bInside = true;
+                return;
+            }
+            if (piece.ePiece == EPiece::START) {
+                m_vecOpen.push_back(piece);
+            } else if (piece.ePiece == EPiece::END && !m_vecOpen.empty()) {
+                m_vecOpen.pop_back();
+            }
+        }
+    }
+
+    std::size_t GetOffset() const { return m_iOffset; }
+    /** @return null at the end of the text */
+    const SPiece* GetPiece() const { return m_bInside ? &m_piece : nullptr; }
+    /** @return the element that is open; null when there is none */
+    const SPiece* GetOpen() const { return m_vecOpen.empty() ? nullptr : &m_vecOpen.back(); }
+    bool IsOpen(std::string_view strName) const {
+        return std::any_of(m_vecOpen.begin(), m_vecOpen.end(),
+                           [&](const SPiece& piece) { return piece.GetElement() == strName; });
+    }
+    bool IsIn(EPiece ePiece) const { return m_bInside && m_piece.ePiece == ePiece; }
+    bool IsInStartTag() const { return IsIn(EPiece::START) || IsIn(EPiece::EMPTY); }
+    bool IsInCdata() const { return IsStart(m_piece.strText, CDATA); }
+    /** @return whether text or an attribute's value is read there, in which references stand for characters */
+    bool IsInCharacters() const { return IsInStartTag() || (IsIn(EPiece::TEXT) && !IsInCdata()); }
+    /** @return the text from the place on */
+    std::string_view Rest() const { return m_strText.substr(m_iOffset); }
+    /** @return what the piece holds before the place */
+    std::string_view Before() const {
+        return m_strText.substr(m_piece.iOffset, m_iOffset - std::min(m_piece.iOffset, m_iOffset));
+    }
+    bool Reads(std::string_view strStart) const { return IsStart(Rest(), strStart); }
+
+    static bool IsStart(std::string_view strText, std::string_view strStart) {
+        return strText.substr(0, strStart.size()) == strStart;
+    }
+
+  private:
+    std::string_view m_strText;
+    std::size_t m_iOffset;
+    SPiece m_piece;
+    bool m_bInside = false;
+    std::vector<SPiece> m_vecOpen;
+};
+
+using Fault = std::optional<SXmlFault>;
+
+SXmlFault Make(const CFaultyPlace& place, std::string strWhat, std::string strAdvice) {
+    return {std::move(strWhat), std::move(strAdvice), place.GetOffset(), std::string::npos, {}};
+}
+
+Fault FindNotClosed(const CFaultyPlace& place) {
+    const SPiece* pOpen = place.GetOpen();
+    if (place.GetPiece() != nullptr || pOpen == nullptr ||
+        (place.IsInCdata() && !place.Before().ends_with(CDATA_END))) {
+        return {};
+    }
+    SXmlFault fault = Make(place, "it ends, and " + MakeTag(pOpen->GetElement()),
+                           "close it with " + MakeTag(pOpen->GetElement(), true));
+    fault.iOpen = pOpen->iOffset;
+    return fault;
+}
+
+Fault FindMismatch(const CFaultyPlace& place) {
+    const SPiece* pOpen = place.GetOpen();
+    if (!place.IsIn(EPiece::END)) {
+        return {};
+    }
+    const std::string_view strName = place.GetPiece()->GetElement();
+    const std::string strTag = MakeTag(strName, true);
+    if (pOpen == nullptr) {
+        SXmlFault fault = Make(place, strTag + " closes no element", "remove it");
+        fault.iOffset = place.GetPiece()->iOffset;
+        return fault;
+    }
+    if (strName == pOpen->GetElement()) {
+        return {};
+    }
+    const std::string strClose = "close that with " + MakeTag(pOpen->GetElement(), true);
+    SXmlFault fault = Make(place, strTag + " does not fit: " + MakeTag(pOpen->GetElement()),
+                           place.IsOpen(strName) ? strClose + " before it" : strClose + ", or remove " + strTag);
+    fault.iOpen = pOpen->iOffset;
+    return fault;
+}
+
+/** What begins at the place goes on to the end. */
+Fault FindUnended(const CFaultyPlace& place) {
+    static constexpr std::pair<EPiece, const char*> ENDS[] = {{EPiece::COMMENT, "-->"},
+                                                              {EPiece::INSTRUCTION, "?>"},
+                                                              {EPiece::START, ">"},
+                                                              {EPiece::EMPTY, ">"},
+                                                              {EPiece::END, ">"}};
+    const SPiece* pPiece = place.GetPiece();
+    if (pPiece == nullptr || pPiece->iOffset != place.GetOffset() || pPiece->strText.size() != place.Rest().size()) {
+        return {};
+    }
+    for (const auto& [ePiece, pEnd] : ENDS) {
+        const bool bValue = place.IsInStartTag() && IsInValue(pPiece->strText);
+        if (pPiece->ePiece == ePiece && (bValue || !pPiece->strText.ends_with(pEnd))) {
+            return Make(
+                place, "what begins here has no end",
+                "end it with " + Text::Quoted(pEnd) + (bValue ? ", and the value in it with its quotation mark" : ""));
+        }
+    }
+    return {};
+}
+
+Fault FindAmpersand(const CFaultyPlace& place) {
+    std::string_view strBefore = place.Before();
+    while (!strBefore.empty() && IsNameCharacter(strBefore.back())) {
+        strBefore.remove_suffix(1);
+    }
+    if (!place.IsInCharacters() || !strBefore.ends_with('&')) {
+        return {};
+    }
+    SXmlFault fault = Make(place, "\"&\" begins no reference", "write &amp; where & itself is meant");
+    fault.iOffset -= place.Before().size() - strBefore.size() + 1;
+    return fault;
+}
+
+bool IsKnown(std::string_view strReference) {
+    return std::find(std::begin(REFERENCES), std::end(REFERENCES), strReference) != std::end(REFERENCES);
+}
+
+SXmlFault MakeUnknown(std::size_t iOffset, std::string_view strName) {
+    return {Text::Quoted('&' + std::string(strName) + ';') + " is no reference that XML knows",
+            "write the character itself or its number, as &#233; for \xC3\xA9",
+            iOffset,
+            std::string::npos,
+            {}};
+}
+
+Fault FindReference(const CFaultyPlace& place) {
+    const std::string_view strRest = place.Rest();
+    const std::size_t iEnd = strRest.find_first_of("; \t\r\n<>\"'&", 1);
+    if (!place.IsInCharacters() || !place.Reads("&")) {
+        return {};
+    }
+    if (iEnd == std::string_view::npos || strRest[iEnd] != ';') {
+        return Make(place, "\"&\" begins no reference", "write &amp; where & itself is meant");
+    }
+    const std::string_view strName = strRest.substr(1, iEnd - 1);
+    if (CFaultyPlace::IsStart(strName, "#")) {
+        return Make(place, Text::Quoted(strRest.substr(0, iEnd + 1)) + " is no character that XML has",
+                    "write another one, or remove it");
+    }
+    return IsKnown(strName) ? Fault() : MakeUnknown(place.GetOffset(), strName);
+}
+
+/** The engine knows a reference in a value only as one of the tag. */
+Fault FindReferenceInTag(const CFaultyPlace& place) {
+    if (!place.IsInStartTag() || !place.Before().empty() || place.Reads(DECLARATION)) {
+        return {};
+    }
+    const std::string_view strTag = place.GetPiece()->strText;
+    for (std::size_t i = strTag.find('&'); i != std::string_view::npos; i = strTag.find('&', i + 1)) {
+        const std::string_view strName = strTag.substr(i + 1, strTag.find(';', i) - i - 1);
+        if (!IsKnown(strName) && !CFaultyPlace::IsStart(strName, "#")) {
+            return MakeUnknown(place.GetOffset() + i, strName);
+        }
+    }
+    return {};
+}
+
+Fault FindLess(const CFaultyPlace& place) {
+    if (!place.IsInStartTag() || !place.Reads("<") || place.Before().empty()) {
+        return {};
+    }
+    if (!IsInValue(place.Before())) {
+        return Make(place, "a tag begins in another one", "end the one before it with \">\"");
+    }
+    return Make(place, "\"<\" stands in the value of an attribute",
+                "write &lt; where < itself is meant; if it begins a tag, the value lacks its quotation mark");
+}
+
+Fault FindQuotes(const CFaultyPlace& place) {
+    const std::string_view strBefore = place.Before();
+    if (!place.IsInStartTag() || IsInValue(strBefore) || strBefore.empty()) {
+        return {};
+    }
+    if (strBefore.back() == '"' || strBefore.back() == '\'') {
+        return Make(place, "the quotation mark before this place ends the value of an attribute",
+                    "write &quot; for one inside a value, or add the one that is missing");
+    }
+    if (strBefore[std::min(strBefore.find_last_not_of(SPACE), strBefore.size() - 1)] == '=') {
+        return Make(place, "the value of an attribute has no quotation marks", "put it between quotation marks");
+    }
+    return {};
+}
+
+Fault FindSequence(const CFaultyPlace& place) {
+    if (place.IsIn(EPiece::COMMENT) && place.Before().ends_with(DASHES)) {
+        return Make(place, "\"--\" stands inside a comment", "write it in another way there");
+    }
+    if (place.IsIn(EPiece::TEXT) && !place.IsInCdata() && place.Before().ends_with(BRACKETS) && place.Reads(">")) {
+        return Make(place, "\"]]>\" stands in text", "write ]]&gt;");
+    }
+    return {};
+}
+
+Fault FindCharacter(const CFaultyPlace& place) {
+    const std::string_view strRest = place.Rest();
+    const bool bControl = !strRest.empty() && strRest.front() >= '\0' && strRest.front() < ' ' &&
+                          SPACE.find(strRest.front()) == std::string_view::npos;
+    const bool bNone = place.Reads("\xEF\xBF\xBE") || place.Reads("\xEF\xBF\xBF");
+    if (!bControl && !bNone) {
+        return {};
+    }
+    return Make(place, "XML does not have the character " + Text::Quoted(strRest.substr(0, bControl ? 1 : 3)),
+                "remove it");
+}
+
+constexpr std::array<Fault (*)(const CFaultyPlace&), 10> FINDERS = {
+    FindNotClosed, FindMismatch,       FindUnended, FindCharacter, FindAmpersand,
+    FindReference, FindReferenceInTag, FindLess,    FindSequence,  FindQuotes};
+
+}  // namespace
+
+SXmlFault ExplainXmlFault(std::string_view strText, const SXMLLoadError& error, const CSourcePlaces& places,
+                          std::size_t iStart) {
+    const CFaultyPlace place(strText, error.iOffset);
+    for (const auto fnFind : FINDERS) {
+        Fault fault = fnFind(place);
+        if (!fault) {
+            continue;
+        }
+        if (fault->iOpen != std::string::npos) {
+            const std::string strLine = std::to_string(places.Find(iStart + fault->iOpen).iLine);
+            fault->strOpen = MakeTag(place.GetOpen()->GetElement()) + " begins here";
+            fault->strWhat += " of line " + strLine + " is still open";
+        }
+        return *fault;
+    }
+    return Make(place, Text::Printable(error.strMessage), NEAR);
+}

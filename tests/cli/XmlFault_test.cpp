@@ -1,0 +1,98 @@
+#include "cli/XmlFault.h"
+
+#include <gtest/gtest.h>
+
+#include "platform/xml/XMLGate.hpp"
+
+namespace {
+
+std::string Explain(const std::string& strText) {
+    const SXMLLoadError error = CheckXml(strText).error;
+    const CSourcePlaces places(strText);
+    const SXmlFault fault = ExplainXmlFault(strText, error, places, 0);
+    std::string strSaid = std::to_string(fault.iOffset) + ' ' + fault.strWhat + "; " + fault.strAdvice;
+    if (fault.iOpen != std::string::npos) {
+        strSaid += " [" + std::to_string(fault.iOpen) + ' ' + fault.strOpen + ']';
+    }
+    return strSaid;
+}
+
+constexpr const char AMPERSAND[] = "\"&\" begins no reference; write &amp; where & itself is meant";
+constexpr const char NEAR[] = "; correct it here or shortly before this place";
+
+}  // namespace
+
+TEST(XmlFault, SaysWhatToWrite) {
+    const std::pair<std::string, std::string> aTexts[] = {
+        {"<a b=\"x & y\"/>", std::string("8 ") + AMPERSAND},
+        {"<a b=\"AT&T\"/>", std::string("8 ") + AMPERSAND},
+        {"<a>x &&amp; y</a>", std::string("5 ") + AMPERSAND},
+        {"<a>&;</a>", std::string("3 ") + AMPERSAND},
+        {"<a>x &", std::string("5 ") + AMPERSAND},
+        {"<a>&nbsp;</a>",
+         "3 \"&nbsp;\" is no reference that XML knows; write the character itself or its number, as &#233; for "
+         "\xC3\xA9"},
+        {"<a b='&eacute;'/>",
+         "6 \"&eacute;\" is no reference that XML knows; write the character itself or its number, as &#233; for "
+         "\xC3\xA9"},
+        {"<a>\n<b c='&lt;' d='&euro;&amp;'/></a>",
+         "19 \"&euro;\" is no reference that XML knows; write the character itself or its number, as &#233; for "
+         "\xC3\xA9"},
+        {"<a b='&#0;'/>", "6 \"&#0;\" is no character that XML has; write another one, or remove it"},
+        {"<a>&#0;</a>", "3 \"&#0;\" is no character that XML has; write another one, or remove it"},
+        {"<a b=\"x < y\"/>",
+         "8 \"<\" stands in the value of an attribute; write &lt; where < itself is meant; if it begins a tag, the "
+         "value lacks its quotation mark"},
+        {"<a <b/></a>", "3 a tag begins in another one; end the one before it with \">\""},
+        {"<a b=\"the \"best\" one\"/>",
+         "11 the quotation mark before this place ends the value of an attribute; write &quot; for one inside a value, "
+         "or add the one that is missing"},
+        {"<a b= 1/>", "6 the value of an attribute has no quotation marks; put it between quotation marks"},
+        {"<a>]]></a>", "5 \"]]>\" stands in text; write ]]&gt;"},
+        {"<a><!-- & -- --></a>", "12 \"--\" stands inside a comment; write it in another way there"},
+        {"<a>\x01</a>", "3 XML does not have the character \"\\u0001\"; remove it"},
+        {"<a><![CDATA[\xEF\xBF\xBE]]></a>", "12 XML does not have the character \"\xEF\xBF\xBE\"; remove it"},
+        {"<a><!-- <b>", "3 what begins here has no end; end it with \"-->\""},
+        {"<a><b c=\"d",
+         "3 what begins here has no end; end it with \">\", and the value in it with its quotation mark"},
+        {"<a><b", "3 what begins here has no end; end it with \">\""},
+        {"<a><", "3 what begins here has no end; end it with \">\""},
+    };
+    for (const auto& [strText, strExpected] : aTexts) {
+        EXPECT_EQ(Explain(strText), strExpected) << strText;
+    }
+}
+
+TEST(XmlFault, NamesTheElementThatIsOpen) {
+    const std::pair<std::string, std::string> aTexts[] = {
+        {"<a>\n<b x='>'>\n<!-- <c> --><c/></a>",
+         "32 \"</a>\" does not fit: \"<b>\" of line 2 is still open; close that with \"</b>\" before it "
+         "[4 \"<b>\" begins here]"},
+        {"<a>\n<b>\n</B></a>",
+         "10 \"</B>\" does not fit: \"<b>\" of line 2 is still open; close that with \"</b>\", or remove \"</B>\" "
+         "[4 \"<b>\" begins here]"},
+        {"<a/></a>", "4 \"</a>\" closes no element; remove it"},
+        {"<a><b></b>\n",
+         "11 it ends, and \"<a>\" of line 1 is still open; close it with \"</a>\" [0 \"<a>\" begins here]"},
+    };
+    for (const auto& [strText, strExpected] : aTexts) {
+        EXPECT_EQ(Explain(strText), strExpected) << strText;
+    }
+}
+
+TEST(XmlFault, LeavesTheRestToTheEngine) {
+    std::string strDeep;
+    for (int i = 0; i < 257; ++i) {
+        strDeep += "<a>";
+    }
+    const std::pair<std::string, std::string> aTexts[] = {
+        {"<a x='1' x='2'/>", std::string("9 duplicate attribute") + NEAR},
+        {"<a/><b/>", std::string("4 junk after document element") + NEAR},
+        {"<!DOCTYPE a><a/>", std::string("0 a DOCTYPE is not allowed") + NEAR},
+        {"<a><![CDATA[", std::string("12 unclosed CDATA section") + NEAR},
+        {strDeep, std::string("768 elements are nested more than 256 deep") + NEAR},
+    };
+    for (const auto& [strText, strExpected] : aTexts) {
+        EXPECT_EQ(Explain(strText), strExpected) << strText;
+    }
+}
