@@ -104,6 +104,8 @@ class CAssetExportCommand : public CExportObserver {
 
     void OnRecord() override { CProgress::Step(); }
 
+    void OnText(std::string& strText) override { TakeText(m_context, m_arguments, m_report, strText); }
+
     void OnLeftOut(const std::string&, ELeftOut, const std::string&) override {}
 
     void OnRecordFailed(const std::string& strSubject, const std::string& strMessage) override {

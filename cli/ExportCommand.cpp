@@ -99,6 +99,8 @@ class CTemplateExportCommand : public CExportObserver {
 
     void OnRecord() override { CProgress::Step(); }
 
+    void OnText(std::string& strText) override { TakeText(m_context, m_arguments, m_report, strText); }
+
     void OnLeftOut(const std::string& strName, ELeftOut eReason, const std::string& strDetail) override {
         const bool bNotStored = eReason == ELeftOut::NOT_STORED;
         LeaveOut(
@@ -170,7 +172,7 @@ class CTemplateExportCommand : public CExportObserver {
                                                     CountOthers(ESettingsKind::TEMPLATE, lstTemplates.size())};
     }
 
-    /** Such rules come into a store by editing and by loading a dump. */
+    /** Such rules come into a store by editing and by loading a dump. What was taken holds assets alone. */
     void WarnOfExcept(const std::vector<std::string>& vecNames) {
         if (m_report.strDocument.find(EXCEPT_VALUE) == std::string::npos) {
             return;

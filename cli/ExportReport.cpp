@@ -27,8 +27,15 @@ bool IsWorthWriting(const SExportOptions& options, const SExportReport& report) 
                                        [](const auto& count) { return count.second.iCarried > 0; });
 }
 
+COutput& OpenOutput(CCommandContext& context, const SExportOptions& options, SExportReport& report) {
+    if (report.pOutput == nullptr) {
+        report.pOutput = std::make_unique<COutput>(context, options.strOutput);
+    }
+    return *report.pOutput;
+}
+
 void Write(CCommandContext& context, const SExportOptions& options, SExportReport& report) {
-    COutput output(context, options.strOutput);
+    COutput& output = OpenOutput(context, options, report);
     output.Write(options.bIndent ? FormatXml(report.strDocument) : std::move(report.strDocument));
     if (context.IsJson()) {
         context.StartJson(MakeHead(report, true));
@@ -86,6 +93,13 @@ void CheckExportOptions(CCommandContext& context, const SExportOptions& options,
                                                  : "nothing is asked for; write names or --all");
     }
     COutput::CheckLeavesAnswer(context, options.strOutput);
+}
+
+void TakeText(CCommandContext& context, const SExportOptions& options, SExportReport& report, std::string& strText) {
+    if (!options.bIndent && OpenOutput(context, options, report).IsUndone()) {
+        report.pOutput->Write(strText);
+        strText.clear();
+    }
 }
 
 EVerdict FinishExport(CCommandContext& context, const SExportOptions& options, SExportReport& report) {

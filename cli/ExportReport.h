@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <map>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -9,6 +10,7 @@
 
 #include "cli/CommandLine.h"
 #include "cli/Kinds.h"
+#include "cli/Output.h"
 #include "cli/Verdict.h"
 
 class CCommandContext;
@@ -34,7 +36,8 @@ struct SExportReport {
     std::vector<SLeftOut> vecLeftOut;
     std::vector<std::string> vecWarnings;          ///< printable
     std::map<ESettingsKind, SExportCount> counts;  ///< of the kinds that the export is about
-    std::string strDocument;
+    std::string strDocument;                       ///< but for what is in the output already
+    std::unique_ptr<COutput> pOutput;              ///< where it goes, as soon as that is open
 };
 
 /** How an export is to be written. */
@@ -49,6 +52,9 @@ void AddExportOptions(CLI::App& command, SExportOptions& options);
 
 /** @throws CToolError (USAGE) for a wish that cannot be met @param bNames whether anything is named */
 void CheckExportOptions(CCommandContext& context, const SExportOptions& options, bool bNames);
+
+/** Takes what is made of the document into the output, if a failure can still undo that. @throws CToolError (OUTPUT) */
+void TakeText(CCommandContext& context, const SExportOptions& options, SExportReport& report, std::string& strText);
 
 /** Writes the document, then tells what is not in it. @return FINDINGS when something that was asked for is missing */
 EVerdict FinishExport(CCommandContext& context, const SExportOptions& options, SExportReport& report);

@@ -41,6 +41,10 @@ COutput::COutput(CCommandContext& context, const std::string& strFile)
 
 COutput::~COutput() = default;
 
+bool COutput::IsUndone() const {
+    return m_pFile != nullptr && m_pFile->IsReplaced();
+}
+
 void COutput::Write(std::string_view strText) {
     if (m_strWaiting.size() + strText.size() < m_iPiece) {
         m_strWaiting += strText;

@@ -19,6 +19,8 @@ class COutput {
     COutput(CCommandContext& context, const std::string& strFile);
     ~COutput();
 
+    /** Whether nothing that is written can be seen before it is committed. */
+    bool IsUndone() const;
     void Write(std::string_view strText);
     /** Until then a regular file is as it was. */
     void Commit();

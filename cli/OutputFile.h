@@ -20,6 +20,8 @@ class COutputFile {
     /** Unless committed, a regular file is as it was. */
     ~COutputFile();
 
+    /** Whether what is written can still be left out of the file. */
+    bool IsReplaced() const { return !m_strTemporary.empty(); }
     void Write(std::string_view strText);
     /** Makes what was written the file, and waits until the disk holds it. */
     void Commit();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -56,7 +57,13 @@ bool WriteEmptyRoot(CXMLWriter& writer);
 bool Generate(const std::vector<OS::x_wstring>& vecExpressions, const std::vector<OS::x_wstring>& vecKeywords,
               CXMLWriter& writer, CExportObserver* pObserver);
 
-/** Appends a whole document with the chosen assets to strOut, which stays as it was on failure; as Generate. */
+/** @return what offers a writer's text to the observer, unless that is null */
+std::function<void(std::string&)> MakeTaker(CExportObserver* pObserver);
+
+/**
+ * Appends a whole document with the chosen assets to strOut, but for what the observer takes; as Generate. On failure
+ * strOut stays as it was, or empty if some of it was taken.
+ */
 bool Export(const std::vector<OS::x_wstring>& vecExpressions, const std::vector<OS::x_wstring>& vecKeywords,
             std::string& strOut, CExportObserver* pObserver);
 

@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include <boost/make_shared.hpp>
 #include <boost/shared_ptr.hpp>
 
@@ -64,7 +66,7 @@ class CAppended {
     CAppended& operator=(const CAppended&) = delete;
     ~CAppended() {
         if (!m_bKept) {
-            m_strText.resize(m_iStart);
+            m_strText.resize(std::min(m_iStart, m_strText.size()));
         }
     }
     void Keep() { m_bKept = true; }
@@ -227,12 +229,19 @@ bool Generate(const std::vector<OS::x_wstring>& vecExpressions, const std::vecto
     return true;
 }
 
+std::function<void(std::string&)> MakeTaker(CExportObserver* pObserver) {
+    if (pObserver == nullptr) {
+        return {};
+    }
+    return [pObserver](std::string& strText) { pObserver->OnText(strText); };
+}
+
 bool Export(const std::vector<OS::x_wstring>& vecExpressions, const std::vector<OS::x_wstring>& vecKeywords,
             std::string& strOut, CExportObserver* pObserver) {
     DLP_LOG(DBG::LEVEL_ENTER, L"CDLPDigitalAssetsParser::ExportDigitalAssets()");
     CAppended appended(strOut);
     try {
-        CXMLWriter writer(strOut);
+        CXMLWriter writer(strOut, MakeTaker(pObserver));
         if (!StartRoot(writer)) {
             return Failed(PART_FAILED);
         }

@@ -66,7 +66,8 @@ CTemplateExport::CTemplateExport(const std::vector<OS::x_wstring>& vecNames, con
 
 std::string CTemplateExport::Run() {
     std::string strOut;
-    CXMLWriter writer(strOut);
+    // The last line carries the whole text, if anybody listens.
+    CXMLWriter writer(strOut, DBG::IsListened(DBG::LEVEL_LEAVE) ? nullptr : DigitalAssets::MakeTaker(m_pObserver));
     if (!DigitalAssets::StartRoot(writer) || !writer.IsIn(TagUtf8::SA_POLICY)) {
         DLP_LOG(DBG::LEVEL_FAILURE, TemplateLog::NOT_FOUND, Tag::SA_POLICY);
         return std::string();

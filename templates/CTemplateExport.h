@@ -30,7 +30,7 @@ class CTemplateExport {
     CTemplateExport(const std::vector<OS::x_wstring>& vecNames, const SSubjectSets& sets, CExportObserver* pObserver);
 
     /**
-     * @return the document in UTF-8; empty, logged, when it cannot be made
+     * @return the document in UTF-8, but for what the observer took; empty, logged, when it cannot be made
      * @throws CXMLCOMException<OS::CException> naming the record for text that XML cannot carry
      */
     std::string Run();

@@ -15,8 +15,9 @@ void CXMLWriter::Declaration() {
 
 void CXMLWriter::StartElement(const char* pName) {
     XML_STEP("StartElement");
-    MakeRoom();
     CloseStartTag();
+    OfferText();
+    MakeRoom();
     m_strOut.append("<").append(pName);
     m_vecOpen.push_back(pName);
     m_iDeepest = std::max(m_iDeepest, m_vecOpen.size());
@@ -105,6 +106,14 @@ bool CXMLWriter::HasEnded(const char* pName) const {
     // What nests deepest may stand before this element; as deep as that one, it was too deep by itself.
     const bool bReadable = DepthWritten() <= CXMLParser::MAX_DEPTH;
     return !XML_FINDS_NOTHING() && bReadable && std::string_view(m_pEnded) == pName;
+}
+
+/** A piece that is not long is still in the processor's cache when it is passed on. */
+void CXMLWriter::OfferText() {
+    constexpr std::size_t PIECE = 1U << 17U;
+    if (m_strOut.size() >= PIECE && m_fnTake) {
+        m_fnTake(m_strOut);
+    }
 }
 
 /** Left to itself a text doubles, and is copied, time and again. Room that is not used costs no memory. */

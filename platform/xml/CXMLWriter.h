@@ -1,8 +1,10 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "platform/common/PlatformExport.h"
@@ -16,8 +18,14 @@
  */
 class DLP_PLATFORM_API CXMLWriter {
   public:
-    /** Appends to strOut, which must outlive the writer. */
-    explicit CXMLWriter(std::string& strOut) : m_strOut(strOut) {}
+    /** May take what is written so far and leave an empty text. */
+    using Taker = std::function<void(std::string& strOut)>;
+
+    /**
+     * Appends to strOut, which must outlive the writer.
+     * @param fnTake asked before an element begins when strOut is long; what it throws passes
+     */
+    explicit CXMLWriter(std::string& strOut, Taker fnTake = {}) : m_strOut(strOut), m_fnTake(std::move(fnTake)) {}
 
     /** The declaration of version 1.0 and UTF-8; only at the very start. */
     void Declaration();
@@ -49,10 +57,12 @@ class DLP_PLATFORM_API CXMLWriter {
     std::size_t DepthWritten() const { return m_iDeepest - m_vecOpen.size(); }
 
   private:
+    void OfferText();
     void MakeRoom();
     void CloseStartTag();
 
     std::string& m_strOut;
+    Taker m_fnTake;
     std::vector<const char*> m_vecOpen;
     const char* m_pEnded = "";
     std::size_t m_iDeepest = 0;

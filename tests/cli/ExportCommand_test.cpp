@@ -49,6 +49,18 @@ void Store(const std::string& strUrl, const std::string& strSubject, const std::
     CSettingsStore::Make(strUrl)->Save(row);
 }
 
+/** A policy with more expressions than are written in one piece. */
+std::string Long() {
+    std::string strAssets;
+    std::string strTemplates;
+    for (int i = 0; i < 300; ++i) {
+        const std::string strNumber = std::to_string(i);
+        strAssets += Entity("e" + strNumber, "description=\"" + std::string(2000, 'x') + '"');
+        strTemplates += Template("t" + strNumber, "e" + strNumber, "words");
+    }
+    return Policy(strAssets + Dictionary("words"), strTemplates);
+}
+
 }  // namespace
 
 TEST_F(ExportCommand, FilesBesideTheStoreAreKept) {
@@ -235,6 +247,55 @@ TEST_F(ExportCommand, ARecordThatCannotBeWrittenIsNamedAndNothingIsWritten) {
     const Json report = Json::parse(Run({"--json", "export", "--all", "-o", strFile}).strOut);
     EXPECT_EQ(report["format"], "dlpctl-export/1");
     EXPECT_EQ(report["verdict"], "invalid");
+}
+
+TEST_F(ExportCommand, ALongDocumentIsTheSameWhereverItGoes) {
+    Import(Long());
+    const std::string strDocument = Run({"export", "--all"}).strOut;
+    ASSERT_GT(strDocument.size(), 500000U);
+    const std::string strFile = m_dir.Write("out.xml", "old");
+    EXPECT_EQ(Run({"export", "--all", "-o", strFile}).iCode, 0);
+    EXPECT_TRUE(m_dir.Read("out.xml") == strDocument);
+    EXPECT_EQ(Run({"--json", "export", "--all", "-o", strFile}).iCode, 0);
+    EXPECT_TRUE(m_dir.Read("out.xml") == strDocument);
+    EXPECT_EQ(Run({"--log", m_dir.Path("log"), "--log-level", "all", "export", "--all", "-o", strFile}).iCode, 0);
+    EXPECT_TRUE(m_dir.Read("out.xml") == strDocument);
+    const std::string strLog = m_dir.Read("log");
+    const std::size_t iLogged = strLog.find("returns <" + strDocument.substr(0, strDocument.find('\\')));
+    ASSERT_NE(iLogged, std::string::npos);
+    EXPECT_GE(strLog.find('\n', iLogged), iLogged + strDocument.size());
+    EXPECT_EQ(Run({"export", "--all", "--indent", "-o", strFile}).iCode, 0);
+    EXPECT_TRUE(m_dir.Read("out.xml") == Run({"fmt", "-"}, strDocument).strOut);
+    EXPECT_TRUE(CProgram::Shell("\"$DLPCTL\" export --all -o /dev/stdout | cat").strOut == strDocument);
+    EXPECT_EQ(Run({"assets", "export", "--all", "-o", strFile}).iCode, 0);
+    EXPECT_TRUE(m_dir.Read("out.xml") == Run({"assets", "export", "--all"}).strOut);
+}
+
+TEST_F(ExportCommand, ALongDocumentThatFailsLateLeavesNothing) {
+    Import(Long());
+    CSettingsRow row(ESettingsKind::KEYWORD);
+    row.SetText(AssetColumn::SUBJECT, "Keyword words");
+    {
+        const auto pStore = CSettingsStore::Make(Url("store.db"));
+        row = *pStore->FindOne(ESettingsKind::KEYWORD, AssetColumn::NAME, "words");
+        row.SetText(KeywordColumn::TEXT, "none");
+        pStore->Save(row);
+    }
+    const std::string strFile = m_dir.Write("new/out.xml", "old");
+    for (const std::vector<std::string>& vecCommand : {std::vector<std::string>{"export"}, {"assets", "export"}}) {
+        std::vector<std::string> vecArguments = vecCommand;
+        vecArguments.insert(vecArguments.end(), {"--all", "-o"});
+        for (const std::string& strTarget : {strFile, std::string("/dev/stdout"), std::string("-")}) {
+            vecArguments.push_back(strTarget);
+            const SToolRun run = Run(vecArguments);
+            vecArguments.pop_back();
+            EXPECT_EQ(run.iCode, 2) << strTarget;
+            EXPECT_EQ(run.strOut, "") << strTarget;
+            EXPECT_NE(run.strErr.find("; nothing was written\n"), std::string::npos) << run.strErr;
+        }
+        EXPECT_EQ(m_dir.Read("new/out.xml"), "old");
+        EXPECT_EQ(std::distance(fs::directory_iterator(m_dir.Path("new")), fs::directory_iterator()), 1);
+    }
 }
 
 TEST_F(ExportCommand, AnOutputThatCannotBeWrittenIsFourAndNothingIsLeft) {

@@ -55,6 +55,29 @@ TEST(XmlWriter, LongTextIsWrittenWhole) {
     EXPECT_TRUE(strExpected + "</a>" == strOut);
 }
 
+TEST(XmlWriter, LongTextMayBeTakenBeforeAnElementBegins) {
+    const std::string strText(1000, 'x');
+    std::string strExpected = "<a>";
+    std::string strTaken;
+    std::size_t iLongest = 0;
+    std::string strOut;
+    CXMLWriter writer(strOut, [&](std::string& strPiece) {
+        EXPECT_EQ('>', strPiece.back());
+        strTaken += strPiece;
+        strPiece.clear();
+    });
+    writer.StartElement("a");
+    for (int i = 0; i < 1000; ++i) {
+        writer.TextElement("b", strText);
+        strExpected += "<b>" + strText + "</b>";
+        iLongest = std::max(iLongest, strOut.size());
+    }
+    writer.EndElement();
+    EXPECT_TRUE(writer.HasEnded("a"));
+    EXPECT_TRUE(strExpected + "</a>" == strTaken + strOut);
+    EXPECT_LT(iLongest, 200000U);
+}
+
 TEST(XmlWriter, EmptyContentLeavesTheElementEmpty) {
     std::string strOut = "before";
     CXMLWriter writer(strOut);
