@@ -20,17 +20,24 @@ std::string CAssetSuggestions::Find(ESettingsKind eKind, const std::string& strN
     if (m_mapFound.size() == MAX_SUGGESTIONS) {
         return {};
     }
-    return m_mapFound[{eKind, strName}] = FindNearestName(strName, GetNames(eKind));
+    return m_mapFound[{eKind, strName}] = FindNearestName(strName, GetNames(eKind, strName));
+}
+
+/** An older name of what is missing would be no other name. */
+std::vector<std::string> CAssetSuggestions::GetNames(ESettingsKind eKind, const std::string& strMissing) {
+    std::vector<std::string> vecNames = GetNames(eKind);
+    for (const std::wstring& strOlder : m_bOlder ? CDLPXmlNormalizer::GetOlderNames() : std::vector<std::wstring>()) {
+        if (OS::Utf8Lenient(CDLPXmlNormalizer().MapDigitalAssetsSourceName(strOlder)) != strMissing) {
+            vecNames.push_back(OS::Utf8Lenient(strOlder));
+        }
+    }
+    return vecNames;
 }
 
 const std::vector<std::string>& CAssetSuggestions::GetNames(ESettingsKind eKind) {
     const auto [itNames, bNew] = m_mapNames.try_emplace(eKind);
     if (bNew) {
         CSettingsStore::Current().ReadColumn(eKind, NAME_COLUMN, itNames->second);
-        for (const std::wstring& strOlder :
-             m_bOlder ? CDLPXmlNormalizer::GetOlderNames() : std::vector<std::wstring>()) {
-            itNames->second.push_back(OS::Utf8Lenient(strOlder));
-        }
     }
     return itNames->second;
 }

@@ -20,6 +20,7 @@ class CAssetSuggestions {
     std::string Find(ESettingsKind eKind, const std::string& strName);
 
   private:
+    std::vector<std::string> GetNames(ESettingsKind eKind, const std::string& strMissing);
     const std::vector<std::string>& GetNames(ESettingsKind eKind);
 
     bool m_bOlder;

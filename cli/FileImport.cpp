@@ -1,5 +1,6 @@
 #include "cli/FileImport.h"
 
+#include <map>
 #include <optional>
 #include <set>
 #include <utility>
@@ -19,10 +20,13 @@
 #include "cli/Progress.h"
 #include "cli/Signals.h"
 #include "cli/StoreSession.h"
+#include "cli/TemplateSuggestions.h"
 #include "cli/Text.h"
 #include "cli/check/MeantName.h"
+#include "platform/common/TextConversion.h"
 #include "platform/store/CSettingsStore.h"
 #include "templates/CAssetNames.h"
+#include "templates/DLPXmlNormalizer.h"
 #include "xml/CPolicyDocument.h"
 #include "xml/Vocabulary.h"
 
@@ -148,7 +152,7 @@ class CFileImport {
             return;
         }
         FindUnknownReferences();
-        SuggestNames(IsReadAsOlder(root));
+        SuggestNames(root);
         const std::size_t iRefused = m_report.CountRefused();
         if (m_run.options.bFailOnSkip && iRefused != 0) {
             m_bShowsFindings = true;
@@ -213,10 +217,17 @@ class CFileImport {
     }
 
     /** What follows is part of the unit of work: after its end the store must not be able to fail any more. */
-    void SuggestNames(bool bOlder) {
-        CAssetSuggestions suggestions(bOlder);
+    void SuggestNames(const CXMLView& root) {
+        if (IsReadAsOlder(root)) {
+            FindOlderNames(root);
+        }
+        CAssetSuggestions suggestions(IsReadAsOlder(root));
+        CTemplateSuggestions templates(root);
         std::size_t iElements = 0;
         for (SReportItem& item : m_report.vecItems) {
+            if (item.eReason == EReason::UNKNOWN_TEMPLATE) {
+                item.strNearest = templates.Find(item.strDetail);
+            }
             if (item.eReason == EReason::UNKNOWN_ELEMENT && iElements++ < MAX_MEANT_NAMES) {
                 item.strNearest = FindMeantElement(item.strDetail, item.strName);
             }
@@ -229,6 +240,33 @@ class CFileImport {
                 const bool bExpression = reference.eKind == EItemKind::EXPRESSION;
                 reference.strNearest = suggestions.Find(
                     bExpression ? ESettingsKind::EXPRESSION : ESettingsKind::KEYWORD, reference.strName);
+            }
+        }
+    }
+
+    /** The import knows assets by the names of today. */
+    void FindOlderNames(const CXMLView& root) {
+        std::map<std::size_t, SReportItem*> mapUnknown;
+        for (SReportItem& item : m_report.vecItems) {
+            if (item.IsUnknownReference()) {
+                mapUnknown.emplace(item.iOffset, &item);
+            }
+        }
+        ForEachItem(root, !mapUnknown.empty(), [&](EItemKind, const CXMLView& element) {
+            const auto itUnknown = mapUnknown.find(element.Offset());
+            for (CXMLView rule = element.FirstChild(); rule && itUnknown != mapUnknown.end();
+                 rule = rule.NextSibling()) {
+                FindOlderName(rule, *itUnknown->second);
+            }
+        });
+    }
+
+    static void FindOlderName(const CXMLView& rule, SReportItem& item) {
+        const std::wstring strFaulty = OS::WideText(item.strFaulty);
+        for (CXMLView block = rule.FirstChild(); block; block = block.NextSibling()) {
+            const std::string_view strName = block.Attribute(TagUtf8::SOURCE_NAME);
+            if (CDLPXmlNormalizer().MapDigitalAssetsSourceName(OS::WideText(strName)) == strFaulty) {
+                item.strWritten = strName;
             }
         }
     }

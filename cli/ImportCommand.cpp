@@ -18,7 +18,8 @@ constexpr SCommandHelp HELP = {
     "import FILE…",
     "read policies into the store",
     "Each FILE is taken whole or not at all. Its digital assets come first, then its templates; what is not taken\n"
-    "is listed with its place, the reason and what to do. A user's item never replaces a built-in one.\n"
+    "is listed with its place, the reason and what to do. What is taken and most likely is a mistake all the same,\n"
+    "dlpctl check tells. A user's item never replaces a built-in one.\n"
     "Exit codes: 1 an item was skipped or refers to what is not stored, or --only names what a FILE does not hold;\n"
     "2 a FILE is invalid, or an item of it cannot be taken so and --fail-on-skip is given: nothing of that FILE is\n"
     "written. What --skip-existing skips is no fault to --fail-on-skip. A dry run gives the items and exit codes of\n"

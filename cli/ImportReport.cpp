@@ -52,7 +52,7 @@ constexpr SReason REASONS[] = {
      "set builtin=\"0\" to import it as one of your own"},
     {"older-section", "this section of the older layout is not taken",
      "move it into a document of the present layout, whose root has a template_version"},
-    {"unknown-template", "no template of the document has this name: ", "correct the name or remove the entry"},
+    {"unknown-template", "no template of the document has this name: ", ""},
     {"store", "the store could not write it", "nothing of the file was kept"},
     {"unknown-element", "no policy has it in ", ""},
     {"undone", "nothing of the file was kept", "import it again once the rest is right"},
@@ -256,16 +256,19 @@ std::string ExplainItem(const SReportItem& item) {
     if (item.eReason == EReason::UNKNOWN_ELEMENT) {
         return reason.pWhy + Text::Printable(item.strDetail) + "; " + AdviseElement(item.strNearest);
     }
+    if (item.eReason == EReason::UNKNOWN_TEMPLATE) {  // blanks may be what is wrong with its name
+        return reason.pWhy + Text::Quoted(item.strDetail) + "; " + AdviseTemplate(item.strNearest);
+    }
     if (item.eReason == EReason::NO_DISPLAY_NAME) {
         return std::string(reason.pWhy) + item.GetDisplayNameAttribute() + "; " + reason.pAdvice;
     }
     if (!item.IsUnknownReference()) {
-        const bool bName = item.eReason == EReason::UNKNOWN_TEMPLATE;  // of which blanks may be what is wrong
-        return reason.pWhy + (bName ? Text::Quoted(item.strDetail) : Text::Printable(item.strDetail)) + "; " +
+        return reason.pWhy + Text::Printable(item.strDetail) + "; " +
                (item.fault ? Row(*item.fault).pAdvice : reason.pAdvice);
     }
-    return std::string("it refers to the ") + Row(Row(*item.fault).eKind).pWord + ' ' + Text::Quoted(item.strFaulty) +
-           ", which is not stored; " + AdviseReference(item.strNearest);
+    return std::string("it refers to the ") + Row(Row(*item.fault).eKind).pWord + ' ' +
+           QuoteReference(item.strFaulty, item.strWritten) + ", which is not stored; " +
+           AdviseReference(item.strNearest);
 }
 
 std::string MakeFinding(const std::string& strFile, const SReportItem& item) {
@@ -306,8 +309,18 @@ const char* GetItemWord(EItemKind eKind) {
     return Row(eKind).pWord;
 }
 
+std::string QuoteReference(const std::string& strName, std::string_view strWritten) {
+    const bool bOlder = !strWritten.empty() && strWritten != strName;
+    return Text::Quoted(strName) + (bOlder ? " (here by its older name, " + Text::Quoted(strWritten) + ')' : "");
+}
+
 std::string AdviseReference(const std::string& strNearest) {
     return strNearest.empty() ? "import that first, or correct the name"
+                              : "did you mean " + Text::Quoted(strNearest) + '?';
+}
+
+std::string AdviseTemplate(const std::string& strNearest) {
+    return strNearest.empty() ? "correct the name or remove the entry"
                               : "did you mean " + Text::Quoted(strNearest) + '?';
 }
 

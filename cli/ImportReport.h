@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <nlohmann/json_fwd.hpp>
@@ -27,6 +28,7 @@ struct SReportItem : SImportItem {
     SPlace place;
     std::string strNearest;  ///< what an unknown reference or element most likely means; "" when none is near
     bool bOlder = false;     ///< of a document of the older layout
+    std::string strWritten;  ///< an unknown reference as it stands in the document, if that is its older name
     std::vector<SPlace> vecForeignPlaces;       ///< of its foreign children, once they are known
     std::vector<SUnknownReference> vecUnknown;  ///< of one that was taken
 
@@ -89,8 +91,12 @@ std::string ExplainItem(const SReportItem& item);
 std::string MakeRefusal(const SImportReport& report);
 /** @return what people call an item of this kind */
 const char* GetItemWord(EItemKind eKind);
+/** @return an asset's name, with the older one by which a document calls it */
+std::string QuoteReference(const std::string& strName, std::string_view strWritten);
 /** @return "import that first …", or the nearest name */
 std::string AdviseReference(const std::string& strNearest);
+/** @return "correct the name …", or the template that is most likely meant by an entry of a category */
+std::string AdviseTemplate(const std::string& strNearest);
 /** @return "correct its name …", or the name that is most likely meant */
 std::string AdviseElement(const std::string& strMeant);
 /** @return "a rule: P:card(2)": what a template's foreign child is read as, printable */

@@ -6,11 +6,13 @@
 #include <string_view>
 
 #include "platform/common/TextConversion.h"
+#include "platform/common/TextTools.h"
 
 namespace {
 
+/** Neither the case of letters nor blanks around a name make it another one. */
 std::wstring Fold(const std::string& strName) {
-    std::wstring strFolded = OS::WideLenient(strName);
+    std::wstring strFolded(OS::Trim(OS::WideLenient(strName)));
     for (wchar_t& c : strFolded) {
         if (c >= L'A' && c <= L'Z') {
             c = static_cast<wchar_t>(c - L'A' + L'a');

@@ -449,7 +449,7 @@ constexpr SCodeRow CODES[] = {
 </template>)"},
     {ECode::UNKNOWN_TEMPLATE, "DLP033", ESeverity::ERROR, "unknown-template",
      "{} names the template {}, which is not in the document",
-     "correct the name or remove the entry",
+     "{}",
      "An import gives a template the categories of its own document. An entry for any other template is "
      "dropped. Blanks count.",
      R"(<SAPolicy template_version="3.0.1000">

@@ -14,6 +14,7 @@
 #include "cli/Progress.h"
 #include "cli/Signals.h"
 #include "cli/StoreSession.h"
+#include "cli/TemplateSuggestions.h"
 #include "cli/Text.h"
 #include "cli/check/CheckedDocument.h"
 #include "cli/check/ImportTrial.h"
@@ -129,11 +130,15 @@ class CFileCheck {
         }
         Signals::ThrowIfCaught();
         store.ThrowIfFailed();
+        CTemplateSuggestions templates(checked.root);
         for (const SImportItem& item : trial.vecItems) {
             const bool bNameless = item.eKind == EItemKind::CATEGORY && item.eReason == EReason::NO_NAME;
             if (item.eReason != EReason::UNKNOWN_ELEMENT && !bNameless) {  // told of with the shape and the lists
                 SReportItem told(item);
                 told.bOlder = checked.bOlder;
+                if (item.eReason == EReason::UNKNOWN_TEMPLATE) {
+                    told.strNearest = templates.Find(item.strDetail);
+                }
                 TellItem(told, checked.strText, m_diagnostics);
             }
         }

@@ -61,7 +61,7 @@ bool TellItem(const SReportItem& item, std::string_view strText, CDiagnostics& d
         }
         const bool bText = item.eReason == EReason::UNKNOWN_TEMPLATE;
         diagnostics.Add(told.eCode, bText ? FindTextOffset(strText, item.iOffset, 0) : item.iOffset, vecWhat,
-                        {AdviseElement(item.strNearest)});
+                        {bText ? AdviseTemplate(item.strNearest) : AdviseElement(item.strNearest)});
     }
     return item.eReason != EReason::UNSUPPORTED_ASSETS;
 }
@@ -89,7 +89,7 @@ void TellFault(const SReportItem& item, CDiagnostics& diagnostics) {
     if (item.IsUnknownReference()) {
         const EItemKind eKind =
             item.fault == ETemplateFault::UNKNOWN_EXPRESSION ? EItemKind::EXPRESSION : EItemKind::KEYWORD;
-        diagnostics.Add(eCode, item.iOffset, {GetItemWord(eKind), Text::Quoted(item.strFaulty)},
+        diagnostics.Add(eCode, item.iOffset, {GetItemWord(eKind), QuoteReference(item.strFaulty, item.strWritten)},
                         {AdviseReference(item.strNearest)});
     } else {
         diagnostics.Add(eCode, item.iOffset, {Text::Quoted(item.strFaulty)});

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "cli/AssetSuggestions.h"
+#include "cli/ImportReport.h"
 #include "cli/Kinds.h"
 #include "cli/Text.h"
 #include "cli/check/CheckedDocument.h"
@@ -81,7 +82,8 @@ class CReferenceCheck {
         m_document.ForEachTemplate([&](const CXMLView& element) {
             ForEachBlock(element, [&](const CXMLView& block) { CheckBlock(block, names); });
             ForEachForeign(element, [&](EElementType eType, const std::string& strName, std::size_t iOffset) {
-                CheckName(eType, strName, FindAttribute(m_document.strText, iOffset, TagUtf8::SOURCE_NAME), names);
+                CheckName({eType, strName}, strName, FindAttribute(m_document.strText, iOffset, TagUtf8::SOURCE_NAME),
+                          names);
             });
             for (CXMLView rule = element.FirstChild(TagUtf8::MATCH_RULE); rule;
                  rule = rule.NextSibling(TagUtf8::MATCH_RULE)) {
@@ -106,16 +108,20 @@ class CReferenceCheck {
             m_document.diagnostics.Add(ECode::SOURCE_TYPE, m_document.Find(block, TagUtf8::SOURCE_TYPE).iName,
                                        {Text::Quoted(block.Attribute(TagUtf8::SOURCE_TYPE))});
         } else {
-            CheckName(eType, GetName(block), m_document.Find(block, TagUtf8::SOURCE_NAME), names);
+            CheckName({eType, GetName(block)}, block.Attribute(TagUtf8::SOURCE_NAME),
+                      m_document.Find(block, TagUtf8::SOURCE_NAME), names);
         }
         CheckOperation(block);
     }
 
-    void CheckName(EElementType eType, const std::string& strName, SAttributePlace place, const CAssetNames& names) {
-        if (!names.IsStored(eType, strName) && m_setDefined.count({eType, strName}) == 0) {
+    /** @param strWritten the name as it stands in the document */
+    void CheckName(const Reference& reference, std::string_view strWritten, SAttributePlace place,
+                   const CAssetNames& names) {
+        const auto& [eType, strName] = reference;
+        if (!names.IsStored(eType, strName) && m_setDefined.count(reference) == 0) {
             const SAssetKind& kind = GetAssetKind(eType);
             m_document.diagnostics.Add(ECode::UNKNOWN_ASSET, place.iName,
-                                       {GetKind(kind.eKind).pWord, Text::Quoted(strName)},
+                                       {GetKind(kind.eKind).pWord, QuoteReference(strName, strWritten)},
                                        {Suggest(kind.eKind, strName)});
         }
     }

@@ -152,7 +152,8 @@ class CTemplateRules {
     void CheckRule(std::size_t iRule) const {
         const SRule& rule = m_vecRules[iRule];
         CheckOperation(rule.node, iRule, rule.eOperator, "rule");
-        if (rule.vecBlocks.empty() && rule.node.Name() == TagUtf8::MATCH_RULE) {
+        const bool bDropped = m_document.diagnostics.HasErrors(m_node.Offset(), m_node.Offset() + 1);
+        if (rule.vecBlocks.empty() && rule.node.Name() == TagUtf8::MATCH_RULE && !bDropped) {
             Tell(ECode::TEMPLATE_EMPTY, rule.node, "rule");
         }
         for (std::size_t i = 0; i < rule.vecBlocks.size(); ++i) {

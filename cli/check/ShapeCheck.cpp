@@ -11,10 +11,10 @@
 #include "cli/check/CheckedDocument.h"
 #include "cli/check/DocumentShape.h"
 #include "cli/check/MeantName.h"
+#include "cli/layout/MarkupReader.h"
 
 namespace {
 
-constexpr std::string_view SPACE = " \t\r\n";
 constexpr std::string_view NAMESPACES = "xml";
 constexpr const char REMOVE[] = "remove it";
 
@@ -74,7 +74,8 @@ class CShapeCheck {
     }
 
     void Text(std::size_t iStart, std::size_t iEnd) {
-        const std::size_t iFirst = m_document.strText.find_first_not_of(SPACE, iStart);
+        const SPiece piece{EPiece::TEXT, m_document.strText.substr(iStart, iEnd - iStart), iStart};
+        const std::size_t iFirst = piece.GetWordOffset();
         if (iFirst >= iEnd || m_vecOpen.empty()) {
             return;
         }

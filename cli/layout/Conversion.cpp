@@ -222,7 +222,8 @@ class CLayoutComparison {
                        (vecOpen.size() < SECTION_DEPTH ||
                         (vecOpen.size() == SECTION_DEPTH && vecOpen.back() == TagUtf8::COMPLIANCE_TEMPLATES))) {
                 const std::string_view strParent = vecOpen.empty() ? std::string_view() : vecOpen.back();
-                Add(EChange::DROPPED, Leaf(piece.ePiece), strParent, piece.iOffset).from = piece.strText;
+                const std::size_t iOffset = piece.ePiece == EPiece::TEXT ? piece.GetWordOffset() : piece.iOffset;
+                Add(EChange::DROPPED, Leaf(piece.ePiece), strParent, iOffset).from = piece.strText;
             }
         }
     }

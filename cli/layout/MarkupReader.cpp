@@ -5,6 +5,7 @@
 namespace {
 
 constexpr std::string_view SPACE = " \t\r\n";
+constexpr std::string_view CDATA = "<![CDATA[";
 constexpr std::string_view DECLARATION = "<?xml";
 constexpr std::string_view NAME_ENDS = " \t\r\n/>";
 
@@ -45,7 +46,7 @@ SPiece TakePiece(std::string_view strRest) {
         EPiece ePiece;
     };
     static constexpr SOpening OPENINGS[] = {
-        {"<!--", "-->", EPiece::COMMENT}, {"<?", "?>", EPiece::INSTRUCTION}, {"<![CDATA[", "]]>", EPiece::TEXT}};
+        {"<!--", "-->", EPiece::COMMENT}, {"<?", "?>", EPiece::INSTRUCTION}, {CDATA, "]]>", EPiece::TEXT}};
     if (strRest.front() != '<') {
         return {EPiece::TEXT, strRest.substr(0, std::min(strRest.find('<'), strRest.size()))};
     }
@@ -61,6 +62,11 @@ SPiece TakePiece(std::string_view strRest) {
 
 bool SPiece::IsBlank() const {
     return ePiece == EPiece::TEXT && strText.find_first_not_of(SPACE) == std::string_view::npos;
+}
+
+std::size_t SPiece::GetWordOffset() const {
+    const std::size_t iStart = strText.substr(0, CDATA.size()) == CDATA ? CDATA.size() : 0;
+    return iOffset + std::min(strText.find_first_not_of(SPACE, iStart), strText.size());
 }
 
 bool SPiece::IsDeclaration() const {

@@ -22,6 +22,8 @@ struct SPiece {
     bool IsBlank() const;
     /** @return whether it is the document's declaration */
     bool IsDeclaration() const;
+    /** @return of text the offset of the first of it that is no white space; of blank text its end */
+    std::size_t GetWordOffset() const;
     /** @return of a tag the element's name */
     std::string_view GetElement() const;
 };

@@ -11,6 +11,7 @@ TEST(NearestName, IsTheOneOfFewestChanges) {
         {"payment-cord", "payment-card"},
         {"paymentcards", "payment-cards"},
         {"PAYMENT-CARD", "payment-card"},  // the case of letters is no change
+        {" bank ", "bank"},                // nor are blanks around a name
         {"bnk", "bank"},
         {"bakn", "bank"},  // neighbours that are swapped are one change
         {"abnk", "bank"},

@@ -524,6 +524,7 @@ TEST_F(CheckCommand, WhatAFaultyTemplateMatchesIsNotJudged) {
     EXPECT_EQ(fnCodes(fnTemplate("a", strExcept) + fnTemplate("b", strExcept)), "DLP032 DLP032 ");
     EXPECT_EQ(fnCodes(fnTemplate("", "") + "<template name=\"c\"/>"), "DLP020 DLP021 ");
     EXPECT_EQ(fnCodes(fnTemplate("a", strUnknown) + fnTemplate("b", "")), "DLP030 DLP063 ");
+    EXPECT_EQ(fnCodes("<template name=\"c\"><matchRule/></template>"), "DLP021 ");
 }
 
 TEST_F(CheckCommand, NumbersThatAreMissingOrMakeNoSenseAreTold) {
@@ -591,6 +592,52 @@ TEST_F(CheckCommand, AnOlderNameThatIsNearIsSuggested) {
     EXPECT_NE(strChecked.find(strHint), std::string::npos) << strChecked;
     const std::string strImported = Run({"--home", m_dir.Path("home"), "import", "-"}, strDocument).strOut;
     EXPECT_NE(strImported.find(strHint), std::string::npos) << strImported;
+}
+
+TEST_F(CheckCommand, AnOlderNameIsToldBesideTheOneOfToday) {
+    m_dir.Write("home/config/cfg_dlp_da_map.txt", "Credit Card Number\tpayment-card\nPayment Card\tpayment-card\n");
+    const std::string strFile = m_dir.Write(
+        "older.xml",
+        "<SAPolicy><complianceTemplates>\n<template name=\"t\" displayName=\"T\"><matchRule>\n<buildingBlock "
+        "sourceType=\"ENTITY\" entityHits=\"1\" sourceName=\"Credit Card Number\"/></matchRule></template>"
+        "</complianceTemplates></SAPolicy>");
+    const std::string strBoth = "\"payment-card\" (here by its older name, \"Credit Card Number\")";
+    EXPECT_EQ(Run({"check", "--allow", "DLP007", "--format", "github", strFile}).strOut,
+              "::error file=" + strFile +
+                  ",line=3,col=51,title=DLP030 unknown-asset::neither the document nor the store "
+                  "has the expression " +
+                  strBoth + "; import or add it, or correct the name\n");
+    const std::string strImported = Run({"import", strFile}).strOut;
+    EXPECT_NE(strImported.find(strFile + ":2:1: template \"t\" skipped: it refers to the expression " + strBoth +
+                               ", which is not stored; import that first, or correct the name\n"),
+              std::string::npos)
+        << strImported;
+    Run({"import", "--report", m_dir.Path("r.txt"), "--report-format", "github", strFile});
+    EXPECT_NE(m_dir.Read("r.txt").find(strBoth), std::string::npos) << m_dir.Read("r.txt");
+}
+
+TEST_F(CheckCommand, AnEntryOfACategoryIsToldTheTemplateThatMayBeMeant) {
+    const auto fnDocument = [](const std::string& strEntry) {
+        return Documents::Policy("", "<template name=\"notes\" display_name=\"N\"/>",
+                                 "\n<industries><industry name=\"finance\"><template_id>" + strEntry +
+                                     "</template_id></industry></industries>");
+    };
+    const std::pair<const char*, const char*> aEntries[] = {
+        {" notes ", "did you mean \"notes\"?"},
+        {"Notes", "did you mean \"notes\"?"},
+        {"nots", "did you mean \"notes\"?"},
+        {"cards", "correct the name or remove the entry"},
+    };
+    for (const auto& [pEntry, pAdvice] : aEntries) {
+        const std::string strName = '"' + std::string(pEntry) + '"';
+        EXPECT_EQ(Run({"check", "--allow", "DLP060", "--format", "github", "-"}, fnDocument(pEntry)).strOut,
+                  "::error file=-,line=2,col=51,title=DLP033 unknown-template::\"finance\" names the template " +
+                      strName + ", which is not in the document; " + pAdvice + '\n');
+        const std::string strImported = Run({"import", "-"}, fnDocument(pEntry)).strOut;
+        EXPECT_NE(strImported.find("no template of the document has this name: " + strName + "; " + pAdvice + '\n'),
+                  std::string::npos)
+            << strImported;
+    }
 }
 
 TEST_F(CheckCommand, KeywordsAreTheSameInAnyCaseUnlessBothMindIt) {

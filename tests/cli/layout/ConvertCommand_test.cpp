@@ -18,7 +18,7 @@ using Json = nlohmann::ordered_json;
 constexpr const char OLDER[] =
     R"(<?xml version="1.0"?><!--top-->
 <SAPolicy localization_language="English">
-  <?go on?>stray
+  <?go on?> stray
   <complianceTemplates command="merge" x="1"><!--in-->
     <template name="a" displayName="A" builtin="0" severity="high"><!--kept-->
       <matchRule><buildingBlock sourceType="ENTITY" sourceName="Old One"/><buildingBlock/></matchRule>
@@ -54,7 +54,7 @@ constexpr const char* LINES[] = {
     ":2:1: SAPolicy: template_version=\"3.0.1000\" is set",
     ":2:11: SAPolicy: localization_language=\"English\" becomes \"\"",
     ":3:3: SAPolicy: a processing instruction is dropped",
-    ":3:12: SAPolicy: text is dropped",
+    ":3:13: SAPolicy: text is dropped",
     ":4:24: complianceTemplates: command=\"merge\" becomes \"overwrite\"",
     ":4:40: complianceTemplates: x=\"1\" is dropped",
     ":4:46: complianceTemplates: a comment is dropped",
