@@ -11,6 +11,7 @@
 #include "bench/PolicyGenerator.h"
 #include "platform/common/TextConversion.h"
 #include "platform/xml/CXMLParser.h"
+#include "platform/xml/CXMLWriter.h"
 #include "platform/xml/XMLGate.hpp"
 #include "templates/MatchRule.h"
 #include "templates/PatternMatcher.h"
@@ -63,7 +64,7 @@ void CheckUtf8(benchmark::State& state, bool bAscii) {
     CountBytes(state, strText.size());
 }
 
-/** A comment is what the quick look proves nothing about, so that the strict engine is asked. */
+/** A comment is what the quick look proves nothing about: it reads all before, and then the strict engine is asked. */
 void Gate(benchmark::State& state, bool bProven) {
     const std::string strText = bProven ? Policy() : Policy() + "<!-- end -->";
     for (auto _ : state) {
@@ -99,6 +100,31 @@ void WriteTree(benchmark::State& state) {
         benchmark::DoNotOptimize(strOut);
     }
     CountBytes(state, Policy().size());
+}
+
+/** The keywords of a stored list, copied from its text or read into a tree and written from there. */
+void WriteKeywords(benchmark::State& state, bool bCopied) {
+    std::string strText = "<dictionary>";
+    for (int i = 0; i < 20; ++i) {
+        strText +=
+            "<keyword description=\"\" score=\"1\" caseSensitive=\"false\">keyword " + std::to_string(i) + "</keyword>";
+    }
+    strText += "</dictionary>";
+    for (auto _ : state) {
+        std::string strOut;
+        CXMLWriter writer(strOut);
+        writer.StartElement("dictionary");
+        if (!bCopied || !writer.Content(strText, "dictionary", "keyword")) {
+            CXMLParser document;
+            document.LoadUtf8(strText);
+            for (CXMLView node = document.RootView().FirstChild(); node; node = node.NextSibling()) {
+                writer.Node(node);
+            }
+        }
+        writer.EndElement();
+        benchmark::DoNotOptimize(strOut);
+    }
+    CountBytes(state, strText.size());
 }
 
 void ParseRules(benchmark::State& state) {
@@ -174,6 +200,8 @@ BENCHMARK_CAPTURE(GateOfShortTexts, proven, true);
 BENCHMARK_CAPTURE(GateOfShortTexts, strict, false);
 BENCHMARK(GateAndTree)->Unit(benchmark::kMicrosecond);
 BENCHMARK(WriteTree)->Unit(benchmark::kMicrosecond);
+BENCHMARK_CAPTURE(WriteKeywords, copied, true);
+BENCHMARK_CAPTURE(WriteKeywords, read, false);
 BENCHMARK(ParseRules);
 BENCHMARK(MatchPattern)->Unit(benchmark::kMicrosecond);
 BENCHMARK_CAPTURE(SaveRows, memory, false)->Unit(benchmark::kMicrosecond);

@@ -5,6 +5,13 @@ import subprocess
 ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
 
 
+def find_commit():
+    """Names the commit that is checked out, and says whether the sources differ from it; None without a repository."""
+    described = subprocess.run(["git", "-C", ROOT, "describe", "--always", "--dirty", "--abbrev=12"],
+                               capture_output=True, text=True)
+    return described.stdout.strip() if described.returncode == 0 else None
+
+
 def take_sources(commit, folder):
     os.makedirs(folder)
     # In a folder below the root git would pack that folder alone.

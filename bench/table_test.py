@@ -1,0 +1,96 @@
+"""The table of a few items: every row comes out, as text and as JSON. usage: table_test.py BUILD"""
+import json
+import os
+import subprocess
+import sys
+import tempfile
+
+TABLE = os.path.join(os.path.dirname(os.path.abspath(__file__)), "table")
+NO_YARDSTICKS = 77  # counts as skipped
+ITEMS = 500
+
+# The names of all rows, in order, and their goals.
+ROWS = {
+    "import / least work": 1.5,
+    "import / script": 0.85,
+    "peak memory of an import / document": 8,
+    "export / least work": 1.5,
+    "exported call, wide / least work": 2.5,
+    "export / script": 0.4,
+    "peak memory of an export / document": None,
+    "import, all updated / into an empty store": 1.2,
+    "import, all unchanged / into an empty store": 0.8,
+    "one new template into 5000: ms beyond the start": 15,
+    "one new template into 5000 / into 50": 1.3,
+    "import, time(5000) / time(500)": 11,
+    "export, time(5000) / time(500)": 11,
+    "peak memory of an import / document, 5000": 8,
+    "check / import": 3,
+    "diff of two stores / export": 2,
+    "dlpctl --version, ms": 10,
+    "DoTemplateImport on memory: / least work's check, tree, walk and store": 1.5,
+}
+
+
+def run(build, *words, environment=None):
+    """Returns the lines of the text and the object of --json."""
+    with tempfile.TemporaryDirectory() as scratch:
+        file = os.path.join(scratch, "table.json")
+        command = [sys.executable, TABLE, "--build", build, "--items", str(ITEMS), "--runs", "1", "--json", file, *words]
+        table = subprocess.run(command, stdout=subprocess.PIPE, text=True, env={**os.environ, **(environment or {})})
+        if table.returncode == NO_YARDSTICKS:
+            sys.exit(NO_YARDSTICKS)
+        if table.returncode != 0:
+            sys.exit(f"bench/table {words} ended with {table.returncode}")
+        with open(file, encoding="utf-8") as source:
+            return table.stdout.splitlines(), json.load(source)
+
+
+def expect(what, expected, found):
+    if expected != found:
+        sys.exit(f"{what}: expected {expected}, found {found}")
+
+
+def names(answer):
+    return [row["what"] for row in answer["rows"]]
+
+
+def expect_rows_as_text(lines, answer):
+    heads = [line for line in lines if line.startswith(("N = ", "the script is left out"))]
+    expect("lines", names(answer), [line[:75].rstrip() for line in lines if line not in heads])
+
+
+def test_every_row(build):
+    lines, answer = run(build)
+    expect("rows", ROWS, {row["what"]: row["goal"] for row in answer["rows"]})
+    expect("order", list(ROWS), names(answer))
+    expect_rows_as_text(lines, answer)
+    expect("items and runs", (ITEMS, 1), (answer["items"], answer["runs"]))
+    expect("head", ["commit", "machine", "items", "runs", "rows"], list(answer))
+    for row in answer["rows"]:
+        if "left_out" not in row and not (row["ratio"] > 0 and row["figure"] > 0 and row["against"] > 0):
+            sys.exit(f"no figures: {row}")
+
+
+def test_one_row_against_another_build(build):
+    lines, answer = run(build, "--against", build, "start")
+    expect("rows", ["dlpctl --version, ms", f"start: this build / start ({build})"], names(answer))
+    expect("goals", [10, None], [row["goal"] for row in answer["rows"]])
+    expect_rows_as_text([line[:75] for line in lines], {"rows": [{"what": name[:75]} for name in names(answer)]})
+
+
+def test_script_that_cannot_run(build):
+    with tempfile.TemporaryDirectory() as scratch:
+        with open(os.path.join(scratch, "lxml.py"), "w", encoding="utf-8") as target:
+            target.write("raise ImportError\n")
+        lines, answer = run(build, "import", environment={"PYTHONPATH": scratch})
+    why = "python3-lxml is not installed"
+    expect("first line", "the script is left out: " + why, lines[0])
+    expect("row", {"what": "import / script", "goal": 0.85, "left_out": why}, answer["rows"][1])
+    expect("line", f"{'import / script':75} left out: {why}", lines[3])
+    expect_rows_as_text(lines, answer)
+
+
+test_every_row(sys.argv[1])
+test_one_row_against_another_build(sys.argv[1])
+test_script_that_cannot_run(sys.argv[1])
