@@ -1,5 +1,9 @@
 #include "templates/CTemplateExport.h"
 
+#include <algorithm>
+#include <functional>
+#include <utility>
+
 #include "api/DLPMetaDataLoaderImpl.h"
 #include "digital_assets/DigitalAssets.h"
 #include "metadata/ProcessMetaData.h"
@@ -33,11 +37,16 @@ std::map<std::string, std::string> ReadDisplayNames(CTemplateExport::ListOperati
     return displayNames;
 }
 
-std::vector<OS::x_wstring> MakeSubjects(const wchar_t* pPrefix, const std::set<std::string>& lstNames) {
+/** In the order of names, each once. Most names are referred to many times: their entries are sorted out first. */
+std::vector<OS::x_wstring> MakeSubjects(const wchar_t* pPrefix, std::vector<const CAssetNames::Entry*> vecNames) {
+    std::sort(vecNames.begin(), vecNames.end(), std::less<>());
+    vecNames.erase(std::unique(vecNames.begin(), vecNames.end()), vecNames.end());
+    std::sort(vecNames.begin(), vecNames.end(),
+              [](const auto* pLeft, const auto* pRight) { return pLeft->first < pRight->first; });
     std::vector<OS::x_wstring> vecSubjects;
-    vecSubjects.reserve(lstNames.size());
-    for (const std::string& strName : lstNames) {
-        vecSubjects.push_back(pPrefix + OS::WideText(strName));
+    vecSubjects.reserve(vecNames.size());
+    for (const CAssetNames::Entry* pName : vecNames) {
+        vecSubjects.push_back(pPrefix + OS::WideText(pName->first));
     }
     return vecSubjects;
 }
@@ -83,6 +92,8 @@ std::string CTemplateExport::Run() {
     if (!MakeTemplates() || !WriteAssets(writer) || !MakeCategories()) {
         return std::string();
     }
+    constexpr std::size_t END = 100;  // more than the root's end tag
+    strOut.reserve(strOut.size() + m_strTemplates.size() + m_strIndustries.size() + m_strRegions.size() + END);
     for (const std::string* pSection : {&m_strTemplates, &m_strIndustries, &m_strRegions}) {
         writer.Raw(*pSection);
     }
@@ -204,15 +215,15 @@ bool CTemplateExport::MakeTemplates() {
 }
 
 bool CTemplateExport::WriteAssets(CXMLWriter& writer) {
-    std::set<std::string> lstExpressions;
-    std::set<std::string> lstKeywords;
+    std::vector<const CAssetNames::Entry*> vecExpressionNames;
+    std::vector<const CAssetNames::Entry*> vecKeywordNames;
     for (const SPreparedTemplate* pPrepared : m_vecTaken) {
         for (const SPreparedTemplate::SReference& reference : pPrepared->vecReferences) {
-            (reference.eType == EElementType::ENTITY ? lstExpressions : lstKeywords).insert(reference.pName->first);
+            (reference.eType == EElementType::ENTITY ? vecExpressionNames : vecKeywordNames).push_back(reference.pName);
         }
     }
-    const std::vector<OS::x_wstring> vecExpressions = MakeSubjects(SUBJECT_EXPRESSION, lstExpressions);
-    const std::vector<OS::x_wstring> vecKeywords = MakeSubjects(SUBJECT_KEYWORD, lstKeywords);
+    const std::vector<OS::x_wstring> vecExpressions = MakeSubjects(SUBJECT_EXPRESSION, std::move(vecExpressionNames));
+    const std::vector<OS::x_wstring> vecKeywords = MakeSubjects(SUBJECT_KEYWORD, std::move(vecKeywordNames));
     if (!DigitalAssets::Generate(vecExpressions, vecKeywords, writer, m_pObserver) ||
         !writer.HasEnded(TagUtf8::DIGITAL_ASSETS)) {
         return NotMade(TagUtf8::DIGITAL_ASSETS);
