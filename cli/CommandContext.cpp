@@ -103,7 +103,9 @@ std::string ToLine(const Json& object) {
 }  // namespace
 
 CCommandContext::CCommandContext(std::istream& in, std::ostream& out, std::ostream& err)
-    : m_in(in), m_out(out), m_err(err), m_bTerminal(IsTerminal(err)), m_start(GetWorkingFolder()) {}
+    : m_in(in), m_out(out), m_err(err), m_bTerminal(IsTerminal(err)), m_start(GetWorkingFolder()) {
+    CStoreSession::SetChanged(false);
+}
 
 CCommandContext::~CCommandContext() {
     std::error_code error;
@@ -282,8 +284,7 @@ CToolError CCommandContext::ExplainException() const {
     } catch (const CToolError& error) {
         return error;
     } catch (const std::bad_alloc&) {
-        const bool bTooLate = m_pStore != nullptr && m_pStore->IsChanged();
-        return {EVerdict::MEMORY, bTooLate ? OUT_OF_MEMORY_TOO_LATE : OUT_OF_MEMORY};
+        return {EVerdict::MEMORY, CStoreSession::IsChanged() ? OUT_OF_MEMORY_TOO_LATE : OUT_OF_MEMORY};
     } catch (const std::exception& error) {
         return {EVerdict::INVALID, Text::Printable(error.what())};
     } catch (...) {
@@ -310,8 +311,7 @@ void CCommandContext::Flush() {
 
 void CCommandContext::CheckOutput() const {
     if (!m_out) {
-        const bool bTooLate = m_pStore != nullptr && m_pStore->IsChanged();
-        ThrowOutputError(bTooLate ? OUTPUT_TOO_LATE : STANDARD_OUTPUT, errno == 0 ? EIO : errno);
+        ThrowOutputError(CStoreSession::IsChanged() ? OUTPUT_TOO_LATE : STANDARD_OUTPUT, errno == 0 ? EIO : errno);
     }
 }
 

@@ -16,6 +16,7 @@
 #include "cli/Kinds.h"
 #include "cli/RecordJson.h"
 #include "cli/Signals.h"
+#include "cli/StoreSession.h"
 #include "cli/Text.h"
 #include "platform/common/CException.h"
 #include "platform/common/TextConversion.h"
@@ -251,6 +252,7 @@ EVerdict Restore(CCommandContext& context, const std::string& strFile, bool bTry
     const auto pBackup = OpenBackup(strFile, GetBackupPath(context, strFile));
     const StoreBackup::SRestored restored =
         OnStore([&] { return StoreBackup::Restore(*pBackup, strStore, bTry, Signals::ThrowIfCaught); });
+    CStoreSession::SetChanged(!bTry);
     if (context.IsJson()) {
         context.WriteJson({{"format", RESTORE.pFormat},
                            {"verdict", GetVerdictName(EVerdict::DONE)},

@@ -99,3 +99,7 @@ void CStoreSession::ThrowIfFailed() const {
 bool CStoreSession::IsChanged() noexcept {
     return s_bChanged;
 }
+
+void CStoreSession::SetChanged(bool bChanged) noexcept {
+    s_bChanged = bChanged;
+}

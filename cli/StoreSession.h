@@ -24,6 +24,8 @@ class CStoreSession {
     void ThrowIfFailed() const;
     /** @return whether anything was written that stays, in this session or the last one */
     static bool IsChanged() noexcept;
+    /** For what changes a store without a session, and for a new command, which has changed none. */
+    static void SetChanged(bool bChanged) noexcept;
 
     struct SFailure;
 

@@ -51,6 +51,7 @@ constexpr char READING_SETTING[] = "PRAGMA query_only = ON";
 constexpr char JOURNAL_SETTING[] = "PRAGMA journal_mode = WAL";
 constexpr char GET_APPLICATION[] = "PRAGMA application_id";
 constexpr char GET_VERSION[] = "PRAGMA user_version";
+constexpr char COUNT_PAGES[] = "PRAGMA page_count";
 
 /** How long one wait for a lock is at most, so that its end is noticed soon. */
 constexpr int LONGEST_STEP_MILLISECONDS = 25;
@@ -77,6 +78,9 @@ std::int32_t ReadBigEndian(const unsigned char* pBytes) {
                                      static_cast<std::uint32_t>(pBytes[1]) << 16 |
                                      static_cast<std::uint32_t>(pBytes[2]) << 8 | pBytes[3]);
 }
+
+/** What is read where making the store was cut short: an empty one. */
+constexpr char IN_MEMORY[] = ":memory:";
 
 /** @return the engine's name for a file that does not change, which it reads without locks and files of its own */
 std::string MakeFixedName(const std::string& strPath) {
@@ -108,14 +112,15 @@ CSqliteConnection::CSqliteConnection(const std::string& strPath, int iBusyMillis
     m_iBusyMilliseconds = iBusyMilliseconds;
     sqlite3_busy_handler(Get(), Wait, this);
     Execute(CONNECTION_SETTINGS);
-    if (bEmpty) {
-        SqlitePageSums::Reserve(Get());
-    }
     OpenSchema(strPath, iBusyMilliseconds, bRead, bWritable);
 }
 
-/** The journal may know more than the header has told. */
+/** The journal may know more than the header has told, also that nobody has finished making the store. */
 void CSqliteConnection::OpenSchema(const std::string& strPath, int iBusyMilliseconds, bool bRead, bool bWritable) {
+    if (bRead && Number(GET_APPLICATION) == 0 && Number(COUNT_PAGES) == 0) {
+        Open(IN_MEMORY, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE);
+        CreateSchema();
+    }
     if (!bRead) {
         CreateSchema();
     }
@@ -225,6 +230,7 @@ void CSqliteConnection::CheckVersion(std::int64_t iVersion) const {
 /** Comes before the change to WAL mode, so that the marks of a new store stand in the header that others look at. */
 void CSqliteConnection::CreateSchema() {
     if (Number(GET_APPLICATION) != APPLICATION_ID) {
+        SqlitePageSums::Reserve(Get());
         Execute(SqlText::BEGIN_WRITE);
         if (Number("SELECT count(*) FROM sqlite_schema") == 0) {  // else another process was faster
             for (const ESettingsKind eKind : ALL_SETTINGS_KINDS) {

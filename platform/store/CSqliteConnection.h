@@ -15,8 +15,9 @@ struct sqlite3;
 class CSqliteConnection {
   public:
     /**
-     * Opens the file; to WRITE, making it with its folders when it is missing or empty. A file of another kind, of
-     * another program or of a newer version is refused and left as it is; one of the first version is brought up.
+     * Opens the file; to WRITE, making it with its folders when it is missing or empty. One that was cut short while it
+     * was made holds nothing. A file of another kind, of another program or of a newer version is refused and left as
+     * it is; one of the first version is brought up.
      * @param strPath absolute
      * @param iBusyMilliseconds how long to wait for another writer
      * @throws OS::CException
@@ -71,7 +72,7 @@ class CSqliteConnection {
     [[noreturn]] void Refuse(const std::string& strWhy) const;
 
     std::string m_strUrl;
-    std::string m_strPath;              ///< of the file itself
+    std::string m_strPath;             ///< of the file itself
     std::optional<FileState> m_fixed;  ///< of a file that is read without a lock: when it was opened
     CWriterNote m_note;
     std::unique_ptr<sqlite3, SClose> m_pDb;

@@ -1,4 +1,6 @@
 // What CSqliteStore::Check looks at; it goes on behind each damage as far as it can.
+#include <sqlite3.h>
+
 #include <optional>
 #include <utility>
 
@@ -11,6 +13,7 @@ namespace {
 
 constexpr char CHECK_STRUCTURE[] = "PRAGMA integrity_check";
 constexpr char SOUND[] = "ok";
+constexpr char NOT_READ[] = "unable to get the page. error code=";
 
 /** @return what the store said of its damage; any other failure passes. Called while it is handled. */
 std::string ExplainDamage(const OS::CException& error) {
@@ -68,7 +71,11 @@ void CSqliteStore::CheckStructure(const std::function<void(const SStoreDamage&)>
     } catch (const OS::CException& error) {
         vecDamages.push_back(ExplainDamage(error));
     }
+    const std::string strUnread = NOT_READ + std::to_string(SQLITE_IOERR_READ);
     for (const std::string& strDamage : vecDamages) {
+        if (strDamage.ends_with(strUnread)) {  // no damage yet
+            ThrowStoreError(m_units.GetUrl(), StoreDoing::CHECKING, sqlite3_errstr(SQLITE_IOERR), SQLITE_IOERR_READ);
+        }
         if (strDamage != SOUND) {
             fnDamage({"", "", strDamage});
         }

@@ -18,6 +18,7 @@ namespace {
 constexpr mode_t FOLDER_MODE = 0700;
 constexpr mode_t FILE_MODE = 0600;
 constexpr int MOST_LINKS = 40;
+constexpr int MOST_TRIES = 10;
 constexpr const char JOURNAL[] = "-wal";
 constexpr const char CANNOT_READ[] = "cannot read the file";
 constexpr const char CUT[] = "it is damaged: it was cut to no bytes, and the journal beside it is not empty";
@@ -35,7 +36,14 @@ constexpr SNetwork NETWORKS[] = {
 
 long AskSystem(const std::string& strPath) {
     struct statfs status {};
-    return ::statfs(strPath.c_str(), &status) == 0 ? static_cast<long>(status.f_type) : 0;
+    int iResult = ::statfs(strPath.c_str(), &status);
+    for (int iTries = 1; iResult != 0 && errno == EINTR && iTries < MOST_TRIES; ++iTries) {
+        iResult = ::statfs(strPath.c_str(), &status);
+    }
+    if (iResult != 0) {
+        return errno == ENOSYS ? 0 : UNKNOWN_FILE_SYSTEM;
+    }
+    return static_cast<long>(status.f_type);
 }
 
 FileSystemProbe& GetProbe() {
@@ -69,8 +77,13 @@ void RefuseNetwork(const std::string& strPath, const std::string& strUrl) {
     while (!std::filesystem::exists(place, error) && place.has_relative_path()) {
         place = place.parent_path();
     }
+    const long iAnswer = GetProbe()(place.string());
+    const int iError = errno;
+    if (iAnswer == UNKNOWN_FILE_SYSTEM) {
+        ThrowSystemError(strUrl, "cannot tell whether it is on a network file system", iError);
+    }
     // The numbers have 32 bits, but for their sign.
-    const long iKind = GetProbe()(place.string()) & 0xFFFFFFFFL;
+    const long iKind = iAnswer & 0xFFFFFFFFL;
     const auto* pNetwork = std::find_if(std::begin(NETWORKS), std::end(NETWORKS),
                                         [&](const SNetwork& network) { return network.iKind == iKind; });
     if (pNetwork != std::end(NETWORKS)) {
@@ -159,11 +172,16 @@ bool IsSqliteFileFixed(const std::string& strPath) {
     return !IsAccessible(strPath, W_OK) && !IsAccessible(strFolder, W_OK) && !IsAccessible(strPath + JOURNAL, F_OK);
 }
 
+bool IsSqliteFileEmpty(const std::string& strPath) {
+    struct stat status {};
+    return ::stat(strPath.c_str(), &status) == 0 && status.st_size == 0;
+}
+
 bool IsSqliteFileCut(const std::string& strPath) {
-    struct stat file {};
+    std::error_code error;
+    const std::string strTarget = std::filesystem::canonical(strPath, error).string();  // beside which the journal is
     struct stat journal {};
-    return ::stat(strPath.c_str(), &file) == 0 && file.st_size == 0 &&
-           ::stat((strPath + JOURNAL).c_str(), &journal) == 0 && journal.st_size > 0;
+    return IsSqliteFileEmpty(strPath) && ::stat((strTarget + JOURNAL).c_str(), &journal) == 0 && journal.st_size > 0;
 }
 
 FileState GetSqliteFileState(const std::string& strPath) {

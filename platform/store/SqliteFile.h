@@ -35,6 +35,9 @@ bool FindSqliteFile(const std::string& strPath, const std::string& strUrl);
  */
 bool IsSqliteFileFixed(const std::string& strPath);
 
+/** @return whether the file has no bytes: the store is still to be made */
+bool IsSqliteFileEmpty(const std::string& strPath);
+
 /**
  * @return whether the file is empty though its journal is not: a store stood there. The journal is begun only when the
  * file holds the store's tables.
@@ -50,6 +53,12 @@ FileState GetSqliteFileState(const std::string& strPath);
 /** @return what endangers the file from outside, each in one line with what to do */
 std::vector<std::string> FindSqliteFileDangers(const std::string& strPath);
 
-/** Asks for the kind of a path's file system, the number of statfs; tests put their own in its place. */
+/** What nobody knows of a path's file system when the system does not tell. */
+inline constexpr long UNKNOWN_FILE_SYSTEM = -1;
+
+/**
+ * Asks for the kind of a path's file system, the number of statfs; UNKNOWN_FILE_SYSTEM with errno when the system fails
+ * to tell, 0 where it cannot be asked. Tests put their own in its place.
+ */
 using FileSystemProbe = std::function<long(const std::string& strPath)>;
 void SetFileSystemProbe(FileSystemProbe fnProbe);

@@ -20,6 +20,7 @@ sqlite3_vfs* s_pInner = nullptr;
 struct SFile {
     const sqlite3_io_methods* pInner;
     sqlite3_io_methods methods;
+    bool bSummed;
 };
 
 constexpr int RoundUp(int iBytes) {
@@ -35,9 +36,14 @@ bool IsPage(int iBytes, sqlite3_int64 iOffset) {
     return iBytes == PAGE_SIZE && iOffset % PAGE_SIZE == 0;
 }
 
+/** A disk that fails is no damage yet, for which the engine would take it: it may read the next time. */
 int Read(sqlite3_file* pFile, void* pBytes, int iBytes, sqlite3_int64 iOffset) {
-    const int iCode = Behind(pFile).pInner->xRead(pFile, pBytes, iBytes, iOffset);
-    if (iCode != SQLITE_OK || !IsPage(iBytes, iOffset)) {
+    const SFile& behind = Behind(pFile);
+    const int iCode = behind.pInner->xRead(pFile, pBytes, iBytes, iOffset);
+    if (iCode == SQLITE_IOERR_CORRUPTFS) {
+        return SQLITE_IOERR_READ;
+    }
+    if (iCode != SQLITE_OK || !behind.bSummed || !IsPage(iBytes, iOffset)) {
         return iCode;
     }
     const auto* pPage = static_cast<const unsigned char*>(pBytes);
@@ -67,23 +73,23 @@ int FindWhetherSummed(sqlite3_file* pFile, bool& bSummed) {
 
 int Open(sqlite3_vfs*, const char* pName, sqlite3_file* pFile, int iFlags, int* pFlagsOut) {
     const int iCode = s_pInner->xOpen(s_pInner, pName, pFile, iFlags, pFlagsOut);
-    if (iCode != SQLITE_OK || (iFlags & SQLITE_OPEN_MAIN_DB) == 0) {
+    if (iCode != SQLITE_OK) {
         return iCode;
     }
     bool bSummed = false;
-    const int iReadCode = FindWhetherSummed(pFile, bSummed);
+    const int iReadCode = (iFlags & SQLITE_OPEN_MAIN_DB) != 0 ? FindWhetherSummed(pFile, bSummed) : SQLITE_OK;
     if (iReadCode != SQLITE_OK) {
         pFile->pMethods->xClose(pFile);
         pFile->pMethods = nullptr;
         return iReadCode;
     }
+    SFile& behind = *new (&Behind(pFile)) SFile{pFile->pMethods, *pFile->pMethods, bSummed};
+    behind.methods.xRead = Read;
     if (bSummed) {
-        SFile& behind = *new (&Behind(pFile)) SFile{pFile->pMethods, *pFile->pMethods};
         behind.methods.iVersion = 2;  // without memory mapping, which would go past the checksums
-        behind.methods.xRead = Read;
         behind.methods.xWrite = Write;
-        pFile->pMethods = &behind.methods;
     }
+    pFile->pMethods = &behind.methods;
     return SQLITE_OK;
 }
 

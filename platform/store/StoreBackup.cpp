@@ -12,7 +12,9 @@
 #include <vector>
 
 #include "platform/common/CException.h"
+#include "platform/common/TextConversion.h"
 #include "platform/store/CSqliteStore.h"
+#include "platform/store/SqliteFile.h"
 #include "platform/store/StoreError.h"
 
 namespace StoreBackup {
@@ -28,14 +30,22 @@ constexpr char JOURNAL[] = "-wal";
 constexpr char ROLLBACK_JOURNAL[] = "-journal";
 constexpr const char* SIDE_FILES[] = {JOURNAL, "-shm", ROLLBACK_JOURNAL, "-writer"};
 constexpr mode_t MODE_BITS = 0777;
+constexpr char UNFINISHED[] = "it is a store that nobody has finished making, and no backup";
 
 [[noreturn]] void ThrowSystemError(const std::string& strPath, const char* pDoing, int iError) {
     ThrowStoreError(CSqliteStore::SCHEME + strPath, pDoing, std::generic_category().message(iError), iError);
 }
 
+/** What cannot be looked at may be there. */
 bool Exists(const std::string& strPath) {
     struct stat status {};
-    return ::lstat(strPath.c_str(), &status) == 0;
+    if (::lstat(strPath.c_str(), &status) == 0) {
+        return true;
+    }
+    if (errno != ENOENT && errno != ENOTDIR) {
+        ThrowSystemError(strPath, StoreDoing::BACKING_UP, errno);
+    }
+    return false;
 }
 
 /** @return a path beside the store that is not taken */
@@ -57,6 +67,37 @@ bool Synchronise(const std::string& strPath) {
     return bDone;
 }
 
+/** Names that go, or go back, in the end, unless they are kept. */
+class CNewNames {
+  public:
+    CNewNames() { m_vecNames.reserve(MOST); }
+    CNewNames(const CNewNames&) = delete;
+    CNewNames& operator=(const CNewNames&) = delete;
+    ~CNewNames() {
+        for (auto itName = m_vecNames.rbegin(); itName != m_vecNames.rend(); ++itName) {
+            if (itName->strFormer.empty()) {
+                ::unlink(itName->strName.c_str());
+            } else {
+                ::rename(itName->strName.c_str(), itName->strFormer.c_str());
+            }
+        }
+    }
+
+    /** @param strFormer what the file was called before; "" when that name is to go alone */
+    void Add(std::string&& strName, std::string&& strFormer = {}) noexcept {
+        m_vecNames.push_back({std::move(strName), std::move(strFormer)});
+    }
+    void Keep() noexcept { m_vecNames.clear(); }
+
+  private:
+    static constexpr std::size_t MOST = 3;
+    struct SName {
+        std::string strName;
+        std::string strFormer;
+    };
+    std::vector<SName> m_vecNames;
+};
+
 /** A file on its way to become a store beside it: gone unless it became one. */
 class CTemporaryFile {
   public:
@@ -69,11 +110,15 @@ class CTemporaryFile {
     }
     CTemporaryFile(const CTemporaryFile&) = delete;
     CTemporaryFile& operator=(const CTemporaryFile&) = delete;
-    ~CTemporaryFile() {
-        ::unlink(m_strPath.c_str());
+    ~CTemporaryFile() { Remove(); }
+
+    /** @return whether nothing of it is left */
+    bool Remove() const {
+        bool bGone = IsGone(m_strPath);
         for (const char* pSideFile : SIDE_FILES) {
-            ::unlink((m_strPath + pSideFile).c_str());
+            bGone = IsGone(m_strPath + pSideFile) && bGone;
         }
+        return bGone;
     }
 
     const std::string& GetPath() const { return m_strPath; }
@@ -95,8 +140,25 @@ class CTemporaryFile {
     }
 
   private:
+    static bool IsGone(const std::string& strPath) { return ::unlink(strPath.c_str()) == 0 || errno == ENOENT; }
+
     std::string m_strPath;
 };
+
+/** Runs what makes a store of a file beside it, and tells of one that could not be removed after a failure. */
+template <class Work>
+auto WithTemporary(const std::string& strTarget, Work&& fnWork) {
+    const CTemporaryFile file(strTarget);
+    try {
+        return fnWork(file);
+    } catch (const OS::CException& error) {
+        if (file.Remove()) {
+            throw;
+        }
+        const std::string strMessage = error.what() + ("; " + file.GetPath()) + " is left, and can be removed";
+        throw OS::CException(error.GetErrorCode(), OS::WideLenient(strMessage), 0);
+    }
+}
 
 /** @throws OS::CException with the first damage */
 void RequireSound(CSettingsStore& store) {
@@ -172,8 +234,11 @@ SRestored Replace(CSettingsStore& backup, CSettingsStore& store, const std::stri
     if (bTry) {
         return restored;
     }
+    CNewNames names;
     if (!restored.strFormer.empty()) {
-        Save(store, restored.strFormer, fnStep);
+        std::string strFormer = restored.strFormer;
+        Save(store, strFormer, fnStep);
+        names.Add(std::move(strFormer));
     }
     for (const ESettingsKind eKind : ALL_SETTINGS_KINDS) {
         std::vector<CSettingsRow> vecRows;
@@ -184,20 +249,24 @@ SRestored Replace(CSettingsStore& backup, CSettingsStore& store, const std::stri
         store.ReplaceAll(eKind, vecRows);
     }
     writing.Commit();
+    names.Keep();
     reading.Commit();
     return restored;
 }
 
-/**
- * The journals of the damaged file go first: the new file must never stand beside it. A failure between leaves the
- * damaged store as it was, in two places.
- */
-void PutAside(const std::string& strPath, const std::string& strAside) {
-    if (::link(strPath.c_str(), strAside.c_str()) != 0) {
+/** The journals of the damaged file go first: the new file must never stand beside them. */
+void PutAside(const std::string& strPath, const std::string& strAside, CNewNames& names) {
+    std::string strName = strAside;
+    if (::link(strPath.c_str(), strName.c_str()) != 0) {
         ThrowSystemError(strPath, StoreDoing::RESTORING, errno);
     }
+    names.Add(std::move(strName));
     for (const char* pJournal : {JOURNAL, ROLLBACK_JOURNAL}) {
-        if (::rename((strPath + pJournal).c_str(), (strAside + pJournal).c_str()) != 0 && errno != ENOENT) {
+        std::string strFormer = strPath + pJournal;
+        strName = strAside + pJournal;
+        if (::rename(strFormer.c_str(), strName.c_str()) == 0) {
+            names.Add(std::move(strName), std::move(strFormer));
+        } else if (errno != ENOENT) {
             ThrowSystemError(strPath, StoreDoing::RESTORING, errno);
         }
     }
@@ -212,11 +281,14 @@ SRestored ReplaceDamaged(CSettingsStore& backup, const std::string& strPath, boo
     restored.strFormer = FindFreePath(strPath + DAMAGED);
     restored.aRestored = CountRecords(backup);
     if (!bTry) {
-        const CTemporaryFile file(strPath);
-        Fill(file, backup, fnStep);
-        file.TakeOwner(strPath);
-        PutAside(strPath, restored.strFormer);
-        file.Become(strPath);
+        WithTemporary(strPath, [&](const CTemporaryFile& file) {
+            Fill(file, backup, fnStep);
+            file.TakeOwner(strPath);
+            CNewNames names;
+            PutAside(strPath, restored.strFormer, names);
+            file.Become(strPath);
+            names.Keep();
+        });
     }
     return restored;
 }
@@ -232,14 +304,18 @@ Counts Save(CSettingsStore& store, const std::string& strPath, const Step& fnSte
     if (fs::exists(strPath, error) && !fs::is_regular_file(strPath, error)) {
         ThrowStoreError(CSqliteStore::SCHEME + strPath, StoreDoing::BACKING_UP, "it is no file; name another");
     }
-    const CTemporaryFile file(strPath);
-    const Counts aCounts = Fill(file, store, fnStep);
-    file.Become(strPath);
-    return aCounts;
+    return WithTemporary(strPath, [&](const CTemporaryFile& file) {
+        const Counts aCounts = Fill(file, store, fnStep);
+        file.Become(strPath);
+        return aCounts;
+    });
 }
 
 std::unique_ptr<CSettingsStore> Open(const std::string& strPath) {
     auto pBackup = CSettingsStore::Make(CSqliteStore::SCHEME + strPath, EUnitOfWork::READ);
+    if (IsSqliteFileEmpty(strPath)) {
+        ThrowStoreError(CSqliteStore::SCHEME + strPath, StoreDoing::OPENING, UNFINISHED, StoreCode::DAMAGED);
+    }
     RequireSound(*pBackup);
     return pBackup;
 }

@@ -24,7 +24,7 @@ inline constexpr const char UNDOING[] = "undoing a unit of work";
 namespace StoreCode {
 inline constexpr int DAMAGED = -1;  ///< what is there is not what was written
 inline constexpr int FOREIGN = -2;  ///< what is there is another program's
-}
+}  // namespace StoreCode
 
 /** What is wrong with a record or a table. */
 namespace StoreDamage {

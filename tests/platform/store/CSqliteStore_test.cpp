@@ -26,6 +26,7 @@
 #include "tests/support/ExceptionText.h"
 #include "tests/support/StoreDump.h"
 #include "tests/support/TempDir.h"
+#include "tests/support/UndoneJournal.h"
 
 namespace fs = std::filesystem;
 
@@ -162,6 +163,60 @@ TEST_F(SqliteStore, EmptyFileBecomesAStore) {
     EXPECT_EQ("expressions subject=\"S\"\n", DumpStore(store));
 }
 
+TEST_F(SqliteStore, StoreWhoseMakingWasCutShortIsStillToBeMade) {
+    { CSqliteStore store(Path()); }
+    RunSql(Path(), "PRAGMA journal_mode = DELETE");
+    const std::string strMade = m_folder.Read("settings.db");
+    for (const EUnitOfWork eUse : {EUnitOfWork::READ, EUnitOfWork::WRITE}) {
+        m_folder.Write("settings.db", strMade);
+        m_folder.Write("settings.db-journal", JournalOfAnEmptyFile());
+        {
+            CSqliteStore store(Path(), SHORT_WAIT, eUse);
+            EXPECT_EQ("", DumpStore(store));
+            EXPECT_FALSE(fs::exists(Path() + "-journal"));
+        }
+        CSqliteStore(Path()).Save(Expression("S"));
+        CSqliteStore store(Path());
+        EXPECT_EQ("expressions subject=\"S\"\n", DumpStore(store));
+        store.Check([](const SStoreDamage& damage) { ADD_FAILURE() << ToText(damage); });
+    }
+}
+
+TEST_F(SqliteStore, DiskThatCannotReadIsNoDamage) {
+    CSqliteStore(Path()).Save(Expression("S"));
+    static bool s_bFails = false;
+    static int s_iReads = 0;
+    sqlite3_vfs* pVfs = sqlite3_vfs_find(nullptr);
+    using Read = ssize_t(int, void*, std::size_t, off_t);
+    static Read* const fnRead = reinterpret_cast<Read*>(pVfs->xGetSystemCall(pVfs, "pread64"));
+    Read* const fnFailing = [](int iFile, void* pBytes, std::size_t iSize, off_t iOffset) -> ssize_t {
+        if (s_bFails || ++s_iReads == 0) {
+            errno = EIO;
+            return -1;
+        }
+        return fnRead(iFile, pBytes, iSize, iOffset);
+    };
+    pVfs->xSetSystemCall(pVfs, "pread64", reinterpret_cast<sqlite3_syscall_ptr>(fnFailing));
+    CSqliteStore store(Path(), SHORT_WAIT, EUnitOfWork::READ);
+    s_bFails = true;
+    EXPECT_EQ("settings store sqlite:" + Path() + ", reading records: disk I/O error: Input/output error",
+              ExceptionText([&] { DumpStore(store); }));
+    s_bFails = false;
+    EXPECT_EQ("expressions subject=\"S\"\n", DumpStore(store));
+    const auto fnCheck = [&] {
+        CSqliteStore checked(Path(), SHORT_WAIT, EUnitOfWork::READ);
+        checked.Check([](const SStoreDamage& damage) { ADD_FAILURE() << ToText(damage); });
+    };
+    s_iReads = 0;
+    fnCheck();
+    EXPECT_LT(5, s_iReads);
+    for (int i = s_iReads; i > 0; --i) {
+        s_iReads = -i;  // the last of so many fails
+        EXPECT_NE(std::string::npos, ExceptionText(fnCheck).find("disk I/O error")) << i;
+    }
+    pVfs->xSetSystemCall(pVfs, "pread64", nullptr);
+}
+
 TEST_F(SqliteStore, FileThatWasCutToNothingIsNotTakenForANewOne) {
     m_folder.Write("settings.db", "");
     m_folder.Write("settings.db-wal", "a journal");
@@ -173,6 +228,10 @@ TEST_F(SqliteStore, FileThatWasCutToNothingIsNotTakenForANewOne) {
     EXPECT_EQ(strCut, ExceptionText([&] { CSettingsStore::Make("sqlite:" + Path(), EUnitOfWork::READ); }));
     EXPECT_EQ("", m_folder.Read("settings.db"));
     EXPECT_EQ("a journal", m_folder.Read("settings.db-wal"));
+    fs::create_directory_symlink(m_folder.Path(), m_folder.Path("here"));
+    fs::create_symlink(Path(), m_folder.Path("link.db"));
+    EXPECT_TRUE(IsSqliteFileCut(Path()) && IsSqliteFileCut(m_folder.Path("link.db")) &&
+                IsSqliteFileCut(m_folder.Path("here/settings.db")));
     m_folder.Write("settings.db-wal", "");
     EXPECT_EQ("", DumpStore(*CSettingsStore::Make("sqlite:" + Path())));
 }
@@ -539,6 +598,12 @@ TEST_F(SqliteStore, NetworkFileSystemsAreRefused) {
     EXPECT_EQ(m_folder.Path(), strAsked);
     iKind = 0xEF53;
     { CSqliteStore store(Path()); }
+    SetFileSystemProbe([](const std::string&) {
+        errno = EIO;
+        return UNKNOWN_FILE_SYSTEM;
+    });
+    EXPECT_EQ(Opening(Path(), "cannot tell whether it is on a network file system: Input/output error"),
+              RefusalOf(Path()));
     SetFileSystemProbe({});
     { CSqliteStore store(Path()); }
 }

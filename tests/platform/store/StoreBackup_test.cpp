@@ -13,6 +13,7 @@
 #include "tests/support/ExceptionText.h"
 #include "tests/support/StoreDump.h"
 #include "tests/support/TempDir.h"
+#include "tests/support/UndoneJournal.h"
 
 namespace fs = std::filesystem;
 
@@ -101,6 +102,18 @@ TEST_F(StoreBackupTest, DamagedBackupIsRefusedWherever) {
     EXPECT_NE("", ExceptionText([&] { StoreBackup::Open(m_folder.Path("none.db")); }));
 }
 
+TEST_F(StoreBackupTest, StoreThatNobodyFinishedMakingIsNoBackup) {
+    {
+        CSqliteStore store(Path());
+        StoreBackup::Save(store, BackupPath(), NoStep);
+    }
+    m_folder.Write("backup.db-journal", JournalOfAnEmptyFile());
+    EXPECT_EQ("settings store sqlite:" + BackupPath() +
+                  ", opening it: it is a store that nobody has finished making, and no backup",
+              ExceptionText([&] { StoreBackup::Open(BackupPath()); }));
+    EXPECT_NE("", ExceptionText([&] { StoreBackup::Open(BackupPath()); }));
+}
+
 TEST_F(StoreBackupTest, RestoresIntoALiveStoreAndKeepsWhatWasThere) {
     CSqliteStore store(Path());
     StoreBackup::Save(store, BackupPath(), NoStep);
@@ -137,6 +150,39 @@ TEST_F(StoreBackupTest, RestoringThatIsInterruptedChangesNothing) {
         EXPECT_THROW(StoreBackup::Restore(*pBackup, Path(), false, fnStep), std::runtime_error);
         EXPECT_EQ(strLater, DumpStore(store));
     }
+}
+
+TEST_F(StoreBackupTest, RestoringThatFailsLeavesNoCopyOfWhatWasThere) {
+    CSqliteStore store(Path());
+    StoreBackup::Save(store, BackupPath(), NoStep);
+    const auto pBackup = StoreBackup::Open(BackupPath());
+    const std::set<std::string> setBefore = Names();
+    int iSteps = 0;
+    const auto fnLast = [&] {
+        if (++iSteps == 2) {  // the copy is made with the first
+            throw std::runtime_error("enough");
+        }
+    };
+    EXPECT_THROW(StoreBackup::Restore(*pBackup, Path(), false, fnLast), std::runtime_error);
+    EXPECT_EQ(setBefore, Names());
+}
+
+TEST_F(StoreBackupTest, DamagedStoreThatCannotBeReplacedKeepsItsNames) {
+    {
+        CSqliteStore store(Path());
+        StoreBackup::Save(store, BackupPath(), NoStep);
+    }
+    Damage(Path(), 0);
+    m_folder.Write("settings.db-wal", "log");
+    m_folder.Write("settings.db-journal", "hot");
+    m_folder.MakeFolder("settings.db.damaged-journal");
+    const auto pBackup = StoreBackup::Open(BackupPath());
+    const std::set<std::string> setBefore = Names();
+    EXPECT_EQ("settings store sqlite:" + Path() + ", restoring it: Is a directory",
+              ExceptionText([&] { StoreBackup::Restore(*pBackup, Path(), false, NoStep); }));
+    EXPECT_EQ(setBefore, Names());
+    EXPECT_EQ(1U, fs::hard_link_count(Path()));
+    EXPECT_EQ("log", m_folder.Read("settings.db-wal"));
 }
 
 TEST_F(StoreBackupTest, PutsADamagedStoreAside) {
