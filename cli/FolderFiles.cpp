@@ -5,6 +5,7 @@
 #include <system_error>
 
 #include "cli/CommandContext.h"
+#include "cli/InputFile.h"
 #include "platform/common/TextTools.h"
 
 namespace {
@@ -13,6 +14,7 @@ namespace fs = std::filesystem;
 
 constexpr const char STANDARD_STREAM[] = "-";
 constexpr const char EXTENSION[] = ".xml";
+constexpr const char CANNOT_READ[] = "a folder's list cannot be read: ";
 
 bool IsPolicy(const fs::directory_entry& entry) {
     std::error_code error;
@@ -29,11 +31,14 @@ std::vector<std::string> ListFiles(const CCommandContext& context, const std::st
         return {strFile};
     }
     std::vector<std::string> vecFiles;
-    fs::recursive_directory_iterator it(strPath, fs::directory_options::skip_permission_denied, error);
+    fs::recursive_directory_iterator it(strPath, error);
     for (; !error && it != fs::recursive_directory_iterator(); it.increment(error)) {
         if (IsPolicy(*it)) {
             vecFiles.push_back((fs::path(strFile) / it->path().lexically_relative(strPath)).string());
         }
+    }
+    if (error) {
+        throw CInputError(strFile, CANNOT_READ + error.message());
     }
     std::sort(vecFiles.begin(), vecFiles.end());
     return vecFiles;

@@ -11,6 +11,7 @@
 #include "cli/CommandLine.h"
 #include "cli/Commands.h"
 #include "cli/FolderFiles.h"
+#include "cli/InputFile.h"
 #include "cli/Progress.h"
 #include "cli/Signals.h"
 #include "cli/Text.h"
@@ -80,9 +81,9 @@ const SCheckFormat& ChooseFormat(const CCommandContext& context, const std::stri
     return format;
 }
 
-SFileReport MakeUnreadable(const SFileCheck& check, const std::string& strFile, const char* pWhy) {
+SFileReport MakeUnreadable(const SFileCheck& check, const std::string& strFile, const std::string& strWhy) {
     CDiagnostics diagnostics(check.choice);
-    diagnostics.Add(ECode::UNREADABLE, std::string::npos, {pWhy});
+    diagnostics.Add(ECode::UNREADABLE, std::string::npos, {strWhy});
     return {strFile, nullptr, diagnostics.Finish({}), {}};
 }
 
@@ -92,9 +93,14 @@ SCheckReport CheckAll(CCommandContext& context, const SArguments& arguments) {
     report.bAll = arguments.check.choice.bAll;
     report.bFix = arguments.check.bFix;
     for (const std::string& strFile : arguments.vecFiles) {
-        const std::vector<std::string> vecFiles = ListFiles(context, strFile);
-        if (vecFiles.empty()) {
-            report.vecFiles.push_back(MakeUnreadable(arguments.check, strFile, NO_FILES));
+        std::vector<std::string> vecFiles;
+        try {
+            vecFiles = ListFiles(context, strFile);
+            if (vecFiles.empty()) {
+                throw CInputError(strFile, NO_FILES);
+            }
+        } catch (const CInputError& error) {
+            report.vecFiles.push_back(MakeUnreadable(arguments.check, strFile, error.GetReason()));
         }
         CProgress::Expect(vecFiles.size());
         for (const std::string& strEach : vecFiles) {

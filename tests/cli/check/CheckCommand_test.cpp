@@ -7,6 +7,7 @@
 
 #include "cli/check/DiagnosticsPage.h"
 #include "tests/cli/ToolRun.h"
+#include "tests/cli/Unprivileged.h"
 
 namespace {
 
@@ -138,6 +139,20 @@ TEST_F(CheckCommand, FoldersAreSearchedInTheOrderOfTheirPaths) {
     EXPECT_EQ(report["files"][1]["file"], m_dir.Path("f/b/two.XML"));
     EXPECT_EQ(report["files"][2]["diagnostics"][0]["message"], "the file cannot be read: no .xml file is below it");
     EXPECT_EQ(report["verdict"], "invalid");
+}
+
+TEST_F(CheckCommand, FolderThatCannotBeReadIsTold) {
+    m_dir.Write("f/a.xml", Documents::Small());
+    const std::string strFolder = m_dir.MakeFolder("f/closed");
+    std::filesystem::permissions(m_dir.Path(), std::filesystem::perms(0755));
+    std::filesystem::permissions(strFolder, std::filesystem::perms::none);
+    const CUnprivileged unprivileged;
+    const SToolRun run = Run({"check", m_dir.Path("f")});
+    EXPECT_EQ(run.iCode, 2);
+    EXPECT_EQ(
+        run.strOut.substr(0, run.strOut.find('\n')),
+        m_dir.Path("f") +
+            ": error: DLP001 unreadable: the file cannot be read: a folder's list cannot be read: Permission denied");
 }
 
 TEST_F(CheckCommand, TextEndsAfterAHundredUnlessAllIsAskedFor) {
