@@ -45,7 +45,7 @@ class DLP_PARSER_API CDLPImportReport {
         OLDER_SECTION,          ///< a section that the older layout does not carry over
         UNKNOWN_TEMPLATE,       ///< the entry names no template of the document
         STORE,                  ///< the store could not write it
-        UNKNOWN_ELEMENT,        ///< no policy has such an element where it stands
+        UNKNOWN_ELEMENT,        ///< no policy has such an element where it stands; the first thousand are told
     };
 
     static constexpr std::size_t NO_PLACE = static_cast<std::size_t>(-1);

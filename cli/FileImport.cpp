@@ -66,6 +66,11 @@ class CReportObserver : public CImportObserver {
         Step();
     }
 
+    void OnUntoldElement() override {
+        ++m_report.iUntold;
+        Step();
+    }
+
   private:
     static void Step() {
         CProgress::Step();

@@ -98,11 +98,13 @@ Json ColumnOrNull(SPlace place) {
     return place.iLine == 0 ? Json() : Json(place.iColumn);
 }
 
-std::string MakeTable(const std::vector<SReportItem>& vecItems, std::size_t iWidth) {
+std::string MakeTable(const SImportReport& report, std::size_t iWidth) {
     std::array<std::array<std::size_t, DISPOSITION_COUNT>, KIND_COUNT> aCounts{};
-    for (const SReportItem& item : vecItems) {
+    for (const SReportItem& item : report.vecItems) {
         ++aCounts[static_cast<std::size_t>(item.eKind)][static_cast<std::size_t>(item.eDisposition)];
     }
+    aCounts[static_cast<std::size_t>(EItemKind::ELEMENT)][static_cast<std::size_t>(EDisposition::SKIPPED)] +=
+        report.iUntold;
     CTextTable table({"", "CREATED", "UPDATED", "UNCHANGED", "SKIPPED", "FAILED"});
     table.AlignRight(1);
     for (std::size_t i = 0; i < KIND_COUNT; ++i) {
@@ -197,10 +199,13 @@ std::size_t SImportReport::CountRefused() const {
                                                                       std::mem_fn(&SReportItem::IsRefused)));
 }
 
-void SortByPlace(std::vector<SReportItem>& vecItems) {
-    std::stable_sort(vecItems.begin(), vecItems.end(), [](const SReportItem& left, const SReportItem& right) {
+void SortByPlace(ReportItems& vecItems) {
+    const auto fnBefore = [](const SReportItem& left, const SReportItem& right) {
         return left.iOffset < right.iOffset;  // what has no place comes last
-    });
+    };
+    if (!std::is_sorted(vecItems.begin(), vecItems.end(), fnBefore)) {
+        std::stable_sort(vecItems.begin(), vecItems.end(), fnBefore);
+    }
 }
 
 void SImportReport::Undo(EVerdict eWhy, const std::string& strWhy) {
@@ -242,6 +247,9 @@ Json MakeReportJson(const SImportReport& report) {
     Json& missing = object["not_found"] = Json::array();
     for (const SMissingName& name : report.vecMissing) {
         missing.push_back({{"name", name.strName}, {"nearest", TextOrNull(name.strNearest)}});
+    }
+    if (report.iUntold > 0) {
+        object["untold"] = report.iUntold;
     }
     if (!report.strReason.empty()) {
         object["message"] = report.strReason;
@@ -293,7 +301,7 @@ std::string MakeFinding(const std::string& strFile, const SReportItem& item) {
 
 std::string MakeReportText(const SImportReport& report, std::size_t iWidth) {
     const std::string strTable =
-        report.vecItems.empty() ? std::string("nothing to import\n") : MakeTable(report.vecItems, iWidth);
+        report.vecItems.empty() ? std::string("nothing to import\n") : MakeTable(report, iWidth);
     return strTable + MakeFindings(report) + MakePassedOver(report) + (report.bDryRun ? DRY_RUN : "");
 }
 
@@ -301,6 +309,11 @@ std::string MakeFindings(const SImportReport& report) {
     std::string strText;
     for (const SReportItem& item : report.vecItems) {
         strText += MakeFinding(report.strFile, item);
+    }
+    if (report.iUntold > 0) {
+        strText += FormatPlace(report.strFile, {}) + ": " +
+                   Text::Counted(report.iUntold, "more unknown element was", "more unknown elements were") +
+                   " skipped\n";
     }
     return strText + MakeMissing(report);
 }

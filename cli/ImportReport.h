@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <deque>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -43,8 +44,11 @@ struct SReportItem : SImportItem {
     bool IsShown() const { return IsFinding() || !vecForeign.empty(); }
 };
 
+/** There may be as many as a document holds: they stay where they are when more come. */
+using ReportItems = std::deque<SReportItem>;
+
 /** Puts items into the order of their file. */
-void SortByPlace(std::vector<SReportItem>& vecItems);
+void SortByPlace(ReportItems& vecItems);
 
 /** What became of one file. Text and JSON are views of it. */
 struct SImportReport {
@@ -59,7 +63,8 @@ struct SImportReport {
     std::vector<std::string> vecImported;
     std::vector<std::string> vecSkipped;
     std::vector<std::string> vecSkippedAssets;
-    std::vector<SReportItem> vecItems;
+    ReportItems vecItems;
+    std::size_t iUntold = 0;               ///< unknown elements beyond those that are items
     bool bDryRun = false;                  ///< whatever was written is undone
     std::size_t iNotChosen = 0;            ///< items that were not asked for by name
     std::size_t iTemplatesLeft = 0;        ///< templates of a document of which only the assets are asked for

@@ -16,6 +16,10 @@ void TellUnknownElements(const CXMLView& parent, std::initializer_list<const cha
         if (bKnown || pObserver->PassesOver(EItemKind::ELEMENT, strName)) {
             continue;
         }
+        if (!pObserver->TakesUnknownElement()) {
+            pObserver->OnUntoldElement();
+            continue;
+        }
         SImportItem item;
         item.eKind = EItemKind::ELEMENT;
         item.strName = strName;

@@ -86,6 +86,16 @@ class CImportObserver {
     virtual void OnStoreFailed(const std::string& /*strMessage*/) {}
     /** Nothing was kept of all that was told so far. */
     virtual void OnUndone() {}
+    /** An unknown element that is not told as an item: so many were before. */
+    virtual void OnUntoldElement() {}
+
+    /** A document may consist of unknown elements; no more than so many are told as items. */
+    static constexpr std::size_t MAX_UNKNOWN_ELEMENTS = 1000;
+    /** @return whether one more unknown element is to be told as an item */
+    bool TakesUnknownElement() { return m_iUnknownElements++ < MAX_UNKNOWN_ELEMENTS; }
+
+  private:
+    std::size_t m_iUnknownElements = 0;
 };
 
 /**

@@ -19,7 +19,8 @@ SDiagnostic* CDiagnostics::Add(ECode eCode, std::size_t iOffset, const std::vect
     const ESeverity eSeverity = Judge(row.eSeverity, m_choice.bStrict);
     if (row.eSeverity == ESeverity::ERROR) {
         ++m_iErrors;
-        m_setErrors.insert(iOffset);
+        m_bSorted = m_bSorted && (m_vecErrors.empty() || m_vecErrors.back() <= iOffset);
+        m_vecErrors.push_back(iOffset);
     }
     if (std::find(m_choice.vecAllow.begin(), m_choice.vecAllow.end(), eCode) != m_choice.vecAllow.end()) {
         return nullptr;
@@ -38,6 +39,15 @@ SDiagnostic* CDiagnostics::Add(ECode eCode, std::size_t iOffset, const std::vect
                                 .related = {},
                                 .fix = {}});
     return &m_vecDiagnostics.back();
+}
+
+bool CDiagnostics::HasErrors(std::size_t iFirst, std::size_t iBehind) const {
+    if (!m_bSorted) {
+        std::sort(m_vecErrors.begin(), m_vecErrors.end());
+        m_bSorted = true;
+    }
+    const auto itError = std::lower_bound(m_vecErrors.begin(), m_vecErrors.end(), iFirst);
+    return itError != m_vecErrors.end() && *itError < iBehind;
 }
 
 void CDiagnostics::Relate(SDiagnostic* pDiagnostic, std::size_t iOffset, const std::string& strMessage) const {

@@ -3,7 +3,6 @@
 #include <array>
 #include <cstddef>
 #include <optional>
-#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -81,10 +80,7 @@ class CDiagnostics {
     /** @return how many errors were found, those that are not told included */
     std::size_t GetErrors() const { return m_iErrors; }
     /** @return whether an error was found at such an offset, told or not */
-    bool HasErrors(std::size_t iFirst, std::size_t iBehind) const {
-        const auto itError = m_setErrors.lower_bound(iFirst);
-        return itError != m_setErrors.end() && *itError < iBehind;
-    }
+    bool HasErrors(std::size_t iFirst, std::size_t iBehind) const;
     /** @return how many were found of those codes and not kept */
     const SeverityCounts& GetOmitted() const { return m_aOmitted; }
 
@@ -93,7 +89,8 @@ class CDiagnostics {
     std::array<std::size_t, static_cast<std::size_t>(ECode::COUNT)> m_aCounts{};
     std::size_t m_iStart = 0;
     std::size_t m_iErrors = 0;
-    std::set<std::size_t> m_setErrors;  ///< where they are, as handed in
+    mutable std::vector<std::size_t> m_vecErrors;  ///< where they are, as handed in
+    mutable bool m_bSorted = true;                 ///< m_vecErrors, which are sorted when they are asked for
     SeverityCounts m_aOmitted{};
     std::vector<SDiagnostic> m_vecDiagnostics;
 };

@@ -209,7 +209,7 @@ Json KeywordsToJson(const std::vector<SKeywordChange>& vecKeywords) {
     return list;
 }
 
-Json ItemsToJson(const std::vector<SReportItem>& vecItems) {
+Json ItemsToJson(const ReportItems& vecItems) {
     Json list = Json::array();
     for (const SReportItem& item : vecItems) {
         list.push_back(MakeItemJson(item));

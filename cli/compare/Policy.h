@@ -19,8 +19,8 @@ struct SPolicy {
     std::string strPlace;  ///< as it was given
     /** By kind and internal name. A stored record that cannot be found by its name stands under its subject. */
     std::array<Items, SETTINGS_KINDS> aItems;
-    std::vector<SReportItem> vecLeftOut;  ///< elements of a file that import would not take either
-    std::vector<SReportItem> vecRefused;  ///< templates that are here all the same, though no import takes their rules
+    ReportItems vecLeftOut;  ///< elements of a file that import would not take either
+    ReportItems vecRefused;  ///< templates that are here all the same, though no import takes their rules
 
     Items& Of(ESettingsKind eKind) { return aItems[static_cast<std::size_t>(eKind)]; }
     const Items& Of(ESettingsKind eKind) const { return aItems[static_cast<std::size_t>(eKind)]; }

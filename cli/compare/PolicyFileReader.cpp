@@ -191,7 +191,7 @@ void CPolicyFileReader::OnItem(const SImportItem& item) {
 }
 
 /** Into the order of the file, each with its place and what was most likely meant. */
-void CPolicyFileReader::Arrange(std::vector<SReportItem>& vecItems) const {
+void CPolicyFileReader::Arrange(ReportItems& vecItems) const {
     if (vecItems.empty()) {
         return;
     }

@@ -40,7 +40,7 @@ class CPolicyFileReader : private CImportObserver {
     void ReadAsset(const DigitalAssets::SAssetFormat& format, ESettingsKind eKind, const CXMLView& element);
     void ReadTemplates(CPolicyDocument& document);
     void ReadTemplate(const CXMLView& element, std::size_t iOffset, const SCategories& categories);
-    void Arrange(std::vector<SReportItem>& vecItems) const;
+    void Arrange(ReportItems& vecItems) const;
 
     CCommandContext& m_context;
     SPolicy& m_policy;

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -190,6 +191,23 @@ TEST_F(ImportLedger, ElementsThatStandWhereItemsDoAndAreNoneAreSkipped) {
             .strOut,
         "::error file=-,line=2,col=1,title=DLP018 lost-element::no policy has \"extras\" in \"SAPolicy\": an import "
         "passes it over with all that it holds; correct its name, or remove it\n");
+}
+
+TEST_F(ImportLedger, OfManyUnknownElementsTheFirstThousandAreItems) {
+    std::string strMany;
+    for (int i = 0; i < 1002; ++i) {
+        strMany += i < 600 ? "<x/>" : "<y/>";
+    }
+    const std::string strDocument = Replace(Small(), "</SAPolicy>", strMany + "</SAPolicy>");
+    const SToolRun run = Run({"import", "-"}, strDocument);
+    EXPECT_EQ(run.iCode, 1);
+    EXPECT_NE(run.strOut.find("unknown elements        0        0          0     1002       0\n"), std::string::npos)
+        << run.strOut.substr(0, 400);
+    EXPECT_NE(run.strOut.find("\n-: 2 more unknown elements were skipped\n"), std::string::npos);
+    const Json report = Report({}, strDocument);
+    EXPECT_EQ(report["untold"], 2);
+    const auto fnElement = [](const Json& item) { return item["reason"] == "unknown-element"; };
+    EXPECT_EQ(std::count_if(report["items"].begin(), report["items"].end(), fnElement), 1000);
 }
 
 TEST_F(ImportLedger, LostElementsOfTheOlderLayoutAreToldToo) {
