@@ -28,14 +28,16 @@ SYNCING = (errno.EIO, errno.ENOSPC, errno.EINTR)
 LOCKING = (errno.EACCES, errno.ENOLCK, errno.EINTR, errno.EIO)
 MAPPING = (errno.ENOMEM, errno.EACCES)
 ERRORS = {
-    "open": OPENING, "open64": OPENING, "openat": OPENING, "fopen": OPENING, "fopen64": OPENING, "mkostemp": OPENING,
-    "read": READING, "pread": READING, "pread64": READING,
+    "open": OPENING, "open64": OPENING, "openat": OPENING, "__open_2": OPENING, "fopen": OPENING, "fopen64": OPENING,
+    "mkostemp": OPENING, "mkdtemp": OPENING, "opendir": OPENING, "fdopendir": OPENING,
+    "read": READING, "pread": READING, "pread64": READING, "fread": (errno.EIO,),
     "write": WRITING, "writev": WRITING, "pwrite": WRITING, "pwrite64": WRITING, "fwrite": (errno.ENOSPC,),
     "fflush": (errno.ENOSPC,), "fsync": SYNCING, "fdatasync": SYNCING, "ftruncate": SYNCING, "ftruncate64": SYNCING,
     "fallocate": SYNCING, "close": SYNCING,
-    "fcntl": LOCKING, "fcntl64": LOCKING, "mmap": MAPPING, "mmap64": MAPPING,
-    "rename": CHANGING, "unlink": CHANGING, "remove": CHANGING, "link": CHANGING, "mkdir": CHANGING, "chmod": CHANGING,
-    "fchmod": CHANGING, "fchown": CHANGING,
+    "fcntl": LOCKING, "fcntl64": LOCKING, "mmap": MAPPING, "mmap64": MAPPING, "munmap": (errno.ENOMEM,),
+    "flock": (errno.EWOULDBLOCK, errno.ENOLCK, errno.EINTR), "ioctl": (errno.ENOTTY,), "isatty": (errno.ENOTTY,),
+    "rename": CHANGING, "unlink": CHANGING, "remove": CHANGING, "link": CHANGING, "mkdir": CHANGING, "rmdir": CHANGING,
+    "unlinkat": CHANGING, "chmod": CHANGING, "chown": CHANGING, "fchmod": CHANGING, "fchown": CHANGING,
 }
 # At the start of the program, by the C++ library, before there is anything to lose.
 UNIMPORTANT = ("fflush",)

@@ -42,6 +42,7 @@ SPlan ReadPlan() {
     }
     plan.pMoved = std::getenv("DLP_FAULT_MOVED");
     plan.bLasting = std::getenv("DLP_FAULT_LASTING") != nullptr;
+    unsetenv("LD_PRELOAD");  // programs that this one starts are left alone
     if (const char* pTrace = std::getenv("DLP_FAULT_TRACE")) {
         plan.iTrace = static_cast<int>(syscall(SYS_openat, HERE, pTrace, WRITE_APPEND_CREATE_CLOEXEC, 0600));
     }
@@ -186,14 +187,17 @@ using ISize = long;
 
 FAILING(int, open, (const char* pPath, int iFlags, unsigned iMode), (pPath, iFlags, iMode), pPath, -1)
 FAILING(int, open64, (const char* pPath, int iFlags, unsigned iMode), (pPath, iFlags, iMode), pPath, -1)
+FAILING(int, __open_2, (const char* pPath, int iFlags), (pPath, iFlags), pPath, -1)
 FAILING(int, openat, (int iFolder, const char* pPath, int iFlags, unsigned iMode), (iFolder, pPath, iFlags, iMode),
         pPath, -1)
 FAILING(PVoid, fopen, (const char* pPath, const char* pMode), (pPath, pMode), pPath, nullptr)
 FAILING(PVoid, fopen64, (const char* pPath, const char* pMode), (pPath, pMode), pPath, nullptr)
 FAILING(int, mkostemp, (char* pPath, int iFlags), (pPath, iFlags), static_cast<const char*>(pPath), -1)
+FAILING(PChar, mkdtemp, (char* pPath), (pPath), static_cast<const char*>(pPath), nullptr)
 FAILING(int, mkdir, (const char* pPath, unsigned iMode), (pPath, iMode), pPath, -1)
 FAILING(int, chdir, (const char* pPath), (pPath), pPath, -1)
 FAILING(int, chmod, (const char* pPath, unsigned iMode), (pPath, iMode), pPath, -1)
+FAILING(int, chown, (const char* pPath, unsigned iUser, unsigned iGroup), (pPath, iUser, iGroup), pPath, -1)
 FAILING(int, access, (const char* pPath, int iMode), (pPath, iMode), pPath, -1)
 FAILING(int, faccessat, (int iFolder, const char* pPath, int iMode, int iFlags), (iFolder, pPath, iMode, iFlags), pPath,
         -1)
@@ -201,6 +205,12 @@ FAILING(int, stat, (const char* pPath, void* pStatus), (pPath, pStatus), pPath, 
 FAILING(int, stat64, (const char* pPath, void* pStatus), (pPath, pStatus), pPath, -1)
 FAILING(int, lstat, (const char* pPath, void* pStatus), (pPath, pStatus), pPath, -1)
 FAILING(int, lstat64, (const char* pPath, void* pStatus), (pPath, pStatus), pPath, -1)
+FAILING(int, statfs, (const char* pPath, void* pStatus), (pPath, pStatus), pPath, -1)
+FAILING(PVoid, opendir, (const char* pPath), (pPath), pPath, nullptr)
+FAILING(PVoid, fdopendir, (int iFile), (iFile), iFile, nullptr)
+FAILING(PVoid, readdir, (void* pFolder), (pFolder), pFolder, nullptr)
+FAILING(int, unlinkat, (int iFolder, const char* pPath, int iFlags), (iFolder, pPath, iFlags), pPath, -1)
+FAILING(int, rmdir, (const char* pPath), (pPath), pPath, -1)
 FAILING(int, unlink, (const char* pPath), (pPath), pPath, -1)
 FAILING(int, remove, (const char* pPath), (pPath), pPath, -1)
 FAILING(int, link, (const char* pFrom, const char* pTo), (pFrom, pTo), pTo, -1)
@@ -208,6 +218,7 @@ FAILING(int, rename, (const char* pFrom, const char* pTo), (pFrom, pTo), pTo, -1
 FAILING(ISize, readlink, (const char* pPath, char* pText, std::size_t iSize), (pPath, pText, iSize), pPath, -1)
 FAILING(PChar, realpath, (const char* pPath, char* pText), (pPath, pText), pPath, nullptr)
 FAILING(PChar, getcwd, (char* pText, std::size_t iSize), (pText, iSize), "", nullptr)
+FAILING(int, gethostname, (char* pText, std::size_t iSize), (pText, iSize), "", -1)
 
 FAILING(int, fstat, (int iFile, void* pStatus), (iFile, pStatus), iFile, -1)
 FAILING(int, fstat64, (int iFile, void* pStatus), (iFile, pStatus), iFile, -1)
@@ -215,16 +226,21 @@ FAILING(int, fchmod, (int iFile, unsigned iMode), (iFile, iMode), iFile, -1)
 FAILING(int, fchown, (int iFile, unsigned iUser, unsigned iGroup), (iFile, iUser, iGroup), iFile, -1)
 FAILING(int, fcntl, (int iFile, int iCommand, void* pArgument), (iFile, iCommand, pArgument), iFile, -1)
 FAILING(int, fcntl64, (int iFile, int iCommand, void* pArgument), (iFile, iCommand, pArgument), iFile, -1)
+FAILING(int, flock, (int iFile, int iOperation), (iFile, iOperation), iFile, -1)
+FAILING(int, ioctl, (int iFile, unsigned long iRequest, void* pArgument), (iFile, iRequest, pArgument), iFile, -1)
+FAILING(int, isatty, (int iFile), (iFile), iFile, 0)
 FAILING(int, fsync, (int iFile), (iFile), iFile, -1)
 FAILING(int, fdatasync, (int iFile), (iFile), iFile, -1)
 FAILING(int, ftruncate, (int iFile, IOffset iTo), (iFile, iTo), iFile, -1)
 FAILING(int, ftruncate64, (int iFile, IOffset iTo), (iFile, iTo), iFile, -1)
+FAILING(IOffset, lseek, (int iFile, IOffset iTo, int iFrom), (iFile, iTo, iFrom), iFile, -1)
 FAILING(IOffset, lseek64, (int iFile, IOffset iTo, int iFrom), (iFile, iTo, iFrom), iFile, -1)
 FAILING(int, fallocate, (int iFile, int iMode, IOffset iFrom, IOffset iCount), (iFile, iMode, iFrom, iCount), iFile, -1)
 FAILING(PVoid, mmap, (void* pAt, std::size_t iCount, int iUse, int iFlags, int iFile, IOffset iFrom),
         (pAt, iCount, iUse, iFlags, iFile, iFrom), iFile, reinterpret_cast<void*>(-1))
 FAILING(PVoid, mmap64, (void* pAt, std::size_t iCount, int iUse, int iFlags, int iFile, IOffset iFrom),
         (pAt, iCount, iUse, iFlags, iFile, iFrom), iFile, reinterpret_cast<void*>(-1))
+FAILING(int, munmap, (void* pAt, std::size_t iCount), (pAt, iCount), pAt, -1)
 FAILING(int, fflush, (void* pFile), (pFile), pFile, -1)
 
 CARRYING(ISize, read, (int iFile, void* pBytes, std::size_t iSize), (iFile, pBytes, iSize), iFile, -1)
@@ -237,6 +253,8 @@ CARRYING(ISize, pwrite, (int iFile, const void* pBytes, std::size_t iSize, IOffs
          iFile, -1)
 CARRYING(ISize, pwrite64, (int iFile, const void* pBytes, std::size_t iSize, IOffset iTo), (iFile, pBytes, iSize, iTo),
          iFile, -1)
+CARRYING(std::size_t, fread, (void* pBytes, std::size_t iUnit, std::size_t iSize, void* pFile),
+         (pBytes, iUnit, iSize, pFile), pFile, 0)
 CARRYING(std::size_t, fwrite, (const void* pBytes, std::size_t iUnit, std::size_t iSize, void* pFile),
          (pBytes, iUnit, iSize, pFile), pFile, 0)
 
