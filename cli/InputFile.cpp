@@ -172,8 +172,8 @@ SInputFault MakeXmlFault(const SPolicyFile& file, const SXMLLoadError& error) {
     const CSourcePlaces places(file.strBytes);
     const SXmlFault fault = ExplainXmlFault(file.Text(), error, places, file.iStart);
     SInputFault made{ECode::NOT_XML, {fault.strWhat}, {fault.strAdvice}, file.iStart + fault.iOffset};
-    if (fault.iOpen != std::string::npos) {
-        made.related = {file.iStart + fault.iOpen, fault.strOpen, places.Find(file.iStart + fault.iOpen)};
+    if (fault.iRelated != std::string::npos) {
+        made.related = {file.iStart + fault.iRelated, fault.strRelated, places.Find(file.iStart + fault.iRelated)};
     }
     return made;
 }

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "cli/Text.h"
+#include "cli/check/SourceMarkup.h"
 #include "cli/layout/MarkupReader.h"
 
 // The engine says little more than where it stopped. What stands there, and which elements are open, tells the rest.
@@ -16,6 +17,7 @@ namespace {
 constexpr const char NEAR[] = "correct it here or shortly before this place";
 
 constexpr std::string_view SPACE = " \t\r\n";
+constexpr std::string_view NAME_ENDS = " \t\r\n=/>";
 constexpr std::string_view DECLARATION = "<!";
 constexpr std::string_view CDATA = "<![CDATA[";
 constexpr std::string_view CDATA_END = "]]>";
@@ -44,7 +46,8 @@ bool IsInValue(std::string_view strTag) {
 /** The place where the engine stopped, in its piece of markup, and what is open there. */
 class CFaultyPlace {
   public:
-    CFaultyPlace(std::string_view strText, std::size_t iOffset) : m_strText(strText), m_iOffset(iOffset) {
+    CFaultyPlace(std::string_view strText, std::size_t iOffset, const CSourcePlaces& places, std::size_t iStart)
+        : m_strText(strText), m_iOffset(iOffset), m_places(places), m_iStart(iStart) {
         CMarkupReader reader(strText);
         for (SPiece piece; reader.Next(piece);) {
             m_piece = piece;
@@ -61,6 +64,7 @@ class CFaultyPlace {
     }
 
     std::size_t GetOffset() const { return m_iOffset; }
+    std::size_t GetLine(std::size_t iOffset) const { return m_places.Find(m_iStart + iOffset).iLine; }
     /** @return null at the end of the text */
     const SPiece* GetPiece() const { return m_bInside ? &m_piece : nullptr; }
     /** @return the element that is open; null when there is none */
@@ -74,6 +78,7 @@ class CFaultyPlace {
     bool IsInCdata() const { return IsStart(m_piece.strText, CDATA); }
     /** @return whether text or an attribute's value is read there, in which references stand for characters */
     bool IsInCharacters() const { return IsInStartTag() || (IsIn(EPiece::TEXT) && !IsInCdata()); }
+    std::string_view GetText() const { return m_strText; }
     /** @return the text from the place on */
     std::string_view Rest() const { return m_strText.substr(m_iOffset); }
     /** @return what the piece holds before the place */
@@ -89,6 +94,8 @@ class CFaultyPlace {
   private:
     std::string_view m_strText;
     std::size_t m_iOffset;
+    const CSourcePlaces& m_places;
+    std::size_t m_iStart;
     SPiece m_piece;
     bool m_bInside = false;
     std::vector<SPiece> m_vecOpen;
@@ -100,15 +107,23 @@ SXmlFault Make(const CFaultyPlace& place, std::string strWhat, std::string strAd
     return {std::move(strWhat), std::move(strAdvice), place.GetOffset(), std::string::npos, {}};
 }
 
+/** Goes on with what is wrong: an element is open. */
+void TellOpen(const CFaultyPlace& place, SXmlFault& fault) {
+    const SPiece& open = *place.GetOpen();
+    fault.iRelated = open.iOffset;
+    fault.strRelated = MakeTag(open.GetElement()) + " begins here";
+    fault.strWhat +=
+        MakeTag(open.GetElement()) + " of line " + std::to_string(place.GetLine(open.iOffset)) + " is still open";
+}
+
 Fault FindNotClosed(const CFaultyPlace& place) {
     const SPiece* pOpen = place.GetOpen();
     if (place.GetPiece() != nullptr || pOpen == nullptr ||
         (place.IsInCdata() && !place.Before().ends_with(CDATA_END))) {
         return {};
     }
-    SXmlFault fault = Make(place, "it ends, and " + MakeTag(pOpen->GetElement()),
-                           "close it with " + MakeTag(pOpen->GetElement(), true));
-    fault.iOpen = pOpen->iOffset;
+    SXmlFault fault = Make(place, "it ends, and ", "close it with " + MakeTag(pOpen->GetElement(), true));
+    TellOpen(place, fault);
     return fault;
 }
 
@@ -128,9 +143,9 @@ Fault FindMismatch(const CFaultyPlace& place) {
         return {};
     }
     const std::string strClose = "close that with " + MakeTag(pOpen->GetElement(), true);
-    SXmlFault fault = Make(place, strTag + " does not fit: " + MakeTag(pOpen->GetElement()),
+    SXmlFault fault = Make(place, strTag + " does not fit: ",
                            place.IsOpen(strName) ? strClose + " before it" : strClose + ", or remove " + strTag);
-    fault.iOpen = pOpen->iOffset;
+    TellOpen(place, fault);
     return fault;
 }
 
@@ -239,6 +254,24 @@ Fault FindQuotes(const CFaultyPlace& place) {
     return {};
 }
 
+Fault FindTwice(const CFaultyPlace& place) {
+    if (!place.IsInStartTag() || place.Before().empty() || IsInValue(place.Before())) {
+        return {};
+    }
+    const std::string_view strName = place.Rest().substr(0, place.Rest().find_first_of(NAME_ENDS));
+    CTagScanner tag(place.GetText(), place.GetPiece()->iOffset);
+    while (tag.Next() && tag.GetNameOffset() < place.GetOffset()) {
+        if (tag.GetName() == strName) {
+            SXmlFault fault =
+                Make(place, "the attribute " + Text::Quoted(strName) + " stands twice in the tag", "keep one of them");
+            fault.iRelated = tag.GetNameOffset();
+            fault.strRelated = "the first one is here";
+            return fault;
+        }
+    }
+    return {};
+}
+
 Fault FindSequence(const CFaultyPlace& place) {
     if (place.IsIn(EPiece::COMMENT) && place.Before().ends_with(DASHES)) {
         return Make(place, "\"--\" stands inside a comment", "write it in another way there");
@@ -261,26 +294,19 @@ Fault FindCharacter(const CFaultyPlace& place) {
                 "remove it");
 }
 
-constexpr std::array<Fault (*)(const CFaultyPlace&), 10> FINDERS = {
-    FindNotClosed, FindMismatch,       FindUnended, FindCharacter, FindAmpersand,
-    FindReference, FindReferenceInTag, FindLess,    FindSequence,  FindQuotes};
+constexpr std::array<Fault (*)(const CFaultyPlace&), 11> FINDERS = {
+    FindNotClosed,      FindMismatch, FindUnended,  FindCharacter, FindAmpersand, FindReference,
+    FindReferenceInTag, FindLess,     FindSequence, FindTwice,     FindQuotes};
 
 }  // namespace
 
 SXmlFault ExplainXmlFault(std::string_view strText, const SXMLLoadError& error, const CSourcePlaces& places,
                           std::size_t iStart) {
-    const CFaultyPlace place(strText, error.iOffset);
+    const CFaultyPlace place(strText, error.iOffset, places, iStart);
     for (const auto fnFind : FINDERS) {
-        Fault fault = fnFind(place);
-        if (!fault) {
-            continue;
+        if (Fault fault = fnFind(place)) {
+            return *fault;
         }
-        if (fault->iOpen != std::string::npos) {
-            const std::string strLine = std::to_string(places.Find(iStart + fault->iOpen).iLine);
-            fault->strOpen = MakeTag(place.GetOpen()->GetElement()) + " begins here";
-            fault->strWhat += " of line " + strLine + " is still open";
-        }
-        return *fault;
     }
     return Make(place, Text::Printable(error.strMessage), NEAR);
 }

@@ -12,8 +12,8 @@ struct SXmlFault {
     std::string strWhat;
     std::string strAdvice;
     std::size_t iOffset = 0;
-    std::size_t iOpen = std::string::npos;  ///< of the element that is still open, if that is the fault
-    std::string strOpen;                    ///< what to say of that place
+    std::size_t iRelated = std::string::npos;  ///< another place that is to blame
+    std::string strRelated;                    ///< what to say of that place
 };
 
 /**

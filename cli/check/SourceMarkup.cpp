@@ -135,7 +135,8 @@ bool CTagScanner::Next() {
     m_iNameEnd = m_iPosition;
     SkipTo("\"'");
     m_iValue = std::min(m_iPosition + 1, m_strText.size());
-    m_iValueEnd = std::min(m_strText.find(m_strText[m_iPosition], m_iValue), m_strText.size());
+    const bool bQuote = m_iPosition < m_strText.size();
+    m_iValueEnd = std::min(bQuote ? m_strText.find(m_strText[m_iPosition], m_iValue) : m_iValue, m_strText.size());
     m_iPosition = std::min(m_iValueEnd + 1, m_strText.size());
     return true;
 }

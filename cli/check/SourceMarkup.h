@@ -4,8 +4,8 @@
 #include <string_view>
 
 /**
- * Walks the attributes of a start tag as it stands in a text that is known to be well-formed: where things are, which
- * the tree does not tell. All offsets count from the start of the text.
+ * Walks the attributes of a start tag as it stands in a text that is well-formed up to what is asked for: where things
+ * are, which the tree does not tell. All offsets count from the start of the text.
  */
 class CTagScanner {
   public:
