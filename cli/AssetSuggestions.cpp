@@ -26,8 +26,8 @@ std::string CAssetSuggestions::Find(ESettingsKind eKind, const std::string& strN
 /** An older name of what is missing would be no other name. */
 std::vector<std::string> CAssetSuggestions::GetNames(ESettingsKind eKind, const std::string& strMissing) {
     std::vector<std::string> vecNames = GetNames(eKind);
-    for (const std::wstring& strOlder : m_bOlder ? CDLPXmlNormalizer::GetOlderNames() : std::vector<std::wstring>()) {
-        if (OS::Utf8Lenient(CDLPXmlNormalizer().MapDigitalAssetsSourceName(strOlder)) != strMissing) {
+    for (const auto& [strOlder, strToday] : CDLPXmlNormalizer::GetOlderNames()) {
+        if (m_bOlder && OS::Utf8Lenient(strToday) != strMissing) {
             vecNames.push_back(OS::Utf8Lenient(strOlder));
         }
     }

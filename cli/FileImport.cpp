@@ -267,10 +267,11 @@ class CFileImport {
     }
 
     static void FindOlderName(const CXMLView& rule, SReportItem& item) {
-        const std::wstring strFaulty = OS::WideText(item.strFaulty);
+        const CDLPXmlNormalizer::NameMap& names = CDLPXmlNormalizer::GetOlderNames();
         for (CXMLView block = rule.FirstChild(); block; block = block.NextSibling()) {
             const std::string_view strName = block.Attribute(TagUtf8::SOURCE_NAME);
-            if (CDLPXmlNormalizer().MapDigitalAssetsSourceName(OS::WideText(strName)) == strFaulty) {
+            const auto itName = names.find(OS::WideText(strName));
+            if (itName != names.end() && OS::Utf8Lenient(itName->second) == item.strFaulty) {
                 item.strWritten = strName;
             }
         }

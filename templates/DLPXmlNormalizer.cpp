@@ -210,12 +210,8 @@ void CDLPXmlNormalizer::NormalizeBuildingBlocks(OS::CAutoObjPtr<CXMLNode>& pTemp
     DLP_LOG(DBG::LEVEL_LEAVE, BLOCKS_LINE);
 }
 
-std::vector<std::wstring> CDLPXmlNormalizer::GetOlderNames() {
-    std::vector<std::wstring> vecNames;
-    for (const auto& [strOlder, strToday] : Names()) {
-        vecNames.push_back(strOlder);
-    }
-    return vecNames;
+const CDLPXmlNormalizer::NameMap& CDLPXmlNormalizer::GetOlderNames() {
+    return Names();
 }
 
 std::wstring CDLPXmlNormalizer::MapDigitalAssetsSourceName(const std::wstring& strSourceName) {

@@ -79,8 +79,8 @@ class CDLPXmlNormalizer {
     void NormalizeTemplate(OS::CAutoObjPtr<CXMLNode>& pTemplate, OS::x_wstring& strText);
     /** Gives the references of a template's rules their names of today. */
     void NormalizeBuildingBlocks(OS::CAutoObjPtr<CXMLNode>& pTemplate);
-    /** @return every name that the map translates */
-    static std::vector<std::wstring> GetOlderNames();
+    /** @return every name that the map translates, and into what */
+    static const NameMap& GetOlderNames();
     /** @return the name of today; the name itself, logged, when the map does not hold it */
     std::wstring MapDigitalAssetsSourceName(const std::wstring& strSourceName);
 

@@ -7,8 +7,6 @@
 
 namespace {
 
-constexpr std::size_t MAX_ROWS = 100;
-
 struct SLook {
     const char* pOne;
     const char* pMany;
@@ -72,7 +70,7 @@ std::string MakeCheckText(const SCheckReport& report) {
     for (const SFileReport& file : report.vecFiles) {
         iMore += file.CountOmitted();
         for (const SDiagnostic& diagnostic : file.vecDiagnostics) {
-            if (iRows == MAX_ROWS && !report.bAll) {
+            if (iRows == CDiagnostics::MAX_SHOWN && !report.bAll) {
                 ++iMore;
             } else {
                 strText += MakeRow(file.strFile, diagnostic, report.bColour);

@@ -719,7 +719,7 @@ constexpr SCodeRow CODES[] = {
 </dictionary>)"},
     {ECode::DISTANCE_OF_ONE, "DLP054", ESeverity::WARNING, "distance-of-one",
      "a list of type Distance has one keyword alone",
-     "add the keyword that should be near it, or write type=\"Any\"",
+     "add the keyword that should be near it, or make it a list of type Any",
      "Distance asks how near keywords stand to each other. One alone is near nothing, so the list matches "
      "never, or wherever the keyword is; which of them depends on the engine.",
      R"(<dictionary name="terms" type="Distance" number="5" display_name="Terms">

@@ -83,7 +83,9 @@ std::vector<SDiagnostic> CDiagnostics::Finish(std::string_view strBytes) {
             places.emplace(strBytes);
         }
         diagnostic.place = places->Find(diagnostic.iOffset);
-        diagnostic.excerpt = MakeExcerpt(strBytes, diagnostic.iOffset);
+        if (m_choice.bAll || &diagnostic < m_vecDiagnostics.data() + MAX_SHOWN) {
+            diagnostic.excerpt = MakeExcerpt(strBytes, diagnostic.iOffset);
+        }
         if (diagnostic.fix) {
             diagnostic.fix->place = places->Find(diagnostic.fix->iOffset);
             diagnostic.fix->end = places->Find(diagnostic.fix->iOffset + diagnostic.fix->iLength);

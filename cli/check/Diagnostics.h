@@ -56,6 +56,8 @@ class CDiagnostics {
   public:
     /** Of one code no more than this are kept unless all are wanted; the others are counted. */
     static constexpr std::size_t MAX_OF_CODE = 1000;
+    /** Text shows no more than this unless all are wanted, so no others get an excerpt. */
+    static constexpr std::size_t MAX_SHOWN = 100;
 
     explicit CDiagnostics(const SCheckChoice& choice);
 

@@ -136,6 +136,14 @@ TEST_F(TemplateCommand, FieldsAreSetWithoutTheRules) {
     EXPECT_EQ(ShowRules(), "P:one(2) AND K:words\n");
 }
 
+TEST_F(TemplateCommand, MixedOperationsAreWarnedOf) {
+    ExpectDone(
+        {"template", "new", "mix", "P:one(1) AND P:two(1) OR K:words"}, "+ template \"mix\"\n",
+        "dlpctl: warning: template \"mix\": DLP065 mixed-operations: the building blocks of the rule are joined by "
+        "AND as well as by OR; write several rules, each joined by one operation, and join these by one as "
+        "well\n");
+}
+
 TEST_F(TemplateCommand, NewOneIsWhatAnImportMakes) {
     const std::vector<std::string> vecNew = {"template",   "new",     "leaks",         "P:one(1)", "OR K:words",
                                              "--industry", "finance", "--description", "d"};
