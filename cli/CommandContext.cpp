@@ -198,11 +198,19 @@ void CCommandContext::MakeNoStore() {
     }
 }
 
-CStoreSession& CCommandContext::GetStore() {
+CStoreSession& CCommandContext::GetStore(CUnmadeStore::EMade eMade) {
     if (m_pStore == nullptr) {
-        OpenStore(GetStoreUrl(), EUnitOfWork::WRITE);
+        OpenStore(GetStoreUrl(), EUnitOfWork::WRITE, eMade);
     }
     return *m_pStore;
+}
+
+bool CCommandContext::CloseIfMadeMeanwhile() {
+    const bool bMade = m_pStore != nullptr && m_pStore->IsMadeMeanwhile();
+    if (bMade) {
+        m_pStore.reset();
+    }
+    return bMade;
 }
 
 CStoreSession& CCommandContext::GetStoreToRead() {
@@ -216,9 +224,10 @@ CStoreSession& CCommandContext::GetStoreToChange() {
     return m_pStore == nullptr && IsStoreMissing() ? GetStoreToRead() : GetStore();
 }
 
-void CCommandContext::OpenStore(const std::string& strUrl, EUnitOfWork eUse) {
+void CCommandContext::OpenStore(const std::string& strUrl, EUnitOfWork eUse, CUnmadeStore::EMade eMade) {
     Detail("store " + Text::Printable(strUrl) + (eUse == EUnitOfWork::READ ? ", to read" : ""));
-    m_pStore = std::make_unique<CStoreSession>(strUrl, eUse);
+    m_pStore = eUse == EUnitOfWork::WRITE && IsStoreMissing() ? std::make_unique<CStoreSession>(strUrl, eMade)
+                                                              : std::make_unique<CStoreSession>(strUrl, eUse);
     for (const std::string& strDanger : FindSqliteFileDangers(GetStorePath())) {
         Warn(Text::Printable(strDanger));
     }

@@ -9,6 +9,7 @@
 
 #include <nlohmann/json_fwd.hpp>
 
+#include "cli/CUnmadeStore.h"
 #include "cli/Verdict.h"
 #include "platform/common/x_wstring.h"
 #include "platform/store/CSettingsStore.h"
@@ -64,8 +65,14 @@ class CCommandContext {
     void TakeEmptyStore();
     /** No store is made: when the store's file does not exist yet, an empty one in memory stands for it. */
     void MakeNoStore();
-    /** The store; opened when first asked for, and made when it is not there. @throws CToolError (USAGE, STORE) */
-    CStoreSession& GetStore();
+    /**
+     * The store; opened when first asked for. One that is not there is made when something is to be kept in it.
+     * @param eMade when exactly
+     * @throws CToolError (USAGE, STORE)
+     */
+    CStoreSession& GetStore(CUnmadeStore::EMade eMade = CUnmadeStore::EMade::AT_FIRST_WRITE);
+    /** @return whether another process has made the store since it was opened; it is then to be opened again */
+    bool CloseIfMadeMeanwhile();
     /**
      * The same for commands that only read: nothing is made or written. Unless a store is named, one that was never
      * made counts as empty.
@@ -121,7 +128,8 @@ class CCommandContext {
     std::string GetStoreUrl() const;
 
   private:
-    void OpenStore(const std::string& strUrl, EUnitOfWork eUse);
+    void OpenStore(const std::string& strUrl, EUnitOfWork eUse,
+                   CUnmadeStore::EMade eMade = CUnmadeStore::EMade::AT_FIRST_WRITE);
     bool IsStoreNamed() const;
     bool IsStoreMissing() const;
     bool IsStoreUnmade() const;

@@ -1,5 +1,7 @@
 #include "cli/FileImport.h"
 
+#include <algorithm>
+#include <functional>
 #include <map>
 #include <optional>
 #include <set>
@@ -42,6 +44,7 @@ struct SRun {
     CImportReportFile& reportFile;
     std::optional<CKeptSettings> kept;            ///< of a dry run
     std::optional<CSettingsTransaction> preview;  ///< of a dry run; ends before the settings come back
+    bool bAnyTaken = false;
 };
 
 class CReportObserver : public CImportObserver {
@@ -112,9 +115,8 @@ void ForEachItem(const CXMLView& root, bool bTemplates, const F& fnItem) {
 class CFileImport {
   public:
     CFileImport(SRun& run, const std::string& strFile) : m_run(run), m_context(run.context) {
-        m_report.pFormat = run.door.pFormat;
         m_report.strFile = strFile;
-        m_report.bDryRun = run.options.bDryRun;
+        StartReport();
     }
 
     EVerdict Run() {
@@ -130,10 +132,20 @@ class CFileImport {
             m_report.Undo(error.GetVerdict(), error.what());
         }
         Tell();
+        m_run.bAnyTaken = m_run.bAnyTaken || std::any_of(m_report.vecItems.begin(), m_report.vecItems.end(),
+                                                         std::mem_fn(&SReportItem::IsTaken));
         return m_report.eVerdict;
     }
 
   private:
+    void StartReport() {
+        SImportReport report;
+        report.pFormat = m_run.door.pFormat;
+        report.strFile = m_report.strFile;
+        report.bDryRun = m_run.options.bDryRun;
+        m_report = std::move(report);
+    }
+
     void Import() {
         Signals::ThrowIfCaught();
         m_file = ReadPolicy(m_context, m_report.strFile);
@@ -143,7 +155,23 @@ class CFileImport {
             WarnOfMissing(m_context, FindMapFile(), NO_MAP_FILE);
             WarnOfLayout(root);
         }
-        const CStoreSession& store = m_context.GetStore();
+        try {
+            ImportInto(m_context.GetStore(GetMaking()), root, document);
+        } catch (...) {
+            if (m_bAnswered || !m_context.CloseIfMadeMeanwhile()) {
+                throw;
+            }
+            StartReport();
+            ImportInto(m_context.GetStore(), root, document);
+        }
+    }
+
+    /** What --fail-on-skip may undo makes no store; else the time for a second store in memory is saved. */
+    CUnmadeStore::EMade GetMaking() const {
+        return m_run.options.bFailOnSkip ? CUnmadeStore::EMade::AT_COMMIT : CUnmadeStore::EMade::AT_FIRST_WRITE;
+    }
+
+    void ImportInto(const CStoreSession& store, const CXMLView& root, CPolicyDocument& document) {
         BeginPreview();
         CSettingsTransaction unit(EUnitOfWork::WRITE);
         ImportDocument(root, document);
@@ -304,6 +332,7 @@ class CFileImport {
     }
 
     void StartAnswer() {
+        m_bAnswered = true;
         Arrange();
         if (m_run.reportFile.IsAnswer()) {
             return;
@@ -382,6 +411,7 @@ class CFileImport {
     SImportReport m_report;
     std::optional<CItemChoice> m_choice;
     bool m_bShowsFindings = false;
+    bool m_bAnswered = false;
 };
 
 /** @return whether what happened to one file keeps the next ones from being tried */
@@ -391,17 +421,15 @@ bool EndsRun(EVerdict eVerdict) {
 
 EVerdict ImportAll(SRun& run) {
     EVerdict eVerdict = EVerdict::DONE;
-    bool bImported = false;
     for (const std::string& strFile : run.options.vecFiles) {
         const EVerdict eFile = CFileImport(run, strFile).Run();
         eVerdict = GetWorse(eVerdict, eFile);
-        bImported = bImported || eFile == EVerdict::DONE || eFile == EVerdict::FINDINGS;
         if (EndsRun(eFile)) {
             return eVerdict;
         }
     }
     // What is in memory is gone by then.
-    if (bImported && !run.options.bDryRun && !run.context.IsJson() && !run.context.GetStorePath().empty()) {
+    if (run.bAnyTaken && !run.options.bDryRun && !run.context.IsJson() && !run.context.GetStorePath().empty()) {
         run.context.Note(run.door.pNext);
     }
     return eVerdict;
@@ -410,6 +438,7 @@ EVerdict ImportAll(SRun& run) {
 }  // namespace
 
 EVerdict ImportFiles(CCommandContext& context, const SImportDoor& door, const SImportOptions& options) {
+    RequireOneInput(options.vecFiles);
     CImportReportFile reportFile(context, door, options);
     if (options.bDryRun) {
         context.MakeNoStore();
@@ -417,7 +446,7 @@ EVerdict ImportFiles(CCommandContext& context, const SImportDoor& door, const SI
     if (door.bTemplates) {
         WarnOfMissing(context, FindPolicyFile(), NO_POLICY_FILE);
     }
-    SRun run{context, door, options, reportFile, {}, {}};
+    SRun run{context, door, options, reportFile, {}, {}, false};
     const EVerdict eVerdict = ImportAll(run);
     reportFile.Finish(eVerdict);
     return eVerdict;

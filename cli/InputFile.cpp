@@ -25,6 +25,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr const char STANDARD_STREAM[] = "-";
+constexpr const char READ_ONCE[] = "standard input can be read once only; name a file";
 constexpr const char EMPTY[] = "it is empty";
 constexpr const char NO_MARKUP[] = "there is no \"<\" in it";
 constexpr const char WHICH_FILE[] = "check that this is the file you meant";
@@ -214,6 +215,12 @@ CXMLView ParsePolicy(const std::string& strFile, const SPolicyFile& file, CPolic
         throw CInputError(strFile, file, MakeXmlFault(file, error));
     }
     return parser.RootView();
+}
+
+void RequireOneInput(const std::vector<std::string>& vecFiles) {
+    if (std::count(vecFiles.begin(), vecFiles.end(), STANDARD_STREAM) > 1) {
+        throw CToolError(EVerdict::USAGE, READ_ONCE);
+    }
 }
 
 std::string ReadBytes(CCommandContext& context, const std::string& strFile) {

@@ -73,6 +73,9 @@ SInputFault MakeXmlFault(const SPolicyFile& file, const SXMLLoadError& error);
 /** @return bytes of a file, and where its text begins */
 SPolicyFile TakeBytes(std::string strBytes);
 
+/** @throws CToolError (USAGE) when standard input is named twice */
+void RequireOneInput(const std::vector<std::string>& vecFiles);
+
 /** Reads a file whole. @throws CInputError when it cannot be read */
 std::string ReadBytes(CCommandContext& context, const std::string& strFile);
 

@@ -1,5 +1,6 @@
 #include "cli/StoreSession.h"
 
+#include <cstring>
 #include <new>
 #include <utility>
 
@@ -8,10 +9,14 @@
 #include "platform/common/CException.h"
 #include "platform/common/DataFileFailure.h"
 #include "platform/store/CForwardingStore.h"
+#include "platform/store/CSqliteStore.h"
+#include "platform/store/SqliteFile.h"
+#include "platform/store/StoreError.h"
 
 struct CStoreSession::SFailure {
     EVerdict eVerdict = EVerdict::DONE;
     std::string strMessage;
+    bool bMadeMeanwhile = false;
 };
 
 namespace {
@@ -52,6 +57,10 @@ class CRecordingStore : public CForwardingStore {
             throw;
         } catch (const std::bad_alloc&) {
             m_pFailure->eVerdict = EVerdict::MEMORY;
+        } catch (const OS::CException& error) {
+            m_pFailure->eVerdict = EVerdict::STORE;
+            m_pFailure->strMessage = Text::Printable(error.what());
+            m_pFailure->bMadeMeanwhile = error.GetErrorCode() == StoreCode::MADE_MEANWHILE;
         } catch (const std::exception& error) {
             m_pFailure->eVerdict = EVerdict::STORE;
             m_pFailure->strMessage = Text::Printable(error.what());
@@ -67,10 +76,23 @@ class CRecordingStore : public CForwardingStore {
 }  // namespace
 
 CStoreSession::CStoreSession(const std::string& strUrl, EUnitOfWork eUse) : m_pFailure(std::make_shared<SFailure>()) {
+    Open([&] { CSettingsStore::Open(strUrl, eUse); });
+}
+
+CStoreSession::CStoreSession(const std::string& strUrl, CUnmadeStore::EMade eMade)
+    : m_pFailure(std::make_shared<SFailure>()) {
+    Open([&] {
+        CheckSqlitePlace(strUrl.substr(std::strlen(CSqliteStore::SCHEME)), strUrl);
+        CSettingsStore::Open(std::make_unique<CUnmadeStore>(strUrl, eMade));
+    });
+}
+
+template <class F>
+void CStoreSession::Open(const F& fnOpen) {
     s_bChanged = false;
     CSettingsStore::SetWaitEnder(Signals::IsCaught);
     try {
-        CSettingsStore::Open(strUrl, eUse);
+        fnOpen();
     } catch (const OS::CException& error) {
         throw CToolError(EVerdict::STORE, Text::Printable(error.what()));
     }
@@ -94,6 +116,10 @@ void CStoreSession::ThrowIfFailed() const {
     if (const std::string strFailure = OS::TakeDataFileFailure(); !strFailure.empty()) {
         throw CToolError(EVerdict::INVALID, Text::Printable(strFailure));
     }
+}
+
+bool CStoreSession::IsMadeMeanwhile() const {
+    return m_pFailure->bMadeMeanwhile;
 }
 
 bool CStoreSession::IsChanged() noexcept {

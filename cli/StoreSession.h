@@ -3,6 +3,7 @@
 #include <memory>
 #include <string>
 
+#include "cli/CUnmadeStore.h"
 #include "cli/Verdict.h"
 #include "platform/store/CSettingsStore.h"
 
@@ -11,6 +12,8 @@ class CStoreSession {
   public:
     /** @param eUse READ: a store that is not there is an error @throws CToolError (STORE) when it cannot be opened */
     CStoreSession(const std::string& strUrl, EUnitOfWork eUse);
+    /** The same for one that is not there. @throws CToolError (STORE) when it cannot be made there */
+    CStoreSession(const std::string& strUrl, CUnmadeStore::EMade eMade);
     CStoreSession(const CStoreSession&) = delete;
     CStoreSession& operator=(const CStoreSession&) = delete;
     ~CStoreSession();
@@ -26,9 +29,14 @@ class CStoreSession {
     static bool IsChanged() noexcept;
     /** For what changes a store without a session, and for a new command, which has changed none. */
     static void SetChanged(bool bChanged) noexcept;
+    /** @return whether the store was not there when it was opened, and another process has made it before this one */
+    bool IsMadeMeanwhile() const;
 
     struct SFailure;
 
   private:
+    template <class F>
+    void Open(const F& fnOpen);
+
     std::shared_ptr<SFailure> m_pFailure;
 };

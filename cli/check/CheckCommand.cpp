@@ -125,6 +125,7 @@ void CheckFixable(const SArguments& arguments) {
 EVerdict Check(CCommandContext& context, SArguments& arguments) {
     const SCheckFormat& format = ChooseFormat(context, arguments.strFormat);
     const ESeverity eFailOn = FindSeverity(arguments.strFailOn.empty() ? "error" : arguments.strFailOn);
+    RequireOneInput(arguments.vecFiles);
     CheckFixable(arguments);
     for (const std::string& strCode : arguments.vecAllow) {
         arguments.check.choice.vecAllow.push_back(FindAllowed(strCode));

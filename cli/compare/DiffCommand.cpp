@@ -7,6 +7,7 @@
 #include "cli/CommandContext.h"
 #include "cli/CommandLine.h"
 #include "cli/Commands.h"
+#include "cli/InputFile.h"
 #include "cli/Progress.h"
 #include "cli/compare/DiffReport.h"
 
@@ -27,8 +28,6 @@ constexpr SCommandHelp HELP = {
     "dlpctl-diff/1",
 };
 
-constexpr const char STANDARD_STREAM[] = "-";
-
 struct SArguments {
     std::string strBefore;
     std::string strAfter;
@@ -40,9 +39,7 @@ std::vector<SItemChange> Compare(CCommandContext& context, const SPolicy& before
 }
 
 EVerdict Diff(CCommandContext& context, const SArguments& arguments) {
-    if (arguments.strBefore == STANDARD_STREAM && arguments.strAfter == STANDARD_STREAM) {
-        throw CToolError(EVerdict::USAGE, "standard input can be read once only; name a file");
-    }
+    RequireOneInput({arguments.strBefore, arguments.strAfter});
     const SPolicy before = ReadPolicyOf(context, arguments.strBefore);
     const SPolicy after = ReadPolicyOf(context, arguments.strAfter);
     const SDiffReport report{before, after, Compare(context, before, after)};

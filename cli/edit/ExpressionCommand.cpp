@@ -60,7 +60,7 @@ constexpr SRecordField FIELDS[] = {
     {"--pattern", "REGEX", ExpressionColumn::PATTERN, "the regular expression"},
     {"--display-name", "TEXT", AssetColumn::DISPLAY_NAME, "how people call it"},
     {"--description", "TEXT", AssetColumn::DESCRIPTION, "what it is there for"},
-    {"--type", "NAME", ExpressionColumn::TYPE, "Generic, \"Type 1\", \"Type 2\" or \"Type 3\""},
+    {"--type", "Generic|Type 1|Type 2|Type 3", ExpressionColumn::TYPE, "which of the lengths and radii it uses"},
     {"--validator", "NAME", ExpressionColumn::VALIDATOR, "what matches are tried with; dlpctl metadata lists them"},
     {"--case-sensitive", "true|false", ExpressionColumn::CASE_SENSITIVE, "whether the case of letters matters"},
     {"--min-length", "N", ExpressionColumn::MIN_LENGTH, "least length of a match"},

@@ -108,7 +108,7 @@ constexpr SCommandHelp EXPORT = {
 constexpr SRecordField FIELDS[] = {
     {"--display-name", "TEXT", AssetColumn::DISPLAY_NAME, "how people call it"},
     {"--description", "TEXT", AssetColumn::DESCRIPTION, "what it is there for"},
-    {"--type", "NAME", KeywordColumn::CONDITION, "All, Any, Threshold or Distance"},
+    {"--type", "All|Any|Threshold|Distance", KeywordColumn::CONDITION, "how many of its keywords are to be found"},
     {"--threshold", "N", KeywordColumn::THRESHOLD, "how many keywords, of type Threshold"},
     {"--distance", "N", KeywordColumn::NUMBER, "how far apart, of type Distance"},
 };

@@ -20,7 +20,7 @@ CStoreSession& Open(CCommandContext& context, const SEditOptions& options, CStor
     if (options.bDryRun) {
         context.MakeNoStore();
     }
-    return context.GetStore();
+    return context.GetStore(CUnmadeStore::EMade::AT_COMMIT);
 }
 
 }  // namespace

@@ -69,6 +69,7 @@ void CheckArguments(const CCommandContext& context, const SArguments& arguments)
 
 /** @throws CInputError when there is none */
 std::vector<std::string> ListAll(const CCommandContext& context, const SArguments& arguments) {
+    RequireOneInput(arguments.vecFiles);
     std::vector<std::string> vecAll;
     for (const std::string& strFile : arguments.vecFiles) {
         const std::vector<std::string> vecFiles = ListFiles(context, strFile);

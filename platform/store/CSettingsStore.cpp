@@ -87,9 +87,13 @@ void CSettingsStore::Open(const std::string& strUrl) {
 }
 
 void CSettingsStore::Open(const std::string& strUrl, EUnitOfWork eUse) {
+    Close();
+    Open(Make(strUrl, eUse));
+}
+
+void CSettingsStore::Open(std::unique_ptr<CSettingsStore> pStore) {
     SProcessStore& process = GetProcessStore();
-    process.pStore.reset();
-    process.pStore = Make(strUrl, eUse);
+    process.pStore = std::move(pStore);
     if (process.fnWrapper) {
         process.pStore = process.fnWrapper(std::move(process.pStore));
     }

@@ -43,6 +43,8 @@ class DLP_PLATFORM_API CSettingsStore {
     static void Open(const std::string& strUrl);
     /** The same for one use. @param eUse as for Make */
     static void Open(const std::string& strUrl, EUnitOfWork eUse);
+    /** Takes one that is open already. @param pStore not null */
+    static void Open(std::unique_ptr<CSettingsStore> pStore);
     /** Closes the process's store; the next use opens the default again. */
     static void Close();
     /** The process's store; opens the default one (GetDefaultUrl) when none is open. @throws as Open */

@@ -21,6 +21,8 @@ constexpr int MOST_LINKS = 40;
 constexpr int MOST_TRIES = 10;
 constexpr const char JOURNAL[] = "-wal";
 constexpr const char CANNOT_READ[] = "cannot read the file";
+constexpr const char CANNOT_MAKE[] = "cannot make the file";
+constexpr const char CANNOT_MAKE_FOLDER[] = "cannot make the folder ";
 constexpr const char CUT[] = "it is damaged: it was cut to no bytes, and the journal beside it is not empty";
 
 /** File systems over which the write-ahead log does not hold: its index is memory that all processes must share. */
@@ -108,7 +110,7 @@ void MakeFolders(const std::filesystem::path& folder, const std::string& strUrl)
         const int iError = errno;
         std::error_code error;
         if (!std::filesystem::exists(made, error)) {
-            ThrowSystemError(strUrl, "cannot make the folder " + made.string(), iError);
+            ThrowSystemError(strUrl, CANNOT_MAKE_FOLDER + made.string(), iError);
         }
     }
 }
@@ -149,9 +151,23 @@ bool MakeSqliteFile(const std::string& strPath, const std::string& strUrl) {
         ::fchmod(iFile, FILE_MODE);
         ::close(iFile);
     } else if (errno != EEXIST) {  // another process may have been faster
-        ThrowSystemError(strUrl, "cannot make the file", errno);
+        ThrowSystemError(strUrl, CANNOT_MAKE, errno);
     }
     return true;
+}
+
+void CheckSqlitePlace(const std::string& strPath, const std::string& strUrl) {
+    RefuseNetwork(strPath, strUrl);
+    std::filesystem::path made = FollowSqliteLinks(strPath, strUrl);
+    std::error_code error;
+    bool bFolder = false;
+    while (made.has_relative_path() && !std::filesystem::exists(made.parent_path(), error)) {
+        made = made.parent_path();
+        bFolder = true;
+    }
+    if (!IsAccessible((made.parent_path() / ".").string(), W_OK | X_OK)) {
+        ThrowSystemError(strUrl, bFolder ? CANNOT_MAKE_FOLDER + made.string() : CANNOT_MAKE, errno);
+    }
 }
 
 bool FindSqliteFile(const std::string& strPath, const std::string& strUrl) {

@@ -23,6 +23,12 @@ std::string FollowSqliteLinks(const std::string& strPath, const std::string& str
 bool MakeSqliteFile(const std::string& strPath, const std::string& strUrl);
 
 /**
+ * Makes sure, as far as can be seen, that a file that is not there could be made at the path; makes nothing.
+ * @throws OS::CException
+ */
+void CheckSqlitePlace(const std::string& strPath, const std::string& strUrl);
+
+/**
  * Makes sure that a regular file that can be read stands at the path; makes nothing.
  * @return whether it can be written too
  * @throws OS::CException

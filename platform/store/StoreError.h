@@ -22,8 +22,9 @@ inline constexpr const char UNDOING[] = "undoing a unit of work";
 
 /** Numbers of failures of our own; the engine's and the system's are not below 0. */
 namespace StoreCode {
-inline constexpr int DAMAGED = -1;  ///< what is there is not what was written
-inline constexpr int FOREIGN = -2;  ///< what is there is another program's
+inline constexpr int DAMAGED = -1;         ///< what is there is not what was written
+inline constexpr int FOREIGN = -2;         ///< what is there is another program's
+inline constexpr int MADE_MEANWHILE = -3;  ///< it was not there when it was opened
 }  // namespace StoreCode
 
 /** What is wrong with a record or a table. */

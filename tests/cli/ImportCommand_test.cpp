@@ -266,8 +266,7 @@ TEST_F(ImportCommand, WithoutTheMapTheOlderNamesStayAndAWarningSaysWhere) {
                   " is missing: names of assets in documents of the older layout are taken as they stand; "
                   "--home DIR or $DLP_INSTALL_PATH sets the installation directory\n"
                   "dlpctl: warning: -: template_version is missing or empty, so the document is read as one "
-                  "of the older layout; add template_version=\"3.0.1000\" if that is not what it is\n" +
-                  NEXT);
+                  "of the older layout; add template_version=\"3.0.1000\" if that is not what it is\n");
     EXPECT_NE(run.strOut.find("template \"own\" skipped: it refers to the expression \"Old One\", which is not stored"),
               std::string::npos)
         << run.strOut;

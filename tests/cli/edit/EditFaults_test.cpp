@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <csignal>
+#include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <sstream>
@@ -144,6 +145,23 @@ TEST_F(EditFaults, EmptyStoreHasNothingToChange) {
         const int iCode = vecArguments[1] == "new" ? 0 : 1;
         EXPECT_EQ(RunOn("memory:", vecArguments).iCode, iCode) << Describe(vecArguments);
     }
+}
+
+TEST_F(EditFaults, WhatIsRefusedMakesNoStore) {
+    const std::vector<std::string> aRefused[] = {
+        {"template", "new", "x", "P:none(1)"},
+        {"template", "new", "x", "P:"},
+        {"expression", "new", "BRAND", "--pattern", "x"},
+        {"expression", "new", "x", "--pattern", "x", "--display-name", ""},
+        {"keywords", "new", "x", " "},
+        {"keywords", "new", "x", "\x01"},
+    };
+    for (const std::vector<std::string>& vecArguments : aRefused) {
+        EXPECT_EQ(RunOn(Url("ne.db"), vecArguments).iCode, 2) << Describe(vecArguments);
+        EXPECT_FALSE(std::filesystem::exists(m_dir.Path("ne.db"))) << Describe(vecArguments);
+    }
+    EXPECT_EQ(RunOn(Url("ne.db"), {"keywords", "new", "x", "word"}).iCode, 0);
+    EXPECT_EQ(RunOn(Url("ne.db"), {"keywords", "show", "x"}).iCode, 0);
 }
 
 TEST_F(EditFaults, StoreThatCannotBeUsedIsFour) {

@@ -70,6 +70,8 @@ const SCompleted COMPLETED[] = {
     {"expression new x --validator lu", {"luhn"}},
     {"keywords show _", {"words"}},
     {"keywords set _", {"words"}},
+    {"keywords set words --type T", {"Threshold"}},
+    {"expression new x --type Type", {"Type 1", "Type 2", "Type 3"}},
     {"keywords set words --th", {"--threshold"}},
     {"template show _", {"cards"}},
     {"rename expression o", {"one"}},
