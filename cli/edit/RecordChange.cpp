@@ -36,6 +36,7 @@ struct STextAdvice {
 constexpr STextAdvice TEXT_ADVICE[] = {
     {ECode::MISSING_OPERATION, "write AND or OR before it"},
     {ECode::HITS_BELOW_ONE, "write (1) or more"},
+    {ECode::MIXED_OPERATIONS, "they join from left to right: A OR B AND C asks for C, and for A or B"},
 };
 
 constexpr const char REFERS[] = "a rule refers to what cannot be exported: ";

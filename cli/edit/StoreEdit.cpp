@@ -1,5 +1,7 @@
 #include "cli/edit/StoreEdit.h"
 
+#include <algorithm>
+
 #include <nlohmann/json.hpp>
 
 #include "cli/CommandContext.h"
@@ -35,6 +37,12 @@ CStoreEdit::CStoreEdit(CCommandContext& context, const char* pFormat, const SEdi
       m_unit(EUnitOfWork::WRITE),
       m_pFormat(pFormat),
       m_options(options) {}
+
+void CStoreEdit::Warn(const std::string& strWarning) {
+    if (std::find(m_vecWarnings.begin(), m_vecWarnings.end(), strWarning) == m_vecWarnings.end()) {
+        m_vecWarnings.push_back(strWarning);
+    }
+}
 
 EVerdict CStoreEdit::Finish(const Json& members, const std::string& strText) {
     Signals::ThrowIfCaught();

@@ -34,8 +34,8 @@ class CStoreEdit {
     CStoreEdit(CCommandContext& context, const char* pFormat, const SEditOptions& options,
                EStore eStore = EStore::THERE);
 
-    /** Something to be told once the change is made. @param strWarning printable */
-    void Warn(const std::string& strWarning) { m_vecWarnings.push_back(strWarning); }
+    /** Something to be told, once, when the change is made. @param strWarning printable */
+    void Warn(const std::string& strWarning);
 
     /**
      * Tells what was changed and keeps it; a dry run tells the same and undoes it.
