@@ -8,6 +8,7 @@
 
 #include "cli/InputFile.h"
 #include "cli/Text.h"
+#include "platform/store/StoreError.h"
 #include "templates/DLPXmlNormalizer.h"
 #include "xml/Vocabulary.h"
 
@@ -346,7 +347,11 @@ std::string DescribeForeign(const SForeignChild& foreign) {
            (foreign.strReadAs.empty() ? " that refers to nothing" : ": " + Text::Printable(foreign.strReadAs));
 }
 
+bool SaysWhatWasWritten(const std::string& strReason) {
+    return strReason.ends_with(StoreWritten::NOTHING) || strReason.ends_with(StoreWritten::ELSEWHERE);
+}
+
 std::string MakeRefusal(const SImportReport& report) {
-    const bool bSaid = report.strReason.ends_with(NOTHING_WRITTEN);
-    return FormatPlace(report.strFile, report.place) + ": " + report.strReason + (bSaid ? "" : NOTHING_WRITTEN);
+    return FormatPlace(report.strFile, report.place) + ": " + report.strReason +
+           (SaysWhatWasWritten(report.strReason) ? "" : NOTHING_WRITTEN);
 }

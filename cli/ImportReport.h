@@ -92,6 +92,8 @@ nlohmann::ordered_json MakeItemJson(const SReportItem& item);
 std::string MakeFinding(const std::string& strFile, const SReportItem& item);
 /** @return why an item was not taken, and what to do */
 std::string ExplainItem(const SReportItem& item);
+/** @return whether the reason itself says what became of what was written */
+bool SaysWhatWasWritten(const std::string& strReason);
 /** @return one line without its end: why nothing was written */
 std::string MakeRefusal(const SImportReport& report);
 /** @return what people call an item of this kind */

@@ -99,7 +99,7 @@ std::string MakeJson(const SImportReport& report) {
 void TellRefusal(const SImportReport& report, CDiagnostics& diagnostics) {
     SDiagnostic* pRefusal = diagnostics.Add(report.eRefusal, std::string::npos);
     pRefusal->strMessage = report.strReason;
-    pRefusal->strAdvice = NOTHING_WRITTEN;
+    pRefusal->strAdvice = SaysWhatWasWritten(report.strReason) ? "" : NOTHING_WRITTEN;
     pRefusal->place = report.place;
     pRefusal->related = report.related;
 }

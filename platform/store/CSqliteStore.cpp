@@ -102,9 +102,6 @@ std::string IndexedTexts(const CSettingsRow& row) {
     return strTexts;
 }
 
-constexpr char NOTHING_WRITTEN[] = "nothing was written";
-constexpr char WRITTEN_ELSEWHERE[] = "what was written is in the file that stood there before";
-
 }  // namespace
 
 CSqliteStore::CSqliteStore(const std::string& strPath, int iBusyMilliseconds, EUnitOfWork eUse)
@@ -405,7 +402,7 @@ void CSqliteStore::BeginOutermost(EUnitOfWork eUnit) {
     m_aStored = ReadTotals(*run);
     if (eUnit == EUnitOfWork::WRITE) {
         if (m_connection.HasMoved()) {
-            ThrowMoved(StoreDoing::BEGINNING, NOTHING_WRITTEN);
+            ThrowMoved(StoreDoing::BEGINNING, StoreWritten::NOTHING);
         }
         m_connection.GetWriterNote().Leave();
     }
@@ -425,7 +422,7 @@ void CSqliteStore::Commit() {
         } else if (!m_units.IsNested()) {
             WriteTotals();
             if (m_units.IsWriting() && m_connection.HasMoved()) {
-                ThrowMoved(StoreDoing::COMMITTING, NOTHING_WRITTEN);
+                ThrowMoved(StoreDoing::COMMITTING, StoreWritten::NOTHING);
             }
             Run(EStatement::COMMIT);
             m_connection.RequireUnchanged(StoreDoing::READING);
@@ -440,7 +437,7 @@ void CSqliteStore::Commit() {
     if (m_units.IsInside()) {
         m_vecOpen.back().aTotals = aTotals;
     } else if (bWritten && m_connection.HasMoved() && m_connection.CanLook()) {
-        ThrowMoved(StoreDoing::COMMITTING, WRITTEN_ELSEWHERE);
+        ThrowMoved(StoreDoing::COMMITTING, StoreWritten::ELSEWHERE);
     }
 }
 

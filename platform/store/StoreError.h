@@ -27,6 +27,12 @@ inline constexpr int FOREIGN = -2;         ///< what is there is another program
 inline constexpr int MADE_MEANWHILE = -3;  ///< it was not there when it was opened
 }  // namespace StoreCode
 
+/** What was written when its file was found to have gone: ends a message. */
+namespace StoreWritten {
+inline constexpr const char NOTHING[] = "nothing was written";
+inline constexpr const char ELSEWHERE[] = "what was written is in the file that stood there before";
+}  // namespace StoreWritten
+
 /** What is wrong with a record or a table. */
 namespace StoreDamage {
 inline constexpr const char ALTERED[] = "is not as it was written";
