@@ -102,11 +102,17 @@ class CNewNames {
 class CTemporaryFile {
   public:
     explicit CTemporaryFile(const std::string& strTarget) : m_strPath(strTarget + TEMPORARY) {
+        for (const char* pSideFile : SIDE_FILES) {
+            m_vecSideFiles.push_back(m_strPath + pSideFile);
+        }
         const int iFile = ::mkostemp(m_strPath.data(), O_CLOEXEC);
         if (iFile < 0) {
             ThrowSystemError(strTarget, StoreDoing::BACKING_UP, errno);
         }
         ::close(iFile);
+        for (std::string& strSideFile : m_vecSideFiles) {
+            strSideFile.replace(0, m_strPath.size(), m_strPath);  // of the same length: without a request for memory
+        }
     }
     CTemporaryFile(const CTemporaryFile&) = delete;
     CTemporaryFile& operator=(const CTemporaryFile&) = delete;
@@ -115,8 +121,8 @@ class CTemporaryFile {
     /** @return whether nothing of it is left */
     bool Remove() const {
         bool bGone = IsGone(m_strPath);
-        for (const char* pSideFile : SIDE_FILES) {
-            bGone = IsGone(m_strPath + pSideFile) && bGone;
+        for (const std::string& strSideFile : m_vecSideFiles) {
+            bGone = IsGone(strSideFile) && bGone;
         }
         return bGone;
     }
@@ -143,6 +149,7 @@ class CTemporaryFile {
     static bool IsGone(const std::string& strPath) { return ::unlink(strPath.c_str()) == 0 || errno == ENOENT; }
 
     std::string m_strPath;
+    std::vector<std::string> m_vecSideFiles;  ///< removing them must not depend on memory that has run out
 };
 
 /** Runs what makes a store of a file beside it, and tells of one that could not be removed after a failure. */
