@@ -3,6 +3,9 @@
 Each damaged store is dumped, exported, checked, imported into and restored. A run must give exactly what it gives on the
 whole store, or end with 4 and one line that says what to do; never crash, never give anything else. A check that calls
 the store sound must be right, and after a restore the store holds what the backup holds.
+
+A store whose last unit of work is in the log alone may also be as before that unit when the log is damaged. Of a store
+of the first version, which has no checksums, only its exit codes are held: it must not crash.
 """
 import argparse
 import pathlib
@@ -136,6 +139,9 @@ def first_version(path, _):
 
 
 FILES = (foreign_database, other_version, changed_by_sql, first_version)
+JOURNAL = (flip, flip, cut, zeros, noise, append)  # of the log that holds a unit of work, whose frames are chained
+LOGGED, UNSUMMED = 0.15, 0.1  # how often it is that log, or a store of the first version, that is damaged
+PLAIN = (flip, flip_in_page, cut, cut_pages, swap_pages, copy_page, zeros, noise, append)
 
 
 class Trial:
@@ -162,6 +168,54 @@ class Trial:
         tool.get(after, "-q", "import", self.more)
         self.after = tool.get(after, "store", "dump")
         self.dump = self.commands[("store", "dump")][1]
+        self.make_logged(folder)
+        unsummed = folder / "unsummed.db"
+        shutil.copy(self.whole, unsummed)
+        first_version(unsummed, None)
+        self.unsummed = unsummed.read_bytes()
+
+    def make_logged(self, folder):
+        """A store whose last import is in its log alone, because somebody had it open."""
+        store = folder / "logged.db"
+        shutil.copy(self.whole, store)
+        reader = self.tool.start(store, "store", "dump")  # its answer is longer than a pipe holds
+        reader.stdout.read(1)
+        self.tool.get(store, "-q", "import", self.more)
+        self.logged = store.read_bytes(), pathlib.Path(f"{store}-wal").read_bytes()
+        reader.kill()
+        reader.communicate()
+        self.after_commands = {command: self.answer(store, command) for command in self.commands}
+
+    def try_logged(self, store, seed):
+        """As before the unit in the log, as after it, or refused."""
+        dice = random.Random(seed)
+        how = dice.choice(JOURNAL)
+        data = bytearray(self.logged[1])
+        how(data, dice)
+        faults, refused = [], False
+        for command in self.commands:
+            stores.remove(store)
+            store.write_bytes(self.logged[0])
+            pathlib.Path(f"{store}-wal").write_bytes(data)
+            code, out, err = self.answer(store, command)
+            refused |= code not in (0, 1)
+            fault = None if (code, out) == self.after_commands[command][:2] else self.wrong(store, command, code, out, err)
+            faults += [fault] if fault else []
+        return f"log, {how.__name__}", refused, faults
+
+    def try_unsummed(self, store, seed):
+        """Nothing crashes."""
+        dice = random.Random(seed)
+        how = dice.choice(PLAIN)
+        data = bytearray(self.unsummed)
+        how(data, dice)
+        codes = []
+        for command in self.commands:
+            stores.remove(store)
+            store.write_bytes(data)
+            codes.append(self.answer(store, command)[0])
+        faults = [f"exit codes {codes}"] if set(codes) - {0, 1, 4} else []
+        return f"first version, {how.__name__}", 4 in codes, faults
 
     def answer(self, store, command):
         run = self.tool.run(store, *command)
@@ -193,6 +247,11 @@ class Trial:
     def try_one(self, store, seed):
         """Returns (how, whether it was refused, list of what is wrong)."""
         stores.remove(store)
+        kind = random.Random(f"kind {seed}").random()
+        if kind < LOGGED:
+            return self.try_logged(store, seed)
+        if kind < LOGGED + UNSUMMED:
+            return self.try_unsummed(store, seed)
         how = self.damage(store, seed)
         faults, refused = [], False
         for command in self.commands:

@@ -184,14 +184,15 @@ def main() -> int:
     begun = time.monotonic()
     with tempfile.TemporaryDirectory() as name:
         trial = Trial(Tool(arguments.tool, Path(name)), arguments.measure)
-        for document in (*doctypes(), *encodings()):
+        for document in (*doctypes(), *encodings(), *large(int(arguments.size * MEBIBYTE))):
             if arguments.trace:
                 trial.traced(document)
             else:
                 trial.one(document)
-        if not arguments.trace:
-            for document in large(int(arguments.size * MEBIBYTE)):
-                trial.one(document)
+        if arguments.trace:
+            for document in (*cuts(chance, arguments.sample), *flips(chance, arguments.sample)):
+                trial.traced(document)
+        else:
             for document in (*cuts(chance, arguments.sample), *flips(chance, arguments.sample)):
                 trial.one(document, ["import"] if arguments.sample else None)
     costs = "" if arguments.trace else (f"; dearest per 15 MiB: {trial.slowest[0]:.2f} s ({trial.slowest[1]}), "

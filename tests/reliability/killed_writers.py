@@ -1,5 +1,8 @@
 """Kills dlpctl (-9) at a random point of a command that writes, and looks at the store that is left.
 
+Every other one is killed while it writes, which the note beside the store tells; the others anywhere. A command that had
+ended before is not counted.
+
 A fresh process must find the store as it was before or as it is after the command, and sound; then the same command,
 run to its end, must succeed.
 """
@@ -14,6 +17,16 @@ import time
 import stores
 
 
+MOST_TRIES = 20  # for each one that is to be killed
+
+
+def wait_for_note(store, process):
+    """Until it writes, or has ended."""
+    note = pathlib.Path(f"{store}-writer")
+    while not note.exists() and process.poll() is None:
+        time.sleep(0.0002)
+
+
 class Command:
     """A command that writes, with what it makes of the store and how long it takes."""
 
@@ -23,8 +36,14 @@ class Command:
         stores.remove(store)
         shutil.copy(before, store)
         start = time.perf_counter()
-        tool.get(store, *arguments)
+        process = tool.start(store, *arguments)
+        wait_for_note(store, process)
+        note = time.perf_counter()
+        process.communicate()
+        if process.returncode != 0:
+            raise RuntimeError(f"{' '.join(map(str, arguments))} ended with {process.returncode}")
         self.seconds = time.perf_counter() - start
+        self.writing = time.perf_counter() - note
         self.after = tool.get(store, "store", "dump")
 
 
@@ -76,7 +95,10 @@ def main():
         tool.get(first, "-q", "import", folder / "policy.xml")
         before = tool.get(first, "store", "dump")
         commands = make_commands(tool, first, folder)
-        for seed in range(arguments.seed, arguments.seed + arguments.count):
+        killed, late = 0, 0
+        for seed in range(arguments.seed, arguments.seed + arguments.count * MOST_TRIES):
+            if killed == arguments.count:
+                break
             dice = random.Random(seed)
             command = dice.choice(commands)
             store = folder / "store" / "killed.db"
@@ -84,16 +106,21 @@ def main():
             store.parent.mkdir()
             shutil.copy(first, store)
             process = tool.start(store, *command.arguments)
-            time.sleep(dice.uniform(0, command.seconds * 1.1))
+            if seed % 2 == 0:
+                wait_for_note(store, process)
+            time.sleep(dice.uniform(0, command.writing if seed % 2 == 0 else command.seconds))
             process.kill()
             process.communicate()
+            killed += process.returncode != 0
+            late += process.returncode == 0
             state, fault = find_fault(tool, store, before, command)
-            states[state if process.returncode != 0 else "finished first" if not fault else state] += 1
+            if process.returncode != 0 or fault:
+                states[state] += 1
             if fault:
                 print(f"seed {seed}, {' '.join(map(str, command.arguments))}: {fault}")
-    print(f"{arguments.count} killed: " + ", ".join(f"{count} {state}" for state, count in sorted(states.items()))
+    print(f"{killed} killed ({late} more had ended): " + ", ".join(f"{count} {state}" for state, count in sorted(states.items()))
           + f"; {states['wrong']} wrong, {states['unreadable']} unreadable")
-    return 1 if states["wrong"] + states["unreadable"] else 0
+    return 1 if states["wrong"] + states["unreadable"] or killed < arguments.count else 0
 
 
 if __name__ == "__main__":

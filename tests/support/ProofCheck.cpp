@@ -42,6 +42,9 @@ std::string FindFalseProof(std::string_view strText) {
     if (!ReadWithExpat(strText, root)) {
         return "not well-formed";
     }
+    if (proof.iDepth > CXMLParser::MAX_DEPTH) {
+        return "deeper than the loader takes";
+    }
     if (root.strName != proof.strRoot || DepthOf(root) != proof.iDepth) {
         return "another root or depth";
     }
