@@ -37,7 +37,8 @@ def run(build, *words, environment=None):
     with tempfile.TemporaryDirectory() as scratch:
         file = os.path.join(scratch, "table.json")
         command = [sys.executable, TABLE, "--build", build, "--items", str(ITEMS), "--runs", "1", "--json", file]
-        table = subprocess.run([*command, *words], stdout=subprocess.PIPE, text=True, env={**os.environ, **(environment or {})})
+        table = subprocess.run([*command, *words], stdout=subprocess.PIPE, text=True,
+                               env={**os.environ, **(environment or {})})
         if table.returncode == NO_YARDSTICKS:
             sys.exit(NO_YARDSTICKS)
         if table.returncode != 0:

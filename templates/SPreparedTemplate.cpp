@@ -51,6 +51,7 @@ void Write(const CXMLView& element, const CSettingsRow& row, CAssetNames& names,
                                row.GetText(TemplateColumn::DESCRIPTION), row.GetFlag(TemplateColumn::PRE_DEFINED));
     writer.Raw(strRules);
     writer.EndElement();
+    prepared.strMarkup.shrink_to_fit();  // all of them are held at once
 }
 
 }  // namespace
