@@ -3,7 +3,6 @@
 #include <string_view>
 #include <unordered_map>
 #include <unordered_set>
-#include <utility>
 
 #include "cli/Kinds.h"
 #include "cli/RecordJson.h"
@@ -30,8 +29,6 @@ struct SAlike {
         this->*pSide = &strName;
     }
 };
-
-using References = std::set<std::pair<EElementType, std::wstring>>;
 
 /** @return the items that the other side has not; of those that go by their subject nobody could tell a new name */
 template <class C>
@@ -87,7 +84,7 @@ void CRenames::Complete(std::vector<SCandidate>& vecCandidates, bool bEarlier) c
         } else if (candidate.pRow->GetKind() == ESettingsKind::TEMPLATE) {
             std::vector<SMatchRule> vecRules = ReadRules(*candidate.pRow);
             if (bEarlier) {
-                Follow(vecRules, {});
+                Follow(vecRules);
             }
             candidate.strContent += MakeRuleContent(MakeRuleLines(vecRules));
         }
@@ -128,25 +125,25 @@ bool CRenames::IsNewName(ESettingsKind eKind, const std::string& strName) const 
     return Of(eKind).setNew.count(strName) != 0;
 }
 
-void CRenames::Follow(std::vector<SMatchRule>& vecEarlier, const std::vector<SMatchRule>& vecLater) const {
-    if (Of(ESettingsKind::EXPRESSION).setNew.empty() && Of(ESettingsKind::KEYWORD).setNew.empty()) {
-        return;
-    }
-    References held;
-    for (const SMatchRule& rule : vecLater) {
-        for (const SRuleElement& element : rule.vecElements) {
-            held.emplace(element.eType, element.strName);
-        }
+bool CRenames::HasAssets() const {
+    return !Of(ESettingsKind::EXPRESSION).setNew.empty() || !Of(ESettingsKind::KEYWORD).setNew.empty();
+}
+
+bool CRenames::Follow(std::vector<SMatchRule>& vecEarlier) const {
+    bool bFollowed = false;
+    if (!HasAssets()) {
+        return bFollowed;
     }
     for (SMatchRule& rule : vecEarlier) {
         for (SRuleElement& element : rule.vecElements) {
             const ESettingsKind eKind =
                 element.eType == EElementType::ENTITY ? ESettingsKind::EXPRESSION : ESettingsKind::KEYWORD;
             const std::string* pNew = FindNewName(eKind, OS::Utf8Lenient(element.strName));
-            if (element.eType != EElementType::UNKNOWN && pNew != nullptr &&
-                held.count({element.eType, element.strName}) == 0) {
+            if (element.eType != EElementType::UNKNOWN && pNew != nullptr) {
                 element.strName = OS::WideText(*pNew);
+                bFollowed = true;
             }
         }
     }
+    return bFollowed;
 }

@@ -23,8 +23,10 @@ class CRenames {
     const std::string* FindNewName(ESettingsKind eKind, const std::string& strName) const;
     /** @return whether the item had another name earlier */
     bool IsNewName(ESettingsKind eKind, const std::string& strName) const;
-    /** Gives what the earlier rules refer to its new name, unless the later ones still have the earlier one. */
-    void Follow(std::vector<SMatchRule>& vecEarlier, const std::vector<SMatchRule>& vecLater) const;
+    /** @return whether anything that rules refer to was renamed */
+    bool HasAssets() const;
+    /** Gives what the earlier rules refer to its new name. @return whether they referred to what has one */
+    bool Follow(std::vector<SMatchRule>& vecEarlier) const;
 
   private:
     struct SCandidate;

@@ -87,12 +87,15 @@ std::vector<SKeywordChange> CompareKeywords(const CSettingsRow& before, const CS
 
 std::optional<SRulesChange> CompareTemplates(const CSettingsRow& before, const CSettingsRow& after,
                                              const CRenames& renames) {
-    if (before.GetText(TemplateColumn::ELEMENT) == after.GetText(TemplateColumn::ELEMENT)) {
+    const bool bSameText = before.GetText(TemplateColumn::ELEMENT) == after.GetText(TemplateColumn::ELEMENT);
+    if (bSameText && !renames.HasAssets()) {
         return std::nullopt;
     }
     std::vector<SMatchRule> vecBefore = ReadRules(before);
+    if (!renames.Follow(vecBefore) && bSameText) {
+        return std::nullopt;
+    }
     const std::vector<SMatchRule> vecAfter = ReadRules(after);
-    renames.Follow(vecBefore, vecAfter);
     SRulesChange change{MakeRuleLines(vecBefore), MakeRuleLines(vecAfter), CompareRules(vecBefore, vecAfter)};
     if (change.vecBefore == change.vecAfter && change.comparison.eRelation == ERelation::SAME) {
         return std::nullopt;

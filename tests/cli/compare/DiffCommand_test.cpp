@@ -382,12 +382,20 @@ TEST_F(DiffCommand, RulesThatChangedBesideARenameAreComparedUnderTheNewName) {
               "    now matches content with P:uno(1) alone\n");
 }
 
-TEST_F(DiffCommand, ARuleThatStillHasTheEarlierNameIsNotTakenToFollow) {
-    ExpectSame(Policy(Entity("one"), Rules(Rule("", Block("one", "1")))),
-               Policy(Entity("one"), Rules(Rule("", Block("one", "1", "AND")))));
-    const SToolRun run = Diff(Policy(Entity("one"), Rules(Rule("", Block("one", "1")))),
-                              Policy(Entity("uno"), Rules(Rule("", Block("one", "1", "AND")))));
-    EXPECT_EQ(run.strErr, "1 renamed.\n");
+TEST_F(DiffCommand, ARuleThatStillHasTheEarlierNameRefersToNothing) {
+    const std::string strRules = Rules(Rule("", Block("one", "2")));
+    const std::string strText =
+        "~ expression \"one\": renamed to \"uno\"\n"
+        "-   display_name: Expression one\n"
+        "+   display_name: Expression uno\n"
+        "~ template \"cards\": different\n"
+        "-   rule: P:uno(2)\n"
+        "+   rule: P:one(2)\n"
+        "    now matches content with P:one(2) alone\n"
+        "    no longer matches content with P:uno(2) alone\n";
+    EXPECT_EQ(Diff(Policy(Entity("one"), strRules), Policy(Entity("uno"), strRules)).strOut, strText);
+    const std::string strOtherwise = Rules(Rule("", Block("one", "2", "AND")));
+    EXPECT_EQ(Diff(Policy(Entity("one"), strRules), Policy(Entity("uno"), strOtherwise)).strOut, strText);
 }
 
 TEST_F(DiffCommand, NoRenameIsClaimedWhereSeveralWouldDo) {
