@@ -19,6 +19,8 @@ constexpr const char NEAR[] = "correct it here or shortly before this place";
 constexpr std::string_view SPACE = " \t\r\n";
 constexpr std::string_view NAME_ENDS = " \t\r\n=/>";
 constexpr std::string_view DECLARATION = "<!";
+constexpr std::string_view DOCTYPE = "<!DOCTYPE";
+constexpr std::string_view XML_DECLARATION = "<?xml";
 constexpr std::string_view CDATA = "<![CDATA[";
 constexpr std::string_view CDATA_END = "]]>";
 constexpr std::string_view BRACKETS = "]]";
@@ -55,6 +57,7 @@ class CFaultyPlace {
                 m_bInside = true;
                 return;
             }
+            m_bAnyElement = m_bAnyElement || piece.ePiece == EPiece::START || piece.ePiece == EPiece::EMPTY;
             if (piece.ePiece == EPiece::START) {
                 m_vecOpen.push_back(piece);
             } else if (piece.ePiece == EPiece::END && !m_vecOpen.empty()) {
@@ -73,6 +76,7 @@ class CFaultyPlace {
         return std::any_of(m_vecOpen.begin(), m_vecOpen.end(),
                            [&](const SPiece& piece) { return piece.GetElement() == strName; });
     }
+    bool IsBehindRoot() const { return m_bAnyElement && m_vecOpen.empty(); }
     bool IsIn(EPiece ePiece) const { return m_bInside && m_piece.ePiece == ePiece; }
     bool IsInStartTag() const { return IsIn(EPiece::START) || IsIn(EPiece::EMPTY); }
     bool IsInCdata() const { return IsStart(m_piece.strText, CDATA); }
@@ -98,6 +102,7 @@ class CFaultyPlace {
     std::size_t m_iStart;
     SPiece m_piece;
     bool m_bInside = false;
+    bool m_bAnyElement = false;
     std::vector<SPiece> m_vecOpen;
 };
 
@@ -118,9 +123,13 @@ void TellOpen(const CFaultyPlace& place, SXmlFault& fault) {
 
 Fault FindNotClosed(const CFaultyPlace& place) {
     const SPiece* pOpen = place.GetOpen();
-    if (place.GetPiece() != nullptr || pOpen == nullptr ||
-        (place.IsInCdata() && !place.Before().ends_with(CDATA_END))) {
+    if (place.GetPiece() != nullptr || pOpen == nullptr) {
         return {};
+    }
+    if (place.IsInCdata() && !place.Before().ends_with(CDATA_END)) {
+        SXmlFault fault = Make(place, "a CDATA section has no end", "end it with \"]]>\"");
+        fault.iOffset -= place.Before().size();
+        return fault;
     }
     SXmlFault fault = Make(place, "it ends, and ", "close it with " + MakeTag(pOpen->GetElement(), true));
     TellOpen(place, fault);
@@ -139,7 +148,7 @@ Fault FindMismatch(const CFaultyPlace& place) {
         fault.iOffset = place.GetPiece()->iOffset;
         return fault;
     }
-    if (strName == pOpen->GetElement()) {
+    if (strName.empty() || strName == pOpen->GetElement()) {
         return {};
     }
     const std::string strClose = "close that with " + MakeTag(pOpen->GetElement(), true);
@@ -254,6 +263,31 @@ Fault FindQuotes(const CFaultyPlace& place) {
     return {};
 }
 
+Fault FindNoTag(const CFaultyPlace& place) {
+    if (!place.IsInStartTag() || place.Before() != "<") {
+        return {};
+    }
+    SXmlFault fault =
+        Make(place, "\"<\" begins no tag", "write &lt; where < itself is meant; the name of a tag follows at once");
+    --fault.iOffset;
+    return fault;
+}
+
+/** What only the beginning of a document may hold, and what must not stand behind its end. */
+Fault FindOutside(const CFaultyPlace& place) {
+    if (place.Reads(DOCTYPE)) {
+        return Make(place, "a DOCTYPE is not allowed", "remove it");
+    }
+    if (place.IsIn(EPiece::INSTRUCTION) && place.Reads(XML_DECLARATION)) {
+        return Make(place, "the XML declaration does not stand at the beginning",
+                    "remove it, or what stands before it");
+    }
+    if (place.GetPiece() != nullptr && place.IsBehindRoot()) {
+        return Make(place, "the root element has ended before", "remove what follows, or put it into the root element");
+    }
+    return {};
+}
+
 Fault FindTwice(const CFaultyPlace& place) {
     if (!place.IsInStartTag() || place.Before().empty() || IsInValue(place.Before())) {
         return {};
@@ -294,9 +328,9 @@ Fault FindCharacter(const CFaultyPlace& place) {
                 "remove it");
 }
 
-constexpr std::array<Fault (*)(const CFaultyPlace&), 11> FINDERS = {
-    FindNotClosed,      FindMismatch, FindUnended,  FindCharacter, FindAmpersand, FindReference,
-    FindReferenceInTag, FindLess,     FindSequence, FindTwice,     FindQuotes};
+constexpr std::array<Fault (*)(const CFaultyPlace&), 13> FINDERS = {
+    FindNotClosed, FindMismatch, FindUnended,  FindCharacter, FindAmpersand, FindReference, FindReferenceInTag,
+    FindLess,      FindNoTag,    FindSequence, FindTwice,     FindQuotes,    FindOutside};
 
 }  // namespace
 
