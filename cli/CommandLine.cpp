@@ -7,6 +7,7 @@
 #include <CLI/Formatter.hpp>
 
 #include "cli/CommandContext.h"
+#include "cli/Kinds.h"
 #include "cli/LogFile.h"
 #include "cli/NearestName.h"
 #include "cli/Text.h"
@@ -153,6 +154,28 @@ std::string ListOptions(const CLI::App& app, std::size_t iWidth) {
         }
     }
     return table.ToString(iWidth);
+}
+
+/** @return whether the word is nearly a group's name, and the group has a command of that name too: "keyword show" */
+bool IsNearlyGroup(const CLI::App& top, const CLI::App& command, const std::string& strWord) {
+    std::vector<std::string> vecGroups;
+    for (const CLI::App* pGroup : top.get_subcommands([](const CLI::App*) { return true; })) {
+        const auto vecSame =
+            pGroup->get_subcommands([&](const CLI::App* pApp) { return pApp->get_name() == command.get_name(); });
+        if (!vecSame.empty()) {
+            vecGroups.push_back(pGroup->get_name());
+        }
+    }
+    const bool bGroup = std::find(vecGroups.begin(), vecGroups.end(), strWord) != vecGroups.end();
+    return command.get_parent() == &top && !bGroup && !FindNearestName(strWord, vecGroups).empty();
+}
+
+/** Of a kind that is none, the name that is missing behind it says little. @throws CToolError (USAGE) */
+void CheckKind(const CLI::App& command) {
+    const CLI::Option* pKind = command.get_option_no_throw("KIND");
+    if (pKind != nullptr && pKind->count() != 0) {
+        FindKind(pKind->results().front());
+    }
 }
 
 }  // namespace
@@ -320,11 +343,17 @@ void CCommandLine::Refuse(const std::string& strWhy, bool bShowsUsage) const {
                          ExplainOption(*itOption, m_app, pGiven == nullptr ? nullptr : pGiven->pApp, strSeeHelp));
     }
     if (pGiven != nullptr && !vecRest.empty()) {
+        if (IsNearlyGroup(m_app, *pGiven->pApp, vecRest.front())) {
+            RefuseCommand(m_app, vecRest.front());
+        }
         throw CToolError(EVerdict::USAGE, Text::Quoted(vecRest.front()) + " is one argument too many" +
                                               Ask(FindMeantOption(*pGiven->pApp, vecRest.front()),
                                                   USAGE + std::string(pGiven->help.pSynopsis)));
     }
     if (!strWhy.empty()) {
+        if (pGiven != nullptr) {
+            CheckKind(*pGiven->pApp);
+        }
         throw CToolError(EVerdict::USAGE, Text::Printable(strWhy) +
                                               (bShowsUsage ? USAGE + std::string(pGiven->help.pSynopsis) : strSeeHelp));
     }

@@ -12,6 +12,7 @@
 #include "cli/edit/JoinSlip.h"
 #include "platform/common/TextConversion.h"
 #include "platform/common/TextTools.h"
+#include "platform/store/CSettingsStore.h"
 #include "templates/CAssetNames.h"
 
 namespace RuleLines {
@@ -60,10 +61,9 @@ std::string ExplainPart(std::wstring_view strPart) {
     if (!strPart.empty() && strPart.front() == OPENING) {
         return NO_PARENTHESES;
     }
-    const bool bExpression = OS::ToUpper(strPart.substr(0, 2)) == EXPRESSION_START && strPart.size() > 2;
-    return bExpression && strPart.find(OPENING) == std::wstring_view::npos
-               ? NO_COUNT + Text::Quoted(OS::Utf8Lenient(strPart) + "(1)") + ", or a greater one"
-               : NO_ELEMENT;
+    const std::wstring_view strNamed = strPart.substr(0, strPart.find(OPENING));
+    const bool bExpression = OS::ToUpper(strNamed.substr(0, 2)) == EXPRESSION_START && strNamed.size() > 2;
+    return bExpression ? NO_COUNT + Text::Quoted(OS::Utf8Lenient(strNamed) + "(1)") + ", or a greater one" : NO_ELEMENT;
 }
 
 class CReader {
@@ -184,8 +184,23 @@ class CReader {
         }
         const SKind& kind =
             GetKind(reference.eType == EElementType::ENTITY ? ESettingsKind::EXPRESSION : ESettingsKind::KEYWORD);
+        const std::string strOther = SuggestOtherKind(reference);
         AddAt(reference.iOffset, std::string("no ") + kind.pWord + " is named " + Text::Quoted(reference.strName) +
-                                     "; " + SuggestStoredName(kind, reference.strName));
+                                     "; " + (strOther.empty() ? SuggestStoredName(kind, reference.strName) : strOther));
+    }
+
+    /** @return how the part is written when its name is that of the other kind; "" when it is not */
+    static std::string SuggestOtherKind(const SReference& reference) {
+        const bool bExpression = reference.eType == EElementType::ENTITY;
+        const std::string strName =
+            bExpression ? reference.strName
+                        : reference.strName.substr(0, reference.strName.find(static_cast<char>(OPENING)));
+        const SKind& kind = GetKind(bExpression ? ESettingsKind::KEYWORD : ESettingsKind::EXPRESSION);
+        if (CSettingsStore::Current().FindOne(kind.eKind, NAME_COLUMN, strName) == nullptr) {
+            return {};
+        }
+        return std::string("the ") + kind.pWord + " of that name is written " +
+               Text::Quoted(bExpression ? "K:" + strName : "P:" + strName + "(1)");
     }
 
     /** @return the byte of the whole text that a character of the line stands for */

@@ -136,14 +136,6 @@ TEST_F(TemplateCommand, FieldsAreSetWithoutTheRules) {
     EXPECT_EQ(ShowRules(), "P:one(2) AND K:words\n");
 }
 
-TEST_F(TemplateCommand, MixedOperationsAreWarnedOf) {
-    ExpectDone(
-        {"template", "new", "mix", "P:one(1) AND P:two(1) OR K:words"}, "+ template \"mix\"\n",
-        "dlpctl: warning: template \"mix\": DLP065 mixed-operations: the building blocks of the rule are joined by "
-        "AND as well as by OR; write several rules, each joined by one operation, and join these by one as "
-        "well\n");
-}
-
 TEST_F(TemplateCommand, NewOneIsWhatAnImportMakes) {
     const std::vector<std::string> vecNew = {"template",   "new",     "leaks",         "P:one(1)", "OR K:words",
                                              "--industry", "finance", "--description", "d"};
@@ -186,6 +178,22 @@ TEST_F(TemplateCommand, FaultsAreToldWithACaret) {
                  "dlpctl: rules:1:7: this is read as \"P:one(2)\"; write it so\n"
                  "     1 | P:one(02)\n"
                  "       |       ^\n");
+    ExpectFaults("P:words(1) AND P:one(x)\nOR K:one(2) AND K:one",
+                 "dlpctl: rules:1:3: no expression is named \"words\"; the keyword list of that name is written "
+                 "\"K:words\"\n"
+                 "     1 | P:words(1) AND P:one(x)\n"
+                 "       |   ^\n"
+                 "dlpctl: rules:1:16: the count is missing: write \"P:one(1)\", or a greater one\n"
+                 "     1 | P:words(1) AND P:one(x)\n"
+                 "       |                ^\n"
+                 "dlpctl: rules:2:6: no keyword list is named \"one(2)\"; the expression of that name is written "
+                 "\"P:one(1)\"\n"
+                 "     2 | OR K:one(2) AND K:one\n"
+                 "       |      ^\n"
+                 "dlpctl: rules:2:19: no keyword list is named \"one\"; the expression of that name is written "
+                 "\"P:one(1)\"\n"
+                 "     2 | OR K:one(2) AND K:one\n"
+                 "       |                   ^\n");
     ExpectFaults("P:one OR K:words\nOR\nxx K:words",
                  "dlpctl: rules:1:1: the count is missing: write \"P:one(1)\", or a greater one\n"
                  "     1 | P:one OR K:words\n"
