@@ -157,6 +157,8 @@ class World:
         self._command(("import", f"{self._work}/in"), {})
         self._backup = (self._work / STORE).read_bytes()
         self._make_policies()
+        (self._folder / "editing").mkdir()
+        (self._folder / "editing").chmod(0o777)  # for whoever runs commands
         self._dumps: dict[str, str] = {}
 
     def _make_policies(self) -> None:
@@ -243,7 +245,7 @@ class World:
               around: contextlib.AbstractContextManager = contextlib.nullcontext()) -> Result:
         """Runs it on what the last run has left; around: what holds while it runs."""
         data = scenario.document if scenario.standard_input else b""
-        environment = environment | ({"EDITOR": scenario.editor, "TMPDIR": str(self._folder)} if scenario.editor else {})
+        environment = environment | ({"EDITOR": scenario.editor, "TMPDIR": f"{self._folder}/editing"} if scenario.editor else {})
         answer = self._work / ANSWER
         with answer.open("wb") if scenario.answer_file else contextlib.nullcontext() as file:
             with around:
@@ -293,6 +295,9 @@ class Judge:
 
     def _done(self, run: Result) -> str:
         whole = self._whole
+        # In a page that goes on from another one a disk that fails cannot be told from damage.
+        if self._scenario.words[:2] == ("store", "check") and run.code == 1 and b"failed to get page" in run.out:
+            return ""
         if (run.code, run.out, run.dump) != (whole.code, whole.out, whole.dump) or not self._is_whole(run.output):
             return f"exit {run.code} with less than the whole effect: {run.err}"
         return ""
