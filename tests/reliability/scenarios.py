@@ -319,7 +319,7 @@ class Judge:
         # What the engine could not remove beside a file that it read goes with the next run; the tool names its own.
         named = {name for name in run.files if f"{LEFT.sub('', name)} is left, and can be removed" in run.err}
         left = set(run.files) - named - self._beside_input - {STORE, "in", "log", OUTPUT, ANSWER} - (set(self._whole.files) if late else set())
-        if left and not (OUT_OF_MEMORY in run.err and all(name.startswith(f".{OUTPUT}.") for name in left)):
+        if left and not (OUT_OF_MEMORY.rstrip() in run.err and all(name.startswith(f".{OUTPUT}.") for name in left)):
             return f"exit {run.code}, and files are left behind: {run.files}"
         return ""
 
