@@ -11,6 +11,7 @@
 #include "cli/CommandLine.h"
 #include "cli/Commands.h"
 #include "cli/ExportReport.h"
+#include "cli/ImportReport.h"
 #include "cli/InstalledFiles.h"
 #include "cli/Kinds.h"
 #include "cli/Progress.h"
@@ -204,7 +205,7 @@ class CTemplateExportCommand : public CExportObserver {
             return CannotBeWritten("the " + strCalled);
         }
         return "the template " + Text::Quoted(itReferrer->GetText(NAME_COLUMN)) +
-               " cannot be exported: it refers to the " + strCalled + ", which is not stored";
+               " cannot be exported: it refers to the " + strCalled + ", which is not stored; " + AdviseReference({});
     }
 
     std::string CannotBeWritten(const std::string& strWhat) const {

@@ -256,13 +256,13 @@ class CFileImport {
         }
         CAssetSuggestions suggestions(IsReadAsOlder(root));
         CTemplateSuggestions templates(root);
-        std::size_t iElements = 0;
+        CMeantNames meant;
         for (SReportItem& item : m_report.vecItems) {
             if (item.eReason == EReason::UNKNOWN_TEMPLATE) {
                 item.strNearest = templates.Find(item.strDetail);
             }
-            if (item.eReason == EReason::UNKNOWN_ELEMENT && iElements++ < MAX_MEANT_NAMES) {
-                item.strNearest = FindMeantElement(item.strDetail, item.strName);
+            if (item.eReason == EReason::UNKNOWN_ELEMENT) {
+                item.strNearest = meant.FindElement(item.strDetail, item.strName);
             }
             if (item.IsUnknownReference()) {
                 const bool bExpression = item.fault == ETemplateFault::UNKNOWN_EXPRESSION;

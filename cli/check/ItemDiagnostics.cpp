@@ -68,7 +68,7 @@ bool TellItem(const SReportItem& item, std::string_view strText, CDiagnostics& d
 
 void TellForeign(const SForeignChild& foreign, CDiagnostics& diagnostics) {
     const std::string strNearest =
-        FindMeantElement(foreign.bRule ? TagUtf8::TEMPLATE : TagUtf8::MATCH_RULE, foreign.strElement);
+        CMeantNames().FindElement(foreign.bRule ? TagUtf8::TEMPLATE : TagUtf8::MATCH_RULE, foreign.strElement);
     diagnostics.Add(ECode::FOREIGN_RULE, foreign.iOffset, {Text::Quoted(foreign.strElement), DescribeForeign(foreign)},
                     {strNearest.empty() ? REMOVE : "did you mean " + Text::Quoted(strNearest) + '?'});
 }

@@ -53,6 +53,9 @@ constexpr SSlip SLIPS[] = {
     {TagUtf8::BUILDING_BLOCK, "count", TagUtf8::ENTITY_HITS},
     {TagUtf8::BUILDING_BLOCK, "type", TagUtf8::SOURCE_TYPE},
     {TagUtf8::BUILDING_BLOCK, "name", TagUtf8::SOURCE_NAME},
+    {TagUtf8::BUILDING_BLOCK, "source", TagUtf8::SOURCE_NAME},
+    {TagUtf8::BUILDING_BLOCK, "op", TagUtf8::OPERATION},
+    {TagUtf8::MATCH_RULE, "op", TagUtf8::OPERATION},
     {TagUtf8::INDUSTRIES, "sector", TagUtf8::INDUSTRY},
     {TagUtf8::INDUSTRY, "template", TagUtf8::TEMPLATE_ID},
     {TagUtf8::REGIONS, "country", TagUtf8::REGION},
@@ -68,16 +71,22 @@ std::string FindSlip(std::string_view strPlace, std::string_view strWritten) {
     return pSlip == std::end(SLIPS) ? std::string() : pSlip->pMeant;
 }
 
-std::string FindMeantName(std::string_view strPlace, std::string_view strWritten,
-                          const std::vector<std::string>& vecNames) {
+std::string CMeantNames::Find(std::string_view strPlace, std::string_view strWritten,
+                              const std::vector<std::string>& vecNames) {
     const std::string strSlip = FindSlip(strPlace, strWritten);
-    return CDocumentShape::IndexOf(vecNames, strSlip) != vecNames.size()
-               ? strSlip
-               : FindNearestName(std::string(strWritten), vecNames);
+    if (CDocumentShape::IndexOf(vecNames, strSlip) != vecNames.size()) {
+        return strSlip;
+    }
+    const std::pair key{std::string(strPlace), std::string(strWritten)};
+    const auto itMeant = m_mapMeant.find(key);
+    if (itMeant != m_mapMeant.end() || IsFull()) {
+        return itMeant != m_mapMeant.end() ? itMeant->second : std::string();
+    }
+    return m_mapMeant.emplace(key, FindNearestName(key.second, vecNames)).first->second;
 }
 
-std::string FindMeantElement(std::string_view strPlace, std::string_view strWritten) {
+std::string CMeantNames::FindElement(std::string_view strPlace, std::string_view strWritten) {
     const CDocumentShape shapes(false);
     const SShape* pPlace = shapes.Find(strPlace);
-    return pPlace == nullptr ? std::string() : FindMeantName(strPlace, strWritten, pPlace->vecChildren);
+    return pPlace == nullptr ? std::string() : Find(strPlace, strWritten, pPlace->vecChildren);
 }

@@ -17,6 +17,7 @@ namespace {
 
 constexpr std::string_view NAMESPACES = "xml";
 constexpr const char REMOVE[] = "remove it";
+constexpr const char CORRECT[] = "correct its name, or remove it";
 
 /** What stands between two tags, or is one. */
 struct SSkipped {
@@ -173,15 +174,15 @@ class CShapeCheck {
     }
 
     std::string Suggest(const SShape& place, std::string_view strName, const std::vector<std::string>& vecNames) {
-        const std::string strMeant =
-            m_iSuggestions++ < MAX_MEANT_NAMES ? FindMeantName(place.strName, strName, vecNames) : std::string();
-        return strMeant.empty() ? REMOVE : "did you mean " + Text::Quoted(strMeant) + '?';
+        const std::string strMeant = m_meant.Find(place.strName, strName, vecNames);
+        const char* const pElse = m_meant.IsFull() ? CORRECT : REMOVE;
+        return strMeant.empty() ? pElse : "did you mean " + Text::Quoted(strMeant) + '?';
     }
 
     const SCheckedDocument& m_document;
     CDocumentShape m_shape;
     std::vector<SOpen> m_vecOpen;
-    std::size_t m_iSuggestions = 0;
+    CMeantNames m_meant;
 };
 
 }  // namespace

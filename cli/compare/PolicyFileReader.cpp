@@ -197,11 +197,11 @@ void CPolicyFileReader::Arrange(ReportItems& vecItems) const {
     }
     SortByPlace(vecItems);
     const CSourcePlaces places(m_file.strBytes);
-    std::size_t iElements = 0;
+    CMeantNames meant;
     for (SReportItem& item : vecItems) {
         item.bOlder = m_bOlder;
-        if (item.eReason == EReason::UNKNOWN_ELEMENT && iElements++ < MAX_MEANT_NAMES) {
-            item.strNearest = FindMeantElement(item.strDetail, item.strName);
+        if (item.eReason == EReason::UNKNOWN_ELEMENT) {
+            item.strNearest = meant.FindElement(item.strDetail, item.strName);
         }
         if (item.iOffset != std::string::npos) {
             item.place = places.Find(m_file.iStart + item.iOffset);

@@ -225,7 +225,7 @@ TEST_F(ExportCommand, ATemplateThatRefersToNothingBesideItsRulesIsNamedWithIt) {
     EXPECT_EQ(run.iCode, 2);
     EXPECT_EQ(run.strErr,
               "dlpctl: the template \"t\" cannot be exported: it refers to the keyword list \"nope\", which is not "
-              "stored; nothing was written\n");
+              "stored; import that first, or correct the name; nothing was written\n");
     EXPECT_EQ(Run({"export", "cards"}).iCode, 0);
 }
 

@@ -2,6 +2,7 @@
 
 #include <fstream>
 #include <iterator>
+#include <map>
 
 #include <nlohmann/json.hpp>
 
@@ -327,6 +328,32 @@ TEST_F(CheckCommand, AnotherWordForANameGivesTheName) {
                                "\"industries\"?\n"),
               std::string::npos)
         << strImported;
+}
+
+TEST_F(CheckCommand, ManyUnknownNamesAreAllToldWhatIsMeant) {
+    const auto fnAdvice = [&](const std::string& strAttribute, int iMost) {
+        std::string strKeywords;
+        for (int i = 1; i <= iMost; ++i) {
+            strKeywords += "<keyword score=\"1\" " + strAttribute;
+            strKeywords +=
+                (strAttribute == "x" ? std::to_string(i) : "") + "=\"1\">k" + std::to_string(i) + "</keyword>";
+        }
+        const std::string strDocument =
+            "<SAPolicy template_version=\"3\"><digitalAssets><dictionary name=\"d\" type=\"Any\" display_name=\"D\">" +
+            strKeywords + "</dictionary></digitalAssets></SAPolicy>";
+        std::map<std::string, int> mapAdvice;
+        const Json report = Json::parse(Run({"--json", "check", "-"}, strDocument).strOut);
+        for (const Json& diagnostic : report["files"][0]["diagnostics"]) {
+            mapAdvice[diagnostic["code"] == "DLP013" ? diagnostic["advice"].get<std::string>() : ""] += 1;
+        }
+        mapAdvice.erase("");
+        return mapAdvice;
+    };
+    using Advice = std::map<std::string, int>;
+    EXPECT_EQ(fnAdvice("weight", 30), (Advice{{"did you mean \"score\"?", 30}}));
+    EXPECT_EQ(fnAdvice("scores", 30), (Advice{{"did you mean \"score\"?", 30}}));
+    // Of the first so many it is known that no name is near.
+    EXPECT_EQ(fnAdvice("x", 30), (Advice{{"remove it", 19}, {"correct its name, or remove it", 11}}));
 }
 
 TEST_F(CheckCommand, OfASectionOfTheOlderLayoutThatIsNotTakenNothingElseIsTold) {
