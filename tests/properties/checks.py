@@ -50,7 +50,9 @@ class Tool:
         return done.returncode, json.loads(done.stdout)
 
     def meaning(self, store: str) -> dict[str, object]:
-        """The store without markup."""
+        """The store without markup; one that was not made holds nothing."""
+        if not (self._folder / store).exists():
+            return {}
         _, dump = self.run(store, "store", "dump")
         for kind, column in MARKUP.items():
             for record in dump[kind]:
