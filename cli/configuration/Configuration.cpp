@@ -54,9 +54,10 @@ std::string MakeVariable(const std::string& strTable, const std::string& strKey)
     return MakeOwnVariable(strTable.empty() ? strKey : strTable + '-' + strKey);
 }
 
-bool IsSet(const std::string& strVariable) {
+/** @return null when it is empty too */
+const char* FindVariable(const std::string& strVariable) {
     const char* pValue = std::getenv(strVariable.c_str());
-    return pValue != nullptr && *pValue != '\0';
+    return pValue != nullptr && *pValue != '\0' ? pValue : nullptr;
 }
 
 [[noreturn]] void Refuse(const std::string& strPlace, const std::string& strWhy) {
@@ -188,10 +189,10 @@ SSetting& CConfiguration::FindSetting(const SConfigEntry& entry, const std::stri
 
 void CConfiguration::ApplyEnvironment() {
     for (SSetting& setting : m_vecSettings) {
-        if (IsSet(setting.strVariable)) {
+        if (const char* pValue = FindVariable(setting.strVariable)) {
             setting.eOrigin = EOrigin::ENVIRONMENT;
             setting.strPlace = '$' + setting.strVariable;
-            setting.vecValues = ReadVariable(setting, std::getenv(setting.strVariable.c_str()));
+            setting.vecValues = ReadVariable(setting, pValue);
         }
     }
 }
@@ -222,7 +223,7 @@ void CConfiguration::Set(SSetting& setting) {
 void CConfiguration::WarnOfUnread(CCommandContext& context) {
     for (const SKnownVariable& known : KNOWN_VARIABLES) {
         const std::string strUnread = MakeOwnVariable(known.pKey);
-        if (IsSet(strUnread)) {
+        if (FindVariable(strUnread) != nullptr) {
             context.Warn('$' + strUnread + " is not read; the variable of --" + known.pKey + " is " + known.pVariable);
         }
     }
