@@ -1,7 +1,6 @@
 #include "cli/XmlFault.h"
 
 #include <algorithm>
-#include <array>
 #include <optional>
 #include <utility>
 #include <vector>
@@ -25,6 +24,12 @@ constexpr std::string_view CDATA = "<![CDATA[";
 constexpr std::string_view CDATA_END = "]]>";
 constexpr std::string_view BRACKETS = "]]";
 constexpr std::string_view DASHES = "--";
+constexpr std::string_view END_TAG = "</";
+constexpr std::string_view QUOTES = "\"'";
+constexpr std::string_view CONFLICT = "<<<<<<<";
+constexpr std::string_view TYPOGRAPHIC_QUOTES[] = {"\xE2\x80\x9C", "\xE2\x80\x9D", "\xE2\x80\x9E", "\xE2\x80\x98",
+                                                   "\xE2\x80\x99", "\xE2\x80\x9A", "\xC2\xAB",     "\xC2\xBB"};
+constexpr std::string_view LETTERS = "abcdefghijklmnopqrstuvwxyz";
 constexpr std::string_view REFERENCES[] = {"amp", "lt", "gt", "quot", "apos"};
 
 bool IsNameCharacter(char c) {
@@ -36,13 +41,53 @@ std::string MakeTag(std::string_view strName, bool bEnd = false) {
     return Text::Quoted((bEnd ? "</" : "<") + std::string(strName) + '>');
 }
 
-/** @return whether what a tag begins with ends inside a value */
-bool IsInValue(std::string_view strTag) {
+struct SLastValue {
+    std::size_t iQuote = 0;  ///< where it begins, in the tag
+    bool bOpen = false;
+};
+
+/** @return the last value in what a tag begins with */
+SLastValue FindLastValue(std::string_view strTag) {
+    SLastValue value;
     char cQuote = '\0';
-    for (const char c : strTag) {
-        cQuote = cQuote == '\0' && (c == '"' || c == '\'') ? c : c == cQuote ? '\0' : cQuote;
+    for (std::size_t i = 0; i < strTag.size(); ++i) {
+        const char c = strTag[i];
+        if (cQuote == '\0' && QUOTES.find(c) != std::string_view::npos) {
+            cQuote = c;
+            value.iQuote = i;
+        } else if (c == cQuote) {
+            cQuote = '\0';
+        }
     }
-    return cQuote != '\0';
+    value.bOpen = cQuote != '\0';
+    return value;
+}
+
+bool IsInValue(std::string_view strTag) {
+    return FindLastValue(strTag).bOpen;
+}
+
+std::string_view SkipSpace(std::string_view strText) {
+    return strText.substr(std::min(strText.find_first_not_of(SPACE), strText.size()));
+}
+
+std::string_view TrimEnd(std::string_view strText) {
+    return strText.substr(0, strText.find_last_not_of(SPACE) + 1);
+}
+
+/** @return the name that the text begins with */
+std::string_view TakeName(std::string_view strText) {
+    const auto itEnd = std::find_if_not(strText.begin(), strText.end(), IsNameCharacter);
+    return strText.substr(0, static_cast<std::size_t>(itEnd - strText.begin()));
+}
+
+/** @return whether the text begins with a name, "=" and a quotation mark */
+bool IsAttribute(std::string_view strText) {
+    const std::string_view strName = TakeName(strText);
+    const std::string_view strBehind = SkipSpace(strText.substr(strName.size()));
+    const std::string_view strValue = SkipSpace(strBehind.substr(strBehind.empty() ? 0 : 1));
+    return !strName.empty() && strBehind.substr(0, 1) == "=" && !strValue.empty() &&
+           QUOTES.find(strValue.front()) != std::string_view::npos;
 }
 
 /** The place where the engine stopped, in its piece of markup, and what is open there. */
@@ -52,6 +97,7 @@ class CFaultyPlace {
         : m_strText(strText), m_iOffset(iOffset), m_places(places), m_iStart(iStart) {
         CMarkupReader reader(strText);
         for (SPiece piece; reader.Next(piece);) {
+            m_previous = m_piece;
             m_piece = piece;
             if (piece.iOffset + piece.strText.size() > iOffset) {
                 m_bInside = true;
@@ -80,8 +126,22 @@ class CFaultyPlace {
     bool IsIn(EPiece ePiece) const { return m_bInside && m_piece.ePiece == ePiece; }
     bool IsInStartTag() const { return IsIn(EPiece::START) || IsIn(EPiece::EMPTY); }
     bool IsInCdata() const { return IsStart(m_piece.strText, CDATA); }
-    /** @return whether text or an attribute's value is read there, in which references stand for characters */
-    bool IsInCharacters() const { return IsInStartTag() || (IsIn(EPiece::TEXT) && !IsInCdata()); }
+    /**
+     * @param iOffset in the piece of the place or in the one before
+     * @return whether text or a value is read there, in which references stand for characters
+     */
+    bool HasReferences(std::size_t iOffset) const {
+        const SPiece& piece = iOffset < m_piece.iOffset ? m_previous : m_piece;
+        if (piece.ePiece == EPiece::START || piece.ePiece == EPiece::EMPTY) {
+            return IsInValue(piece.strText.substr(0, iOffset - piece.iOffset));
+        }
+        return piece.ePiece == EPiece::TEXT && !IsStart(piece.strText, CDATA);
+    }
+    /** @return whether words stand before that place, so that what begins there may be a part of them */
+    bool IsBehindText(std::size_t iOffset) const {
+        const std::string_view strBefore = TrimEnd(m_strText.substr(0, iOffset));
+        return !strBefore.empty() && strBefore.back() != '>';
+    }
     std::string_view GetText() const { return m_strText; }
     /** @return the text from the place on */
     std::string_view Rest() const { return m_strText.substr(m_iOffset); }
@@ -101,6 +161,7 @@ class CFaultyPlace {
     const CSourcePlaces& m_places;
     std::size_t m_iStart;
     SPiece m_piece;
+    SPiece m_previous;
     bool m_bInside = false;
     bool m_bAnyElement = false;
     std::vector<SPiece> m_vecOpen;
@@ -110,6 +171,11 @@ using Fault = std::optional<SXmlFault>;
 
 SXmlFault Make(const CFaultyPlace& place, std::string strWhat, std::string strAdvice) {
     return {std::move(strWhat), std::move(strAdvice), place.GetOffset(), std::string::npos, {}};
+}
+
+/** @return what to add to an advice about a tag of which the "<" may be text */
+std::string OrText(const CFaultyPlace& place, std::size_t iTag) {
+    return place.IsBehindText(iTag) ? ", or write &lt; if its < is text" : "";
 }
 
 /** Goes on with what is wrong: an element is open. */
@@ -131,7 +197,8 @@ Fault FindNotClosed(const CFaultyPlace& place) {
         fault.iOffset -= place.Before().size();
         return fault;
     }
-    SXmlFault fault = Make(place, "it ends, and ", "close it with " + MakeTag(pOpen->GetElement(), true));
+    SXmlFault fault = Make(place, "it ends, and ",
+                           "close it with " + MakeTag(pOpen->GetElement(), true) + OrText(place, pOpen->iOffset));
     TellOpen(place, fault);
     return fault;
 }
@@ -153,7 +220,8 @@ Fault FindMismatch(const CFaultyPlace& place) {
     }
     const std::string strClose = "close that with " + MakeTag(pOpen->GetElement(), true);
     SXmlFault fault = Make(place, strTag + " does not fit: ",
-                           place.IsOpen(strName) ? strClose + " before it" : strClose + ", or remove " + strTag);
+                           (place.IsOpen(strName) ? strClose + " before it" : strClose + ", or remove " + strTag) +
+                               OrText(place, pOpen->iOffset));
     TellOpen(place, fault);
     return fault;
 }
@@ -180,19 +248,6 @@ Fault FindUnended(const CFaultyPlace& place) {
     return {};
 }
 
-Fault FindAmpersand(const CFaultyPlace& place) {
-    std::string_view strBefore = place.Before();
-    while (!strBefore.empty() && IsNameCharacter(strBefore.back())) {
-        strBefore.remove_suffix(1);
-    }
-    if (!place.IsInCharacters() || !strBefore.ends_with('&')) {
-        return {};
-    }
-    SXmlFault fault = Make(place, "\"&\" begins no reference", "write &amp; where & itself is meant");
-    fault.iOffset -= place.Before().size() - strBefore.size() + 1;
-    return fault;
-}
-
 bool IsKnown(std::string_view strReference) {
     return std::find(std::begin(REFERENCES), std::end(REFERENCES), strReference) != std::end(REFERENCES);
 }
@@ -205,21 +260,41 @@ SXmlFault MakeUnknown(std::size_t iOffset, std::string_view strName) {
             {}};
 }
 
+/** @return of an "&" what stands there for a reference */
+SXmlFault ExplainReference(const CFaultyPlace& place, std::size_t iOffset) {
+    const std::string_view strRest = place.GetText().substr(iOffset + 1);
+    const std::string_view strName = strRest.substr(0, strRest.find_first_not_of(LETTERS));
+    SXmlFault fault = Make(place, "\"&\" begins no reference", "write &amp; where & itself is meant");
+    if (IsKnown(strName) && strRest.substr(strName.size(), 1) != "=") {
+        fault = Make(place, "the \";\" of " + Text::Quoted('&' + std::string(strName)) + " is missing",
+                     "write &" + std::string(strName) + ';');
+    }
+    fault.iOffset = iOffset;
+    return fault;
+}
+
+/** The engine may have stopped behind it. */
 Fault FindReference(const CFaultyPlace& place) {
-    const std::string_view strRest = place.Rest();
-    const std::size_t iEnd = strRest.find_first_of("; \t\r\n<>\"'&", 1);
-    if (!place.IsInCharacters() || !place.Reads("&")) {
+    std::size_t iOffset = place.GetOffset();
+    while (iOffset > 0 && IsNameCharacter(place.GetText()[iOffset - 1])) {
+        --iOffset;
+    }
+    const bool bBehind = iOffset > 0 && place.GetText()[iOffset - 1] == '&';
+    iOffset = bBehind ? iOffset - 1 : place.GetOffset();
+    const std::string_view strRest = place.GetText().substr(iOffset);
+    if (!CFaultyPlace::IsStart(strRest, "&") || !place.HasReferences(iOffset)) {
         return {};
     }
-    if (iEnd == std::string_view::npos || strRest[iEnd] != ';') {
-        return Make(place, "\"&\" begins no reference", "write &amp; where & itself is meant");
+    const std::size_t iEnd = strRest.find_first_of("; \t\r\n<>\"'&", 1);
+    if (iEnd == 1 || iEnd == std::string_view::npos || strRest[iEnd] != ';') {
+        return ExplainReference(place, iOffset);
     }
     const std::string_view strName = strRest.substr(1, iEnd - 1);
     if (CFaultyPlace::IsStart(strName, "#")) {
         return Make(place, Text::Quoted(strRest.substr(0, iEnd + 1)) + " is no character that XML has",
                     "write another one, or remove it");
     }
-    return IsKnown(strName) ? Fault() : MakeUnknown(place.GetOffset(), strName);
+    return IsKnown(strName) ? Fault() : MakeUnknown(iOffset, strName);
 }
 
 /** The engine knows a reference in a value only as one of the tag. */
@@ -237,40 +312,140 @@ Fault FindReferenceInTag(const CFaultyPlace& place) {
     return {};
 }
 
+/** Names the beginning of the last value before the place. */
+SXmlFault RelateValue(const CFaultyPlace& place, SXmlFault fault) {
+    fault.iRelated = place.GetPiece()->iOffset + FindLastValue(place.Before()).iQuote;
+    fault.strRelated = "the value begins here";
+    return fault;
+}
+
+Fault FindConflict(const CFaultyPlace& place) {
+    const std::size_t iEnd = place.GetText().substr(0, place.GetOffset()).find_last_of("\r\n");
+    const std::size_t iLine = iEnd == std::string_view::npos ? 0 : iEnd + 1;
+    if (!CFaultyPlace::IsStart(place.GetText().substr(iLine), CONFLICT)) {
+        return {};
+    }
+    SXmlFault fault = Make(place, "a conflict of a merge was left here", "settle it");
+    fault.iOffset = iLine;
+    return fault;
+}
+
 Fault FindLess(const CFaultyPlace& place) {
     if (!place.IsInStartTag() || !place.Reads("<") || place.Before().empty()) {
         return {};
     }
     if (!IsInValue(place.Before())) {
-        return Make(place, "a tag begins in another one", "end the one before it with \">\"");
+        return Make(place, "a tag begins in another one",
+                    "end the one before it with \">\"" + OrText(place, place.GetPiece()->iOffset));
     }
-    return Make(place, "\"<\" stands in the value of an attribute",
-                "write &lt; where < itself is meant; if it begins a tag, the value lacks its quotation mark");
+    return RelateValue(
+        place, Make(place, "\"<\" stands in the value of an attribute",
+                    "write &lt; where < itself is meant; if it begins a tag, the value lacks its quotation mark"));
 }
 
-Fault FindQuotes(const CFaultyPlace& place) {
+/** Behind the value of an attribute. */
+Fault FindBehindValue(const CFaultyPlace& place) {
     const std::string_view strBefore = place.Before();
-    if (!place.IsInStartTag() || IsInValue(strBefore) || strBefore.empty()) {
+    if (!place.IsInStartTag() || strBefore.empty() || IsInValue(strBefore) ||
+        QUOTES.find(strBefore.back()) == std::string_view::npos) {
         return {};
     }
-    if (strBefore.back() == '"' || strBefore.back() == '\'') {
-        return Make(place, "the quotation mark before this place ends the value of an attribute",
-                    "write &quot; for one inside a value, or add the one that is missing");
+    const std::string_view strNext = SkipSpace(place.Rest().substr(1));
+    if ((place.Reads(",") || place.Reads(";")) &&
+        (IsAttribute(strNext) || CFaultyPlace::IsStart(strNext, ">") || CFaultyPlace::IsStart(strNext, "/>"))) {
+        return Make(place, Text::Quoted(place.Rest().substr(0, 1)) + " stands behind an attribute",
+                    "remove it: blanks stand between attributes");
     }
-    if (strBefore[std::min(strBefore.find_last_not_of(SPACE), strBefore.size() - 1)] == '=') {
-        return Make(place, "the value of an attribute has no quotation marks", "put it between quotation marks");
+    if (IsAttribute(place.Rest())) {
+        return Make(place, "no blank stands before the attribute " + Text::Quoted(TakeName(place.Rest())), "add one");
     }
-    return {};
+    const std::string strReference = strBefore.back() == '"' ? "&quot;" : "&apos;";
+    return RelateValue(place,
+                       Make(place, "the quotation mark before this place ends the value of an attribute",
+                            "write " + strReference + " for one inside a value, or add the one that is missing"));
+}
+
+bool IsTypographicQuote(std::string_view strText) {
+    return std::any_of(std::begin(TYPOGRAPHIC_QUOTES), std::end(TYPOGRAPHIC_QUOTES),
+                       [&](std::string_view strQuote) { return CFaultyPlace::IsStart(strText, strQuote); });
+}
+
+Fault FindNoQuotes(const CFaultyPlace& place) {
+    const std::string_view strBefore = TrimEnd(place.Before());
+    if (!place.IsInStartTag() || IsInValue(place.Before()) || !strBefore.ends_with('=')) {
+        return {};
+    }
+    if (place.Reads("=")) {
+        return Make(place, "\"=\" stands twice before the value of an attribute", "remove one of them");
+    }
+    if (IsTypographicQuote(place.Rest())) {
+        return Make(place, "the value of an attribute is between typographic quotation marks",
+                    "write \" before it and behind it");
+    }
+    return Make(place, "the value of an attribute has no quotation marks", "put it between quotation marks");
+}
+
+Fault FindNoValue(const CFaultyPlace& place) {
+    const std::string_view strBefore = TrimEnd(place.Before());
+    const std::size_t iSpace = strBefore.find_last_of(SPACE);
+    const std::string_view strName = strBefore.substr(iSpace == std::string_view::npos ? strBefore.size() : iSpace + 1);
+    if (!place.IsInStartTag() || IsInValue(strBefore) || strName.empty() || TakeName(strName) != strName) {
+        return {};
+    }
+    if (place.Reads("\"") || place.Reads("'")) {
+        return Make(place, "\"=\" is missing before the value of " + Text::Quoted(strName), "add it");
+    }
+    SXmlFault fault = Make(place, "the attribute " + Text::Quoted(strName) + " has no value",
+                           "give it one, or remove it" + OrText(place, place.GetPiece()->iOffset));
+    fault.iOffset = place.GetPiece()->iOffset + iSpace + 1;
+    return fault;
+}
+
+Fault FindSlash(const CFaultyPlace& place) {
+    if (!place.IsInStartTag() || IsInValue(place.Before()) || !place.Before().ends_with('/') ||
+        !CFaultyPlace::IsStart(SkipSpace(place.Rest()), ">")) {
+        return {};
+    }
+    return Make(place, "a blank stands between \"/\" and \">\"", "write \"/>\"");
+}
+
+Fault FindInEndTag(const CFaultyPlace& place) {
+    if (!place.IsIn(EPiece::END) || place.Before().size() <= END_TAG.size()) {
+        return {};
+    }
+    if (!place.Reads("<")) {
+        return Make(place, "an end tag has nothing but a name", "remove what stands behind the name");
+    }
+    SXmlFault fault = Make(place, Text::Quoted(TrimEnd(place.Before())) + " has no end", "end it with \">\"");
+    fault.iOffset = place.GetPiece()->iOffset;
+    return fault;
 }
 
 Fault FindNoTag(const CFaultyPlace& place) {
-    if (!place.IsInStartTag() || place.Before() != "<") {
+    const bool bEnd = place.Before() == END_TAG;
+    const bool bDeclaration = place.Before() == DECLARATION;
+    const bool bBlank = SkipSpace(place.Rest()).size() != place.Rest().size();
+    if (!(place.IsInStartTag() && (bDeclaration || place.Before() == "<")) && !(bEnd && bBlank)) {
         return {};
     }
-    SXmlFault fault =
-        Make(place, "\"<\" begins no tag", "write &lt; where < itself is meant; the name of a tag follows at once");
-    --fault.iOffset;
+    const std::string strTag = Text::Quoted(place.Before());
+    const bool bText = place.IsBehindText(place.GetPiece()->iOffset);
+    SXmlFault fault = Make(place, strTag + " begins no tag", "write &lt; where < itself is meant");
+    if (bBlank && !bText) {
+        fault = Make(place, "a blank stands between " + strTag + " and the name", "remove it");
+    } else if (!bText && !bDeclaration) {
+        fault.strAdvice += "; the name of a tag begins with a letter";
+    }
+    fault.iOffset = place.GetPiece()->iOffset;
     return fault;
+}
+
+/** Seems a comment without an end, and is the beginning of a group of a pattern. */
+Fault FindGroup(const CFaultyPlace& place) {
+    if (!place.Reads("<") || !place.GetText().substr(0, place.GetOffset()).ends_with("(?")) {
+        return {};
+    }
+    return Make(place, "\"<\" stands in text", "write &lt;");
 }
 
 /** What only the beginning of a document may hold, and what must not stand behind its end. */
@@ -328,9 +503,11 @@ Fault FindCharacter(const CFaultyPlace& place) {
                 "remove it");
 }
 
-constexpr std::array<Fault (*)(const CFaultyPlace&), 13> FINDERS = {
-    FindNotClosed, FindMismatch, FindUnended,  FindCharacter, FindAmpersand, FindReference, FindReferenceInTag,
-    FindLess,      FindNoTag,    FindSequence, FindTwice,     FindQuotes,    FindOutside};
+/** The surest ones first. */
+constexpr Fault (*FINDERS[])(const CFaultyPlace&) = {
+    FindConflict, FindReference,   FindNotClosed,      FindInEndTag, FindMismatch, FindGroup,
+    FindUnended,  FindCharacter,   FindReferenceInTag, FindLess,     FindNoTag,    FindSequence,
+    FindTwice,    FindBehindValue, FindNoQuotes,       FindSlash,    FindNoValue,  FindOutside};
 
 }  // namespace
 

@@ -42,11 +42,17 @@ TEST(XmlFault, SaysWhatToWrite) {
         {"<a>&#0;</a>", "3 \"&#0;\" is no character that XML has; write another one, or remove it"},
         {"<a b=\"x < y\"/>",
          "8 \"<\" stands in the value of an attribute; write &lt; where < itself is meant; if it begins a tag, the "
-         "value lacks its quotation mark"},
+         "value lacks its quotation mark [5 the value begins here]"},
+        {"<a>\n<b c=\"x/>\n<d e=\"f\"/></a>",
+         "14 \"<\" stands in the value of an attribute; write &lt; where < itself is meant; if it begins a tag, the "
+         "value lacks its quotation mark [9 the value begins here]"},
         {"<a <b/></a>", "3 a tag begins in another one; end the one before it with \">\""},
         {"<a b=\"the \"best\" one\"/>",
          "11 the quotation mark before this place ends the value of an attribute; write &quot; for one inside a value, "
-         "or add the one that is missing"},
+         "or add the one that is missing [5 the value begins here]"},
+        {"<a b='it's'/>",
+         "9 the quotation mark before this place ends the value of an attribute; write &apos; for one inside a value, "
+         "or add the one that is missing [5 the value begins here]"},
         {"<a b= 1/>", "6 the value of an attribute has no quotation marks; put it between quotation marks"},
         {"<a>]]></a>", "5 \"]]>\" stands in text; write ]]&gt;"},
         {"<a><!-- & -- --></a>", "12 \"--\" stands inside a comment; write it in another way there"},
@@ -56,8 +62,7 @@ TEST(XmlFault, SaysWhatToWrite) {
         {"<a><b c=\"d",
          "3 what begins here has no end; end it with \">\", and the value in it with its quotation mark"},
         {"<a><b", "3 what begins here has no end; end it with \">\""},
-        {"<a>x < y</a>",
-         "5 \"<\" begins no tag; write &lt; where < itself is meant; the name of a tag follows at once"},
+        {"<a>x < y</a>", "5 \"<\" begins no tag; write &lt; where < itself is meant"},
         {"<a></", "3 what begins here has no end; end it with \">\""},
         {"<a/>\n<b/>", "5 the root element has ended before; remove what follows, or put it into the root element"},
         {"<a></a>text", "7 the root element has ended before; remove what follows, or put it into the root element"},
@@ -66,6 +71,70 @@ TEST(XmlFault, SaysWhatToWrite) {
         {"<!-- x --><!DOCTYPE a><a/>", "10 a DOCTYPE is not allowed; remove it"},
         {"<a><![CDATA[x]]</a>", "3 a CDATA section has no end; end it with \"]]>\""},
         {"<a><", "3 what begins here has no end; end it with \">\""},
+    };
+    for (const auto& [strText, strExpected] : aTexts) {
+        EXPECT_EQ(Explain(strText), strExpected) << strText;
+    }
+}
+
+TEST(XmlFault, TellsAnAmpersandFromAReferenceWithoutItsEnd) {
+    const std::pair<std::string, std::string> aTexts[] = {
+        {"<a>AT&T</b></a>", std::string("5 ") + AMPERSAND},
+        {"<a>Q&A</a>", std::string("4 ") + AMPERSAND},
+        {"<a>&</a>", std::string("3 ") + AMPERSAND},
+        {"<a>C&#</x></a>", std::string("4 ") + AMPERSAND},
+        {"<a b='x?y=1&lt=2'/>", std::string("11 ") + AMPERSAND},
+        {"<a>&lt b</a>", "3 the \";\" of \"&lt\" is missing; write &lt;"},
+        {"<a>&amp b</a>", "3 the \";\" of \"&amp\" is missing; write &amp;"},
+        {"<a b='&quot'/>", "6 the \";\" of \"&quot\" is missing; write &quot;"},
+        {"<a &amp;='1'/>", std::string("3 not well-formed (invalid token)") + NEAR},
+    };
+    for (const auto& [strText, strExpected] : aTexts) {
+        EXPECT_EQ(Explain(strText), strExpected) << strText;
+    }
+}
+
+TEST(XmlFault, TellsTextFromTags) {
+    const std::pair<std::string, std::string> aTexts[] = {
+        {"<a>(?<=a)</a>", "5 \"<\" begins no tag; write &lt; where < itself is meant"},
+        {"<a>(?<!a)</a>", "5 \"<!\" begins no tag; write &lt; where < itself is meant"},
+        {"<a>(?<!--a)</a>", "5 \"<\" stands in text; write &lt;"},
+        {"<a>(?<y>a)</a>",
+         "12 \"</a>\" does not fit: \"<y>\" of line 1 is still open; close that with \"</y>\" before it, or write &lt; "
+         "if its < is text [5 \"<y>\" begins here]"},
+        {"<a>a <b</a>",
+         "7 a tag begins in another one; end the one before it with \">\", or write &lt; if its < is text"},
+        {"<a>\n< b/></a>", "4 a blank stands between \"<\" and the name; remove it"},
+        {"<a></ a>", "3 a blank stands between \"</\" and the name; remove it"},
+        {"<a><1x/></a>",
+         "3 \"<\" begins no tag; write &lt; where < itself is meant; the name of a tag begins with a letter"},
+        {"<a>\n<<<<<<< HEAD\n<b/>\n=======\n>>>>>>> x\n</a>", "4 a conflict of a merge was left here; settle it"},
+        {"<a b='\n<<<<<<< HEAD\n'/>", "7 a conflict of a merge was left here; settle it"},
+    };
+    for (const auto& [strText, strExpected] : aTexts) {
+        EXPECT_EQ(Explain(strText), strExpected) << strText;
+    }
+}
+
+TEST(XmlFault, SaysWhatIsWrongInATag) {
+    const std::pair<std::string, std::string> aTexts[] = {
+        {"<a b='1', c='2'/>", "8 \",\" stands behind an attribute; remove it: blanks stand between attributes"},
+        {"<a b='1';/>", "8 \";\" stands behind an attribute; remove it: blanks stand between attributes"},
+        {"<a b='1'c='2'/>", "8 no blank stands before the attribute \"c\"; add one"},
+        {"<a b=='1'/>", "5 \"=\" stands twice before the value of an attribute; remove one of them"},
+        {"<a b=\xE2\x80\x9Ct\xE2\x80\x9D/>",
+         "5 the value of an attribute is between typographic quotation marks; write \" before it and behind it"},
+        {"<a b/>", "3 the attribute \"b\" has no value; give it one, or remove it"},
+        {"<a b ></a>", "3 the attribute \"b\" has no value; give it one, or remove it"},
+        {"<a b='1' c d='2'/>", "9 the attribute \"c\" has no value; give it one, or remove it"},
+        {"<a>x <b and c> d</a>",
+         "8 the attribute \"and\" has no value; give it one, or remove it, or write &lt; if its < is text"},
+        {"<a b'1'/>", "4 \"=\" is missing before the value of \"b\"; add it"},
+        {"<a b='1'/ >", "9 a blank stands between \"/\" and \">\"; write \"/>\""},
+        {"<a><b></b c='1'></a>", "10 an end tag has nothing but a name; remove what stands behind the name"},
+        {"<a><b></b\n<c/></a>", "6 \"</b\" has no end; end it with \">\""},
+        {"<a b='1' 'c'/>", std::string("9 not well-formed (invalid token)") + NEAR},
+        {"<a ='1'/>", std::string("3 not well-formed (invalid token)") + NEAR},
     };
     for (const auto& [strText, strExpected] : aTexts) {
         EXPECT_EQ(Explain(strText), strExpected) << strText;
