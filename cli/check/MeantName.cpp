@@ -77,6 +77,10 @@ std::string CMeantNames::Find(std::string_view strPlace, std::string_view strWri
     if (CDocumentShape::IndexOf(vecNames, strSlip) != vecNames.size()) {
         return strSlip;
     }
+    const std::string_view strLocal = strWritten.substr(strWritten.rfind(':') + 1);  // all of it without a prefix
+    if (CDocumentShape::IndexOf(vecNames, strLocal) != vecNames.size()) {
+        return std::string(strLocal);
+    }
     const std::pair key{std::string(strPlace), std::string(strWritten)};
     const auto itMeant = m_mapMeant.find(key);
     if (itMeant != m_mapMeant.end() || IsFull()) {

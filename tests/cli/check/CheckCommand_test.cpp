@@ -330,6 +330,14 @@ TEST_F(CheckCommand, AnotherWordForANameGivesTheName) {
         << strImported;
 }
 
+TEST_F(CheckCommand, OfANameWithAPrefixTheNameIsMeant) {
+    const std::string strDocument =
+        "<SAPolicy template_version=\"3\" xmlns:p=\"urn:p\"><complianceTemplates><p:template name=\"t\"/>"
+        "</complianceTemplates></SAPolicy>";
+    const std::string strOut = Run({"check", "-"}, strDocument).strOut;
+    EXPECT_NE(strOut.find("did you mean \"template\"?"), std::string::npos) << strOut;
+}
+
 TEST_F(CheckCommand, ManyUnknownNamesAreAllToldWhatIsMeant) {
     const auto fnAdvice = [&](const std::string& strAttribute, int iMost) {
         std::string strKeywords;
