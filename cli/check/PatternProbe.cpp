@@ -42,6 +42,10 @@ bool IsLimit(int iResult) {
     return iResult == PCRE2_ERROR_MATCHLIMIT || iResult == PCRE2_ERROR_HEAPLIMIT || iResult == PCRE2_ERROR_DEPTHLIMIT;
 }
 
+bool IsWithinCharacter(char c) {
+    return (static_cast<unsigned char>(c) & 0xC0U) == 0x80U;
+}
+
 std::string Repeat(const std::string& strPump) {
     const std::size_t iTimes = SUBJECT_CHARACTERS / std::max<std::size_t>(OS::CountCodePoints(strPump), 1);
     std::string strRepeated;
@@ -130,26 +134,21 @@ EShortTrial CPatternProbe::TryShortTexts() const {
     if (m_pEngine->pCode == nullptr) {
         return EShortTrial::NOTHING_ODD;
     }
-    std::vector<std::pair<std::string, std::size_t>> vecPlaces;
-    for (const std::string_view strText : SHORT_TEXTS) {
-        for (std::size_t i = 0; i <= strText.size(); ++i) {
-            vecPlaces.emplace_back(strText, i);
-        }
-    }
-    std::string strOwn;  // what it looks for ahead or behind may be its own
-    for (const std::string& strCharacter : SamplePattern(m_strPattern).vecCharacters) {
-        strOwn += strCharacter;
-    }
-    vecPlaces.emplace_back(strOwn, 0);
-    vecPlaces.emplace_back(strOwn, strOwn.size());
+    std::vector<std::string> vecTexts(std::begin(SHORT_TEXTS), std::end(SHORT_TEXTS));
+    vecTexts.push_back(SamplePattern(m_strPattern).strText);  // what it looks for ahead or behind may be its own
     EShortTrial eTrial = EShortTrial::NOTHING_ODD;
-    for (const auto& [strText, iStart] : vecPlaces) {
-        const int iResult = m_pEngine->Match(strText, iStart, HERE, STEPS[1]);
-        if (iResult == PCRE2_ERROR_RECURSELOOP) {
-            return EShortTrial::RECURSES_FOREVER;
-        }
-        if (iResult >= 0 && m_pEngine->IsEmptyMatch()) {
-            eTrial = EShortTrial::MATCHES_EMPTY;
+    for (const std::string& strText : vecTexts) {
+        for (std::size_t i = 0; i <= strText.size(); ++i) {
+            if (i < strText.size() && IsWithinCharacter(strText[i])) {
+                continue;
+            }
+            const int iResult = m_pEngine->Match(strText, i, HERE, i == 0 ? STEPS[1] : STEPS[0]);
+            if (iResult == PCRE2_ERROR_RECURSELOOP) {
+                return EShortTrial::RECURSES_FOREVER;
+            }
+            if (iResult >= 0 && m_pEngine->IsEmptyMatch()) {
+                eTrial = EShortTrial::MATCHES_EMPTY;
+            }
         }
     }
     return eTrial;

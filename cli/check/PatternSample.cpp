@@ -10,6 +10,7 @@ constexpr int FEW = 10;
 
 /** Longer patterns are sampled in part. */
 constexpr std::size_t MAX_CHARACTERS = 64;
+constexpr std::size_t MAX_TEXT = 256;
 
 struct SClass {
     char cEscape;
@@ -46,6 +47,7 @@ class CSampler {
                 break;
             case '(':
                 ++m_i;
+                m_vecGroups.push_back(m_sample.strText.size());
                 SkipGroupHead();
                 break;
             case '*':
@@ -66,6 +68,9 @@ class CSampler {
                 ++m_i;
                 break;
             case ')':
+                EndGroup();
+                ++m_i;
+                break;
             case '^':
             case '$':
                 ++m_i;
@@ -84,7 +89,26 @@ class CSampler {
         m_iLong += bLong ? 1 : 0;
     }
 
-    void Add(std::string strCharacter) { m_sample.vecCharacters.push_back(std::move(strCharacter)); }
+    void EndGroup() {
+        if (!m_vecGroups.empty()) {
+            m_iUnit = m_vecGroups.back();
+            m_vecGroups.pop_back();
+        }
+    }
+
+    void Add(std::string strCharacter) {
+        m_iUnit = m_sample.strText.size();
+        m_sample.strText += strCharacter;
+        m_sample.vecCharacters.push_back(std::move(strCharacter));
+    }
+
+    /** Writes the last character or group as often as it is asked for, once being written. */
+    void AddAgain(int iTimes) {
+        const std::string strUnit = m_sample.strText.substr(m_iUnit);
+        for (int i = 1; i < iTimes && m_sample.strText.size() + strUnit.size() <= MAX_TEXT; ++i) {
+            m_sample.strText += strUnit;
+        }
+    }
 
     /** The character at the current place, whole. */
     void AddHere() {
@@ -151,6 +175,7 @@ class CSampler {
         const std::size_t iComma = strCounts.find(',');
         const bool bEndless = iComma != std::string::npos && iComma + 1 == strCounts.size();
         const int iMost = std::atoi(strCounts.c_str() + (iComma == std::string::npos ? 0 : iComma + 1));
+        AddAgain(std::atoi(strCounts.c_str()));
         if (iComma != std::string::npos || iMost > 1) {
             Repeat(iComma != std::string::npos && (bEndless || iMost > FEW));
         }
@@ -160,6 +185,8 @@ class CSampler {
     std::string_view m_strPattern;
     std::size_t m_i = 0;
     SPatternSample m_sample;
+    std::vector<std::size_t> m_vecGroups;  ///< where in the text each open one begins
+    std::size_t m_iUnit = 0;               ///< where in the text what may be repeated begins
     int m_iRepeats = 0;
     int m_iLong = 0;
     bool m_bAlternatives = false;

@@ -7,6 +7,7 @@
 /** A rough reading of a regular expression: what texts that almost match it could be made of. */
 struct SPatternSample {
     std::vector<std::string> vecCharacters;  ///< one character for each part that stands for one, in its order
+    std::string strText;                     ///< the same with what is repeated as often as it must be, to a bound
     bool bCanRunAway = false;                ///< has repetitions that could share characters
 };
 

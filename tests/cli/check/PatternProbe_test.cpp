@@ -73,13 +73,15 @@ TEST(PatternProbe, ARefusalNamesTheByte) {
     EXPECT_EQ(CPatternProbe("\xC3\xA4*+*").GetRefusal()->iByte, 4U);
     EXPECT_FALSE(CPatternProbe("a").GetRefusal());
     for (const char* pPattern :
-         {"", "a*", "(?=a)", "(?!x)", "\\b", "(?<=\\d)", "^", "$", "(?<=foo)", "(?=foo)bar|(?=foo)", "a\\K", "x|\\B"}) {
+         {"", "a*", "(?=a)", "(?!x)", "\\b", "(?<=\\d)", "^", "$", "(?<=foo)", "(?=foo)bar|(?=foo)", "a\\K", "x|\\B",
+          "(?=\\d{16})", "(?<=\\d)(?=x)", "(?<=\xC3\xA4)(?=\xC3\xB6)", "(?=(?:\\d{4}-){3}\\d{4})", "(?<=[A-Z]{2})"}) {
         EXPECT_EQ(CPatternProbe(pPattern).TryShortTexts(), EShortTrial::MATCHES_EMPTY) << pPattern;
     }
     for (const char* pPattern : {"(?R)", "(?R)?a", "(?:a|(?R)b)", "(?<x>(?&x))"}) {
         EXPECT_EQ(CPatternProbe(pPattern).TryShortTexts(), EShortTrial::RECURSES_FOREVER) << pPattern;
     }
-    for (const char* pPattern : {"a", "\\ba\\b", "(?=a)\\w", "\\((?:[^()]|(?R))*\\)", "^.$", "(?<!\\d)\\d{3}(?!\\d)"}) {
+    for (const char* pPattern : {"a", "\\ba\\b", "(?=a)\\w", "\\((?:[^()]|(?R))*\\)", "^.$", "(?<!\\d)\\d{3}(?!\\d)",
+                                 "(?:\\d{4}-){3}", "(?=x{900})x"}) {
         EXPECT_EQ(CPatternProbe(pPattern).TryShortTexts(), EShortTrial::NOTHING_ODD) << pPattern;
     }
 }
