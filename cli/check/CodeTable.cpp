@@ -839,24 +839,25 @@ constexpr SCodeRow CODES[] = {
   </industries>
 </SAPolicy>)"},
     {ECode::MIXED_OPERATIONS, "DLP065", ESeverity::NOTE, "mixed-operations",
-     "the {} are joined by AND as well as by OR",
+     "the {} are joined by AND as well as by OR{}",
      "write several rules, each joined by one operation, and join these by one as well",
      "Nothing in a policy says what belongs together. dlpctl joins from left to right, so that A OR B AND C "
-     "asks for C and for A or B; whoever lets AND go first finds A alone enough.",
+     "asks for C and for A or B; whoever lets AND go first finds A alone enough. Where both find the same, as in "
+     "A AND B OR C, nothing is said; where they do not, the message has an example.",
      R"(<template name="notes" display_name="Notes">
   <matchRule>
     <buildingBlock sourceType="KEYWORD" sourceName="words"/>
-    <buildingBlock sourceType="ENTITY" entityHits="3" sourceName="card" operation="AND"/>
     <buildingBlock sourceType="ENTITY" entityHits="5" sourceName="card" operation="OR"/>
+    <buildingBlock sourceType="ENTITY" entityHits="3" sourceName="card" operation="AND"/>
   </matchRule>
 </template>)",
      R"(<template name="notes" display_name="Notes">
   <matchRule>
     <buildingBlock sourceType="KEYWORD" sourceName="words"/>
-    <buildingBlock sourceType="ENTITY" entityHits="3" sourceName="card" operation="AND"/>
+    <buildingBlock sourceType="ENTITY" entityHits="5" sourceName="card" operation="OR"/>
   </matchRule>
-  <matchRule operation="OR">
-    <buildingBlock sourceType="ENTITY" entityHits="5" sourceName="card"/>
+  <matchRule operation="AND">
+    <buildingBlock sourceType="ENTITY" entityHits="3" sourceName="card"/>
   </matchRule>
 </template>)"},
     {ECode::SAME_DISPLAY_NAME, "DLP066", ESeverity::NOTE, "same-display-name",

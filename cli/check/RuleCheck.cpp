@@ -9,6 +9,8 @@
 #include "cli/check/CheckedDocument.h"
 #include "cli/check/ItemDiagnostics.h"
 #include "cli/compare/NeedlessParts.h"
+#include "cli/compare/OperatorOrder.h"
+#include "cli/compare/RuleText.h"
 #include "cli/compare/TruthTable.h"
 #include "templates/TemplateReport.h"
 #include "templates/TemplateXml.h"
@@ -176,14 +178,28 @@ class CTemplateRules {
     }
 
     void TellMixed() const {
+        const std::vector<SMatchRule> vecRules = TemplateReport::ReadRules(m_node);
         if (AreMixed(m_vecRules)) {
-            Tell(ECode::MIXED_OPERATIONS, m_node, "rules of the template");
+            TellOrder(m_node, CompareOrders(vecRules), "rules of the template");
         }
-        for (const SRule& rule : m_vecRules) {
-            if (AreMixed(rule.vecBlocks)) {
-                Tell(ECode::MIXED_OPERATIONS, rule.node, "building blocks of the rule");
+        for (std::size_t i = 0; i < m_vecRules.size(); ++i) {
+            if (AreMixed(m_vecRules[i].vecBlocks)) {
+                TellOrder(m_vecRules[i].node, CompareOrders(vecRules[i]), "building blocks of the rule");
             }
         }
+    }
+
+    void TellOrder(const CXMLView& node, const SOperatorOrder& order, const char* pWhat) const {
+        if (!order.bMatters) {
+            return;
+        }
+        std::string strExample;
+        for (const SCondition& condition : order.example.value_or(std::vector<SCondition>())) {
+            strExample += (strExample.empty() ? ": if AND went first, content with " : ", ") +
+                          Text::Printable(FormatCondition(condition));
+        }
+        strExample += strExample.empty() ? "" : " alone would match as well";
+        m_document.diagnostics.Add(ECode::MIXED_OPERATIONS, node.Offset(), {pWhat, strExample});
     }
 
     void CheckPointless() const {

@@ -535,12 +535,13 @@ TEST_F(CheckCommand, OperationsThatAreMixedAreToldOfTheRuleAndOfTheRules) {
             .strOut;
     };
     const std::string strAdvice =
-        " joined by AND as well as by OR; write several rules, each joined by one operation, and join these by one as "
-        "well\n";
+        " joined by AND as well as by OR: if AND went first, content with P:one(1) alone would match as well; write "
+        "several rules, each joined by one operation, and join these by one as well\n";
+    EXPECT_EQ(fnNotes(fnRule("", {"", "AND", "OR"})), "") << "it is read alike";
     EXPECT_EQ(
-        fnNotes(fnRule("", {"", "AND", "OR"})),
+        fnNotes(fnRule("", {"", "OR", "AND"})),
         "::notice file=-,line=3,col=1,title=DLP065 mixed-operations::the building blocks of the rule are" + strAdvice);
-    EXPECT_EQ(fnNotes(fnRule("", {""}) + fnRule("OR", {"", "AND"}) + fnRule("AND", {""})),
+    EXPECT_EQ(fnNotes(fnRule("", {""}) + fnRule("OR", {"", "AND"}) + fnRule("AND", {"", "AND", "AND"})),
               "::notice file=-,line=2,col=1,title=DLP065 mixed-operations::the rules of the template are" + strAdvice);
     EXPECT_EQ(fnNotes(fnRule("", {"", "AND", "AND"}) + fnRule("OR", {"OR", "AND"})), "");
     EXPECT_EQ(fnNotes(fnRule("AND", {"AND", "OR"}) + fnRule("OR", {"", "", "OR"})), "");

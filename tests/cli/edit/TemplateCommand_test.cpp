@@ -319,15 +319,17 @@ TEST_F(TemplateCommand, FaultsAreToldInJsonToo) {
 TEST_F(TemplateCommand, HowMixedOperatorsAreReadIsSaid) {
     const std::string strStart = "dlpctl: warning: template \"cards\": DLP065 mixed-operations: the ";
     const std::string strEnd =
-        " are joined by AND as well as by OR; they join from left to right: A OR B AND C asks for C, and for A or B\n";
-    const std::string strMixed = "P:one(1) AND K:words OR P:two(1)";
+        " are joined by AND as well as by OR: if AND went first, content with P:one(1) alone would match as well; they "
+        "join from left to right: A OR B AND C asks for C, and for A or B\n";
+    const std::string strMixed = "P:one(1) OR K:words AND P:two(1)";
     const std::string strSaid = strStart + "building blocks of the rule" + strEnd;
     EXPECT_EQ(Run({"template", "set", "cards", strMixed}).strErr, strSaid);
     const std::string strErr = Run({"template", "set", "cards", strMixed, "OR " + strMixed}).strErr;
     EXPECT_EQ(strErr.find(strSaid), strErr.rfind(strSaid)) << strErr;
-    EXPECT_EQ(Run({"template", "new", "more", "P:one(1)", "AND K:words", "OR P:two(1)"}).strErr,
+    EXPECT_EQ(Run({"template", "new", "more", "P:one(1)", "OR K:words", "AND P:two(1)"}).strErr,
               "dlpctl: warning: template \"more\": DLP065 mixed-operations: the rules of the template" + strEnd);
     EXPECT_EQ(Run({"template", "set", "cards", "P:one(1) AND K:words", "OR P:two(1) AND K:words"}).strErr, "");
+    EXPECT_EQ(Run({"template", "set", "cards", "P:one(1) AND K:words OR P:two(1)"}).strErr, "") << "it is read alike";
 }
 
 TEST_F(TemplateCommand, WhatCheckFindsIsWarnedOf) {
