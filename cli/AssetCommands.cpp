@@ -84,8 +84,8 @@ class CAssetExportCommand : public CExportObserver {
     }
 
     EVerdict Run() {
-        CheckExportOptions(m_context, m_arguments,
-                           !m_arguments.vecExpressions.empty() || !m_arguments.vecKeywords.empty());
+        StartExport(m_context, m_arguments, m_report,
+                    !m_arguments.vecExpressions.empty() || !m_arguments.vecKeywords.empty());
         const CStoreSession& store = m_context.GetStoreToRead();
         {
             const CSettingsTransaction unit(EUnitOfWork::READ);
@@ -104,7 +104,7 @@ class CAssetExportCommand : public CExportObserver {
 
     void OnRecord() override { CProgress::Step(); }
 
-    void OnText(std::string& strText) override { TakeText(m_context, m_arguments, m_report, strText); }
+    void OnText(std::string& strText) override { TakeText(m_arguments, m_report, strText); }
 
     void OnLeftOut(const std::string&, ELeftOut, const std::string&) override {}
 

@@ -84,7 +84,7 @@ class CTemplateExportCommand : public CExportObserver {
     }
 
     EVerdict Run() {
-        CheckExportOptions(m_context, m_arguments, !m_arguments.vecNames.empty());
+        StartExport(m_context, m_arguments, m_report, !m_arguments.vecNames.empty());
         WarnOfMissing(m_context, FindPolicyFile(), NO_POLICY_FILE);
         const CStoreSession& store = m_context.GetStoreToRead();
         {
@@ -100,7 +100,7 @@ class CTemplateExportCommand : public CExportObserver {
 
     void OnRecord() override { CProgress::Step(); }
 
-    void OnText(std::string& strText) override { TakeText(m_context, m_arguments, m_report, strText); }
+    void OnText(std::string& strText) override { TakeText(m_arguments, m_report, strText); }
 
     void OnLeftOut(const std::string& strName, ELeftOut eReason, const std::string& strDetail) override {
         const bool bNotStored = eReason == ELeftOut::NOT_STORED;

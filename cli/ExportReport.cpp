@@ -27,15 +27,15 @@ bool IsWorthWriting(const SExportOptions& options, const SExportReport& report) 
                                        [](const auto& count) { return count.second.iCarried > 0; });
 }
 
-COutput& OpenOutput(CCommandContext& context, const SExportOptions& options, SExportReport& report) {
-    if (report.pOutput == nullptr) {
-        report.pOutput = std::make_unique<COutput>(context, options.strOutput);
-    }
-    return *report.pOutput;
+void OpenOutput(CCommandContext& context, const SExportOptions& options, SExportReport& report) {
+    report.pOutput = std::make_unique<COutput>(context, options.strOutput);
 }
 
 void Write(CCommandContext& context, const SExportOptions& options, SExportReport& report) {
-    COutput& output = OpenOutput(context, options, report);
+    if (report.pOutput == nullptr) {
+        OpenOutput(context, options, report);
+    }
+    COutput& output = *report.pOutput;
     output.Write(options.bIndent ? FormatXml(report.strDocument) : std::move(report.strDocument));
     if (context.IsJson()) {
         context.StartJson(MakeHead(report, true));
@@ -87,16 +87,20 @@ void AddExportOptions(CLI::App& command, SExportOptions& options) {
                           "write to FILE, which is replaced whole or not at all");
 }
 
-void CheckExportOptions(CCommandContext& context, const SExportOptions& options, bool bNames) {
+void StartExport(CCommandContext& context, const SExportOptions& options, SExportReport& report, bool bNames) {
     if (bNames == options.bAll) {
         throw CToolError(EVerdict::USAGE, bNames ? "write either names or --all, not both"
                                                  : "nothing is asked for; write names or --all");
     }
     COutput::CheckLeavesAnswer(context, options.strOutput);
+    if (COutput::IsUndone(context, options.strOutput)) {
+        OpenOutput(context, options, report);
+    }
 }
 
-void TakeText(CCommandContext& context, const SExportOptions& options, SExportReport& report, std::string& strText) {
-    if (!options.bIndent && OpenOutput(context, options, report).IsUndone()) {
+void TakeText(const SExportOptions& options, SExportReport& report, std::string& strText) {
+    Signals::ThrowIfCaught();
+    if (report.pOutput != nullptr && !options.bIndent) {
         report.pOutput->Write(strText);
         strText.clear();
     }

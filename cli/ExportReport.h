@@ -50,11 +50,15 @@ struct SExportOptions {
 /** Adds the options of every export to a command. */
 void AddExportOptions(CLI::App& command, SExportOptions& options);
 
-/** @throws CToolError (USAGE) for a wish that cannot be met @param bNames whether anything is named */
-void CheckExportOptions(CCommandContext& context, const SExportOptions& options, bool bNames);
+/**
+ * Opens a file that is replaced whole or not at all, so that one which cannot be written is told before anything is
+ * read. Whatever else the document goes to may wait for a reader, and is opened when the document is there.
+ * @throws CToolError (USAGE) for a wish that cannot be met, (OUTPUT) @param bNames whether anything is named
+ */
+void StartExport(CCommandContext& context, const SExportOptions& options, SExportReport& report, bool bNames);
 
-/** Takes what is made of the document into the output, if a failure can still undo that. @throws CToolError (OUTPUT) */
-void TakeText(CCommandContext& context, const SExportOptions& options, SExportReport& report, std::string& strText);
+/** Takes what is made of the document into the file, if that is open. @throws CToolError (OUTPUT), for signals too */
+void TakeText(const SExportOptions& options, SExportReport& report, std::string& strText);
 
 /** Writes the document, then tells what is not in it. @return FINDINGS when something that was asked for is missing */
 EVerdict FinishExport(CCommandContext& context, const SExportOptions& options, SExportReport& report);

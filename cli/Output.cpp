@@ -41,8 +41,8 @@ COutput::COutput(CCommandContext& context, const std::string& strFile)
 
 COutput::~COutput() = default;
 
-bool COutput::IsUndone() const {
-    return m_pFile != nullptr && m_pFile->IsReplaced();
+bool COutput::IsUndone(const CCommandContext& context, const std::string& strFile) {
+    return !IsDash(strFile) && COutputFile::IsReplaced(context.GetAbsolute(strFile), Text::Printable(strFile));
 }
 
 void COutput::Write(std::string_view strText) {

@@ -19,8 +19,9 @@ class COutput {
     COutput(CCommandContext& context, const std::string& strFile);
     ~COutput();
 
-    /** Whether nothing that is written can be seen before it is committed. */
-    bool IsUndone() const;
+    /** Whether nothing that is written to such a file can be seen before it is committed. @throws CToolError (OUTPUT)
+     */
+    static bool IsUndone(const CCommandContext& context, const std::string& strFile);
     void Write(std::string_view strText);
     /** Until then a regular file is as it was. */
     void Commit();

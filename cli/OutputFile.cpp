@@ -59,6 +59,13 @@ mode_t GetNewFileMode() {
     return NEW_FILE_MODE & ~mask;
 }
 
+/** @param target behind all links */
+bool IsRegularOrNone(const fs::path& target) {
+    std::error_code error;
+    const fs::file_type eType = fs::status(target, error).type();
+    return GetDescriptor(target) < 0 && (eType == fs::file_type::regular || eType == fs::file_type::not_found);
+}
+
 /** A rename survives a power cut once its folder does; a folder that cannot be synchronised is no reason to fail. */
 void SynchroniseFolder(const fs::path& folder) {
     const int iFolder = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
@@ -82,11 +89,9 @@ COutputFile::COutputFile(std::string strName) : m_strName(std::move(strName)) {}
 COutputFile::COutputFile(const std::string& strPath, std::string strName) : COutputFile(std::move(strName)) {
     const fs::path target = FollowLinks(strPath, m_strName);
     m_strTarget = target.string();
-    std::error_code error;
-    const fs::file_type eType = fs::status(target, error).type();
     if (const int iDescriptor = GetDescriptor(target); iDescriptor >= 0) {
         m_iFile = ::fcntl(iDescriptor, F_DUPFD_CLOEXEC, 0);
-    } else if (eType == fs::file_type::regular || eType == fs::file_type::not_found) {
+    } else if (IsRegularOrNone(target)) {
         OpenTemporary();
     } else {
         m_iFile = ::open(m_strTarget.c_str(), O_WRONLY | O_CLOEXEC | O_NOCTTY);
@@ -94,6 +99,10 @@ COutputFile::COutputFile(const std::string& strPath, std::string strName) : COut
     if (m_iFile < 0) {
         Fail(errno);
     }
+}
+
+bool COutputFile::IsReplaced(const std::string& strPath, const std::string& strName) {
+    return IsRegularOrNone(FollowLinks(strPath, strName));
 }
 
 COutputFile::~COutputFile() {

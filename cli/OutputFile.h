@@ -20,8 +20,8 @@ class COutputFile {
     /** Unless committed, a regular file is as it was. */
     ~COutputFile();
 
-    /** Whether what is written can still be left out of the file. */
-    bool IsReplaced() const { return !m_strTemporary.empty(); }
+    /** Whether such a file is replaced as a whole: a regular one, or none yet. @throws CToolError (OUTPUT) */
+    static bool IsReplaced(const std::string& strPath, const std::string& strName);
     void Write(std::string_view strText);
     /** Makes what was written the file, and waits until the disk holds it. */
     void Commit();

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <sys/stat.h>
+
 #include <filesystem>
 
 #include <nlohmann/json.hpp>
@@ -295,6 +297,29 @@ TEST_F(ExportCommand, ALongDocumentThatFailsLateLeavesNothing) {
         }
         EXPECT_EQ(m_dir.Read("new/out.xml"), "old");
         EXPECT_EQ(std::distance(fs::directory_iterator(m_dir.Path("new")), fs::directory_iterator()), 1);
+    }
+}
+
+TEST_F(ExportCommand, WhereItGoesIsLookedAtBeforeWhatItHolds) {
+    for (const std::string& strDocument : {std::string(Documents::Small()), Long()}) {
+        Import(strDocument);
+        {
+            const auto pStore = CSettingsStore::Make(Url("store.db"));
+            CSettingsRow row = *pStore->FindOne(ESettingsKind::KEYWORD, AssetColumn::NAME, "words");
+            row.SetText(KeywordColumn::TEXT, "none");
+            pStore->Save(row);
+        }
+        const SToolRun missing = Run({"assets", "export", "--all", "-o", m_dir.Path("none/out.xml")});
+        EXPECT_EQ(missing.iCode, 4);
+        EXPECT_EQ(missing.strErr,
+                  "dlpctl: cannot write " + m_dir.Path("none/out.xml") + ": No such file or directory\n");
+        const SToolRun store = Run({"assets", "export", "--all", "-o", m_dir.Path("store.db")});
+        EXPECT_EQ(store.iCode, 3);
+        EXPECT_EQ(store.strErr, "dlpctl: " + m_dir.Path("store.db") + ": is the store itself; name another file\n");
+        // Nobody reads it, and it is not waited for.
+        const std::string strPipe = m_dir.Path("pipe");
+        ::mkfifo(strPipe.c_str(), 0600);
+        EXPECT_EQ(Run({"assets", "export", "--all", "-o", strPipe}).iCode, 2);
     }
 }
 
