@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <functional>
+#include <new>
 #include <string>
 #include <vector>
 
@@ -112,11 +113,13 @@ std::string ChangeStore(std::string_view strChanges) {
     return strStore;
 }
 
-/** Damaged, or no store of ours: that is said, and the next thing tried. */
+/** Damaged, or no store of ours: that is said, and the next thing tried. Of some schemas the engine says "no memory".
+ */
 void Try(const std::function<void()>& fnUse) {
     try {
         fnUse();
     } catch (const OS::CException&) {
+    } catch (const std::bad_alloc&) {
     }
 }
 
