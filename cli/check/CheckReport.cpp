@@ -24,6 +24,16 @@ SeverityCounts SCheckReport::Count() const {
     return aCounts;
 }
 
+std::size_t SCheckReport::CountFixed() const {
+    std::size_t iFixed = 0;
+    for (const SFileReport& file : vecFiles) {
+        iFixed +=
+            static_cast<std::size_t>(std::count_if(file.vecDiagnostics.begin(), file.vecDiagnostics.end(),
+                                                   [](const SDiagnostic& diagnostic) { return diagnostic.bFixed; }));
+    }
+    return iFixed;
+}
+
 std::size_t SCheckReport::CountLeft() const {
     std::size_t iLeft = 0;
     for (const SFileReport& file : vecFiles) {

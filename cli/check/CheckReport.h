@@ -34,6 +34,8 @@ struct SCheckReport {
 
     /** @return how many of each severity, kept or not, without those that were fixed */
     SeverityCounts Count() const;
+    /** @return how many values were fixed */
+    std::size_t CountFixed() const;
     /** @return how many values a fix leaves as they are, since they may be mistakes */
     std::size_t CountLeft() const;
     EVerdict GetVerdict() const;

@@ -81,6 +81,9 @@ std::string MakeCheckText(const SCheckReport& report) {
     if (iMore != 0) {
         strText += std::to_string(iMore) + " more; --all shows them\n";
     }
+    if (report.CountFixed() != 0) {
+        strText += Text::Counted(report.CountFixed(), "value was", "values were") + " fixed\n";
+    }
     if (report.CountLeft() != 0) {
         strText += MakeLeft(report.CountLeft());
     }

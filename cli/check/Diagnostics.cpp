@@ -74,8 +74,13 @@ std::vector<SDiagnostic> CDiagnostics::Finish(std::string_view strBytes) {
                      [](const SDiagnostic& left, const SDiagnostic& right) {
                          return left.iOffset + 1 < right.iOffset + 1;  // the file as a whole comes first
                      });
+    Locate(m_vecDiagnostics, strBytes);
+    return std::move(m_vecDiagnostics);
+}
+
+void CDiagnostics::Locate(std::vector<SDiagnostic>& vecDiagnostics, std::string_view strBytes) const {
     std::optional<CSourcePlaces> places;
-    for (SDiagnostic& diagnostic : m_vecDiagnostics) {
+    for (SDiagnostic& diagnostic : vecDiagnostics) {
         if (diagnostic.iOffset == std::string::npos) {
             continue;
         }
@@ -83,7 +88,7 @@ std::vector<SDiagnostic> CDiagnostics::Finish(std::string_view strBytes) {
             places.emplace(strBytes);
         }
         diagnostic.place = places->Find(diagnostic.iOffset);
-        if (m_choice.bAll || &diagnostic < m_vecDiagnostics.data() + MAX_SHOWN) {
+        if (m_choice.bAll || &diagnostic < vecDiagnostics.data() + MAX_SHOWN) {
             diagnostic.excerpt = MakeExcerpt(strBytes, diagnostic.iOffset);
         }
         if (diagnostic.fix) {
@@ -94,5 +99,4 @@ std::vector<SDiagnostic> CDiagnostics::Finish(std::string_view strBytes) {
             diagnostic.related->place = places->Find(diagnostic.related->iOffset);
         }
     }
-    return std::move(m_vecDiagnostics);
 }

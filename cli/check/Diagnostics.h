@@ -79,6 +79,8 @@ class CDiagnostics {
 
     /** @return what was kept, in the order of the file, with places and excerpts */
     std::vector<SDiagnostic> Finish(std::string_view strBytes);
+    /** Gives each of what was kept its places and its excerpt in that text. */
+    void Locate(std::vector<SDiagnostic>& vecDiagnostics, std::string_view strBytes) const;
     /** @return how many errors were found, those that are not told included */
     std::size_t GetErrors() const { return m_iErrors; }
     /** @return whether an error was found at such an offset, told or not */

@@ -17,6 +17,7 @@
 #include "cli/TemplateSuggestions.h"
 #include "cli/Text.h"
 #include "cli/check/CheckedDocument.h"
+#include "cli/check/FixedText.h"
 #include "cli/check/ImportTrial.h"
 #include "cli/check/ItemDiagnostics.h"
 #include "digital_assets/DigitalAssets.h"
@@ -166,23 +167,39 @@ class CFileCheck {
         CDLPDigitalAssetsParser::SetLanguage(OS::WideText(strLanguage));
     }
 
-    /** Writes the file anew, with the replacements from its end to its beginning. */
+    /** Writes the file anew. Places are those of what stands there then. */
     void Fix() {
-        std::string strFixed = m_file.strBytes;
-        bool bAny = false;
-        for (auto itDiagnostic = m_report.vecDiagnostics.rbegin(); itDiagnostic != m_report.vecDiagnostics.rend();
-             ++itDiagnostic) {
-            if (itDiagnostic->fix) {
-                const SFix& fix = *itDiagnostic->fix;
-                strFixed.replace(fix.iOffset, fix.iLength, fix.strReplacement);
-                itDiagnostic->bFixed = !m_check.bDryRun;
-                bAny = true;
+        std::vector<SFix> vecFixes;
+        for (SDiagnostic& diagnostic : m_report.vecDiagnostics) {
+            if (diagnostic.fix) {
+                vecFixes.push_back(*diagnostic.fix);
+                diagnostic.bFixed = !m_check.bDryRun;
             }
         }
-        if (bAny && !m_check.bDryRun) {
-            COutputFile file(m_context.GetAbsolute(m_report.strFile), Text::Printable(m_report.strFile));
-            file.Write(strFixed);
-            file.Commit();
+        if (vecFixes.empty() || m_check.bDryRun) {
+            return;
+        }
+        const CFixedText fixed(m_file.strBytes, vecFixes);
+        COutputFile file(m_context.GetAbsolute(m_report.strFile), Text::Printable(m_report.strFile));
+        file.Write(fixed.GetText());
+        file.Commit();
+        for (SDiagnostic& diagnostic : m_report.vecDiagnostics) {
+            Move(fixed, diagnostic);
+        }
+        m_diagnostics.Locate(m_report.vecDiagnostics, fixed.GetText());
+    }
+
+    static void Move(const CFixedText& fixed, SDiagnostic& diagnostic) {
+        const auto fnMove = [&](std::size_t& iOffset) {
+            iOffset = iOffset == std::string::npos ? iOffset : fixed.Find(iOffset);
+        };
+        fnMove(diagnostic.iOffset);
+        if (diagnostic.fix) {
+            fnMove(diagnostic.fix->iOffset);
+            diagnostic.fix->iLength = diagnostic.fix->strReplacement.size();
+        }
+        if (diagnostic.related) {
+            fnMove(diagnostic.related->iOffset);
         }
     }
 

@@ -194,7 +194,8 @@ TEST_F(CheckCommand, AFixChangesNoMeaningAndHidesNoMistake) {
 
     const std::string strFixed = RunOn("memory:", {"check", "--fix", "--allow", "DLP047", strFile}).strOut;
     const std::string strEnd =
-        "\n6 values that may be mistakes were left as they are: correct them by hand\n6 warnings in 1 file\n";
+        "\n10 values were fixed\n6 values that may be mistakes were left as they are: correct them by hand\n"
+        "6 warnings in 1 file\n";
     EXPECT_EQ(strFixed.substr(strFixed.size() - strEnd.size()), strEnd);
     std::string strExpected = WithFixes();
     const std::pair<const char*, const char*> aReplaced[] = {
@@ -231,6 +232,33 @@ TEST_F(CheckCommand, AFixChangesNoMeaningAndHidesNoMistake) {
                       .strOut.find("\n1 value that may be a mistake was left as it is: correct it by hand\n") ==
                   std::string::npos,
               false);
+}
+
+TEST_F(CheckCommand, AFixReportsPlacesOfWhatItWrote) {
+    const std::string strDocument = Documents::Policy(
+        "<entity name=\"e\" kind=\"\" type=\"GENERIC\" caseSensitive=\"off\" mode=\"\" "
+        "display_name=\"E\"><regularExpression>e</regularExpression></entity>",
+        "");
+    for (const char* pFormat : {"text", "github", "sarif", "junit", "json"}) {
+        const std::string strFile = m_dir.Write("p.xml", strDocument);
+        const auto fnRun = [&](std::vector<std::string> vecArguments) {
+            vecArguments.insert(vecArguments.begin(), {"check", "--assets", "--format", pFormat});
+            vecArguments.push_back(strFile);
+            return Run(vecArguments).strOut;
+        };
+        const std::string strPreview = fnRun({"--fix", "--dry-run"});
+        const std::string strFixing = fnRun({"--fix"});
+        const std::string strAfter = fnRun({});
+        EXPECT_NE(strPreview, strAfter);
+        const std::string strFormat = pFormat;
+        if (strFormat == "github" || strFormat == "sarif") {  // they leave out what was fixed
+            EXPECT_EQ(strFixing, strAfter);
+        }
+        if (strFormat == "text") {
+            EXPECT_NE(strFixing.find("p.xml:1:154: "), std::string::npos) << strFixing;
+            EXPECT_NE(strAfter.find("p.xml:1:154: "), std::string::npos) << strAfter;
+        }
+    }
 }
 
 TEST_F(CheckCommand, ABrokenPatternIsShownInTheFileThroughReferencesAndSections) {
