@@ -81,6 +81,14 @@ def test_one_row_against_another_build(build):
     expect_rows_as_text([line[:75] for line in lines], {"rows": [{"what": name[:75]} for name in names(answer)]})
 
 
+def test_every_goal_is_shown_of_both_builds(build):
+    _, answer = run(build, "--against", build, "one", "check", "start")
+    goals = [row["what"] for row in answer["rows"] if row["goal"] is not None]
+    expect("goals", 4, len(goals))
+    expect("of the other build", [f"{what} ({build})" for what in goals],
+           [what for what in names(answer) if what.endswith(f"({build})") and ": this build / " not in what])
+
+
 def test_script_that_cannot_run(build):
     with tempfile.TemporaryDirectory() as scratch:
         with open(os.path.join(scratch, "lxml.py"), "w", encoding="utf-8") as target:
@@ -95,4 +103,5 @@ def test_script_that_cannot_run(build):
 
 test_every_row(sys.argv[1])
 test_one_row_against_another_build(sys.argv[1])
+test_every_goal_is_shown_of_both_builds(sys.argv[1])
 test_script_that_cannot_run(sys.argv[1])

@@ -15,6 +15,7 @@
 #include <new>
 #include <optional>
 #include <thread>
+#include <utility>
 
 #include "platform/common/CException.h"
 #include "platform/store/CWriterNote.h"
@@ -715,6 +716,34 @@ TEST_F(SqliteStore, RecordsThatAreUpdatedAreNotCopiedForTheUnit) {
     EXPECT_LT(fnSave("other"), 4 << 20);  // the copies would take 8 MB
 }
 
+TEST_F(SqliteStore, WhatWasFoundIsWrittenAtItsPlaceAlone) {
+    constexpr int RECORDS = 2000;
+    const auto fnRow = [](int i, const std::string& strDescription) {
+        CSettingsRow row = Expression("subject of the expression " + std::to_string(i));
+        row.SetText(AssetColumn::NAME, "name of the expression " + std::to_string(i));
+        row.SetText(AssetColumn::DESCRIPTION, strDescription);
+        return row;
+    };
+    // What the log takes: every page that was changed.
+    const auto fnWritten = [&](const std::string& strDescription, bool bFind) {
+        CSqliteStore store(Path());
+        CSettingsTransaction unit(store, EUnitOfWork::WRITE);
+        for (int i = 0; i < RECORDS; ++i) {
+            const CSettingsRow row = fnRow(i, strDescription);
+            if (bFind) {
+                store.FindOne(ESettingsKind::EXPRESSION, 0, row.GetSubject());
+            }
+            store.Save(row);
+        }
+        unit.Commit();
+        return fs::file_size(Path() + "-wal");
+    };
+    fnWritten("a", false);
+    const auto iAll = fnWritten("b", false);
+    const auto iFound = fnWritten("c", true);
+    EXPECT_LT(iFound, iAll - iAll / 3);
+}
+
 TEST_F(SqliteStore, InnerRollbackKeepsTheLock) {
     CSqliteStore store(Path());
     CSqliteStore other(Path(), SHORT_WAIT);
@@ -1002,11 +1031,15 @@ TEST_F(SqliteStore, UnitsEndWhereverMemoryRunsOut) {
         strDone = DumpStore(store);
     }
     int iTimes = 0;
-    for (const bool bInnerKept : {true, false}) {
+    // A unit before which nothing was changed goes back to where that around it began.
+    for (const auto& [bInnerKept, bOuterFirst] :
+         {std::pair(true, true), {false, true}, {true, false}, {false, false}}) {
         std::optional<CSqliteStore> optStore;
-        const auto fnRun = [&] {
+        const auto fnRun = [&, bInnerKept = bInnerKept, bOuterFirst = bOuterFirst] {
             CSettingsTransaction outer(*optStore, EUnitOfWork::WRITE);
-            optStore->Save(Expression("outer", strLong));
+            if (bOuterFirst) {
+                optStore->Save(Expression("outer", strLong));
+            }
             optStore->Count(ESettingsKind::EXPRESSION);
             {
                 CSettingsTransaction inner(*optStore, EUnitOfWork::WRITE);
@@ -1015,12 +1048,15 @@ TEST_F(SqliteStore, UnitsEndWhereverMemoryRunsOut) {
                     inner.Commit();
                 }
             }
+            if (!bOuterFirst) {
+                optStore->Save(Expression("outer", strLong));
+            }
             outer.Commit();
             CSettingsTransaction reading(*optStore, EUnitOfWork::READ);
             optStore->FindOne(ESettingsKind::EXPRESSION, 0, "outer");
         };
         optStore.emplace(Path());
-        iTimes += RunOutOfMemory(fnRun, [&] {
+        iTimes += RunOutOfMemory(fnRun, [&, bInnerKept = bInnerKept] {
             EXPECT_THROW(optStore->Rollback(), OS::CException);  // no unit is left open
             const std::string strDump = DumpStore(*optStore);
             EXPECT_TRUE(strDump.empty() || (strDump == strDone) == bInnerKept);
