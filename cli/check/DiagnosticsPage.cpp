@@ -14,7 +14,9 @@ constexpr const char PAGE_HEAD[] =
     "What `dlpctl check` finds, and reports of `dlpctl import` tell.\n"
     "This page is made from the tool's own table (`dlpctl explain --markdown`);\n"
     "`dlpctl explain CODE` shows one entry. Errors are what an import refuses, skips or loses; with `--strict`\n"
-    "warnings are errors too; `--allow CODE` leaves a code out. An … stands for what is filled in.\n";
+    "warnings are errors too; `--allow CODE` leaves a code out. An … stands for what is filled in. Examples are\n"
+    "whole documents or items of one. Some refer to an expression `card` and a keyword list `words`, which\n"
+    "stand in the same document or in the store.\n";
 
 std::string Sentence(const char* pSentence) {
     std::string strSentence = WithBlanks(pSentence);
@@ -54,6 +56,29 @@ std::string MakeExample(const char* pHead, const std::string& strExample) {
            (bMarkup ? "```xml\n" + strExample + "\n```\n" : strExample.substr(1, strExample.size() - 2) + '\n');
 }
 
+struct SAssumed {
+    const char* pName;
+    const char* pCalled;
+};
+
+constexpr SAssumed ASSUMED[] = {{"card", "expression"}, {"words", "keyword list"}};
+
+/** @return a line for what both examples refer to and neither holds */
+std::string TellAssumed(const SCodeRow& row) {
+    const std::string strExamples = std::string(row.pBad) + row.pGood;
+    std::string strTold;
+    for (const SAssumed& assumed : ASSUMED) {
+        const std::string strNamed = "ame=\"" + std::string(assumed.pName) + '"';
+        if (strExamples.find("sourceN" + strNamed) != std::string::npos &&
+            strExamples.find(" n" + strNamed) == std::string::npos) {
+            strTold +=
+                (strTold.empty() ? "the " : " and the ") + std::string(assumed.pCalled) + " \"" + assumed.pName + '"';
+        }
+    }
+    return strTold.empty() ? strTold
+                           : '\n' + Wrapped("The examples refer to " + strTold + " of the document or the store.");
+}
+
 }  // namespace
 
 std::string WithBlanks(const char* pSentence) {
@@ -69,7 +94,7 @@ std::string MakeExplanation(const SCodeRow& row) {
     return std::string(row.pCode) + ' ' + row.pName + " (" + GetSeverityName(row.eSeverity) + ")\n\n" +
            Wrapped(Sentence(row.pWhat)) + '\n' + Wrapped(row.pMore) +
            (strAdvice.empty() ? "" : '\n' + Wrapped("What to do: " + strAdvice)) + "\nWrong:\n\n" + Indented(row.pBad) +
-           "\nRight:\n\n" + Indented(row.pGood);
+           "\nRight:\n\n" + Indented(row.pGood) + TellAssumed(row);
 }
 
 std::string MakeDiagnosticsPage() {

@@ -821,7 +821,9 @@ TEST_F(CheckCommand, ExplainShowsOneCodeWhole) {
               "\n"
               "  <template name=\"notes\" display_name=\"Notes\">\n"
               "    <matchRule><buildingBlock sourceType=\"ENTITY\" entityHits=\"1\" sourceName=\"card\"/></matchRule>\n"
-              "  </template>\n");
+              "  </template>\n"
+              "\n"
+              "The examples refer to the expression \"card\" of the document or the store.\n");
     EXPECT_EQ(Json::parse(Get({"--json", "explain", "dlp061", "DLP001"}))["codes"].size(), 2U);
     EXPECT_EQ(Json::parse(Get({"--json", "explain"}))["codes"].size(), GetCodeTable().size());
     EXPECT_EQ(Get({"explain"}).find("CODE    LEVEL    NAME"), 0U);
