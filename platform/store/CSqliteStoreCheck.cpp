@@ -7,13 +7,13 @@
 #include "platform/common/CException.h"
 #include "platform/store/CSqliteStore.h"
 #include "platform/store/SqlText.h"
+#include "platform/store/SqlitePageSums.h"
 #include "platform/store/StoreError.h"
 
 namespace {
 
 constexpr char CHECK_STRUCTURE[] = "PRAGMA integrity_check";
 constexpr char SOUND[] = "ok";
-constexpr char NOT_READ[] = "unable to get the page. error code=";
 
 /** @return what the store said of its damage; any other failure passes. Called while it is handled. */
 std::string ExplainDamage(const OS::CException& error) {
@@ -60,9 +60,10 @@ void CSqliteStore::Check(const std::function<void(const SStoreDamage&)>& fnDamag
     }
 }
 
-/** The engine's own words, a line for each damage. */
+/** The engine's own words, a line for each damage; it calls a read that failed damage too. */
 void CSqliteStore::CheckStructure(const std::function<void(const SStoreDamage&)>& fnDamage) {
     std::vector<std::string> vecDamages;
+    const int iFailedReads = SqlitePageSums::CountFailedReads(m_connection.Get());
     try {
         CSqliteStatement statement(m_connection, CHECK_STRUCTURE, StoreDoing::CHECKING);
         while (statement.Step()) {
@@ -71,11 +72,10 @@ void CSqliteStore::CheckStructure(const std::function<void(const SStoreDamage&)>
     } catch (const OS::CException& error) {
         vecDamages.push_back(ExplainDamage(error));
     }
-    const std::string strUnread = NOT_READ + std::to_string(SQLITE_IOERR_READ);
+    if (SqlitePageSums::CountFailedReads(m_connection.Get()) != iFailedReads) {
+        ThrowStoreError(m_units.GetUrl(), StoreDoing::CHECKING, sqlite3_errstr(SQLITE_IOERR), SQLITE_IOERR_READ);
+    }
     for (const std::string& strDamage : vecDamages) {
-        if (strDamage.ends_with(strUnread)) {  // no damage yet
-            ThrowStoreError(m_units.GetUrl(), StoreDoing::CHECKING, sqlite3_errstr(SQLITE_IOERR), SQLITE_IOERR_READ);
-        }
         if (strDamage != SOUND) {
             fnDamage({"", "", strDamage});
         }

@@ -5,6 +5,7 @@
 #include <xxhash.h>
 
 #include <cstring>
+#include <initializer_list>
 #include <new>
 
 namespace SqlitePageSums {
@@ -21,6 +22,7 @@ struct SFile {
     const sqlite3_io_methods* pInner;
     sqlite3_io_methods methods;
     bool bSummed;
+    int iFailedReads;
 };
 
 constexpr int RoundUp(int iBytes) {
@@ -38,10 +40,11 @@ bool IsPage(int iBytes, sqlite3_int64 iOffset) {
 
 /** A disk that fails is no damage yet, for which the engine would take it: it may read the next time. */
 int Read(sqlite3_file* pFile, void* pBytes, int iBytes, sqlite3_int64 iOffset) {
-    const SFile& behind = Behind(pFile);
+    SFile& behind = Behind(pFile);
     const int iCode = behind.pInner->xRead(pFile, pBytes, iBytes, iOffset);
-    if (iCode == SQLITE_IOERR_CORRUPTFS) {
-        return SQLITE_IOERR_READ;
+    if (iCode != SQLITE_OK && iCode != SQLITE_IOERR_SHORT_READ) {
+        ++behind.iFailedReads;
+        return iCode == SQLITE_IOERR_CORRUPTFS ? SQLITE_IOERR_READ : iCode;
     }
     if (iCode != SQLITE_OK || !behind.bSummed || !IsPage(iBytes, iOffset)) {
         return iCode;
@@ -83,7 +86,7 @@ int Open(sqlite3_vfs*, const char* pName, sqlite3_file* pFile, int iFlags, int* 
         pFile->pMethods = nullptr;
         return iReadCode;
     }
-    SFile& behind = *new (&Behind(pFile)) SFile{pFile->pMethods, *pFile->pMethods, bSummed};
+    SFile& behind = *new (&Behind(pFile)) SFile{pFile->pMethods, *pFile->pMethods, bSummed, 0};
     behind.methods.xRead = Read;
     if (bSummed) {
         behind.methods.iVersion = 2;  // without memory mapping, which would go past the checksums
@@ -118,6 +121,18 @@ const char* GetVfsName() {
 void Reserve(sqlite3* pDb) {
     int iBytes = SUM_SIZE;
     sqlite3_file_control(pDb, nullptr, SQLITE_FCNTL_RESERVE_BYTES, &iBytes);
+}
+
+int CountFailedReads(sqlite3* pDb) {
+    int iCount = 0;
+    for (const int iWhich : {SQLITE_FCNTL_FILE_POINTER, SQLITE_FCNTL_JOURNAL_POINTER}) {
+        sqlite3_file* pFile = nullptr;
+        if (sqlite3_file_control(pDb, nullptr, iWhich, &pFile) == SQLITE_OK && pFile != nullptr &&
+            pFile->pMethods != nullptr && pFile->pMethods->xRead == Read) {
+            iCount += Behind(pFile).iFailedReads;
+        }
+    }
+    return iCount;
 }
 
 /** The page's number is part of it, so that no page stands for another. */

@@ -20,6 +20,11 @@ const char* GetVfsName();
 /** Lets a database that is still empty have such pages. */
 void Reserve(sqlite3* pDb);
 /**
+ * @param pDb opened under that name
+ * @return how many reads of its files failed since they were opened: what the engine calls damage after one may be none
+ */
+int CountFailedReads(sqlite3* pDb);
+/**
  * @param pPage PAGE_SIZE bytes
  * @param iOffset where the page stands in its file
  * @param pSum receives SUM_SIZE bytes, which belong at the page's end

@@ -184,7 +184,8 @@ TEST_F(SqliteStore, StoreWhoseMakingWasCutShortIsStillToBeMade) {
 }
 
 TEST_F(SqliteStore, DiskThatCannotReadIsNoDamage) {
-    CSqliteStore(Path()).Save(Expression("S"));
+    const std::string strLong(20000, 'p');  // goes on in further pages
+    CSqliteStore(Path()).Save(Expression("S", strLong));
     static bool s_bFails = false;
     static int s_iReads = 0;
     sqlite3_vfs* pVfs = sqlite3_vfs_find(nullptr);
@@ -203,7 +204,7 @@ TEST_F(SqliteStore, DiskThatCannotReadIsNoDamage) {
     EXPECT_EQ("settings store sqlite:" + Path() + ", reading records: disk I/O error: Input/output error",
               ExceptionText([&] { DumpStore(store); }));
     s_bFails = false;
-    EXPECT_EQ("expressions subject=\"S\"\n", DumpStore(store));
+    EXPECT_EQ("expressions subject=\"S\" pattern=\"" + strLong + "\"\n", DumpStore(store));
     const auto fnCheck = [&] {
         CSqliteStore checked(Path(), SHORT_WAIT, EUnitOfWork::READ);
         checked.Check([](const SStoreDamage& damage) { ADD_FAILURE() << ToText(damage); });
