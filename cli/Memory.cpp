@@ -7,6 +7,8 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
+#include "platform/store/CSqliteConnection.h"
+
 // A large document costs more time in the system, which hands out memory page by page, than in checking it.
 
 namespace {
@@ -23,6 +25,7 @@ std::uintptr_t HeapEnd() {
 }  // namespace
 
 void PrepareMemory() {
+    CSqliteConnection::LeaveMemoryUncounted();
     // What is given back is wanted again at once.
     ::mallopt(M_MMAP_THRESHOLD, LARGEST_ON_HEAP);
     ::mallopt(M_TRIM_THRESHOLD, HEAP);

@@ -19,6 +19,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr int MAX_LINKS = 40;
+constexpr std::int64_t KEPT_STEP = 1 << 20;
 constexpr mode_t NEW_FILE_MODE = 0666;
 constexpr mode_t MODE_BITS = 07777;
 constexpr const char FOREIGN_LINK[] = ": another user's link in a folder where everybody may write is not followed";
@@ -141,11 +142,22 @@ void COutputFile::Write(std::string_view strText) {
         const ssize_t iWritten = ::write(m_iFile, strText.data(), strText.size());
         if (iWritten >= 0) {
             strText.remove_prefix(static_cast<std::size_t>(iWritten));
+            BeginToKeep(iWritten);
         } else if (errno == EINTR) {
             Signals::ThrowIfCaught();
         } else {
             Fail(errno);
         }
+    }
+}
+
+/** The disk takes what was written while the rest is made; whether it can is told in the end, when all is waited for.
+ */
+void COutputFile::BeginToKeep(std::int64_t iWritten) {
+    m_iWritten += iWritten;
+    if (!m_strTemporary.empty() && m_iWritten - m_iBegun >= KEPT_STEP) {
+        ::sync_file_range(m_iFile, m_iBegun, m_iWritten - m_iBegun, SYNC_FILE_RANGE_WRITE);
+        m_iBegun = m_iWritten;
     }
 }
 

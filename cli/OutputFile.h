@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -29,12 +30,15 @@ class COutputFile {
   private:
     explicit COutputFile(std::string strName);
     void OpenTemporary();
+    void BeginToKeep(std::int64_t iWritten);
     [[noreturn]] void Fail(int iError) const;
 
     std::string m_strName;
     std::string m_strTarget;
     std::string m_strTemporary;  ///< empty: writing directly
     int m_iFile = -1;
+    std::int64_t m_iWritten = 0;
+    std::int64_t m_iBegun = 0;  ///< how much of it the disk was told to take
 };
 
 /** @throws CToolError (OUTPUT) for that error of a write; without a word for a closed pipe @param strName printable */

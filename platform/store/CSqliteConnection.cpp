@@ -272,6 +272,10 @@ bool CSqliteConnection::CanLook() const {
     return ::stat(sqlite3_db_filename(Get(), "main"), &status) == 0 || errno == ENOENT || errno == ENOTDIR;
 }
 
+void CSqliteConnection::LeaveMemoryUncounted() noexcept {
+    sqlite3_config(SQLITE_CONFIG_MEMSTATUS, 0);  // refused once the engine is in use: then it counts
+}
+
 void CSqliteConnection::Execute(const std::string& strSql) {
     const int iCode = sqlite3_exec(Get(), strSql.c_str(), nullptr, nullptr, nullptr);
     if (iCode != SQLITE_OK) {

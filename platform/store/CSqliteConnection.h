@@ -23,6 +23,11 @@ class CSqliteConnection {
      * @throws OS::CException
      */
     CSqliteConnection(const std::string& strPath, int iBusyMilliseconds, EUnitOfWork eUse);
+    /**
+     * Has the engine keep no count of the memory that it takes, which costs a lock at every piece. It holds for the
+     * whole process: for a program to call, not a library, before the first store is opened.
+     */
+    static void LeaveMemoryUncounted() noexcept;
     CSqliteConnection(const CSqliteConnection&) = delete;
     CSqliteConnection& operator=(const CSqliteConnection&) = delete;
 
