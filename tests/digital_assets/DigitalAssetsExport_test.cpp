@@ -384,6 +384,34 @@ TEST_F(AssetExport, TextIsAppendedToWhatIsThere) {
                           "<digitalAssets command=\"overwrite\"/></SAPolicy>");
 }
 
+TEST_F(AssetExport, LongDocumentIsOfferedPieceByPiece) {
+    class CTextTaker : public CExportListener {
+      public:
+        void OnText(std::string& strText) override {
+            ++m_iPieces;
+            m_strTaken += strText;
+            strText.clear();
+        }
+        int m_iPieces = 0;
+        std::string m_strTaken;
+    };
+    std::vector<std::wstring> vecNames;
+    for (const wchar_t* pName : {L"a", L"b", L"c"}) {
+        CCfgSettingDLPFilterExpression record = Expression(pName);
+        record.SetPattern(std::wstring(150000, L'p'));
+        record.SaveThis();
+        vecNames.emplace_back(pName);
+    }
+    const std::vector<OS::x_wstring> vecSubjects = Subjects(SUBJECT_EXPRESSION, vecNames);
+    std::string strWhole;
+    EXPECT_TRUE(DigitalAssets::Export(vecSubjects, {}, strWhole, nullptr));
+    CTextTaker taker;
+    std::string strRest;
+    EXPECT_TRUE(DigitalAssets::Export(vecSubjects, {}, strRest, &taker));
+    EXPECT_EQ(taker.m_strTaken + strRest, strWhole);
+    EXPECT_EQ(taker.m_iPieces, 3);  // before the element that follows each pattern
+}
+
 TEST(AssetExportFaults, StoreFailingAtAnyCallFailsTheWhole) {
     CStoreFaults faults;
     CSettingsStore::Open("memory:");

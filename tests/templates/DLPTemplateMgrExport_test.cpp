@@ -55,6 +55,18 @@ class CExportRecorder : public CExportObserver {
     Lines m_vecHeard;
 };
 
+/** Takes the text whenever it is offered. */
+class CTextTaker : public CExportRecorder {
+  public:
+    void OnText(std::string& strText) override {
+        m_vecSizes.push_back(strText.size());
+        m_strTaken += strText;
+        strText.clear();
+    }
+    std::string m_strTaken;
+    std::vector<std::size_t> m_vecSizes;
+};
+
 /** @return level and message of the lines that the template manager wrote */
 Lines OfManager(const CLogRecorder& log) {
     const std::string strSource = " DLPTemplateMgr.cpp";
@@ -274,6 +286,29 @@ TEST_F(TemplateExport, SubjectSetsAreAddedTo) {
 TEST_F(TemplateExport, DocumentInUtf8IsTheSame) {
     TemplateStore::AddTemplate({"T", "\xC3\xA9\xF0\x9F\x98\x80", Rule(Block("ENTITY", "Card"))});
     EXPECT_EQ(m_manager.ExportDocument({L"T"}, nullptr, nullptr, nullptr), Export({L"T"}));
+}
+
+TEST_F(TemplateExport, LongDocumentIsOfferedPieceByPiece) {
+    constexpr std::size_t PIECE = 131072;
+    std::string strBlocks;
+    for (int i = 0; i < 3000; ++i) {
+        TemplateStore::AddExpression("Card" + std::to_string(i));
+        strBlocks += Block("ENTITY", "Card" + std::to_string(i));
+    }
+    TemplateStore::AddTemplate({"T", "t", Rule(strBlocks)});
+    const std::string strWhole = Export({L"T"});
+    CTextTaker taker;
+    const std::string strRest = m_manager.ExportDocument({L"T"}, &taker, nullptr, nullptr);
+    EXPECT_EQ(taker.m_strTaken + strRest, strWhole);
+    ASSERT_EQ(taker.m_vecSizes.size(), strWhole.size() / PIECE);
+    for (const std::size_t iSize : taker.m_vecSizes) {
+        EXPECT_GE(iSize, PIECE);
+        EXPECT_LT(iSize, PIECE + 200);  // an expression's element is shorter
+    }
+    CTextTaker watched;
+    CLogRecorder log;  // the last line carries the whole text
+    EXPECT_EQ(m_manager.ExportDocument({L"T"}, &watched, nullptr, nullptr), strWhole);
+    EXPECT_EQ(watched.m_strTaken, "");
 }
 
 TEST_F(TemplateExport, ReferenceTypesMayBeOfAnyCase) {
