@@ -81,39 +81,16 @@ std::uint64_t MakeSecret() {
     return static_cast<std::uint64_t>(device()) << 32U | device();
 }
 
-/** The engine, ready for one text. Short texts come by the thousand and take turns with one that each thread keeps. */
-class CEngine {
-  public:
-    explicit CEngine(std::size_t iLength) : m_bKept(iLength <= KEPT_LENGTH) {
-        m_parser = m_bKept && s_kept != nullptr ? std::move(s_kept) : CParserPtr(XML_ParserCreate(ENCODING));
-        if (m_parser == nullptr) {
-            throw std::bad_alloc();
-        }
-        // Left to itself the engine asks the system for a secret with every text.
-        static const std::uint64_t s_iSecret = MakeSecret();
-        XML_SetHashSalt(m_parser.get(), s_iSecret);
+CParserPtr MakeEngine() {
+    CParserPtr parser(XML_ParserCreate("UTF-8"));
+    if (parser == nullptr) {
+        throw std::bad_alloc();
     }
-    CEngine(const CEngine&) = delete;
-    CEngine& operator=(const CEngine&) = delete;
-    ~CEngine() {
-        if (m_bKept && XML_ParserReset(m_parser.get(), ENCODING) == XML_TRUE) {
-            s_kept = std::move(m_parser);
-        }
-    }
-
-    XML_Parser Get() const { return m_parser.get(); }
-
-  private:
-    static constexpr char ENCODING[] = "UTF-8";
-    static constexpr std::size_t KEPT_LENGTH = 1U << 16U;  // its buffers grow with the text
-
-    static thread_local CParserPtr s_kept;
-
-    bool m_bKept;
-    CParserPtr m_parser;
-};
-
-thread_local CParserPtr CEngine::s_kept;
+    // Left to itself the engine asks the system for a secret with every text.
+    static const std::uint64_t s_iSecret = MakeSecret();
+    XML_SetHashSalt(parser.get(), s_iSecret);
+    return parser;
+}
 
 bool Feed(XML_Parser parser, std::string_view strText) {
     for (;;) {
@@ -174,8 +151,8 @@ SXMLGateResult CheckXml(std::string_view strText) {
         return {false, false, false, MakeError(NOT_UTF8, strText, 0)};
     }
     SGate gate;
-    const CEngine engine(strText.size());
-    gate.parser = engine.Get();
+    const CParserPtr engine = MakeEngine();
+    gate.parser = engine.get();
     XML_SetUserData(gate.parser, &gate);
     XML_SetElementHandler(gate.parser, OnStart, OnEnd);
     XML_SetXmlDeclHandler(gate.parser, OnDeclaration);

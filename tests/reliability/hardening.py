@@ -50,6 +50,8 @@ def faults(file: Path, program: bool) -> list[str]:
         found.append("no stack is guarded")
     if not re.search(r"__\w+_chk\b", symbols.replace("__stack_chk_fail", "")):
         found.append("no copy is checked")
+    if "__cxa_thread_atexit" in symbols:
+        found.append("a thread keeps what ends with it, and without memory to note that the system ends the program")
     if INTEL and not landing_pads(file):
         found.append("jumps are not checked")
     return found

@@ -300,7 +300,7 @@ TEST_F(TemplateExport, LongDocumentIsOfferedPieceByPiece) {
     CTextTaker taker;
     const std::string strRest = m_manager.ExportDocument({L"T"}, &taker, nullptr, nullptr);
     EXPECT_EQ(taker.m_strTaken + strRest, strWhole);
-    ASSERT_EQ(taker.m_vecSizes.size(), strWhole.size() / PIECE);
+    EXPECT_EQ(taker.m_vecSizes.size(), 5U);
     for (const std::size_t iSize : taker.m_vecSizes) {
         EXPECT_GE(iSize, PIECE);
         EXPECT_LT(iSize, PIECE + 200);  // an expression's element is shorter
