@@ -49,8 +49,9 @@ struct SRun {
 
 class CReportObserver : public CImportObserver {
   public:
-    CReportObserver(SImportReport& report, const CItemChoice* pChoice, bool bKeepsStored, bool bOlder)
-        : m_report(report), m_pChoice(pChoice), m_bKeepsStored(bKeepsStored), m_bOlder(bOlder) {}
+    CReportObserver(SImportReport& report, const CItemChoice* pChoice, bool bKeepsStored,
+                    std::optional<EOlderLook> older)
+        : m_report(report), m_pChoice(pChoice), m_bKeepsStored(bKeepsStored), m_older(older) {}
 
     bool PassesOver(EItemKind eKind, std::string_view strName) override {
         const bool bPassesOver = m_pChoice != nullptr && !m_pChoice->Holds(eKind, strName);
@@ -65,7 +66,7 @@ class CReportObserver : public CImportObserver {
 
     void OnItem(const SImportItem& item) override {
         m_report.vecItems.emplace_back(item);
-        m_report.vecItems.back().bOlder = m_bOlder;
+        m_report.vecItems.back().older = m_older;
         Step();
     }
 
@@ -83,7 +84,7 @@ class CReportObserver : public CImportObserver {
     SImportReport& m_report;
     const CItemChoice* m_pChoice;
     bool m_bKeepsStored;
-    bool m_bOlder;
+    std::optional<EOlderLook> m_older;
 };
 
 /** Calls fnItem for each asset and template of a document as an import of it looks at them. */
@@ -151,9 +152,9 @@ class CFileImport {
         m_file = ReadPolicy(m_context, m_report.strFile);
         CPolicyDocument document(m_file.Text());
         const CXMLView root = ParsePolicy(m_report.strFile, m_file, document);
-        if (IsReadAsOlder(root)) {
-            WarnOfMissing(m_context, FindMapFile(), NO_MAP_FILE);
-            WarnOfLayout(root);
+        if (m_run.door.bTemplates && IsOlderLayout(root)) {
+            m_older = LookAtOlder(root);
+            WarnOfLayout();
         }
         try {
             ImportInto(m_context.GetStore(GetMaking()), root, document);
@@ -197,13 +198,11 @@ class CFileImport {
         unit.Commit();
     }
 
-    bool IsReadAsOlder(const CXMLView& root) const { return m_run.door.bTemplates && IsOlderLayout(root); }
-
     /** What follows from it would be told as if it were the fault. */
-    void WarnOfLayout(const CXMLView& root) const {
-        if (LooksPresent(root)) {
-            const SCodeRow& row = GetCodeRow(ECode::OLDER_LAYOUT);
-            m_context.Warn(Text::Printable(m_report.strFile) + ": " + row.pWhat + "; " + row.pAdvice);
+    void WarnOfLayout() const {
+        WarnOfMissing(m_context, FindMapFile(), NO_MAP_FILE);
+        if (m_older != EOlderLook::OLDER) {
+            m_context.Warn(Text::Printable(m_report.strFile) + ": " + ExplainOlder(*m_older));
         }
     }
 
@@ -222,8 +221,7 @@ class CFileImport {
         }
         const CProgress progress(m_context, m_report.strFile);
         CProgress::Expect(CountItems(root));
-        CReportObserver observer(m_report, m_choice ? &*m_choice : nullptr, m_run.options.bSkipExisting,
-                                 IsReadAsOlder(root));
+        CReportObserver observer(m_report, m_choice ? &*m_choice : nullptr, m_run.options.bSkipExisting, m_older);
         m_report.iResult = m_run.door.fnImport(m_context, document, m_report, observer);
         m_report.iTemplatesLeft = m_run.door.bTemplates ? 0 : CountTemplates(root);
     }
@@ -251,10 +249,10 @@ class CFileImport {
 
     /** What follows is part of the unit of work: after its end the store must not be able to fail any more. */
     void SuggestNames(const CXMLView& root) {
-        if (IsReadAsOlder(root)) {
+        if (m_older) {
             FindOlderNames(root);
         }
-        CAssetSuggestions suggestions(IsReadAsOlder(root));
+        CAssetSuggestions suggestions(m_older.has_value());
         CTemplateSuggestions templates(root);
         CMeantNames meant;
         for (SReportItem& item : m_report.vecItems) {
@@ -409,6 +407,7 @@ class CFileImport {
     CCommandContext& m_context;
     SPolicyFile m_file;
     SImportReport m_report;
+    std::optional<EOlderLook> m_older;  ///< of a document that is read as one of the older layout
     std::optional<CItemChoice> m_choice;
     bool m_bShowsFindings = false;
     bool m_bAnswered = false;

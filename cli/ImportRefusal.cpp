@@ -55,22 +55,6 @@ bool IsOlderLayout(const CXMLView& root) {
     return root.Name() == TagUtf8::SA_POLICY && root.Attribute(TagUtf8::TEMPLATE_VERSION).empty();
 }
 
-bool LooksPresent(const CXMLView& root) {
-    if (root.FirstChild(TagUtf8::DIGITAL_ASSETS)) {
-        return true;
-    }
-    for (CXMLView section = root.FirstChild(TagUtf8::COMPLIANCE_TEMPLATES); section;
-         section = section.NextSibling(TagUtf8::COMPLIANCE_TEMPLATES)) {
-        for (CXMLView child = section.FirstChild(TagUtf8::TEMPLATE); child;
-             child = child.NextSibling(TagUtf8::TEMPLATE)) {
-            if (child.HasAttribute(TagUtf8::DISPLAY_NAME)) {
-                return true;
-            }
-        }
-    }
-    return false;
-}
-
 std::string ExplainRefusal(const CXMLView& root, int iResult) {
     if (root.Name() != TagUtf8::SA_POLICY) {
         return "no policy: the root element is " + Text::Quoted(root.Name()) + ", not " +

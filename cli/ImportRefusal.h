@@ -13,8 +13,6 @@ std::size_t CountItems(const CXMLView& root);
 std::size_t CountTemplates(const CXMLView& root);
 /** @return whether this is the root of a policy of the older layout, whose root has no version */
 bool IsOlderLayout(const CXMLView& root);
-/** @return whether a document that is read as one of the older layout looks as if its version was forgotten */
-bool LooksPresent(const CXMLView& root);
 /** @return in words why the library answered a document with that result, which is not 0, and what to do */
 std::string ExplainRefusal(const CXMLView& root, int iResult);
 /** @return the code of such an answer */

@@ -69,7 +69,7 @@ struct SFault {
 constexpr SFault FAULTS[] = {
     {"unknown-expression", EItemKind::EXPRESSION, ""},
     {"unknown-keyword", EItemKind::KEYWORD, ""},
-    {"source-type", EItemKind::TEMPLATE, "write ENTITY or KEYWORD"},
+    {"source-type", EItemKind::TEMPLATE, "write sourceType=\"ENTITY\" or sourceType=\"KEYWORD\""},
     {"block-operation", EItemKind::TEMPLATE, "write AND or OR"},
     {"rule-operation", EItemKind::TEMPLATE, "write AND or OR"},
 };
@@ -163,6 +163,13 @@ Json MakeForeignJson(const SReportItem& item) {
     return children;
 }
 
+std::string AdviseItem(const SReportItem& item) {
+    if (item.FollowsFromVersion()) {
+        return AdviseVersion();
+    }
+    return item.fault ? Row(*item.fault).pAdvice : Row(item.eReason).pAdvice;
+}
+
 /** Beside whose fate it is: what of a rule is to blame, and what else there is to say of a template. */
 Json MakeWholeItemJson(const SReportItem& item) {
     Json object = MakeItemJson(item);
@@ -188,7 +195,7 @@ Json MakeWholeItemJson(const SReportItem& item) {
 }  // namespace
 
 const char* SReportItem::GetDisplayNameAttribute() const {
-    return bOlder ? CDLPXmlNormalizer::OLDER_DISPLAY_NAME : TagUtf8::DISPLAY_NAME;
+    return older ? CDLPXmlNormalizer::OLDER_DISPLAY_NAME : TagUtf8::DISPLAY_NAME;
 }
 
 bool SImportReport::HasFindings() const {
@@ -269,11 +276,10 @@ std::string ExplainItem(const SReportItem& item) {
         return reason.pWhy + Text::Quoted(item.strDetail) + "; " + AdviseTemplate(item.strNearest);
     }
     if (item.eReason == EReason::NO_DISPLAY_NAME) {
-        return std::string(reason.pWhy) + item.GetDisplayNameAttribute() + "; " + reason.pAdvice;
+        return std::string(reason.pWhy) + item.GetDisplayNameAttribute() + "; " + AdviseItem(item);
     }
     if (!item.IsUnknownReference()) {
-        return reason.pWhy + Text::Printable(item.strDetail) + "; " +
-               (item.fault ? Row(*item.fault).pAdvice : reason.pAdvice);
+        return reason.pWhy + Text::Printable(item.strDetail) + "; " + AdviseItem(item);
     }
     return std::string("it refers to the ") + Row(Row(*item.fault).eKind).pWord + ' ' +
            QuoteReference(item.strFaulty, item.strWritten) + ", which is not stored; " +

@@ -10,6 +10,7 @@
 #include <nlohmann/json_fwd.hpp>
 
 #include "cli/ItemChoice.h"
+#include "cli/OlderLook.h"
 #include "cli/Verdict.h"
 #include "cli/check/DiagnosticCodes.h"
 #include "cli/check/Diagnostics.h"
@@ -27,9 +28,9 @@ struct SReportItem : SImportItem {
     explicit SReportItem(const SImportItem& item) : SImportItem(item) {}
 
     SPlace place;
-    std::string strNearest;  ///< what an unknown reference or element most likely means; "" when none is near
-    bool bOlder = false;     ///< of a document of the older layout
-    std::string strWritten;  ///< an unknown reference as it stands in the document, if that is its older name
+    std::string strNearest;           ///< what an unknown reference or element most likely means; "" when none is near
+    std::optional<EOlderLook> older;  ///< of a document that is read as one of the older layout
+    std::string strWritten;           ///< an unknown reference as it stands in the document, if that is its older name
     std::vector<SPlace> vecForeignPlaces;       ///< of its foreign children, once they are known
     std::vector<SUnknownReference> vecUnknown;  ///< of one that was taken
 
@@ -38,6 +39,11 @@ struct SReportItem : SImportItem {
     bool IsFinding() const { return (!IsTaken() && eReason != EReason::UNDONE) || !vecUnknown.empty(); }
     /** Whether the document is to blame for that. */
     bool IsRefused() const { return IsFinding() && eReason != EReason::EXISTING; }
+    /** Whether it is only for the forgotten version that it was not taken. */
+    bool FollowsFromVersion() const {
+        return older == EOlderLook::FORGOTTEN &&
+               (eReason == EReason::OLDER_SECTION || eReason == EReason::NO_DISPLAY_NAME);
+    }
     /** @return where people find its name */
     const char* GetDisplayNameAttribute() const;
     /** Whether the text says more of it than its number. */

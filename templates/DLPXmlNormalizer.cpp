@@ -17,10 +17,6 @@ constexpr auto& LOG_SOURCE = TemplateLog::MANAGER_SOURCE;
 
 constexpr wchar_t MAP_FILE[] = L"config\\cfg_dlp_da_map.txt";
 
-// Attributes that only the older layout has.
-constexpr char OLDER_BUILT_IN[] = "builtin";
-constexpr char BUILT_IN_VALUE[] = "1";
-
 /** Sections beside the templates, which the older layout does not carry over. */
 constexpr const char* DROPPED_SECTIONS[] = {TagUtf8::DIGITAL_ASSETS, TagUtf8::INDUSTRIES, TagUtf8::REGIONS};
 
@@ -36,10 +32,6 @@ constexpr wchar_t WRAP_LINE[] = L"CDLPXmlNormalizer::WrapTemplateList()";
 CDLPXmlNormalizer::NameMap& Names() {
     static CDLPXmlNormalizer::NameMap s_names;
     return s_names;
-}
-
-bool IsBuiltIn(const CXMLView& element) {
-    return element.Attribute(OLDER_BUILT_IN) == BUILT_IN_VALUE;
 }
 
 /** Runs the steps of a normalisation; what they throw is logged and makes it fail. */
@@ -196,6 +188,10 @@ void CDLPXmlNormalizer::Rewrite(OS::CAutoObjPtr<CXMLNode>& pTemplate) {
     pElement->RemoveAttribute(strOlderName);
     pElement->RemoveAttribute(OS::WideText(OLDER_BUILT_IN));
     NormalizeBuildingBlocks(pTemplate);
+}
+
+bool CDLPXmlNormalizer::IsBuiltIn(const CXMLView& element) {
+    return element.Attribute(OLDER_BUILT_IN) == BUILT_IN_VALUE;
 }
 
 void CDLPXmlNormalizer::NormalizeBuildingBlocks(OS::CAutoObjPtr<CXMLNode>& pTemplate) {

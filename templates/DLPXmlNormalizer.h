@@ -28,6 +28,9 @@ class CDLPXmlNormalizer {
   public:
     /** The attribute of a template in the older layout that holds its display name. */
     static constexpr char OLDER_DISPLAY_NAME[] = "displayName";
+    /** The one that says whether it is built in, and what it says of one that is. */
+    static constexpr char OLDER_BUILT_IN[] = "builtin";
+    static constexpr char BUILT_IN_VALUE[] = "1";
 
     /** Older asset names and what they are called now. */
     using NameMap = std::map<std::wstring, std::wstring>;
@@ -79,6 +82,8 @@ class CDLPXmlNormalizer {
     void NormalizeTemplate(OS::CAutoObjPtr<CXMLNode>& pTemplate, OS::x_wstring& strText);
     /** Gives the references of a template's rules their names of today. */
     void NormalizeBuildingBlocks(OS::CAutoObjPtr<CXMLNode>& pTemplate);
+    /** @return whether a template of the older layout is built in, and so is left out */
+    static bool IsBuiltIn(const CXMLView& element);
     /** @return every name that the map translates, and into what */
     static const NameMap& GetOlderNames();
     /** @return the name of today; the name itself, logged, when the map does not hold it */

@@ -7,6 +7,7 @@
 #include "cli/check/Diagnostics.h"
 #include "cli/check/SourceMarkup.h"
 #include "platform/xml/CXMLView.h"
+#include "templates/DLPXmlNormalizer.h"
 #include "xml/Vocabulary.h"
 
 /** What the checks of one document work on. Offsets count from the start of its text. */
@@ -31,13 +32,21 @@ struct SCheckedDocument {
         return diagnostics.HasErrors(element.Offset(), next.Offset());
     }
 
-    /** Calls fnElement for each element of that name in each section of that name, unless such a section is not taken.
-     */
+    /** Calls fnElement for each element of that name in each section of that name, unless nothing of it is taken. */
     template <class F>
     void ForEach(const char* pSection, const char* pElement, const F& fnElement) const {
         if (bOlder && pSection != std::string_view(TagUtf8::COMPLIANCE_TEMPLATES)) {
             return;
         }
+        ForEachWritten(pSection, pElement, [&](const CXMLView& element) {
+            if (!bOlder || !CDLPXmlNormalizer::IsBuiltIn(element)) {
+                fnElement(element);
+            }
+        });
+    }
+    /** The same for each, whatever is taken. */
+    template <class F>
+    void ForEachWritten(const char* pSection, const char* pElement, const F& fnElement) const {
         for (CXMLView section = root.FirstChild(pSection); section; section = section.NextSibling(pSection)) {
             for (CXMLView element = section.FirstChild(pElement); element; element = element.NextSibling(pElement)) {
                 CProgress::Step();

@@ -81,11 +81,14 @@ constexpr SCodeRow CODES[] = {
   </complianceTemplates>
 </SAPolicy>)"},
     {ECode::OLDER_LAYOUT, "DLP007", ESeverity::NOTE, "older-layout",
-     "template_version is missing or empty, so the document is read as one of the older layout",
-     "add template_version=\"3.0.1000\" if that is not what it is",
+     "template_version is missing or empty, so the document is read as one of the older layout{}",
+     "add template_version=\"3.0.1000\"{}",
      "A document of the older layout is rewritten on its way in: displayName becomes display_name, names "
      "of assets are looked up in the name map, and only templates are taken. It is a warning when there is "
-     "what only the present layout has, display_name or digitalAssets: most often the version was forgotten.",
+     "what only the present layout has, display_name or digitalAssets. It is an error when there is nothing "
+     "of the older layout either, no displayName and no builtin: the version was forgotten, and an import "
+     "takes nothing. The rest is then checked as if the version were there; with --allow DLP007 it is checked "
+     "as what it is read as. --fix leaves it as it is: with the version an import takes what it passed over.",
      R"(<SAPolicy>
   <complianceTemplates>
     <template name="cards" displayName="Cards">
@@ -351,10 +354,10 @@ constexpr SCodeRow CODES[] = {
 </dictionary>)"},
     {ECode::UNKNOWN_TYPE, "DLP025", ESeverity::WARNING, "unknown-type",
      "there is no type {}; it is read as {}",
-     "write one of {}",
+     "{}",
      "The type is read in any case of letters. Any other text is taken as Generic for an expression and "
-     "as All for a keyword list, and attributes that belong to another type are dropped. --fix leaves it as it "
-     "is, for only its author knows which type is meant.",
+     "as All for a keyword list, and attributes that belong to another type are dropped; they are not told of. "
+     "--fix leaves it as it is, for only its author knows which type is meant.",
      R"(<dictionary name="terms" type="Some" display_name="Terms">
   <keyword score="1">one</keyword>
 </dictionary>)",

@@ -18,9 +18,7 @@ SDiagnostic* CDiagnostics::Add(ECode eCode, std::size_t iOffset, const std::vect
     const SCodeRow& row = GetCodeRow(eCode);
     const ESeverity eSeverity = Judge(row.eSeverity, m_choice.bStrict);
     if (row.eSeverity == ESeverity::ERROR) {
-        ++m_iErrors;
-        m_bSorted = m_bSorted && (m_vecErrors.empty() || m_vecErrors.back() <= iOffset);
-        m_vecErrors.push_back(iOffset);
+        CountError(iOffset);
     }
     if (std::find(m_choice.vecAllow.begin(), m_choice.vecAllow.end(), eCode) != m_choice.vecAllow.end()) {
         return nullptr;
@@ -41,6 +39,12 @@ SDiagnostic* CDiagnostics::Add(ECode eCode, std::size_t iOffset, const std::vect
     return &m_vecDiagnostics.back();
 }
 
+void CDiagnostics::CountError(std::size_t iOffset) {
+    ++m_iErrors;
+    m_bSorted = m_bSorted && (m_vecErrors.empty() || m_vecErrors.back() <= iOffset);
+    m_vecErrors.push_back(iOffset);
+}
+
 bool CDiagnostics::HasErrors(std::size_t iFirst, std::size_t iBehind) const {
     if (!m_bSorted) {
         std::sort(m_vecErrors.begin(), m_vecErrors.end());
@@ -56,9 +60,13 @@ void CDiagnostics::Relate(SDiagnostic* pDiagnostic, std::size_t iOffset, const s
     }
 }
 
-void CDiagnostics::Raise(SDiagnostic* pDiagnostic) const {
-    if (pDiagnostic != nullptr) {
-        pDiagnostic->eSeverity = Judge(ESeverity::WARNING, m_choice.bStrict);
+void CDiagnostics::Raise(SDiagnostic* pDiagnostic, ESeverity eSeverity) {
+    if (pDiagnostic == nullptr) {
+        return;
+    }
+    pDiagnostic->eSeverity = Judge(eSeverity, m_choice.bStrict);
+    if (eSeverity == ESeverity::ERROR) {
+        CountError(pDiagnostic->iOffset - m_iStart);
     }
 }
 

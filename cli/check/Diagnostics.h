@@ -73,8 +73,8 @@ class CDiagnostics {
                      const std::vector<std::string>& vecAdvice = {});
     /** Both places. @param pDiagnostic may be null */
     void Relate(SDiagnostic* pDiagnostic, std::size_t iOffset, const std::string& strMessage) const;
-    /** A note becomes a warning. */
-    void Raise(SDiagnostic* pDiagnostic) const;
+    /** A note becomes heavier. */
+    void Raise(SDiagnostic* pDiagnostic, ESeverity eSeverity);
     void Fix(SDiagnostic* pDiagnostic, std::size_t iOffset, std::size_t iLength, std::string strReplacement) const;
 
     /** @return what was kept, in the order of the file, with places and excerpts */
@@ -89,6 +89,8 @@ class CDiagnostics {
     const SeverityCounts& GetOmitted() const { return m_aOmitted; }
 
   private:
+    void CountError(std::size_t iOffset);
+
     const SCheckChoice& m_choice;
     std::array<std::size_t, static_cast<std::size_t>(ECode::COUNT)> m_aCounts{};
     std::size_t m_iStart = 0;

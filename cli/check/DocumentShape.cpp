@@ -3,13 +3,10 @@
 #include <algorithm>
 
 #include "digital_assets/AssetFormat.h"
+#include "templates/DLPXmlNormalizer.h"
 #include "xml/Vocabulary.h"
 
 namespace {
-
-// Attributes that only templates of the older layout have.
-constexpr const char OLDER_DISPLAY_NAME[] = "displayName";
-constexpr const char OLDER_BUILT_IN[] = "builtin";
 
 SShape MakeShape(const DigitalAssets::SAssetFormat& format) {
     SShape shape{format.pElement, {}, {}};
@@ -63,7 +60,8 @@ CDocumentShape::CDocumentShape(bool bOlder)
     for (SShape& shape : m_vecShapes) {
         m_vecNames.push_back(shape.strName);
         if (bOlder && shape.strName == TagUtf8::TEMPLATE) {
-            shape.vecAttributes.insert(shape.vecAttributes.end(), {OLDER_DISPLAY_NAME, OLDER_BUILT_IN});
+            shape.vecAttributes.insert(shape.vecAttributes.end(),
+                                       {CDLPXmlNormalizer::OLDER_DISPLAY_NAME, CDLPXmlNormalizer::OLDER_BUILT_IN});
         }
     }
 }

@@ -10,6 +10,7 @@
 #include "cli/InputFile.h"
 #include "cli/InstalledFiles.h"
 #include "cli/KeptSettings.h"
+#include "cli/OlderLook.h"
 #include "cli/OutputFile.h"
 #include "cli/Progress.h"
 #include "cli/Signals.h"
@@ -28,6 +29,7 @@
 
 namespace {
 
+constexpr const char AS_IF[] = "; the rest is told as if it were there";
 constexpr const char STANDARD_LAYOUT[] = "standard";
 constexpr const char OLDER_LAYOUT[] = "older";
 
@@ -97,18 +99,33 @@ class CFileCheck {
         }
         const CProgress progress(m_context, m_report.strFile);
         CProgress::Expect(STEPS_OF_ITEM * CountItems(root));
-        const bool bOlder = !m_check.bAssetsOnly && IsOlderLayout(root);
-        m_report.pLayout = bOlder ? OLDER_LAYOUT : STANDARD_LAYOUT;
+        const bool bVersion = m_check.bAssetsOnly || !IsOlderLayout(root);
+        m_report.pLayout = bVersion ? STANDARD_LAYOUT : OLDER_LAYOUT;
+        const bool bOlder = !bVersion && !TellOlder(parser);
+        m_iLayoutErrors = m_diagnostics.GetErrors();
         const SCheckedDocument checked{m_file.Text(), root, bOlder, m_check.bAssetsOnly, m_diagnostics};
-        if (bOlder) {
-            SDiagnostic* pOlder = m_diagnostics.Add(ECode::OLDER_LAYOUT, root.Offset());
-            if (LooksPresent(root)) {
-                m_diagnostics.Raise(pOlder);
-            }
-            WarnOfMissing(m_context, FindMapFile(), NO_MAP_FILE);
-        }
         CheckAlone(checked);
         CheckWithStore(checked, document);
+    }
+
+    /** @return whether the rest is to be looked at as if the version were there */
+    bool TellOlder(const CXMLParser& parser) {
+        const CXMLView root = parser.RootView();
+        const EOlderLook eLook = LookAtOlder(root);
+        const SOlderWords& words = GetOlderWords(eLook);
+        SDiagnostic* pOlder = m_diagnostics.Add(ECode::OLDER_LAYOUT, root.Offset(), {words.pWhat}, {words.pAdvice});
+        if (eLook == EOlderLook::FORGOTTEN && pOlder != nullptr) {
+            pOlder->strAdvice += AS_IF;
+            m_diagnostics.Raise(pOlder, ESeverity::ERROR);
+            // What follows from it would be told as if it were the fault.
+            parser.GetRootElement()->SetAttribute(Tag::TEMPLATE_VERSION, DigitalAssets::STANDARD_VERSION);
+            return true;
+        }
+        if (eLook == EOlderLook::MIXED) {
+            m_diagnostics.Raise(pOlder, ESeverity::WARNING);
+        }
+        WarnOfMissing(m_context, FindMapFile(), NO_MAP_FILE);
+        return false;
     }
 
     static void CheckAlone(const SCheckedDocument& checked) {
@@ -136,7 +153,9 @@ class CFileCheck {
             const bool bNameless = item.eKind == EItemKind::CATEGORY && item.eReason == EReason::NO_NAME;
             if (item.eReason != EReason::UNKNOWN_ELEMENT && !bNameless) {  // told of with the shape and the lists
                 SReportItem told(item);
-                told.bOlder = checked.bOlder;
+                if (checked.bOlder) {
+                    told.older = EOlderLook::OLDER;
+                }
                 if (item.eReason == EReason::UNKNOWN_TEMPLATE) {
                     told.strNearest = templates.Find(item.strDetail);
                 }
@@ -147,7 +166,7 @@ class CFileCheck {
         CheckRules(checked);
         CheckSameTemplates(checked);
         store.ThrowIfFailed();
-        if (trial.iResult != 0 && m_diagnostics.GetErrors() == 0) {
+        if (trial.iResult != 0 && m_diagnostics.GetErrors() == m_iLayoutErrors) {
             if (CountTemplates(checked.root) != 0 && !checked.bOlder) {
                 throw CToolError(EVerdict::MEMORY, NO_FAULT);
             }
@@ -208,6 +227,7 @@ class CFileCheck {
     SCheckChoice m_choice;
     SPolicyFile m_file;
     CDiagnostics m_diagnostics;
+    std::size_t m_iLayoutErrors = 0;  ///< how many of the errors are about the layout
     SFileReport m_report;
 };
 

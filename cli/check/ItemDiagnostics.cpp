@@ -60,8 +60,12 @@ bool TellItem(const SReportItem& item, std::string_view strText, CDiagnostics& d
             vecWhat.emplace_back(item.GetDisplayNameAttribute());
         }
         const bool bText = item.eReason == EReason::UNKNOWN_TEMPLATE;
-        diagnostics.Add(told.eCode, bText ? FindTextOffset(strText, item.iOffset, 0) : item.iOffset, vecWhat,
-                        {bText ? AdviseTemplate(item.strNearest) : AdviseElement(item.strNearest)});
+        SDiagnostic* pDiagnostic =
+            diagnostics.Add(told.eCode, bText ? FindTextOffset(strText, item.iOffset, 0) : item.iOffset, vecWhat,
+                            {bText ? AdviseTemplate(item.strNearest) : AdviseElement(item.strNearest)});
+        if (pDiagnostic != nullptr && item.FollowsFromVersion()) {
+            pDiagnostic->strAdvice = AdviseVersion();
+        }
     }
     return item.eReason != EReason::UNSUPPORTED_ASSETS;
 }

@@ -1,3 +1,4 @@
+#include <map>
 #include <set>
 #include <string>
 #include <utility>
@@ -19,6 +20,8 @@
 namespace {
 
 constexpr const char IMPORT_FIRST[] = "import or add it, or correct the name";
+constexpr const char NOT_TAKEN[] = "import it first: the one of the document is not taken";
+constexpr const char STANDS_HERE[] = "it stands here";
 
 struct SAssetKind {
     EElementType eType;
@@ -64,7 +67,11 @@ class CReferenceCheck {
 
     void Run() {
         CAssetNames names;
-        ForEachAsset([this](Reference&& reference, const CXMLView&) { m_setDefined.insert(std::move(reference)); });
+        for (const SAssetKind& kind : ASSET_KINDS) {
+            m_document.ForEachWritten(TagUtf8::DIGITAL_ASSETS, kind.pElement, [&](const CXMLView& element) {
+                m_mapDefined.try_emplace({kind.eType, std::string(element.Attribute(TagUtf8::NAME))}, element.Offset());
+            });
+        }
         const auto fnUse = [&](EElementType eType, const std::string& strName, std::size_t) {
             names.Add(eType, strName);
             m_setUsed.emplace(eType, strName);
@@ -74,6 +81,10 @@ class CReferenceCheck {
                 const EElementType eType = TemplateXml::ReadExactType(block);
                 if (eType != EElementType::UNKNOWN) {
                     fnUse(eType, GetName(block), block.Offset());
+                    return;
+                }
+                for (const SAssetKind& kind : ASSET_KINDS) {  // whichever is meant is not unused
+                    m_setUsed.emplace(kind.eType, GetName(block));
                 }
             });
             ForEachForeign(element, fnUse);
@@ -118,11 +129,18 @@ class CReferenceCheck {
     void CheckName(const Reference& reference, std::string_view strWritten, SAttributePlace place,
                    const CAssetNames& names) {
         const auto& [eType, strName] = reference;
-        if (!names.IsStored(eType, strName) && m_setDefined.count(reference) == 0) {
-            const SAssetKind& kind = GetAssetKind(eType);
-            m_document.diagnostics.Add(ECode::UNKNOWN_ASSET, place.iName,
-                                       {GetKind(kind.eKind).pWord, QuoteReference(strName, strWritten)},
-                                       {Suggest(kind.eKind, strName)});
+        const auto itDefined =
+            strWritten.empty() ? m_mapDefined.end() : m_mapDefined.find({eType, std::string(strWritten)});
+        const bool bDefined = itDefined != m_mapDefined.end();
+        if (names.IsStored(eType, strName) || (bDefined && !m_document.bOlder)) {
+            return;
+        }
+        const ESettingsKind eKind = GetAssetKind(eType).eKind;
+        SDiagnostic* pDiagnostic = m_document.diagnostics.Add(
+            ECode::UNKNOWN_ASSET, place.iName, {GetKind(eKind).pWord, QuoteReference(strName, strWritten)},
+            {bDefined ? NOT_TAKEN : Suggest(eKind, strName)});
+        if (bDefined) {
+            m_document.diagnostics.Relate(pDiagnostic, itDefined->second, STANDS_HERE);
         }
     }
 
@@ -161,32 +179,23 @@ class CReferenceCheck {
         }
     }
 
-    template <class F>
-    void ForEachAsset(const F& fnAsset) const {
+    std::vector<std::pair<Reference, CXMLView>> FindUnused() const {
+        std::vector<std::pair<Reference, CXMLView>> vecUnused;
         for (const SAssetKind& kind : ASSET_KINDS) {
             m_document.ForEach(TagUtf8::DIGITAL_ASSETS, kind.pElement, [&](const CXMLView& element) {
                 Reference reference(kind.eType, element.Attribute(TagUtf8::NAME));
-                if (!reference.second.empty()) {
-                    fnAsset(std::move(reference), element);
+                if (!reference.second.empty() && m_setUsed.count(reference) == 0) {
+                    vecUnused.emplace_back(std::move(reference), element);
                 }
             });
         }
-    }
-
-    std::vector<std::pair<Reference, CXMLView>> FindUnused() const {
-        std::vector<std::pair<Reference, CXMLView>> vecUnused;
-        ForEachAsset([&](Reference&& reference, const CXMLView& element) {
-            if (m_setUsed.count(reference) == 0) {
-                vecUnused.emplace_back(std::move(reference), element);
-            }
-        });
         return vecUnused;
     }
 
     const SCheckedDocument& m_document;
     std::set<Reference> m_setUsed;
-    /** What the document itself has: if it is not taken, that is told of the asset, which is the one to correct. */
-    std::set<Reference> m_setDefined;
+    /** What the document itself has, and where: if it is not taken, that is told of the asset, or of its section. */
+    std::map<Reference, std::size_t> m_mapDefined;
     CAssetSuggestions m_suggestions;
 };
 

@@ -93,6 +93,9 @@ class CShapeCheck {
         const std::string_view strName =
             m_document.strText.substr(iTag + 1, m_document.strText.find_first_of(" \t\r\n/>", iTag) - iTag - 1);
         const SShape* pShape = FindHere(strName, iTag);
+        if (pShape != nullptr && m_document.bOlder && strName == TagUtf8::TEMPLATE && IsBuiltIn(iTag)) {
+            pShape = nullptr;  // it is not taken, whatever it holds
+        }
         while (tag.Next()) {
             if (pShape != nullptr) {
                 CheckAttribute(*pShape, tag.GetName(), tag.GetNameOffset());
@@ -102,6 +105,12 @@ class CShapeCheck {
             m_vecOpen.push_back({pShape});
         }
         return tag.GetEnd();
+    }
+
+    bool IsBuiltIn(std::size_t iTag) const {
+        const SAttributePlace place = FindAttribute(m_document.strText, iTag, CDLPXmlNormalizer::OLDER_BUILT_IN);
+        return place.bFound &&
+               m_document.strText.substr(place.iValue, place.iValueLength) == CDLPXmlNormalizer::BUILT_IN_VALUE;
     }
 
     /** @return null for an element that does not belong here, which is told */

@@ -4,7 +4,9 @@
 #include <cstdint>
 #include <iterator>
 #include <string>
+#include <vector>
 
+#include "cli/NearestName.h"
 #include "cli/Text.h"
 #include "cli/check/CheckedDocument.h"
 #include "digital_assets/AssetFormat.h"
@@ -78,20 +80,22 @@ class CValueCheck {
   public:
     explicit CValueCheck(const SCheckedDocument& document) : m_document(document) {}
 
+    /** What belongs to another type is not told of where it is not known which type is meant. */
     void CheckAsset(const SAssetFormat& format, const CXMLView& element) const {
         CSettingsRow row(format.eKind == EItemKind::EXPRESSION ? ESettingsKind::EXPRESSION : ESettingsKind::KEYWORD);
         DigitalAssets::ReadElement(format, element, row);
         const std::string& strType = row.GetText(format.iTypeColumn);
+        bool bType = true;
         for (const DigitalAssets::SAttribute& attribute : format.aAttributes) {
             if (attribute.eForm == EAttribute::FLAG) {
                 // A built-in asset is kept only when the document says false in so many words.
                 CheckFlag(element, attribute.pName, attribute.iColumn != AssetColumn::PRE_DEFINED);
             } else if (attribute.eForm == EAttribute::TYPE) {
-                CheckType(format, element, strType);
+                bType = CheckType(format, element, strType);
             }
         }
         for (const SType& type : format.aTypes) {
-            if (strType == type.pName) {
+            if (bType && strType == type.pName) {
                 CheckNumbers(format, type, element, row);
             }
         }
@@ -154,18 +158,27 @@ class CValueCheck {
             place.iValue, place.iValueLength, strRead);
     }
 
-    void CheckType(const SAssetFormat& format, const CXMLView& element, const std::string& strRead) const {
+    /** @return whether there is such a type */
+    bool CheckType(const SAssetFormat& format, const CXMLView& element, const std::string& strRead) const {
         const std::string_view strType = element.Attribute(TagUtf8::TYPE);
         if (OS::EqualsNoCase(strType, std::string_view(strRead))) {
             CheckSpelling(element, TagUtf8::TYPE, strRead);
-            return;
-        }
-        std::string strTypes;
-        for (const SType& type : format.aTypes) {
-            strTypes += (strTypes.empty() ? "" : ", ") + std::string(type.pName);
+            return true;
         }
         m_document.diagnostics.Add(ECode::UNKNOWN_TYPE, m_document.Find(element, TagUtf8::TYPE).iName,
-                                   {Text::Quoted(strType), strRead}, {strTypes});
+                                   {Text::Quoted(strType), strRead}, {SuggestType(format, strType)});
+        return false;
+    }
+
+    static std::string SuggestType(const SAssetFormat& format, std::string_view strType) {
+        std::vector<std::string> vecTypes;
+        std::string strTypes;
+        for (const SType& type : format.aTypes) {
+            vecTypes.emplace_back(type.pName);
+            strTypes += (strTypes.empty() ? "write one of " : ", ") + vecTypes.back();
+        }
+        const std::string strMeant = FindNearestName(std::string(OS::Trim(strType)), vecTypes);
+        return strMeant.empty() ? strTypes : "did you mean " + Text::Quoted(strMeant) + '?';
     }
 
     void CheckNumbers(const SAssetFormat& format, const SType& type, const CXMLView& element,
@@ -255,11 +268,13 @@ class CValueCheck {
                                    {pName, Text::Quoted(element.Attribute(pName)), std::to_string(iRead)});
     }
 
+    /** Of a type that no import takes nothing is known but that. */
     void CheckHits(const CXMLView& block) const {
         const TemplateXml::SBuildingBlock read = TemplateXml::ReadBuildingBlock(block);
+        const EElementType eType = TemplateXml::ReadExactType(block);
         const bool bGiven = block.HasAttribute(TagUtf8::ENTITY_HITS);
-        if (read.eType != EElementType::ENTITY) {
-            if (bGiven && read.eType == EElementType::KEYWORD) {
+        if (eType != EElementType::ENTITY) {
+            if (bGiven && eType == EElementType::KEYWORD) {
                 m_document.diagnostics.Add(ECode::MISPLACED_ATTRIBUTE,
                                            m_document.Find(block, TagUtf8::ENTITY_HITS).iName,
                                            {Text::Quoted(TagUtf8::ENTITY_HITS), "keyword lists have no hits"});

@@ -81,8 +81,8 @@ void CPolicyFileReader::Read() {
     if (root.Name() != TagUtf8::SA_POLICY) {
         throw CInputError(m_policy.strPlace, ExplainRefusal(root, CTemplateMgr::RESULT_NO_POLICY));
     }
-    m_bOlder = IsOlderLayout(root);
-    if (m_bOlder) {
+    if (IsOlderLayout(root)) {
+        m_older = LookAtOlder(root);
         ReadOlder(document);
     } else {
         ReadItems(document);
@@ -199,7 +199,7 @@ void CPolicyFileReader::Arrange(ReportItems& vecItems) const {
     const CSourcePlaces places(m_file.strBytes);
     CMeantNames meant;
     for (SReportItem& item : vecItems) {
-        item.bOlder = m_bOlder;
+        item.older = m_older;
         if (item.eReason == EReason::UNKNOWN_ELEMENT) {
             item.strNearest = meant.FindElement(item.strDetail, item.strName);
         }

@@ -45,6 +45,6 @@ class CPolicyFileReader : private CImportObserver {
     CCommandContext& m_context;
     SPolicy& m_policy;
     SPolicyFile m_file;
-    bool m_bOlder = false;
+    std::optional<EOlderLook> m_older;               ///< of a document that is read as one of the older layout
     std::unordered_set<std::string> m_setTemplates;  ///< names of the document's, taken or not
 };

@@ -50,6 +50,17 @@ Json WithoutMarkup(const std::string& strDump) {
     return dump;
 }
 
+/** @return line, code and severity of what is found, a row each */
+std::string Rows(const std::string& strReport) {
+    std::string strRows;
+    const Json report = Json::parse(strReport);
+    for (const Json& diagnostic : report["files"][0]["diagnostics"]) {
+        strRows += std::to_string(diagnostic["line"].get<int>()) + ' ' + diagnostic["code"].get<std::string>() + ' ' +
+                   diagnostic["severity"].get<std::string>() + '\n';
+    }
+    return strRows;
+}
+
 }  // namespace
 
 TEST_F(CheckCommand, WhatIsFoundIsShownWithItsLineAndWhatToDo) {
@@ -189,7 +200,7 @@ TEST_F(CheckCommand, AFixChangesNoMeaningAndHidesNoMistake) {
     const std::string strPreview = RunOn("memory:", {"check", "--fix", "--dry-run", strFile}).strOut;
     EXPECT_NE(strPreview.find("\n  write it as it is read; --fix writes \"Generic\"\n"), std::string::npos)
         << strPreview;
-    EXPECT_NE(strPreview.find("\n  write one of Generic, Type 1, Type 2, Type 3\n"), std::string::npos) << strPreview;
+    EXPECT_NE(strPreview.find("\n  did you mean \"Generic\"?\n"), std::string::npos) << strPreview;
     EXPECT_EQ(m_dir.Read("p.xml"), WithFixes());
 
     const std::string strFixed = RunOn("memory:", {"check", "--fix", "--allow", "DLP047", strFile}).strOut;
@@ -308,24 +319,111 @@ TEST_F(CheckCommand, WhatIsLostIsAnErrorWithTheNameThatMayBeMeant) {
     EXPECT_EQ(Run({"check", "-"}, strDocument).iCode, Run({"import", "-"}, strDocument).iCode);
 }
 
-TEST_F(CheckCommand, AForgottenVersionIsToldBeforeWhatFollowsFromIt) {
-    Import(Documents::Small());
+TEST_F(CheckCommand, AForgottenVersionIsToldInsteadOfWhatFollowsFromIt) {
     const std::string strDocument =
-        "<SAPolicy><complianceTemplates>\n<template name=\"t\" display_name=\"T\"><matchRule><buildingBlock "
-        "sourceType=\"KEYWORD\" sourceName=\"words\"/></matchRule></template></complianceTemplates></SAPolicy>";
+        "<SAPolicy>\n<digitalAssets><dictionary name=\"w\" type=\"any\" display_name=\"W\"><keyword score=\"1\">a"
+        "</keyword></dictionary></digitalAssets>\n<complianceTemplates>\n<template name=\"t\" display_name=\"T\">"
+        "<matchRule><buildingBlock sourceType=\"KEYWORD\" sourceName=\"w\"/></matchRule></template>"
+        "</complianceTemplates>\n<industries><industry name=\"i\"><template_id>t</template_id></industry>"
+        "</industries></SAPolicy>";
     const std::string strCause =
-        "template_version is missing or empty, so the document is read as one of the older layout; add "
-        "template_version=\"3.0.1000\" if that is not what it is\n";
-    EXPECT_EQ(Run({"check", "--format", "github", "-"}, strDocument).strOut,
-              "::warning file=-,line=1,col=1,title=DLP007 older-layout::" + strCause +
-                  "::error file=-,line=2,col=1,title=DLP021 no-display-name::the template \"t\" has no displayName; "
-                  "give it one, for people\n"
-                  "::warning file=-,line=2,col=20,title=DLP010 older-name-lost::display_name is lost: displayName is "
-                  "what is read in the older layout; write it as displayName\n");
-    const SToolRun run = Run({"import", "-"}, strDocument);
-    EXPECT_EQ(run.strErr.find("dlpctl: warning: -: " + strCause), 0U) << run.strErr;
-    EXPECT_NE(run.strOut.find("-:2:1: template \"t\" skipped: it has no displayName; give it one\n"), std::string::npos)
+        "template_version is missing or empty, so the document is read as one of the older layout and nothing of it "
+        "is taken; add template_version=\"3.0.1000\"";
+    const SToolRun check = RunOn("memory:", {"check", "--format", "github", "--allow", "DLP034", "-"}, strDocument);
+    EXPECT_EQ(check.strOut, "::error file=-,line=1,col=1,title=DLP007 older-layout::" + strCause +
+                                "; the rest is told as if it were there\n"
+                                "::notice file=-,line=2,col=37,title=DLP046 other-spelling::type is written \"any\", "
+                                "and read as Any; write it as it is read\n");
+    EXPECT_EQ(check.iCode, 1);
+    const SToolRun run = RunOn("memory:", {"import", "-"}, strDocument);
+    EXPECT_EQ(run.strErr.find("dlpctl: warning: -: " + strCause + '\n'), 0U) << run.strErr;
+    const std::string strAdvice = "; add template_version=\"3.0.1000\"\n";
+    EXPECT_NE(
+        run.strOut.find("-:2:1: section \"digitalAssets\" skipped: this section of the older layout is not taken" +
+                        strAdvice + "-:4:1: template \"t\" skipped: it has no displayName" + strAdvice),
+        std::string::npos)
         << run.strOut;
+    EXPECT_EQ(run.iCode, 1);
+    EXPECT_EQ(RunOn("memory:", {"import", "--report", "-", "--report-format", "github", "-"}, strDocument)
+                  .strOut.find("::error file=-,line=2,col=1,title=DLP008 older-section::the section \"digitalAssets\" "
+                               "of a document of the older layout is not taken" +
+                               strAdvice),
+              0U);
+}
+
+TEST_F(CheckCommand, AFixLeavesAForgottenVersionAsItIs) {
+    const std::string strDocument =
+        "<SAPolicy><complianceTemplates><template name=\"t\" display_name=\"T\"/>"
+        "</complianceTemplates></SAPolicy>";
+    const std::string strFile = m_dir.Write("p.xml", strDocument);
+    EXPECT_EQ(Run({"check", "--fix", strFile}).iCode, 1);
+    EXPECT_EQ(m_dir.Read("p.xml"), strDocument);
+}
+
+TEST_F(CheckCommand, AForgottenVersionHidesNothingElse) {
+    const std::string strAssets = "<SAPolicy>\n<digitalAssets/></SAPolicy>";
+    EXPECT_EQ(Rows(Run({"--json", "check", "-"}, strAssets).strOut), "1 DLP007 error\n1 DLP006 error\n");
+    const std::string strLanguage =
+        "<SAPolicy localization_language=\"Latin\"><complianceTemplates>\n<template name=\"t\" display_name=\"T\">"
+        "<matchRule>\n<buildingBlock sourceType=\"KEYWORD\" sourceName=\"none\"/></matchRule></template>"
+        "</complianceTemplates></SAPolicy>";
+    EXPECT_EQ(Rows(Run({"--json", "check", "-"}, strLanguage).strOut),
+              "1 DLP007 error\n1 DLP005 error\n3 DLP030 error\n");
+    EXPECT_EQ(Rows(Run({"--json", "check", "--allow", "DLP007", "-"}, strLanguage).strOut),
+              "2 DLP021 error\n2 DLP010 warning\n3 DLP030 error\n");
+}
+
+TEST_F(CheckCommand, AnAssetInASectionThatIsNotTakenIsPointedAt) {
+    const std::string strDocument =
+        "<SAPolicy>\n<digitalAssets>\n<dictionary name=\"w\" type=\"Any\" display_name=\"W\"/></digitalAssets>\n"
+        "<complianceTemplates><template name=\"t\" displayName=\"T\"><matchRule>\n<buildingBlock "
+        "sourceType=\"KEYWORD\" sourceName=\"w\"/></matchRule></template></complianceTemplates></SAPolicy>";
+    const Json report = Json::parse(Run({"--json", "check", "-"}, strDocument).strOut);
+    const Json& found = report["files"][0]["diagnostics"].back();
+    EXPECT_EQ(found["code"], "DLP030");
+    EXPECT_EQ(found["advice"], "import it first: the one of the document is not taken");
+    EXPECT_EQ(found["related"], Json::parse(R"({"message": "it stands here", "line": 3, "column": 1})"));
+}
+
+TEST_F(CheckCommand, AnUnknownTypeIsToldAlone) {
+    const auto fnFind = [&](const std::string& strAsset) {
+        std::string strFound;
+        const Json report =
+            Json::parse(Run({"--json", "check", "--assets", "-"}, Documents::Policy(strAsset, "")).strOut);
+        for (const Json& diagnostic : report["files"][0]["diagnostics"]) {
+            strFound += diagnostic["code"].get<std::string>() + ' ' + diagnostic["advice"].get<std::string>() + '\n';
+        }
+        return strFound;
+    };
+    const std::string strRest =
+        " minLength=\"8\" maxLength=\"9\" display_name=\"E\"><regularExpression>\\d</regularExpression>"
+        "<alphabetCharset>0</alphabetCharset></entity>";
+    EXPECT_EQ(fnFind("<entity name=\"e\" type=\" Type 2\"" + strRest), "DLP025 did you mean \"Type 2\"?\n");
+    EXPECT_EQ(fnFind("<entity name=\"e\" type=\"account\"" + strRest),
+              "DLP025 write one of Generic, Type 1, Type 2, Type 3\n");
+    EXPECT_EQ(fnFind("<dictionary name=\"d\" type=\"treshold\" threshold=\"1\" display_name=\"D\"><keyword "
+                     "score=\"1\">a</keyword></dictionary>"),
+              "DLP025 did you mean \"Threshold\"?\n");
+}
+
+TEST_F(CheckCommand, OfWhatIsNotTakenNothingElseIsTold) {
+    Import(Documents::Small());
+    EXPECT_EQ(
+        Rows(Run({"--json", "check", "-"},
+                 "<SAPolicy><complianceTemplates>\n<template name=\"b\" displayName=\"B\" builtin=\"1\" colour=\"\">"
+                 "\n<matchRule><buildingBlock sourceType=\"ENTITY\" entityHits=\"x\" sourceName=\"none\"/></matchRule>"
+                 "\n<matchRule/>text<note/></template>\n<template name=\"b\" displayName=\"B\"><matchRule>"
+                 "<buildingBlock sourceType=\"KEYWORD\" sourceName=\"words\"/></matchRule></template>"
+                 "</complianceTemplates></SAPolicy>")
+                 .strOut),
+        "1 DLP007 note\n2 DLP009 error\n");
+    EXPECT_EQ(Rows(Run({"--json", "check", "-"},
+                       Documents::Policy(Documents::Entity("e"),
+                                         "<template name=\"t\" display_name=\"T\"><matchRule>\n<buildingBlock "
+                                         "sourceType=\"entity\" sourceName=\"e\"/>\n<buildingBlock sourceName=\"e\" "
+                                         "entityHits=\"2\" operation=\"AND\"/></matchRule></template>"))
+                       .strOut),
+              "2 DLP031 error\n3 DLP031 error\n");
 }
 
 TEST_F(CheckCommand, AnotherWordForANameGivesTheName) {
