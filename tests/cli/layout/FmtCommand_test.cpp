@@ -125,11 +125,10 @@ TEST_F(FmtCommand, WhatIsNoDocumentIsToldWithItsPlaceAndStays) {
         {"empty.xml", "", ": the file is no XML: it is empty; check that this is the file you meant", 0},
         {"text.xml", "text", ": the file is no XML: there is no \"<\" in it; check that this is the file you meant", 0},
         {"bytes.xml", "<a>\xff</a>", ":1:4: the file is not UTF-8 from here on; save it as UTF-8", 1},
-        {"doctype.xml", "<!DOCTYPE a><a/>",
-         ":1:1: the file is no XML: a DOCTYPE is not allowed; remove it", 1},
+        {"doctype.xml", "<!DOCTYPE a><a/>", ":1:1: the file is no XML: a DOCTYPE is not allowed; remove it", 1},
         {"deep.xml", strDeep,
-         ":1:769: the file is no XML: elements are nested more than 256 deep; correct it here or shortly before this "
-         "place",
+         ":1:769: the file is no XML: \"<a>\" is nested deeper than 256 elements: \"<a>\" of line 1 is still open; end "
+         "some of them before it",
          1},
     };
     for (const SBad& bad : aBad) {
