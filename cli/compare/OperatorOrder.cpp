@@ -1,5 +1,10 @@
 #include "cli/compare/OperatorOrder.h"
 
+#include <algorithm>
+#include <iterator>
+#include <set>
+#include <utility>
+
 #include "cli/compare/ConditionTables.h"
 
 namespace {
@@ -30,6 +35,46 @@ CTruthTable WorkOutAndFirst(const RulesText& rules, const CConditionTables& tabl
     return *whole;
 }
 
+/** @return whether each element may hold or not, whatever the others do, and none takes away */
+bool AreIndependent(const SMatchRule& rule) {
+    std::set<std::pair<EElementType, std::wstring>> setNames;
+    return std::all_of(rule.vecElements.begin(), rule.vecElements.end(), [&](const SRuleElement& element) {
+        const bool bOpen =
+            element.eType == EElementType::KEYWORD || (element.eType == EElementType::ENTITY && element.iCount > 0);
+        return bOpen && element.eOperator != EOperator::EXCEPT &&
+               setNames.emplace(element.eType, element.strName).second;
+    });
+}
+
+/**
+ * With AND first, what holds one group joined by AND is enough. From left to right it is lost at any AND behind the
+ * group, and kept where there is none.
+ */
+SOperatorOrder CompareIndependent(const std::vector<SRuleElement>& vecElements) {
+    const auto fnIsAnd = [](const SRuleElement& element) { return element.eOperator != EOperator::OR; };
+    const auto fnIsOr = [](const SRuleElement& element) { return element.eOperator == EOperator::OR; };
+    const auto itBehindLast = std::find_if(vecElements.rbegin(), vecElements.rend(), fnIsAnd).base();
+    auto itFewest = vecElements.end();
+    auto itFewestEnd = vecElements.end();
+    for (auto itGroup = vecElements.begin(); itGroup != vecElements.end();) {
+        const auto itEnd = std::find_if(itGroup + 1, vecElements.end(), fnIsOr);
+        const bool bFewer = itFewest == vecElements.end() || itEnd - itGroup < itFewestEnd - itFewest;
+        if (itEnd < itBehindLast && bFewer) {
+            itFewest = itGroup;
+            itFewestEnd = itEnd;
+        }
+        itGroup = itEnd;
+    }
+    if (itFewest == vecElements.end()) {
+        return {false, {}};
+    }
+    CConditions conditions;
+    SOperatorOrder order{true, std::vector<SCondition>()};
+    std::transform(itFewest, itFewestEnd, std::back_inserter(*order.example),
+                   [&](const SRuleElement& element) { return conditions.Get(conditions.Add(element)); });
+    return order;
+}
+
 }  // namespace
 
 SOperatorOrder CompareOrders(const std::vector<SMatchRule>& vecRules) {
@@ -48,6 +93,9 @@ SOperatorOrder CompareOrders(const std::vector<SMatchRule>& vecRules) {
 }
 
 SOperatorOrder CompareOrders(const SMatchRule& rule) {
+    if (AreIndependent(rule)) {
+        return CompareIndependent(rule.vecElements);
+    }
     std::vector<SMatchRule> vecRules;
     for (const SRuleElement& element : rule.vecElements) {
         vecRules.push_back({{element}, element.eOperator});

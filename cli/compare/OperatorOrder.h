@@ -8,7 +8,7 @@
 
 /** What rules match if AND goes before OR, compared with how they are read: from left to right. */
 struct SOperatorOrder {
-    bool bMatters = true;  ///< also where more conditions are named than are tried out
+    bool bMatters = true;  ///< also where too many conditions that depend on each other are named
     /** What content holds, and nothing else that the rules name, that only matches if AND goes first. */
     std::optional<std::vector<SCondition>> example;
 };

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <random>
+
 #include "cli/compare/RuleText.h"
 
 namespace {
@@ -55,5 +57,22 @@ TEST(OperatorOrder, MattersWhereItIsNotKnown) {
     for (int i = 0; i < 20; ++i) {
         strRule += L" AND K:" + std::to_wstring(i);
     }
-    EXPECT_EQ(Show(strRule), "?");
+    EXPECT_EQ(Show(strRule), "K:a");
+    EXPECT_EQ(Show(strRule + L" AND K:a"), "?");
+}
+
+TEST(OperatorOrder, OfIndependentElementsTheSameIsSaidAsOfRules) {
+    std::mt19937 random(1);
+    for (int i = 0; i < 500; ++i) {
+        SMatchRule rule;
+        std::vector<SMatchRule> vecRules;
+        std::string strShown;
+        for (std::uint32_t j = 0; j <= random() % 8; ++j) {
+            const EOperator eOperator = random() % 2 == 0 ? EOperator::AND : EOperator::OR;
+            rule.vecElements.push_back({std::to_wstring(j), 0, eOperator, EElementType::KEYWORD});
+            vecRules.push_back({{rule.vecElements.back()}, eOperator});
+            strShown += eOperator == EOperator::AND ? " AND" : " OR";
+        }
+        EXPECT_EQ(Show(CompareOrders(rule)), Show(CompareOrders(vecRules))) << strShown;
+    }
 }
