@@ -6,11 +6,15 @@
 #include "cli/Suggestion.h"
 #include "cli/Text.h"
 #include "cli/Verdict.h"
+#include "cli/check/DiagnosticCodes.h"
 #include "cli/edit/Referrers.h"
+#include "cli/edit/StoreEdit.h"
 #include "platform/common/CException.h"
 #include "platform/common/TextConversion.h"
+#include "platform/common/TextTools.h"
 #include "platform/store/CSettingsStore.h"
 #include "platform/xml/CXMLWriter.h"
+#include "xml/Vocabulary.h"
 
 namespace {
 
@@ -38,6 +42,13 @@ void CheckRuleName(const SKind& kind, const std::string& strName) {
     }
 }
 
+void WarnOfBlanks(const std::string& strName, CStoreEdit& edit) {
+    if (OS::Trim(std::string_view(strName)).size() != strName.size()) {
+        const SCodeRow& row = GetCodeRow(ECode::BLANK_IN_NAME);
+        edit.Warn(FillSentence(row.pWhat, {TagUtf8::NAME, Text::Quoted(strName)}) + "; " + row.pAdvice);
+    }
+}
+
 }  // namespace
 
 std::string Called(const SKind& kind, const std::string& strName) {
@@ -56,7 +67,7 @@ CSettingsRow ReadOwn(const SKind& kind, const std::string& strName) {
     return row;
 }
 
-void NameRecord(const std::string& strName, CSettingsRow& row) {
+void NameRecord(const std::string& strName, CSettingsRow& row, CStoreEdit& edit) {
     const SKind& kind = GetKind(row.GetKind());
     CheckCharacters(strName);
     CheckRuleName(kind, strName);
@@ -68,4 +79,5 @@ void NameRecord(const std::string& strName, CSettingsRow& row) {
     }
     row.SetText(SUBJECT_COLUMN, std::move(strSubject));
     row.SetText(NAME_COLUMN, strName);
+    WarnOfBlanks(strName, edit);
 }

@@ -5,6 +5,8 @@
 #include "cli/Kinds.h"
 #include "platform/store/CSettingsRow.h"
 
+class CStoreEdit;
+
 /** @return the kind's word and the name, as messages call a record */
 std::string Called(const SKind& kind, const std::string& strName);
 
@@ -17,7 +19,8 @@ bool IsBuiltIn(const CSettingsRow& row);
 CSettingsRow ReadOwn(const SKind& kind, const std::string& strName);
 
 /**
- * Gives a record an internal name, and the subject identifier that goes with it.
+ * Gives a record an internal name, and the subject identifier that goes with it. One that a check would warn of is
+ * warned of.
  * @throws CToolError FINDINGS when a stored record has it; INVALID when no document or no rule can carry it
  */
-void NameRecord(const std::string& strName, CSettingsRow& row);
+void NameRecord(const std::string& strName, CSettingsRow& row, CStoreEdit& edit);

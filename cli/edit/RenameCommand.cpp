@@ -57,7 +57,7 @@ EVerdict Rename(CCommandContext& context, const SArguments& arguments) {
     CStoreEdit edit(context, HELP.pFormat, arguments.options);
     const CSettingsRow before = ReadOwn(kind, arguments.strOld);
     CSettingsRow after = before;
-    NameRecord(arguments.strNew, after);
+    NameRecord(arguments.strNew, after, edit);
     RenameMarkup(after);
     Replace(before, after);
     std::string strText = "~ " + Called(kind, arguments.strOld) + " is now " + Text::Quoted(arguments.strNew) + '\n';

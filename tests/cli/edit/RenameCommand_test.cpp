@@ -100,6 +100,13 @@ TEST_F(RenameCommand, NamesThatRulesCannotCarryAreRefused) {
                   "the name \"\\u0001\" cannot be written: the character U+0001 cannot be written in XML");
 }
 
+TEST_F(RenameCommand, ANameThatACheckWouldWarnOfIsWarnedOf) {
+    const std::string strWarning = "dlpctl: warning: the name \" x\" begins or ends with a blank; remove the blank\n";
+    EXPECT_EQ(Run({"rename", "template", "cards", " x", "--dry-run"}).strErr.find(strWarning), 0U);
+    EXPECT_EQ(Run({"rename", "keyword", "words", " x"}).strErr.find(strWarning), 0U);
+    EXPECT_EQ(Run({"expression", "new", " x", "--pattern", "a"}).strErr.find(strWarning), 0U);
+}
+
 TEST_F(RenameCommand, TakenAndUnknownNamesAreRefused) {
     ExpectRefused({"rename", "expression", "one", "two"}, 1, "expression \"two\" is stored already");
     ExpectRefused({"rename", "expression", "one", "one"}, 1, "expression \"one\" is stored already");
