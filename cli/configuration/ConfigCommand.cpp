@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <filesystem>
 #include <memory>
+#include <sstream>
 #include <string>
+#include <string_view>
 #include <system_error>
 #include <vector>
 
@@ -16,8 +18,11 @@
 #include "cli/CommandLine.h"
 #include "cli/NearestName.h"
 #include "cli/Text.h"
+#include "cli/check/DiagnosticCodes.h"
 #include "cli/configuration/Configuration.h"
+#include "cli/edit/GivenOption.h"
 #include "platform/common/TextConversion.h"
+#include "platform/common/TextTools.h"
 #include "platform/system/InstallPath.h"
 
 namespace {
@@ -47,6 +52,11 @@ constexpr SCommandHelp HELP = {
     "  dlpctl --json config\n",
     "dlpctl-config/1",
 };
+
+// How the help of an option writes what its value is.
+constexpr std::string_view CODE_FORM = "CODE";
+constexpr std::string_view NUMBER_FORM = "N";
+constexpr char CHOICE_END = '|';
 
 constexpr const char VARIABLE_PREFIX[] = "DLPCTL_";
 constexpr const char* ORIGINS[] = {"default", "file", "environment", "command line"};
@@ -152,8 +162,38 @@ void WarnOfUnknownVariables(CCommandContext& context, const CConfiguration& conf
     }
 }
 
+/** @return whether the option's own command takes the value, as far as the help's word for it tells */
+bool IsTaken(const SSetting& setting, const std::string& strValue) {
+    const std::string strForm = setting.pOption->get_type_name();
+    if (strForm == CODE_FORM) {
+        return FindCode(strValue) != nullptr;
+    }
+    if (strForm == NUMBER_FORM) {
+        return ReadNumber(strValue).has_value();
+    }
+    std::istringstream choices(strForm);
+    bool bAny = strForm.find(CHOICE_END) == std::string::npos;
+    for (std::string strChoice; !bAny && std::getline(choices, strChoice, CHOICE_END);) {
+        bAny = OS::EqualsNoCase(strChoice, std::string_view(strValue));
+    }
+    return bAny;
+}
+
+/** No other command looks at the values of its options. */
+void WarnOfRefusedValues(CCommandContext& context, const CConfiguration& configuration) {
+    for (const SSetting& setting : configuration.GetSettings()) {
+        for (const std::string& strValue : setting.vecValues) {
+            if (!setting.strPlace.empty() && !setting.IsFlag() && !IsTaken(setting, strValue)) {
+                context.Warn(setting.strPlace + ": dlpctl " + setting.strCommand + " does not take " +
+                             Text::Quoted(strValue) + " for --" + setting.strKey);
+            }
+        }
+    }
+}
+
 EVerdict List(CCommandContext& context, const CConfiguration& configuration, bool bOrigin) {
     WarnOfUnknownVariables(context, configuration);
+    WarnOfRefusedValues(context, configuration);
     if (context.IsJson()) {
         context.WriteJson(MakeJson(context, configuration));
     } else {

@@ -23,14 +23,19 @@ bool SGivenOption::IsGiven() const {
     return pOption != nullptr && pOption->count() != 0;
 }
 
-int SGivenOption::ToNumber() const {
+std::optional<int> ReadNumber(const std::string& strText) {
     int iNumber = 0;
     const char* pLast = strText.data() + strText.size();
     const auto [pEnd, eError] = std::from_chars(strText.data(), pLast, iNumber);
-    if (eError != std::errc() || pEnd != pLast) {
+    return eError == std::errc() && pEnd == pLast ? std::optional(iNumber) : std::nullopt;
+}
+
+int SGivenOption::ToNumber() const {
+    const std::optional<int> number = ReadNumber(strText);
+    if (!number) {
         Refuse(*this, NO_NUMBER);
     }
-    return iNumber;
+    return *number;
 }
 
 bool SGivenOption::ToFlag() const {

@@ -1,11 +1,15 @@
 #pragma once
 
+#include <optional>
 #include <string>
 
 namespace CLI {
 class App;
 class Option;
 }  // namespace CLI
+
+/** @return the whole number of 32 bits that the text is; nothing when it is none */
+std::optional<int> ReadNumber(const std::string& strText);
 
 /** An option whose value may be left out, or be empty, which are not the same. */
 struct SGivenOption {

@@ -238,8 +238,26 @@ TEST_F(Configuration, VariablesThatAreNotReadAreWarnedOf) {
     ::setenv("DLPCTL_STORE", "sqlite:x.db", 1);
     ::setenv("DLPCTL_HOME", "", 1);
     const std::string strStore = "dlpctl: warning: $DLPCTL_STORE is not read; the variable of --store is DLP_STORE\n";
-    EXPECT_EQ(Run({"list", "keywords"}).strErr, strStore + "The store holds no keyword lists; dlpctl import FILE reads a policy into it.\n");
+    EXPECT_EQ(Run({"list", "keywords"}).strErr,
+              strStore + "The store holds no keyword lists; dlpctl import FILE reads a policy into it.\n");
     ::setenv("DLPCTL_HOME", "/opt", 1);
     EXPECT_EQ(Run({"config"}).strErr,
               strStore + "dlpctl: warning: $DLPCTL_HOME is not read; the variable of --home is DLP_INSTALL_PATH\n");
+}
+
+TEST_F(Configuration, ValuesThatTheirCommandWouldRefuseAreWarnedOf) {
+    WriteFile("[check]\nformat = 'xml'\nallow = ['DLP034', 'DLP00']\n");
+    ::setenv("DLPCTL_KEYWORDS_NEW_THRESHOLD", "few", 1);
+    ::setenv("DLPCTL_KEYWORDS_NEW_TYPE", "any", 1);
+    ::setenv("DLPCTL_CHECK_FAIL_ON", "note", 1);
+    const SToolRun run = Run({"config"});
+    EXPECT_EQ(run.iCode, 0);
+    EXPECT_EQ(run.strErr,
+              "dlpctl: warning: " + m_strFile +
+                  ":3:1: dlpctl check does not take \"DLP00\" for --allow\n"
+                  "dlpctl: warning: " +
+                  m_strFile +
+                  ":2:1: dlpctl check does not take \"xml\" for --format\n"
+                  "dlpctl: warning: $DLPCTL_KEYWORDS_NEW_THRESHOLD: dlpctl keywords new does not take \"few\" for "
+                  "--threshold\n");
 }
