@@ -8,6 +8,7 @@
 
 #include "cli/InputFile.h"
 #include "cli/Text.h"
+#include "cli/check/MeantName.h"
 #include "platform/store/StoreError.h"
 #include "templates/DLPXmlNormalizer.h"
 #include "xml/Vocabulary.h"
@@ -178,7 +179,8 @@ Json MakeWholeItemJson(const SReportItem& item) {
     if (item.IsUnknownReference()) {
         object["reference"] = {{"kind", Row(Row(*item.fault).eKind).pCode},
                                {"name", item.strFaulty},
-                               {"nearest", TextOrNull(item.strNearest)}};
+                               {"nearest", TextOrNull(item.strNearest)},
+                               {"older_name", TextOrNull(item.strWritten)}};
     }
     object["foreign_children"] = MakeForeignJson(item);
     Json& unknown = object["unknown_references"] = Json::array();
@@ -263,6 +265,12 @@ Json MakeReportJson(const SImportReport& report) {
         object["message"] = report.strReason;
         object["line"] = LineOrNull(report.place);
         object["column"] = ColumnOrNull(report.place);
+        object["related"] = Json();
+        if (report.related) {
+            object["related"] = {{"message", report.related->strMessage},
+                                 {"line", LineOrNull(report.related->place)},
+                                 {"column", ColumnOrNull(report.related->place)}};
+        }
     }
     return object;
 }
@@ -270,7 +278,8 @@ Json MakeReportJson(const SImportReport& report) {
 std::string ExplainItem(const SReportItem& item) {
     const SReason& reason = Row(item.eReason);
     if (item.eReason == EReason::UNKNOWN_ELEMENT) {
-        return reason.pWhy + Text::Printable(item.strDetail) + "; " + AdviseElement(item.strNearest);
+        return reason.pWhy + Text::Printable(item.strDetail) + "; " +
+               AdviseElement(item.strDetail, item.strName, item.strNearest);
     }
     if (item.eReason == EReason::UNKNOWN_TEMPLATE) {  // blanks may be what is wrong with its name
         return reason.pWhy + Text::Quoted(item.strDetail) + "; " + AdviseTemplate(item.strNearest);
@@ -342,10 +351,6 @@ std::string AdviseReference(const std::string& strNearest) {
 std::string AdviseTemplate(const std::string& strNearest) {
     return strNearest.empty() ? "correct the name or remove the entry"
                               : "did you mean " + Text::Quoted(strNearest) + '?';
-}
-
-std::string AdviseElement(const std::string& strMeant) {
-    return strMeant.empty() ? "correct its name, or remove it" : "did you mean " + Text::Quoted(strMeant) + '?';
 }
 
 std::string DescribeForeign(const SForeignChild& foreign) {

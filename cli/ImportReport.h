@@ -110,7 +110,5 @@ std::string QuoteReference(const std::string& strName, std::string_view strWritt
 std::string AdviseReference(const std::string& strNearest);
 /** @return "correct the name …", or the template that is most likely meant by an entry of a category */
 std::string AdviseTemplate(const std::string& strNearest);
-/** @return "correct its name …", or the name that is most likely meant */
-std::string AdviseElement(const std::string& strMeant);
 /** @return "a rule: P:card(2)": what a template's foreign child is read as, printable */
 std::string DescribeForeign(const SForeignChild& foreign);

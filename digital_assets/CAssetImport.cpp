@@ -146,6 +146,18 @@ void LogMissingChild(const SChild& child, std::string_view strDisplayName) {
     }
 }
 
+/** What is written there is meant to be kept as much as the asset. */
+void TellUnknownChildren(const CXMLView& asset, CImportObserver* pObserver) {
+    if (asset.Name() == KEYWORD_FORMAT.pElement) {
+        ::TellUnknownElements(asset, {TagUtf8::KEYWORD}, pObserver);
+    } else if (asset.Name() == EXPRESSION_FORMAT.pElement) {
+        ::TellUnknownElements(
+            asset,
+            {TagUtf8::REGULAR_EXPRESSION, TagUtf8::ALPHABET_CHARSET, TagUtf8::PATTERN_FOR_DISPLAY, TagUtf8::EXAMPLES},
+            pObserver);
+    }
+}
+
 }  // namespace
 
 int Import(EImport eImport, const OS::x_wstring& strScope, CPolicyDocument& document,
@@ -157,9 +169,11 @@ void TellUnknownElements(const CXMLView& root, CImportObserver* pObserver) {
     ::TellUnknownElements(
         root, {TagUtf8::DIGITAL_ASSETS, TagUtf8::COMPLIANCE_TEMPLATES, TagUtf8::INDUSTRIES, TagUtf8::REGIONS},
         pObserver);
-    for (CXMLView section = root.FirstChild(); section; section = section.NextSibling()) {
-        if (section.Name() == TagUtf8::DIGITAL_ASSETS) {
-            ::TellUnknownElements(section, {EXPRESSION_FORMAT.pElement, KEYWORD_FORMAT.pElement}, pObserver);
+    for (CXMLView section = root.FirstChild(TagUtf8::DIGITAL_ASSETS); section;
+         section = section.NextSibling(TagUtf8::DIGITAL_ASSETS)) {
+        ::TellUnknownElements(section, {EXPRESSION_FORMAT.pElement, KEYWORD_FORMAT.pElement}, pObserver);
+        for (CXMLView asset = section.FirstChild(); asset; asset = asset.NextSibling()) {
+            TellUnknownChildren(asset, pObserver);
         }
     }
 }

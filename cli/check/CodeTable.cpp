@@ -167,16 +167,19 @@ constexpr SCodeRow CODES[] = {
     {ECode::UNKNOWN_ELEMENT, "DLP011", ESeverity::WARNING, "unknown-element",
      "{} is no element of a policy",
      "{}",
-     "An import passes over elements that it does not know, with all that they hold. Most often a letter "
-     "is wrong. Names are case-sensitive.",
-     R"(<dictionary name="terms" type="Any" display_name="Terms">
-  <keyword score="1">one</keyword>
-  <keywrd score="1">two</keywrd>
-</dictionary>)",
-     R"(<dictionary name="terms" type="Any" display_name="Terms">
-  <keyword score="1">one</keyword>
-  <!-- <keywrd score="1">two</keywrd> -->
-</dictionary>)"},
+     "A building block has no child elements: what stands in one is passed over. In a keyword or another text "
+     "an element is not seen: its text is read as a part of the whole. Where elements are read, an unknown one is "
+     "lost, DLP018.",
+     R"(<template name="notes" display_name="Notes">
+  <matchRule>
+    <buildingBlock sourceType="KEYWORD" sourceName="words"><note>words of ours</note></buildingBlock>
+  </matchRule>
+</template>)",
+     R"(<template name="notes" display_name="Notes">
+  <matchRule>
+    <buildingBlock sourceType="KEYWORD" sourceName="words"><!-- words of ours --></buildingBlock>
+  </matchRule>
+</template>)"},
     {ECode::MISPLACED_ELEMENT, "DLP012", ESeverity::WARNING, "misplaced-element",
      "{} is not read here, in {}",
      "move it to where it belongs, or remove it",
@@ -258,9 +261,9 @@ constexpr SCodeRow CODES[] = {
     {ECode::LOST_ELEMENT, "DLP018", ESeverity::ERROR, "lost-element",
      "no policy has {} in {}: an import passes it over with all that it holds",
      "{}",
-     "Sections, assets, templates, industries, regions and their entries are found by the names of their "
-     "elements, letter for letter. One that is spelt in another way is no item, and nothing of it is "
-     "stored.",
+     "Sections, assets, the parts of an expression, keywords, templates, industries, regions and their entries "
+     "are found by the names of their elements, letter for letter. One that is spelt in another way is no item, "
+     "and nothing of it is stored.",
      R"(<SAPolicy template_version="3.0.1000">
   <complianceTemplates>
     <template name="cards" display_name="Cards">
@@ -584,7 +587,7 @@ constexpr SCodeRow CODES[] = {
 </entity>)"},
     {ECode::PATTERN_REFUSED, "DLP040", ESeverity::WARNING, "pattern-refused",
      "the pattern is refused by PCRE2: {}",
-     "correct it here or shortly before this place",
+     "{}",
      "Patterns are kept and moved as they are, and which dialect the engine speaks is not known here, so "
      "this is a warning; with --strict it is an error.",
      R"(<entity name="account" type="Generic" display_name="Account">

@@ -60,9 +60,9 @@ bool TellItem(const SReportItem& item, std::string_view strText, CDiagnostics& d
             vecWhat.emplace_back(item.GetDisplayNameAttribute());
         }
         const bool bText = item.eReason == EReason::UNKNOWN_TEMPLATE;
-        SDiagnostic* pDiagnostic =
-            diagnostics.Add(told.eCode, bText ? FindTextOffset(strText, item.iOffset, 0) : item.iOffset, vecWhat,
-                            {bText ? AdviseTemplate(item.strNearest) : AdviseElement(item.strNearest)});
+        SDiagnostic* pDiagnostic = diagnostics.Add(
+            told.eCode, bText ? FindTextOffset(strText, item.iOffset, 0) : item.iOffset, vecWhat,
+            {bText ? AdviseTemplate(item.strNearest) : AdviseElement(item.strDetail, item.strName, item.strNearest)});
         if (pDiagnostic != nullptr && item.FollowsFromVersion()) {
             pDiagnostic->strAdvice = AdviseVersion();
         }

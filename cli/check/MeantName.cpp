@@ -4,6 +4,7 @@
 #include <iterator>
 
 #include "cli/NearestName.h"
+#include "cli/Text.h"
 #include "cli/check/DocumentShape.h"
 #include "platform/common/TextTools.h"
 #include "xml/Vocabulary.h"
@@ -62,6 +63,12 @@ constexpr SSlip SLIPS[] = {
     {TagUtf8::REGION, "template", TagUtf8::TEMPLATE_ID},
 };
 
+/** The sections whose items people take for elements of their own. */
+constexpr std::pair<std::string_view, const char*> CATEGORIES[] = {{TagUtf8::INDUSTRIES, TagUtf8::INDUSTRY},
+                                                                   {TagUtf8::REGIONS, TagUtf8::REGION}};
+
+constexpr const char CORRECT[] = "correct its name, or remove it";
+
 }  // namespace
 
 std::string FindSlip(std::string_view strPlace, std::string_view strWritten) {
@@ -69,6 +76,19 @@ std::string FindSlip(std::string_view strPlace, std::string_view strWritten) {
         return slip.strPlace == strPlace && OS::EqualsNoCase(slip.strWritten, strWritten);
     });
     return pSlip == std::end(SLIPS) ? std::string() : pSlip->pMeant;
+}
+
+std::string AdviseElement(std::string_view strPlace, std::string_view strWritten, const std::string& strMeant) {
+    if (!strMeant.empty()) {
+        return "did you mean " + Text::Quoted(strMeant) + '?';
+    }
+    for (const auto& [strSection, pItem] : CATEGORIES) {
+        if (strSection == strPlace) {
+            return std::string("write <") + pItem + " name=\"" + Text::Printable(strWritten) +
+                   "\"> if that is its name, or remove it";
+        }
+    }
+    return CORRECT;
 }
 
 std::string CMeantNames::Find(std::string_view strPlace, std::string_view strWritten,

@@ -10,6 +10,9 @@
 /** @return what is usually meant by that word for an element or attribute in the element strPlace; empty for others */
 std::string FindSlip(std::string_view strPlace, std::string_view strWritten);
 
+/** @return what to do about an unknown element @param strMeant what is most likely meant by it; "" when none is near */
+std::string AdviseElement(std::string_view strPlace, std::string_view strWritten, const std::string& strMeant);
+
 /**
  * What is most likely meant by the unknown names of one file. Looking for the nearest name takes long, and nobody reads
  * hundreds of them: so many different ones are looked for, and what is known without looking is said of all.

@@ -5,6 +5,7 @@
 #include "cli/Text.h"
 #include "cli/check/CheckedDocument.h"
 #include "cli/check/PatternProbe.h"
+#include "cli/check/PatternSample.h"
 #include "digital_assets/AssetFormat.h"
 
 namespace {
@@ -12,6 +13,8 @@ namespace {
 /** For one document, enough for some thousands of patterns: trying any number would take longer than anybody waits. */
 constexpr std::size_t MAX_EFFORT = 80000;
 
+constexpr const char CORRECT_HERE[] = "correct it here or shortly before this place";
+constexpr const char MATCH_FIRST[] = "let it match something before it calls itself";
 constexpr const char RECURSES[] = "it calls itself again at the same place, without end";
 
 /** @return all that says what an expression finds, however it is written */
@@ -44,12 +47,13 @@ class CPatternCheck {
         };
         if (probe.GetRefusal()) {
             m_document.diagnostics.Add(ECode::PATTERN_REFUSED, fnPlace(probe.GetRefusal()->iByte),
-                                       {probe.GetRefusal()->strWhy});
+                                       {probe.GetRefusal()->strWhy}, {CORRECT_HERE});
             return;
         }
         const EShortTrial eTrial = probe.TryShortTexts();
         if (eTrial == EShortTrial::RECURSES_FOREVER) {
-            m_document.diagnostics.Add(ECode::PATTERN_REFUSED, fnPlace(0), {RECURSES});
+            m_document.diagnostics.Add(ECode::PATTERN_REFUSED, fnPlace(FindPatternCall(strPattern)), {RECURSES},
+                                       {MATCH_FIRST});
         } else if (eTrial == EShortTrial::MATCHES_EMPTY) {
             m_document.diagnostics.Add(ECode::PATTERN_EMPTY, fnPlace(0));
         }

@@ -192,8 +192,41 @@ class CSampler {
     bool m_bAlternatives = false;
 };
 
+/** What a call of the whole pattern or of one of its groups begins with; where a number follows, signed or not. */
+constexpr std::string_view CALLS[] = {"(?R", "(?&", "(?P>", "\\g<", "\\g'"};
+constexpr std::string_view NUMBERED_CALL = "(?";
+constexpr std::string_view DIGITS = "0123456789";
+constexpr std::string_view SIGNS = "+-";
+
+bool IsCall(std::string_view strText) {
+    if (std::any_of(std::begin(CALLS), std::end(CALLS),
+                    [&](std::string_view strCall) { return strText.starts_with(strCall); })) {
+        return true;
+    }
+    if (!strText.starts_with(NUMBERED_CALL)) {
+        return false;
+    }
+    strText.remove_prefix(NUMBERED_CALL.size());
+    const std::size_t iNumber = std::min(strText.find_first_not_of(SIGNS), strText.size());
+    return iNumber <= 1 && DIGITS.find(strText.substr(iNumber, 1)) != std::string_view::npos &&
+           iNumber < strText.size();
+}
+
 }  // namespace
 
 SPatternSample SamplePattern(std::string_view strPattern) {
     return CSampler(strPattern).Run();
+}
+
+std::size_t FindPatternCall(std::string_view strPattern) {
+    bool bClass = false;
+    for (std::size_t i = 0; i < strPattern.size(); ++i) {
+        const char c = strPattern[i];
+        if (!bClass && IsCall(strPattern.substr(i))) {
+            return i;
+        }
+        i += c == '\\' ? 1 : 0;
+        bClass = bClass ? c != ']' : c == '[';
+    }
+    return 0;
 }

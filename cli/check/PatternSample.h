@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -13,3 +14,6 @@ struct SPatternSample {
 
 /** @param strPattern UTF-8 that the engine takes */
 SPatternSample SamplePattern(std::string_view strPattern);
+
+/** @return where a pattern first calls itself or a part of itself; its beginning when it does not */
+std::size_t FindPatternCall(std::string_view strPattern);

@@ -146,8 +146,11 @@ class CShapeCheck {
                                                 TagUtf8::REGIONS, TagUtf8::REGION};
         const bool bOfTemplates =
             std::find(std::begin(OF_TEMPLATES), std::end(OF_TEMPLATES), parent.strName) != std::end(OF_TEMPLATES);
-        return parent.strName == TagUtf8::SA_POLICY || parent.strName == TagUtf8::DIGITAL_ASSETS ||
-               (bOfTemplates && !m_document.bAssetsOnly);
+        constexpr const char* OF_ASSETS[] = {TagUtf8::SA_POLICY, TagUtf8::DIGITAL_ASSETS, TagUtf8::ENTITY,
+                                             TagUtf8::DICTIONARY};
+        const bool bOfAssets =
+            std::find(std::begin(OF_ASSETS), std::end(OF_ASSETS), parent.strName) != std::end(OF_ASSETS);
+        return bOfAssets || (bOfTemplates && !m_document.bAssetsOnly);
     }
 
     void TellMisplaced(const SShape& parent, std::string_view strName, std::size_t iTag) {
@@ -155,8 +158,9 @@ class CShapeCheck {
             return;  // read all the same, and told of with the rules
         }
         if (HoldsItems(parent)) {
-            m_document.diagnostics.Add(ECode::LOST_ELEMENT, iTag, {Text::Quoted(strName), Text::Quoted(parent.strName)},
-                                       {Suggest(parent, strName, parent.vecChildren)});
+            m_document.diagnostics.Add(
+                ECode::LOST_ELEMENT, iTag, {Text::Quoted(strName), Text::Quoted(parent.strName)},
+                {AdviseElement(parent.strName, strName, m_meant.Find(parent.strName, strName, parent.vecChildren))});
         } else if (m_shape.Find(strName) != nullptr) {
             m_document.diagnostics.Add(ECode::MISPLACED_ELEMENT, iTag,
                                        {Text::Quoted(strName), Text::Quoted(parent.strName)});

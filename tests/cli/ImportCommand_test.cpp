@@ -216,9 +216,11 @@ TEST_F(ImportCommand, JsonSaysWhatOfARuleCannotBeImported) {
     Import(Policy(Entity("card"), "<template name=\"z\" display_name=\"Z\"/>"));
     const std::pair<std::string, Json> aRules[] = {
         {R"(<matchRule><buildingBlock sourceType="ENTITY" sourceName="crad"/></matchRule>)",
-         {"unknown-expression", {{"kind", "expression"}, {"name", "crad"}, {"nearest", "card"}}, 0}},
+         {"unknown-expression",
+          {{"kind", "expression"}, {"name", "crad"}, {"nearest", "card"}, {"older_name", nullptr}},
+          0}},
         {R"(<matchRule><buildingBlock sourceType="KEYWORD" sourceName="w"/></matchRule>)",
-         {"unknown-keyword", {{"kind", "keyword"}, {"name", "w"}, {"nearest", nullptr}}, 0}},
+         {"unknown-keyword", {{"kind", "keyword"}, {"name", "w"}, {"nearest", nullptr}, {"older_name", nullptr}}, 0}},
         {R"(<matchRule><buildingBlock sourceType="Entity" sourceName="card"/></matchRule>)",
          {"source-type", nullptr, 0}},
         {R"(<matchRule><buildingBlock sourceType="ENTITY" sourceName="card" operation="EXCEPT"/></matchRule>)",
@@ -432,6 +434,12 @@ TEST_F(ImportCommand, XmlThatIsRefusedIsSaidWithItsPlaceInTheFile) {
     EXPECT_EQ(m_dir.Read("store.db"), "");
 }
 
+TEST_F(ImportCommand, JsonHoldsTheOtherPlaceThatARefusalSpeaksOf) {
+    const Json report = Json::parse(Run({"--json", "import", "-"}, "<a>\n <b>\n</a>").strOut);
+    EXPECT_EQ(report["related"], Json::parse(R"({"message": "\"<b>\" begins here", "line": 2, "column": 2})"));
+    EXPECT_EQ(Json::parse(Run({"--json", "import", "-"}, "<a/>").strOut)["related"], Json());
+}
+
 TEST_F(ImportCommand, AFileThatCannotBeReadIsSaidInTheSystemsWords) {
     EXPECT_EQ(Run({"import", m_dir.Path("none")}).strErr,
               "dlpctl: " + m_dir.Path("none") + ": No such file or directory; nothing was written\n");
@@ -452,7 +460,8 @@ TEST_F(ImportCommand, AFileThatCannotBeReadIsSaidInTheSystemsWords) {
                             {"not_found", Json::array()},
                             {"message", "No such file or directory"},
                             {"line", nullptr},
-                            {"column", nullptr}}));
+                            {"column", nullptr},
+                            {"related", nullptr}}));
 }
 
 TEST_F(ImportCommand, AFileThatMayNotBeReadIsSaid) {

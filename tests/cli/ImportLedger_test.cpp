@@ -193,6 +193,42 @@ TEST_F(ImportLedger, ElementsThatStandWhereItemsDoAndAreNoneAreSkipped) {
         "passes it over with all that it holds; correct its name, or remove it\n");
 }
 
+TEST_F(ImportLedger, WhatIsLostOfAnAssetIsToldByImportAndCheck) {
+    const std::string strDocument =
+        "<SAPolicy template_version=\"3\"><digitalAssets>\n<dictionary name=\"d\" type=\"Any\" display_name=\"D\">"
+        "<keyword score=\"1\">a</keyword>\n<word>b</word></dictionary>\n<entity name=\"e\" type=\"Generic\" "
+        "display_name=\"E\"><regularExpression>x</regularExpression>\n<example>x</example></entity></digitalAssets>"
+        "<complianceTemplates><template name=\"t\" display_name=\"T\"/></complianceTemplates></SAPolicy>";
+    EXPECT_EQ(Fates(Report({}, strDocument)),
+              "keyword d created  2:1\n"
+              "element word skipped unknown-element 3:1\n"
+              "expression e created  4:1\n"
+              "element example skipped unknown-element 5:1\n"
+              "template t created  5:67\n");
+    const SToolRun run = Run({"-q", "import", "-"}, strDocument);
+    EXPECT_EQ(run.iCode, 1);
+    EXPECT_EQ(run.strOut,
+              "-:3:1: element \"word\" skipped: no policy has it in dictionary; did you mean \"keyword\"?\n"
+              "-:5:1: element \"example\" skipped: no policy has it in entity; did you mean \"examples\"?\n");
+    EXPECT_EQ(
+        Run({"check", "--format", "github", "--allow", "DLP035", "--allow", "DLP060", "-"}, strDocument).strOut,
+        "::error file=-,line=3,col=1,title=DLP018 lost-element::no policy has \"word\" in \"dictionary\": an import "
+        "passes it over with all that it holds; did you mean \"keyword\"?\n"
+        "::error file=-,line=5,col=1,title=DLP018 lost-element::no policy has \"example\" in \"entity\": an import "
+        "passes it over with all that it holds; did you mean \"examples\"?\n");
+}
+
+TEST_F(ImportLedger, AnElementNamedAsACategoryIsToldHowToWriteIt) {
+    const std::string strDocument = Replace(Small(), "</industries>", "\n<banking/></industries>");
+    const std::string strAdvice = "; write <industry name=\"banking\"> if that is its name, or remove it\n";
+    const SToolRun run = Run({"-q", "import", "-"}, strDocument);
+    EXPECT_NE(run.strOut.find("element \"banking\" skipped: no policy has it in industries" + strAdvice),
+              std::string::npos)
+        << run.strOut;
+    const std::string strFound = Run({"check", "--format", "github", "-"}, strDocument).strOut;
+    EXPECT_NE(strFound.find("passes it over with all that it holds" + strAdvice), std::string::npos) << strFound;
+}
+
 TEST_F(ImportLedger, OfManyUnknownElementsTheFirstThousandAreItems) {
     std::string strMany;
     for (int i = 0; i < 1002; ++i) {

@@ -315,7 +315,7 @@ TEST_F(CheckCommand, WhatIsLostIsAnErrorWithTheNameThatMayBeMeant) {
         "::error file=-,line=4,col=1,title=DLP018 lost-element::no policy has \"templte\" in "
         "\"complianceTemplates\": an import passes it over with all that it holds; did you mean \"template\"?\n"
         "::error file=-,line=5,col=1,title=DLP018 lost-element::no policy has \"notes\" in \"SAPolicy\": an import "
-        "passes it over with all that it holds; remove it\n");
+        "passes it over with all that it holds; correct its name, or remove it\n");
     EXPECT_EQ(Run({"check", "-"}, strDocument).iCode, Run({"import", "-"}, strDocument).iCode);
 }
 
@@ -442,7 +442,7 @@ TEST_F(CheckCommand, AnotherWordForANameGivesTheName) {
     }
     EXPECT_EQ(strAdvice,
               "2 DLP018 did you mean \"industries\"?\n"
-              "4 DLP011 did you mean \"keyword\"?\n"
+              "4 DLP018 did you mean \"keyword\"?\n"
               "5 DLP013 did you mean \"score\"?\n"
               "7 DLP018 did you mean \"template\"?\n"
               "9 DLP013 did you mean \"sourceType\"?\n"
@@ -564,14 +564,14 @@ TEST_F(CheckCommand, PatternsThatFindNothingOrNeverEndAreTold) {
                                     Documents::Policy("\n<entity name=\"a\" type=\"Generic\" display_name=\"A\">"
                                                       "<regularExpression>(?=a)</regularExpression></entity>\n"
                                                       "<entity name=\"r\" type=\"Generic\" display_name=\"R\">"
-                                                      "<regularExpression>(?R)?a</regularExpression></entity>",
+                                                      "<regularExpression>x|(?R)?a</regularExpression></entity>",
                                                       ""))
                                     .strOut;
     EXPECT_EQ(strRows,
               "::warning file=-,line=2,col=69,title=DLP042 pattern-empty::the pattern matches the empty string; make "
               "something in it mandatory\n"
-              "::warning file=-,line=3,col=69,title=DLP040 pattern-refused::the pattern is refused by PCRE2: it calls "
-              "itself again at the same place, without end; correct it here or shortly before this place\n");
+              "::warning file=-,line=3,col=71,title=DLP040 pattern-refused::the pattern is refused by PCRE2: it calls "
+              "itself again at the same place, without end; let it match something before it calls itself\n");
 }
 
 TEST_F(CheckCommand, PatternsThatCouldNotBeTriedAreTold) {
@@ -789,6 +789,11 @@ TEST_F(CheckCommand, AnOlderNameIsToldBesideTheOneOfToday) {
                                ", which is not stored; import that first, or correct the name\n"),
               std::string::npos)
         << strImported;
+    EXPECT_EQ(Json::parse(Run({"--json", "import", strFile}).strOut)["items"][0]["reference"],
+              Json({{"kind", "expression"},
+                    {"name", "payment-card"},
+                    {"nearest", nullptr},
+                    {"older_name", "Credit Card Number"}}));
     Run({"import", "--report", m_dir.Path("r.txt"), "--report-format", "github", strFile});
     EXPECT_NE(m_dir.Read("r.txt").find(strBoth), std::string::npos) << m_dir.Read("r.txt");
 }
