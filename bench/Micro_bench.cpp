@@ -11,10 +11,12 @@
 #include "bench/PolicyGenerator.h"
 #include "platform/common/TextConversion.h"
 #include "platform/xml/CXMLParser.h"
+#include "platform/xml/CXMLTree.hpp"
 #include "platform/xml/CXMLWriter.h"
 #include "platform/xml/XMLGate.hpp"
 #include "templates/MatchRule.h"
 #include "templates/PatternMatcher.h"
+#include "templates/SPreparedTemplate.h"
 
 namespace {
 
@@ -91,6 +93,13 @@ void GateAndTree(benchmark::State& state) {
     CountBytes(state, Policy().size());
 }
 
+void Tree(benchmark::State& state) {
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(CXMLTree::Parse(Policy()));
+    }
+    CountBytes(state, Policy().size());
+}
+
 void WriteTree(benchmark::State& state) {
     CXMLParser document;
     document.LoadUtf8(Policy());
@@ -135,6 +144,21 @@ void ParseRules(benchmark::State& state) {
     state.SetItemsProcessed(state.iterations());
 }
 
+/** A stored template as an export reads it: gate, tree, rules and what they refer to, markup. */
+void PrepareTemplate(benchmark::State& state) {
+    CSettingsRow row(ESettingsKind::TEMPLATE);
+    row.SetText(TemplateColumn::DISPLAY_NAME, "Cards");
+    row.SetText(TemplateColumn::ELEMENT,
+                "<template name=\"cards\"><matchRule operation=\"OR\"><buildingBlock sourceType=\"ENTITY\" "
+                "entityHits=\"2\" sourceName=\"card\"/><buildingBlock sourceType=\"KEYWORD\" sourceName=\"words\" "
+                "operation=\"AND\"/></matchRule></template>");
+    CAssetNames names;
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(SPreparedTemplate::Make(row, names));
+    }
+    state.SetItemsProcessed(state.iterations());
+}
+
 void MatchPattern(benchmark::State& state) {
     const CPattern pattern(L"{(AND)|(OR)|(EXCEPT)}");
     std::wstring strText(10000, L'A');
@@ -146,23 +170,48 @@ void MatchPattern(benchmark::State& state) {
     CountBytes(state, strText.size());
 }
 
-CSettingsRow MakeRow(std::size_t i) {
+CSettingsRow MakeRow(std::size_t i, char c = 'x') {
     CSettingsRow row(ESettingsKind::EXPRESSION);
     row.SetText(AssetColumn::SUBJECT, "subject " + std::to_string(i));
     row.SetText(AssetColumn::NAME, "name " + std::to_string(i));
-    row.SetText(ExpressionColumn::PATTERN, std::string(200, 'x'));
+    row.SetText(ExpressionColumn::PATTERN, std::string(200, c));
     return row;
 }
 
-void SaveRows(benchmark::State& state, bool bOnDisk) {
+/** One unit of work, as an import: each record is looked up first. */
+void SaveAll(char c) {
+    CSettingsTransaction unit;
+    for (std::size_t i = 0; i < ROWS; ++i) {
+        const CSettingsRow row = MakeRow(i, c);
+        const auto pFound = CSettingsStore::Current().FindOne(ESettingsKind::EXPRESSION, AssetColumn::SUBJECT,
+                                                              row.GetText(AssetColumn::SUBJECT));
+        if (pFound == nullptr || *pFound != row) {
+            CSettingsStore::Current().Save(row);
+        }
+    }
+    unit.Commit();
+}
+
+void InsertRows(benchmark::State& state, bool bOnDisk) {
+    CScratchStore store(bOnDisk);
+    for (auto _ : state) {
+        state.PauseTiming();
+        store.OpenEmpty();
+        state.ResumeTiming();
+        SaveAll('x');
+    }
+    state.SetItemsProcessed(static_cast<std::int64_t>(state.iterations() * ROWS));
+}
+
+/** @param bChanged whether each record that is saved differs from the one that is there */
+void SaveRowsAgain(benchmark::State& state, bool bOnDisk, bool bChanged) {
     CScratchStore store(bOnDisk);
     store.OpenEmpty();
+    SaveAll('x');
+    char c = 'x';
     for (auto _ : state) {
-        CSettingsTransaction unit;
-        for (std::size_t i = 0; i < ROWS; ++i) {
-            CSettingsStore::Current().Save(MakeRow(i));
-        }
-        unit.Commit();
+        c = bChanged && c == 'x' ? 'y' : 'x';
+        SaveAll(c);
     }
     state.SetItemsProcessed(static_cast<std::int64_t>(state.iterations() * ROWS));
 }
@@ -199,13 +248,19 @@ BENCHMARK_CAPTURE(Gate, strict, false)->Unit(benchmark::kMicrosecond);
 BENCHMARK_CAPTURE(GateOfShortTexts, proven, true);
 BENCHMARK_CAPTURE(GateOfShortTexts, strict, false);
 BENCHMARK(GateAndTree)->Unit(benchmark::kMicrosecond);
+BENCHMARK(Tree)->Unit(benchmark::kMicrosecond);
 BENCHMARK(WriteTree)->Unit(benchmark::kMicrosecond);
 BENCHMARK_CAPTURE(WriteKeywords, copied, true);
 BENCHMARK_CAPTURE(WriteKeywords, read, false);
 BENCHMARK(ParseRules);
+BENCHMARK(PrepareTemplate);
 BENCHMARK(MatchPattern)->Unit(benchmark::kMicrosecond);
-BENCHMARK_CAPTURE(SaveRows, memory, false)->Unit(benchmark::kMicrosecond);
-BENCHMARK_CAPTURE(SaveRows, sqlite, true)->Unit(benchmark::kMicrosecond);
+BENCHMARK_CAPTURE(InsertRows, memory, false)->Unit(benchmark::kMicrosecond);
+BENCHMARK_CAPTURE(InsertRows, sqlite, true)->Unit(benchmark::kMicrosecond);
+BENCHMARK_CAPTURE(SaveRowsAgain, memory_updated, false, true)->Unit(benchmark::kMicrosecond);
+BENCHMARK_CAPTURE(SaveRowsAgain, sqlite_updated, true, true)->Unit(benchmark::kMicrosecond);
+BENCHMARK_CAPTURE(SaveRowsAgain, memory_unchanged, false, false)->Unit(benchmark::kMicrosecond);
+BENCHMARK_CAPTURE(SaveRowsAgain, sqlite_unchanged, true, false)->Unit(benchmark::kMicrosecond);
 BENCHMARK_CAPTURE(FindRows, memory, false)->Unit(benchmark::kMicrosecond);
 BENCHMARK_CAPTURE(FindRows, sqlite, true)->Unit(benchmark::kMicrosecond);
 

@@ -1,4 +1,5 @@
 """Runs programs in turn and keeps what each run took."""
+import contextlib
 import mmap
 import os
 import re
@@ -46,9 +47,10 @@ class Job:
 
 
 def run_in_turn(jobs, rounds, room=0):
-    """Runs each job once a round. room is what a job may need of memory, in bytes."""
-    for _ in range(rounds):
-        for job in jobs:
+    """Runs each job once a round. room is what the largest may need of memory, in bytes."""
+    for number in range(rounds):
+        first = number % len(jobs)  # nobody follows the same one each time
+        for job in [*jobs[first:], *jobs[:first]]:
             job.room = room
             job.run()
 
@@ -63,15 +65,20 @@ def use_memory(size):
 
 def touch(size):
     with mmap.mmap(-1, size, flags=mmap.MAP_PRIVATE | mmap.MAP_ANONYMOUS) as memory:
-        memory.madvise(mmap.MADV_HUGEPAGE)
+        with contextlib.suppress(OSError):  # a system without large pages
+            memory.madvise(mmap.MADV_HUGEPAGE)
         for place in range(0, size, mmap.PAGESIZE):
             memory[place] = 1
 
 
+def remove_file(path):
+    if os.path.exists(path):
+        os.remove(path)
+
+
 def remove_store(path):
     for suffix in ("", "-wal", "-shm", "-journal", "-writer"):
-        if os.path.exists(path + suffix):
-            os.remove(path + suffix)
+        remove_file(path + suffix)
 
 
 if __name__ == "__main__":

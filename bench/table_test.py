@@ -1,4 +1,6 @@
 """The table of a few items: every row comes out, as text and as JSON. usage: table_test.py BUILD"""
+import importlib.machinery
+import importlib.util
 import json
 import os
 import subprocess
@@ -21,7 +23,7 @@ ROWS = {
     "import, all updated / into an empty store": 1.2,
     "import, all unchanged / into an empty store": 0.8,
     "one new template into 5000: ms beyond the start": 15,
-    "one new template into 5000 / into 50": 1.3,
+    "one new template into 5000 / into 50, beyond the start": 1.3,
     "import, time(5000) / time(500)": 11,
     "export, time(5000) / time(500)": 11,
     "peak memory of an import / document, 5000": 8,
@@ -101,7 +103,52 @@ def test_script_that_cannot_run(build):
     expect_rows_as_text(lines, answer)
 
 
+class MadeUpJob:
+    def __init__(self, seconds, cpu_seconds=(), peaks=()):
+        self.name, self.seconds, self.cpu_seconds, self.peaks = "job", seconds, cpu_seconds, peaks
+
+    def median(self, figures="seconds"):
+        return sorted(getattr(self, figures))[len(getattr(self, figures)) // 2]
+
+
+def test_which_figure_is_divided():
+    sys.path.insert(0, os.path.dirname(TABLE))
+    loader = importlib.machinery.SourceFileLoader("table", TABLE)
+    table = importlib.util.module_from_spec(importlib.util.spec_from_loader("table", loader))
+    loader.exec_module(table)
+    bench = table.Bench.__new__(table.Bench)
+    bench.rows, bench.builds = [], {"this": "a", "other": "b"}
+    mine, theirs = MadeUpJob([9, 3, 6], [4, 2, 8], [50, 60, 40]), MadeUpJob([1, 2, 12], [1, 1, 1])
+    bench.add_pairs("pair", [mine, theirs], theirs, 1.5)
+    bench.add_peaks("peak", [mine], 10, 8)
+    bench.add_builds("build", [mine, theirs])
+    expect("figures", [("pair", 3, 4, 1.5), ("pair (other)", 1, 1, None), ("peak", 5, None, 8),
+                       ("build: this build / job", 3, 4, None)],
+           [(row["what"], row["ratio"], row.get("cpu_ratio"), row["goal"]) for row in bench.rows])
+    expect("runs", ([9, 3, 6], [1, 2, 12]), (bench.rows[0]["runs"], bench.rows[0]["runs_against"]))
+    expect("line", f"{'pair':75}     3.00  cpu 4.00  goal 1.5  MISSED  (6000.0 / 2000.0 ms)", table.format_row(bench.rows[0]))
+
+
+def test_tool_that_does_nothing(build):
+    """Whatever is left undone by the command that a row measures is found."""
+    for row, undone in (("import", "import"), ("export", "export"), ("again", "--json import"),
+                        ("one", "new.xml"), ("check", "check"), ("diff", "diff")):
+        with tempfile.TemporaryDirectory() as fake:
+            os.mkdir(os.path.join(fake, "bin"))
+            os.symlink(os.path.join(build, "bin/dlp_calls"), os.path.join(fake, "bin/dlp_calls"))
+            tool = os.path.join(fake, "bin/dlpctl")
+            with open(tool, "w", encoding="utf-8") as target:
+                target.write(f'#!/bin/sh\ncase "$*" in *"{undone}"*) exit 0;; esac\nexec "{build}/bin/dlpctl" "$@"\n')
+            os.chmod(tool, 0o755)
+            table = subprocess.run([sys.executable, TABLE, "--build", fake, "--items", "50", "--runs", "1", row],
+                                   capture_output=True, text=True)
+            if table.returncode == 0:
+                sys.exit(f"{row}: nobody noticed that this was not done: {undone}\n{table.stdout}")
+
+
+test_which_figure_is_divided()
 test_every_row(sys.argv[1])
+test_tool_that_does_nothing(sys.argv[1])
 test_one_row_against_another_build(sys.argv[1])
 test_every_goal_is_shown_of_both_builds(sys.argv[1])
 test_script_that_cannot_run(sys.argv[1])
