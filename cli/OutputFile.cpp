@@ -151,14 +151,17 @@ void COutputFile::Write(std::string_view strText) {
     }
 }
 
-/** The disk takes what was written while the rest is made; whether it can is told in the end, when all is waited for.
- */
+/** The disk takes what was written while the rest is made; what it tells only later, the end of the file waits for. */
 void COutputFile::BeginToKeep(std::int64_t iWritten) {
     m_iWritten += iWritten;
-    if (!m_strTemporary.empty() && m_iWritten - m_iBegun >= KEPT_STEP) {
-        ::sync_file_range(m_iFile, m_iBegun, m_iWritten - m_iBegun, SYNC_FILE_RANGE_WRITE);
-        m_iBegun = m_iWritten;
+    if (m_strTemporary.empty() || m_iWritten - m_iBegun < KEPT_STEP) {
+        return;
     }
+    const int iResult = ::sync_file_range(m_iFile, m_iBegun, m_iWritten - m_iBegun, SYNC_FILE_RANGE_WRITE);
+    if (iResult != 0 && (errno == EIO || errno == ENOSPC || errno == EDQUOT)) {
+        Fail(errno);
+    }
+    m_iBegun = m_iWritten;
 }
 
 void COutputFile::Commit() {

@@ -116,12 +116,14 @@ void CXMLWriter::OfferText() {
     }
 }
 
-/** Left to itself a text doubles, and is copied, time and again. Room that is not used costs no memory. */
+/** Left to itself a text doubles, and is copied, time and again. Room that is not used costs addresses, but no memory.
+ */
 void CXMLWriter::MakeRoom() {
     constexpr std::size_t LONG = 1U << 18U;
+    constexpr std::size_t MOST = 1U << 26U;
     constexpr std::size_t ROOM = 1U << 16U;
     const std::size_t iCapacity = m_strOut.capacity();
-    if (iCapacity >= LONG && iCapacity - m_strOut.size() < ROOM) {
+    if (iCapacity >= LONG && iCapacity < MOST && iCapacity - m_strOut.size() < ROOM) {
         m_strOut.reserve(4 * iCapacity);
     }
 }

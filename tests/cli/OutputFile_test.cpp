@@ -54,6 +54,21 @@ TEST(OutputFile, ANewFileGetsTheModeOfNewFiles) {
     EXPECT_EQ(CountEntries(dir.Path()), 1U);
 }
 
+TEST(OutputFile, ALongTextInPiecesOfAnySizeIsKeptAsItIs) {
+    const CTempDir dir;
+    std::string strWhole;
+    {
+        COutputFile file(dir.Path("long"), "FILE");
+        for (std::size_t i = 0; strWhole.size() < 5000000; ++i) {
+            const std::string strPiece(i * i % 700001, static_cast<char>('a' + i % 26));
+            file.Write(strPiece);
+            strWhole += strPiece;
+        }
+        file.Commit();
+    }
+    EXPECT_TRUE(dir.Read("long") == strWhole);
+}
+
 TEST(OutputFile, AnOldFileIsReplacedWholeAndKeepsItsMode) {
     const CTempDir dir;
     const std::string strPath = dir.Write("old", "a much longer text than the new one");

@@ -21,7 +21,7 @@ COMMANDS = ("template set", "keywords import", "keywords export -o", "import --r
             "check --fix", "import, no store", "import", "import --json", "import, older layout", "assets import",
             "store backup", "store restore", "store restore, no store", "store restore, damaged store", "store check",
             "expression set", "keywords add", "template new", "check", "check, a folder", "export",
-            "export -o, replacing", "assets export -o", "store load", "store dump -o", "rename", "delete", "diff",
+            "export -o, replacing", "export -o, long", "assets export -o", "store load", "store dump -o", "rename", "delete", "diff",
             "refs")
 
 

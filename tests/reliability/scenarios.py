@@ -39,6 +39,12 @@ SKIPPED = """<template name="broken" display_name="Broken" description="" pre-de
 <buildingBlock sourceType="ENTITY" entityHits="1" sourceName="nowhere"/></matchRule></template>"""
 
 BACKUP = b"a backup"  # stands for the bytes of one
+LONG = (POLICY % ("""<template name="long" display_name="Long" description="" pre-defined="false"><matchRule>"""
+                  + "".join(f"""<buildingBlock sourceType="ENTITY" sourceName="long {i}" entityHits="1"/>""" for i in range(10))
+                  + "</matchRule></template>")).replace(
+    "</digitalAssets>",
+    "".join(f"""<entity name="long {i}" type="Generic" display_name="Long {i}"><regularExpression>{"a" * 130000}</regularExpression>
+</entity>""" for i in range(10)) + "</digitalAssets>")
 MANY = """<entity name="many %d" type="Generic" display_name="Many %d"><regularExpression>a+</regularExpression></entity>"""
 
 
@@ -51,6 +57,7 @@ class Scenario:
     document: bytes = b""
     store: bool = True  # it holds the starter policy; else there is none
     damaged: bool = False  # that store
+    long: bool = False  # that store holds expressions of 1.3 MB too
     standard_input: bool = False
     old_output: bytes | None = None
     once: bool = False  # done, it cannot be done again
@@ -97,6 +104,8 @@ def scenarios() -> list[Scenario]:
         Scenario("export", ("export", "--all")),
         Scenario("export -o", ("export", "--all", "-o", "{out}")),
         Scenario("export -o, replacing", ("export", "--all", "-o", "{out}"), old_output=OLD_OUTPUT),
+        Scenario("export -o, long", ("export", "--all", "-o", "{out}"), long=True, old_output=OLD_OUTPUT),
+        Scenario("assets export -o, long", ("assets", "export", "--all", "-o", "{out}"), long=True),
         Scenario("assets export -o", ("assets", "export", "--all", "-o", "{out}")),
         Scenario("store dump -o", ("store", "dump", "-o", "{out}"), old_output=OLD_OUTPUT),
         Scenario("store load", ("store", "load", "{in}"), EMPTY_STORE.encode()),
@@ -153,6 +162,9 @@ class World:
         self.start(Scenario("", (), store=False))
         self._command(("import", str(EXAMPLES / "starter-policy.xml")), {})
         self._filled = (self._work / STORE).read_bytes()
+        (self._work / "in").write_text(LONG)
+        self._command(("import", f"{self._work}/in"), {})
+        self._long = (self._work / STORE).read_bytes()
         self.start(Scenario("", (), (POLICY % "").encode(), store=False))
         self._command(("import", f"{self._work}/in"), {})
         self._backup = (self._work / STORE).read_bytes()
@@ -197,8 +209,9 @@ class World:
         for path in self._work.iterdir():
             path.unlink()
         if scenario.store:
-            middle = len(self._filled) // 2 if scenario.damaged else 0
-            (self._work / STORE).write_bytes(self._filled[:middle] + b"damaged"[:middle] + self._filled[middle + 7 * scenario.damaged:])
+            filled = self._long if scenario.long else self._filled
+            middle = len(filled) // 2 if scenario.damaged else 0
+            (self._work / STORE).write_bytes(filled[:middle] + b"damaged"[:middle] + filled[middle + 7 * scenario.damaged:])
             (self._work / STORE).chmod(0o600)
         (self._work / "in").write_bytes(scenario.document)
         if scenario.old_output is not None:

@@ -231,6 +231,8 @@ FAILING(int, ioctl, (int iFile, unsigned long iRequest, void* pArgument), (iFile
 FAILING(int, isatty, (int iFile), (iFile), iFile, 0)
 FAILING(int, fsync, (int iFile), (iFile), iFile, -1)
 FAILING(int, fdatasync, (int iFile), (iFile), iFile, -1)
+FAILING(int, sync_file_range, (int iFile, IOffset iFrom, IOffset iCount, unsigned iHow), (iFile, iFrom, iCount, iHow), iFile,
+        -1)
 FAILING(int, ftruncate, (int iFile, IOffset iTo), (iFile, iTo), iFile, -1)
 FAILING(int, ftruncate64, (int iFile, IOffset iTo), (iFile, iTo), iFile, -1)
 FAILING(IOffset, lseek, (int iFile, IOffset iTo, int iFrom), (iFile, iTo, iFrom), iFile, -1)
