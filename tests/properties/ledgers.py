@@ -34,11 +34,15 @@ KINDS = {("SAPolicy", "digitalAssets", "entity"): "expression",
          ("SAPolicy", "regions", "region", "template_id"): "category"}
 CATEGORIES = {("SAPolicy", "industries", "industry"), ("SAPolicy", "regions", "region")}
 SECTIONS = ("digitalAssets", "industries", "regions")
-# Where items stand: every other element there is none.
-HOLDERS = {path[:depth] for path in KINDS for depth in range(1, len(path))}
-KNOWN = HOLDERS | set(KINDS)
+# What an asset is made of.
+PARTS = {("SAPolicy", "digitalAssets", "entity"): ("regularExpression", "alphabetCharset", "patternForDisplay",
+                                                   "examples"),
+         ("SAPolicy", "digitalAssets", "dictionary"): ("keyword",)}
+# Where items and parts of assets stand: every other element there is none.
+HOLDERS = {path[:depth] for path in KINDS for depth in range(1, len(path))} | set(PARTS)
+KNOWN = HOLDERS | set(KINDS) | {(*path, part) for path, parts in PARTS.items() for part in parts}
 OLDER_HOLDERS = {("SAPolicy",), ("SAPolicy", "complianceTemplates")}
-ASSET_HOLDERS = {("SAPolicy",), ("SAPolicy", "digitalAssets")}
+ASSET_HOLDERS = {("SAPolicy",), ("SAPolicy", "digitalAssets")} | set(PARTS)
 
 
 class Place(NamedTuple):
