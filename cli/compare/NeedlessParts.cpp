@@ -56,6 +56,9 @@ std::vector<std::size_t> FindNeedless(const std::vector<SPart>& vecParts, const 
 SNeedlessParts FindNeedlessParts(const std::vector<SMatchRule>& vecRules) {
     SNeedlessParts needless;
     needless.vecElements.resize(vecRules.size());
+    if (AreIndependent(vecRules)) {
+        return needless;
+    }
     CConditions conditions;
     MakeRulesText(vecRules, conditions);
     const CConditionTables tables(conditions);

@@ -2,8 +2,6 @@
 
 #include <algorithm>
 #include <iterator>
-#include <set>
-#include <utility>
 
 #include "cli/compare/ConditionTables.h"
 
@@ -35,15 +33,9 @@ CTruthTable WorkOutAndFirst(const RulesText& rules, const CConditionTables& tabl
     return *whole;
 }
 
-/** @return whether each element may hold or not, whatever the others do, and none takes away */
-bool AreIndependent(const SMatchRule& rule) {
-    std::set<std::pair<EElementType, std::wstring>> setNames;
-    return std::all_of(rule.vecElements.begin(), rule.vecElements.end(), [&](const SRuleElement& element) {
-        const bool bOpen =
-            element.eType == EElementType::KEYWORD || (element.eType == EElementType::ENTITY && element.iCount > 0);
-        return bOpen && element.eOperator != EOperator::EXCEPT &&
-               setNames.emplace(element.eType, element.strName).second;
-    });
+bool HasExcept(const SMatchRule& rule) {
+    return std::any_of(rule.vecElements.begin(), rule.vecElements.end(),
+                       [](const SRuleElement& element) { return element.eOperator == EOperator::EXCEPT; });
 }
 
 /**
@@ -93,7 +85,7 @@ SOperatorOrder CompareOrders(const std::vector<SMatchRule>& vecRules) {
 }
 
 SOperatorOrder CompareOrders(const SMatchRule& rule) {
-    if (AreIndependent(rule)) {
+    if (!HasExcept(rule) && AreIndependent({rule})) {
         return CompareIndependent(rule.vecElements);
     }
     std::vector<SMatchRule> vecRules;

@@ -1,6 +1,7 @@
 #include "cli/compare/RuleConditions.h"
 
 #include <algorithm>
+#include <set>
 
 namespace {
 
@@ -32,4 +33,16 @@ RulesText MakeRulesText(const std::vector<SMatchRule>& vecRules, CConditions& co
         }
     }
     return rules;
+}
+
+bool AreIndependent(const std::vector<SMatchRule>& vecRules) {
+    std::set<std::pair<EElementType, std::wstring>> setNames;
+    const auto fnNew = [&](const SRuleElement& element) {
+        const bool bOpen =
+            element.eType == EElementType::KEYWORD || (element.eType == EElementType::ENTITY && element.iCount > 0);
+        return bOpen && setNames.emplace(element.eType, element.strName).second;
+    };
+    return std::all_of(vecRules.begin(), vecRules.end(), [&](const SMatchRule& rule) {
+        return std::all_of(rule.vecElements.begin(), rule.vecElements.end(), fnNew);
+    });
 }

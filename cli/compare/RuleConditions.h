@@ -58,6 +58,9 @@ using RulesText = std::vector<SJoined<RuleText>>;
 /** @param conditions learns every condition of the rules */
 RulesText MakeRulesText(const std::vector<SMatchRule>& vecRules, CConditions& conditions);
 
+/** @return whether each element may hold or not, whatever the others do: then there is none that does not matter */
+bool AreIndependent(const std::vector<SMatchRule>& vecRules);
+
 /**
  * Works out rules over whatever stands for a condition's truth.
  * @param fnOf gives it for a condition's number

@@ -120,3 +120,28 @@ TEST(NeedlessParts, CanBeLeftOutTogether) {
     }
     EXPECT_GT(iNeedless, 100);
 }
+
+TEST(NeedlessParts, ThereAreNoneWhereEachElementIsOfItsOwn) {
+    std::mt19937 random(7);
+    int iTried = 0;
+    for (int i = 0; i < 2000; ++i) {
+        std::vector<SMatchRule> vecRules = MakeRules(random);
+        std::size_t iName = 0;
+        for (SMatchRule& rule : vecRules) {
+            for (SRuleElement& element : rule.vecElements) {
+                element.strName = std::to_wstring(++iName);
+                element.iCount = 1;
+            }
+        }
+        ASSERT_EQ(Show(FindNeedlessParts(vecRules)), "") << i;
+        for (std::size_t iRule = 0; iName > 1 && iRule < vecRules.size(); ++iRule) {
+            std::vector<SMatchRule> vecLess = vecRules;
+            if (!vecLess[iRule].vecElements.empty()) {
+                vecLess[iRule].vecElements.pop_back();
+                ASSERT_FALSE(MatchAlike(vecRules, vecLess)) << i;
+                ++iTried;
+            }
+        }
+    }
+    EXPECT_GT(iTried, 100);
+}
