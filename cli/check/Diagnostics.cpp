@@ -15,20 +15,27 @@ CDiagnostics::CDiagnostics(const SCheckChoice& choice) : m_choice(choice) {}
 
 SDiagnostic* CDiagnostics::Add(ECode eCode, std::size_t iOffset, const std::vector<std::string>& vecWhat,
                                const std::vector<std::string>& vecAdvice) {
-    const SCodeRow& row = GetCodeRow(eCode);
-    const ESeverity eSeverity = Judge(row.eSeverity, m_choice.bStrict);
-    if (row.eSeverity == ESeverity::ERROR) {
+    return Count(eCode, iOffset) ? Tell(eCode, iOffset, vecWhat, vecAdvice) : nullptr;
+}
+
+bool CDiagnostics::Count(ECode eCode, std::size_t iOffset) {
+    const ESeverity eSeverity = GetCodeRow(eCode).eSeverity;
+    if (eSeverity == ESeverity::ERROR) {
         CountError(iOffset);
     }
     if (std::find(m_choice.vecAllow.begin(), m_choice.vecAllow.end(), eCode) != m_choice.vecAllow.end()) {
-        return nullptr;
+        return false;
     }
-    if (++m_aCounts[static_cast<std::size_t>(eCode)] > MAX_OF_CODE && !m_choice.bAll) {
-        ++m_aOmitted[static_cast<std::size_t>(eSeverity)];
-        return nullptr;
-    }
+    const bool bKept = ++m_aCounts[static_cast<std::size_t>(eCode)] <= MAX_OF_CODE || m_choice.bAll;
+    m_aOmitted[static_cast<std::size_t>(Judge(eSeverity, m_choice.bStrict))] += bKept ? 0 : 1;
+    return bKept;
+}
+
+SDiagnostic* CDiagnostics::Tell(ECode eCode, std::size_t iOffset, const std::vector<std::string>& vecWhat,
+                                const std::vector<std::string>& vecAdvice) {
+    const SCodeRow& row = GetCodeRow(eCode);
     m_vecDiagnostics.push_back({.eCode = eCode,
-                                .eSeverity = eSeverity,
+                                .eSeverity = Judge(row.eSeverity, m_choice.bStrict),
                                 .strMessage = FillSentence(row.pWhat, vecWhat),
                                 .strAdvice = FillSentence(row.pAdvice, vecAdvice),
                                 .iOffset = iOffset == std::string::npos ? iOffset : iOffset + m_iStart,
@@ -41,17 +48,21 @@ SDiagnostic* CDiagnostics::Add(ECode eCode, std::size_t iOffset, const std::vect
 
 void CDiagnostics::CountError(std::size_t iOffset) {
     ++m_iErrors;
-    m_bSorted = m_bSorted && (m_vecErrors.empty() || m_vecErrors.back() <= iOffset);
-    m_vecErrors.push_back(iOffset);
+    if (iOffset == std::string::npos) {
+        return;
+    }
+    if (iOffset >= m_vecErrors.size()) {
+        m_vecErrors.resize(iOffset + 1);
+    }
+    m_vecErrors[iOffset] = true;
 }
 
 bool CDiagnostics::HasErrors(std::size_t iFirst, std::size_t iBehind) const {
-    if (!m_bSorted) {
-        std::sort(m_vecErrors.begin(), m_vecErrors.end());
-        m_bSorted = true;
-    }
-    const auto itError = std::lower_bound(m_vecErrors.begin(), m_vecErrors.end(), iFirst);
-    return itError != m_vecErrors.end() && *itError < iBehind;
+    const auto fnAt = [this](std::size_t i) {
+        return m_vecErrors.begin() + static_cast<std::ptrdiff_t>(std::min(i, m_vecErrors.size()));
+    };
+    const auto itBehind = fnAt(iBehind);
+    return std::find(fnAt(iFirst), itBehind, true) != itBehind;
 }
 
 void CDiagnostics::Relate(SDiagnostic* pDiagnostic, std::size_t iOffset, const std::string& strMessage) const {

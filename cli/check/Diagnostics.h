@@ -71,6 +71,13 @@ class CDiagnostics {
      */
     SDiagnostic* Add(ECode eCode, std::size_t iOffset, const std::vector<std::string>& vecWhat = {},
                      const std::vector<std::string>& vecAdvice = {});
+    /**
+     * The first half of Add, for what there may be millions of: counts it.
+     * @return whether it is kept; then Tell, the other half, follows
+     */
+    bool Count(ECode eCode, std::size_t iOffset);
+    SDiagnostic* Tell(ECode eCode, std::size_t iOffset, const std::vector<std::string>& vecWhat,
+                      const std::vector<std::string>& vecAdvice);
     /** Both places. @param pDiagnostic may be null */
     void Relate(SDiagnostic* pDiagnostic, std::size_t iOffset, const std::string& strMessage) const;
     /** A note becomes heavier. */
@@ -95,8 +102,7 @@ class CDiagnostics {
     std::array<std::size_t, static_cast<std::size_t>(ECode::COUNT)> m_aCounts{};
     std::size_t m_iStart = 0;
     std::size_t m_iErrors = 0;
-    mutable std::vector<std::size_t> m_vecErrors;  ///< where they are, as handed in
-    mutable bool m_bSorted = true;                 ///< m_vecErrors, which are sorted when they are asked for
+    std::vector<bool> m_vecErrors;  ///< whether one is at an offset, as handed in
     SeverityCounts m_aOmitted{};
     std::vector<SDiagnostic> m_vecDiagnostics;
 };

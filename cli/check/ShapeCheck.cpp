@@ -158,15 +158,18 @@ class CShapeCheck {
             return;  // read all the same, and told of with the rules
         }
         if (HoldsItems(parent)) {
-            m_document.diagnostics.Add(
-                ECode::LOST_ELEMENT, iTag, {Text::Quoted(strName), Text::Quoted(parent.strName)},
-                {AdviseElement(parent.strName, strName, m_meant.Find(parent.strName, strName, parent.vecChildren))});
+            if (m_document.diagnostics.Count(ECode::LOST_ELEMENT, iTag)) {
+                m_document.diagnostics.Tell(ECode::LOST_ELEMENT, iTag,
+                                            {Text::Quoted(strName), Text::Quoted(parent.strName)},
+                                            {AdviseElement(parent.strName, strName,
+                                                           m_meant.Find(parent.strName, strName, parent.vecChildren))});
+            }
         } else if (m_shape.Find(strName) != nullptr) {
             m_document.diagnostics.Add(ECode::MISPLACED_ELEMENT, iTag,
                                        {Text::Quoted(strName), Text::Quoted(parent.strName)});
-        } else {
-            m_document.diagnostics.Add(ECode::UNKNOWN_ELEMENT, iTag, {Text::Quoted(strName)},
-                                       {Suggest(parent, strName, parent.vecChildren)});
+        } else if (m_document.diagnostics.Count(ECode::UNKNOWN_ELEMENT, iTag)) {
+            m_document.diagnostics.Tell(ECode::UNKNOWN_ELEMENT, iTag, {Text::Quoted(strName)},
+                                        {Suggest(parent, strName, parent.vecChildren)});
         }
     }
 
@@ -179,10 +182,11 @@ class CShapeCheck {
                    pOwner && FindSlip(shape.strName, strName).empty()) {
             m_document.diagnostics.Add(ECode::MISPLACED_ATTRIBUTE, iOffset,
                                        {Text::Quoted(strName), "it belongs to " + Text::Quoted(pOwner->strName)});
-        } else if (strName.compare(0, NAMESPACES.size(), NAMESPACES) != 0) {
-            m_document.diagnostics.Add(ECode::UNKNOWN_ATTRIBUTE, iOffset,
-                                       {Text::Quoted(strName), Text::Quoted(shape.strName)},
-                                       {Suggest(shape, strName, shape.vecAttributes)});
+        } else if (strName.compare(0, NAMESPACES.size(), NAMESPACES) != 0 &&
+                   m_document.diagnostics.Count(ECode::UNKNOWN_ATTRIBUTE, iOffset)) {
+            m_document.diagnostics.Tell(ECode::UNKNOWN_ATTRIBUTE, iOffset,
+                                        {Text::Quoted(strName), Text::Quoted(shape.strName)},
+                                        {Suggest(shape, strName, shape.vecAttributes)});
         }
     }
 
