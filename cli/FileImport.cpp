@@ -257,21 +257,29 @@ class CFileImport {
         CMeantNames meant;
         for (SReportItem& item : m_report.vecItems) {
             if (item.eReason == EReason::UNKNOWN_TEMPLATE) {
-                item.strNearest = templates.Find(item.strDetail);
+                item.EditDetails().strNearest = templates.Find(item.Details().strDetail);
             }
             if (item.eReason == EReason::UNKNOWN_ELEMENT) {
-                item.strNearest = meant.FindElement(item.strDetail, item.strName);
+                item.EditDetails().strNearest = meant.FindElement(item.Details().strDetail, item.strName);
             }
             if (item.IsUnknownReference()) {
-                const bool bExpression = item.fault == ETemplateFault::UNKNOWN_EXPRESSION;
-                item.strNearest =
-                    suggestions.Find(bExpression ? ESettingsKind::EXPRESSION : ESettingsKind::KEYWORD, item.strFaulty);
+                SItemDetails& details = item.EditDetails();
+                const bool bExpression = details.fault == ETemplateFault::UNKNOWN_EXPRESSION;
+                details.strNearest = suggestions.Find(bExpression ? ESettingsKind::EXPRESSION : ESettingsKind::KEYWORD,
+                                                      details.strFaulty);
             }
-            for (SUnknownReference& reference : item.vecUnknown) {
+            ForEachUnknown(item, [&](SUnknownReference& reference) {
                 const bool bExpression = reference.eKind == EItemKind::EXPRESSION;
                 reference.strNearest = suggestions.Find(
                     bExpression ? ESettingsKind::EXPRESSION : ESettingsKind::KEYWORD, reference.strName);
-            }
+            });
+        }
+    }
+
+    template <class F>
+    static void ForEachUnknown(SReportItem& item, const F& fnReference) {
+        if (!item.Details().vecUnknown.empty()) {
+            std::for_each(item.EditDetails().vecUnknown.begin(), item.EditDetails().vecUnknown.end(), fnReference);
         }
     }
 
@@ -297,8 +305,8 @@ class CFileImport {
         for (CXMLView block = rule.FirstChild(); block; block = block.NextSibling()) {
             const std::string_view strName = block.Attribute(TagUtf8::SOURCE_NAME);
             const auto itName = names.find(OS::WideText(strName));
-            if (itName != names.end() && OS::Utf8Lenient(itName->second) == item.strFaulty) {
-                item.strWritten = strName;
+            if (itName != names.end() && OS::Utf8Lenient(itName->second) == item.Details().strFaulty) {
+                item.EditDetails().strWritten = strName;
             }
         }
     }
@@ -310,7 +318,7 @@ class CFileImport {
         };
         const auto fnForEach = [this](const auto& fn) {
             for (SReportItem& item : m_report.vecItems) {
-                for (const SForeignChild& foreign : item.vecForeign) {
+                for (const SForeignChild& foreign : item.Details().vecForeign) {
                     for (const SForeignChild::SReference& reference : foreign.vecReferences) {
                         fn(item, reference);
                     }
@@ -324,7 +332,7 @@ class CFileImport {
         names.Ask();
         fnForEach([&](SReportItem& item, const SForeignChild::SReference& reference) {
             if (item.IsTaken() && !names.IsStored(fnType(reference.eKind), reference.strName)) {
-                item.vecUnknown.push_back({{reference}, {}, {}});
+                item.EditDetails().vecUnknown.push_back({{reference}, {}, {}});
             }
         });
     }
@@ -393,13 +401,14 @@ class CFileImport {
                 continue;
             }
             item.place = fnFind(item.iOffset);
-            item.vecForeignPlaces.clear();
-            for (const SForeignChild& foreign : item.vecForeign) {
-                item.vecForeignPlaces.push_back(fnFind(foreign.iOffset));
+            if (!item.Details().vecForeign.empty()) {
+                SItemDetails& details = item.EditDetails();
+                details.vecForeignPlaces.clear();
+                for (const SForeignChild& foreign : details.vecForeign) {
+                    details.vecForeignPlaces.push_back(fnFind(foreign.iOffset));
+                }
             }
-            for (SUnknownReference& reference : item.vecUnknown) {
-                reference.place = fnFind(reference.iOffset);
-            }
+            ForEachUnknown(item, [&](SUnknownReference& reference) { reference.place = fnFind(reference.iOffset); });
         }
     }
 

@@ -152,9 +152,9 @@ Json TextOrNull(const std::string& strText) {
 
 Json MakeForeignJson(const SReportItem& item) {
     Json children = Json::array();
-    for (std::size_t i = 0; i < item.vecForeign.size(); ++i) {
-        const SForeignChild& foreign = item.vecForeign[i];
-        const SPlace place = i < item.vecForeignPlaces.size() ? item.vecForeignPlaces[i] : SPlace();
+    for (std::size_t i = 0; i < item.Details().vecForeign.size(); ++i) {
+        const SForeignChild& foreign = item.Details().vecForeign[i];
+        const SPlace place = i < item.Details().vecForeignPlaces.size() ? item.Details().vecForeignPlaces[i] : SPlace();
         children.push_back({{"element", foreign.strElement},
                             {"read_as", foreign.bRule ? RULE : BLOCK},
                             {"text", foreign.strReadAs},
@@ -168,23 +168,23 @@ std::string AdviseItem(const SReportItem& item) {
     if (item.FollowsFromVersion()) {
         return AdviseVersion();
     }
-    return item.fault ? Row(*item.fault).pAdvice : Row(item.eReason).pAdvice;
+    return item.Details().fault ? Row(*item.Details().fault).pAdvice : Row(item.eReason).pAdvice;
 }
 
 /** Beside whose fate it is: what of a rule is to blame, and what else there is to say of a template. */
 Json MakeWholeItemJson(const SReportItem& item) {
     Json object = MakeItemJson(item);
-    object["cause"] = item.fault ? Json(Row(*item.fault).pCode) : Json();
+    object["cause"] = item.Details().fault ? Json(Row(*item.Details().fault).pCode) : Json();
     object["reference"] = Json();
     if (item.IsUnknownReference()) {
-        object["reference"] = {{"kind", Row(Row(*item.fault).eKind).pCode},
-                               {"name", item.strFaulty},
-                               {"nearest", TextOrNull(item.strNearest)},
-                               {"older_name", TextOrNull(item.strWritten)}};
+        object["reference"] = {{"kind", Row(Row(*item.Details().fault).eKind).pCode},
+                               {"name", item.Details().strFaulty},
+                               {"nearest", TextOrNull(item.Details().strNearest)},
+                               {"older_name", TextOrNull(item.Details().strWritten)}};
     }
     object["foreign_children"] = MakeForeignJson(item);
     Json& unknown = object["unknown_references"] = Json::array();
-    for (const SUnknownReference& reference : item.vecUnknown) {
+    for (const SUnknownReference& reference : item.Details().vecUnknown) {
         unknown.push_back({{"kind", Row(reference.eKind).pCode},
                            {"name", reference.strName},
                            {"nearest", TextOrNull(reference.strNearest)},
@@ -195,6 +195,34 @@ Json MakeWholeItemJson(const SReportItem& item) {
 }
 
 }  // namespace
+
+SReportItem::SReportItem(const SImportItem& item)
+    : eKind(item.eKind),
+      eDisposition(item.eDisposition),
+      eReason(item.eReason),
+      strName(item.strName),
+      strDisplayName(item.strDisplayName),
+      iOffset(item.iOffset) {
+    if (!item.strDetail.empty() || item.fault || !item.vecForeign.empty()) {
+        m_pDetails.reset(new SItemDetails{item.strDetail, item.fault, item.strFaulty, {}, {}, item.vecForeign, {}, {}});
+    }
+}
+
+const SItemDetails& SReportItem::Details() const {
+    static const SItemDetails s_nothing;
+    return m_pDetails == nullptr ? s_nothing : *m_pDetails;
+}
+
+SItemDetails& SReportItem::EditDetails() {
+    if (m_pDetails == nullptr) {
+        m_pDetails = std::make_unique<SItemDetails>();
+    }
+    return *m_pDetails;
+}
+
+bool SReportItem::IsUnknownReference() const {
+    return Details().fault == ETemplateFault::UNKNOWN_EXPRESSION || Details().fault == ETemplateFault::UNKNOWN_KEYWORD;
+}
 
 const char* SReportItem::GetDisplayNameAttribute() const {
     return older ? CDLPXmlNormalizer::OLDER_DISPLAY_NAME : TagUtf8::DISPLAY_NAME;
@@ -234,7 +262,7 @@ Json MakeItemJson(const SReportItem& item) {
     return {{"kind", Row(item.eKind).pCode},       {"name", item.strName},
             {"display_name", item.strDisplayName}, {"disposition", Code(item.eDisposition)},
             {"reason", Row(item.eReason).pCode},   {"line", LineOrNull(item.place)},
-            {"column", ColumnOrNull(item.place)},  {"detail", item.strDetail}};
+            {"column", ColumnOrNull(item.place)},  {"detail", item.Details().strDetail}};
 }
 
 Json MakeReportHead(const SImportReport& report) {
@@ -278,21 +306,21 @@ Json MakeReportJson(const SImportReport& report) {
 std::string ExplainItem(const SReportItem& item) {
     const SReason& reason = Row(item.eReason);
     if (item.eReason == EReason::UNKNOWN_ELEMENT) {
-        return reason.pWhy + Text::Printable(item.strDetail) + "; " +
-               AdviseElement(item.strDetail, item.strName, item.strNearest);
+        return reason.pWhy + Text::Printable(item.Details().strDetail) + "; " +
+               AdviseElement(item.Details().strDetail, item.strName, item.Details().strNearest);
     }
     if (item.eReason == EReason::UNKNOWN_TEMPLATE) {  // blanks may be what is wrong with its name
-        return reason.pWhy + Text::Quoted(item.strDetail) + "; " + AdviseTemplate(item.strNearest);
+        return reason.pWhy + Text::Quoted(item.Details().strDetail) + "; " + AdviseTemplate(item.Details().strNearest);
     }
     if (item.eReason == EReason::NO_DISPLAY_NAME) {
         return std::string(reason.pWhy) + item.GetDisplayNameAttribute() + "; " + AdviseItem(item);
     }
     if (!item.IsUnknownReference()) {
-        return reason.pWhy + Text::Printable(item.strDetail) + "; " + AdviseItem(item);
+        return reason.pWhy + Text::Printable(item.Details().strDetail) + "; " + AdviseItem(item);
     }
-    return std::string("it refers to the ") + Row(Row(*item.fault).eKind).pWord + ' ' +
-           QuoteReference(item.strFaulty, item.strWritten) + ", which is not stored; " +
-           AdviseReference(item.strNearest);
+    return std::string("it refers to the ") + Row(Row(*item.Details().fault).eKind).pWord + ' ' +
+           QuoteReference(item.Details().strFaulty, item.Details().strWritten) + ", which is not stored; " +
+           AdviseReference(item.Details().strNearest);
 }
 
 std::string MakeFinding(const std::string& strFile, const SReportItem& item) {
@@ -301,12 +329,12 @@ std::string MakeFinding(const std::string& strFile, const SReportItem& item) {
         strLines += FormatPlace(strFile, item.place) + ": " + NameOf(item) + ' ' + Code(item.eDisposition) + ": " +
                     ExplainItem(item) + '\n';
     }
-    for (std::size_t i = 0; i < item.vecForeign.size(); ++i) {
-        strLines += FormatPlace(strFile, item.vecForeignPlaces[i]) + ": " + NameOf(item) + ": the child element " +
-                    Text::Quoted(item.vecForeign[i].strElement) + " is read as " + DescribeForeign(item.vecForeign[i]) +
-                    '\n';
+    for (std::size_t i = 0; i < item.Details().vecForeign.size(); ++i) {
+        strLines += FormatPlace(strFile, item.Details().vecForeignPlaces[i]) + ": " + NameOf(item) +
+                    ": the child element " + Text::Quoted(item.Details().vecForeign[i].strElement) + " is read as " +
+                    DescribeForeign(item.Details().vecForeign[i]) + '\n';
     }
-    for (const SUnknownReference& reference : item.vecUnknown) {
+    for (const SUnknownReference& reference : item.Details().vecUnknown) {
         strLines += FormatPlace(strFile, reference.place) + ": " + NameOf(item) + ": it refers to the " +
                     Row(reference.eKind).pWord + ' ' + Text::Quoted(reference.strName) +
                     ", which is not stored, so that it cannot be exported; " + AdviseReference(reference.strNearest) +

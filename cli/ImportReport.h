@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <deque>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -23,20 +24,37 @@ struct SUnknownReference : SForeignChild::SReference {
     std::string strNearest;
 };
 
-/** An item of the file, and what there is to say about it. */
-struct SReportItem : SImportItem {
-    explicit SReportItem(const SImportItem& item) : SImportItem(item) {}
-
-    SPlace place;
-    std::string strNearest;           ///< what an unknown reference or element most likely means; "" when none is near
-    std::optional<EOlderLook> older;  ///< of a document that is read as one of the older layout
-    std::string strWritten;           ///< an unknown reference as it stands in the document, if that is its older name
+/** What there is to say of an item beside its name and fate; most have nothing of it. */
+struct SItemDetails {
+    std::string strDetail;
+    std::optional<ETemplateFault> fault;
+    std::string strFaulty;
+    std::string strNearest;  ///< what an unknown reference or element most likely means; "" when none is near
+    std::string strWritten;  ///< an unknown reference as it stands in the document, if that is its older name
+    std::vector<SForeignChild> vecForeign;
     std::vector<SPlace> vecForeignPlaces;       ///< of its foreign children, once they are known
     std::vector<SUnknownReference> vecUnknown;  ///< of one that was taken
+};
+
+/** An item of the file, as an import tells it, and what there is to say about it. */
+struct SReportItem {
+    explicit SReportItem(const SImportItem& item);
+
+    EItemKind eKind;
+    EDisposition eDisposition;
+    EReason eReason;
+    std::optional<EOlderLook> older;  ///< of a document that is read as one of the older layout
+    std::string strName;
+    std::string strDisplayName;
+    std::size_t iOffset;
+    SPlace place;
+
+    const SItemDetails& Details() const;
+    SItemDetails& EditDetails();
 
     bool IsTaken() const { return eDisposition != EDisposition::SKIPPED && eDisposition != EDisposition::FAILED; }
     /** Whether it was not taken as it stands, and not only because the rest of the document was not. */
-    bool IsFinding() const { return (!IsTaken() && eReason != EReason::UNDONE) || !vecUnknown.empty(); }
+    bool IsFinding() const { return (!IsTaken() && eReason != EReason::UNDONE) || !Details().vecUnknown.empty(); }
     /** Whether the document is to blame for that. */
     bool IsRefused() const { return IsFinding() && eReason != EReason::EXISTING; }
     /** Whether it is only for the forgotten version that it was not taken. */
@@ -44,10 +62,14 @@ struct SReportItem : SImportItem {
         return older == EOlderLook::FORGOTTEN &&
                (eReason == EReason::OLDER_SECTION || eReason == EReason::NO_DISPLAY_NAME);
     }
+    bool IsUnknownReference() const;
     /** @return where people find its name */
     const char* GetDisplayNameAttribute() const;
     /** Whether the text says more of it than its number. */
-    bool IsShown() const { return IsFinding() || !vecForeign.empty(); }
+    bool IsShown() const { return IsFinding() || !Details().vecForeign.empty(); }
+
+  private:
+    std::unique_ptr<SItemDetails> m_pDetails;  ///< null: nothing of it
 };
 
 /** There may be as many as a document holds: they stay where they are when more come. */

@@ -149,17 +149,16 @@ class CFileCheck {
         Signals::ThrowIfCaught();
         store.ThrowIfFailed();
         CTemplateSuggestions templates(checked.root);
-        for (const SImportItem& item : trial.vecItems) {
+        for (SReportItem& item : trial.vecItems) {
             const bool bNameless = item.eKind == EItemKind::CATEGORY && item.eReason == EReason::NO_NAME;
             if (item.eReason != EReason::UNKNOWN_ELEMENT && !bNameless) {  // told of with the shape and the lists
-                SReportItem told(item);
                 if (checked.bOlder) {
-                    told.older = EOlderLook::OLDER;
+                    item.older = EOlderLook::OLDER;
                 }
                 if (item.eReason == EReason::UNKNOWN_TEMPLATE) {
-                    told.strNearest = templates.Find(item.strDetail);
+                    item.EditDetails().strNearest = templates.Find(item.Details().strDetail);
                 }
-                TellItem(told, checked.strText, m_diagnostics);
+                TellItem(item, checked.strText, m_diagnostics);
             }
         }
         CheckReferences(checked);

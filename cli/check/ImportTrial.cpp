@@ -10,19 +10,19 @@ namespace {
 
 class CCollector : public CImportObserver {
   public:
-    explicit CCollector(std::vector<SImportItem>& vecItems) : m_vecItems(vecItems) {}
+    explicit CCollector(ReportItems& vecItems) : m_vecItems(vecItems) {}
 
     /** Only what is not taken is told. */
     void OnItem(const SImportItem& item) override {
         CProgress::Step();
         Signals::ThrowIfCaught();
         if (item.eDisposition == EDisposition::SKIPPED || item.eDisposition == EDisposition::FAILED) {
-            m_vecItems.push_back(item);
+            m_vecItems.emplace_back(item);
         }
     }
 
   private:
-    std::vector<SImportItem>& m_vecItems;
+    ReportItems& m_vecItems;
 };
 
 }  // namespace

@@ -1,8 +1,6 @@
 #pragma once
 
-#include <vector>
-
-#include "digital_assets/ImportObserver.h"
+#include "cli/ImportReport.h"
 
 class CCommandContext;
 class CPolicyDocument;
@@ -10,7 +8,7 @@ class CPolicyDocument;
 /** What an import would make of a document. */
 struct STrial {
     int iResult = 0;  ///< the library's
-    std::vector<SImportItem> vecItems;
+    ReportItems vecItems;
 };
 
 /**

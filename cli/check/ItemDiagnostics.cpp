@@ -54,15 +54,16 @@ bool TellItem(const SReportItem& item, std::string_view strText, CDiagnostics& d
             vecWhat.push_back(Text::Quoted(item.strName));
         }
         if (told.bDetail) {
-            vecWhat.push_back(Text::Quoted(item.strDetail));
+            vecWhat.push_back(Text::Quoted(item.Details().strDetail));
         }
         if (item.eReason == EReason::NO_DISPLAY_NAME) {
             vecWhat.emplace_back(item.GetDisplayNameAttribute());
         }
         const bool bText = item.eReason == EReason::UNKNOWN_TEMPLATE;
-        SDiagnostic* pDiagnostic = diagnostics.Add(
-            told.eCode, bText ? FindTextOffset(strText, item.iOffset, 0) : item.iOffset, vecWhat,
-            {bText ? AdviseTemplate(item.strNearest) : AdviseElement(item.strDetail, item.strName, item.strNearest)});
+        SDiagnostic* pDiagnostic =
+            diagnostics.Add(told.eCode, bText ? FindTextOffset(strText, item.iOffset, 0) : item.iOffset, vecWhat,
+                            {bText ? AdviseTemplate(item.Details().strNearest)
+                                   : AdviseElement(item.Details().strDetail, item.strName, item.Details().strNearest)});
         if (pDiagnostic != nullptr && item.FollowsFromVersion()) {
             pDiagnostic->strAdvice = AdviseVersion();
         }
@@ -78,10 +79,10 @@ void TellForeign(const SForeignChild& foreign, CDiagnostics& diagnostics) {
 }
 
 void TellForeign(const SReportItem& item, CDiagnostics& diagnostics) {
-    for (const SForeignChild& foreign : item.vecForeign) {
+    for (const SForeignChild& foreign : item.Details().vecForeign) {
         TellForeign(foreign, diagnostics);
     }
-    for (const SUnknownReference& reference : item.vecUnknown) {
+    for (const SUnknownReference& reference : item.Details().vecUnknown) {
         diagnostics.Add(ECode::UNKNOWN_ASSET, reference.iOffset,
                         {GetItemWord(reference.eKind), Text::Quoted(reference.strName)},
                         {AdviseReference(reference.strNearest)});
@@ -89,13 +90,14 @@ void TellForeign(const SReportItem& item, CDiagnostics& diagnostics) {
 }
 
 void TellFault(const SReportItem& item, CDiagnostics& diagnostics) {
-    const ECode eCode = FAULTS[static_cast<std::size_t>(*item.fault)];
+    const ECode eCode = FAULTS[static_cast<std::size_t>(*item.Details().fault)];
     if (item.IsUnknownReference()) {
         const EItemKind eKind =
-            item.fault == ETemplateFault::UNKNOWN_EXPRESSION ? EItemKind::EXPRESSION : EItemKind::KEYWORD;
-        diagnostics.Add(eCode, item.iOffset, {GetItemWord(eKind), QuoteReference(item.strFaulty, item.strWritten)},
-                        {AdviseReference(item.strNearest)});
+            item.Details().fault == ETemplateFault::UNKNOWN_EXPRESSION ? EItemKind::EXPRESSION : EItemKind::KEYWORD;
+        diagnostics.Add(eCode, item.iOffset,
+                        {GetItemWord(eKind), QuoteReference(item.Details().strFaulty, item.Details().strWritten)},
+                        {AdviseReference(item.Details().strNearest)});
     } else {
-        diagnostics.Add(eCode, item.iOffset, {Text::Quoted(item.strFaulty)});
+        diagnostics.Add(eCode, item.iOffset, {Text::Quoted(item.Details().strFaulty)});
     }
 }

@@ -201,7 +201,7 @@ void CPolicyFileReader::Arrange(ReportItems& vecItems) const {
     for (SReportItem& item : vecItems) {
         item.older = m_older;
         if (item.eReason == EReason::UNKNOWN_ELEMENT) {
-            item.strNearest = meant.FindElement(item.strDetail, item.strName);
+            item.EditDetails().strNearest = meant.FindElement(item.Details().strDetail, item.strName);
         }
         if (item.iOffset != std::string::npos) {
             item.place = places.Find(m_file.iStart + item.iOffset);
