@@ -17,23 +17,23 @@ SStoreInfo CMemoryStore::GetInfo() {
     return {URL, "memory", SETTINGS_SCHEMA_VERSION};
 }
 
-CMemoryStore::RowPtr CMemoryStore::FindFirst(ESettingsKind eKind, std::size_t iColumn, const std::string& strValue) {
+const CPackedRow* CMemoryStore::FindFirst(ESettingsKind eKind, std::size_t iColumn, const std::string& strValue) {
     const STableRows& table = Table(eKind);
     if (iColumn == 0) {
         const auto itRow = table.rows.find(strValue);
-        return itRow != table.rows.end() ? itRow->second : nullptr;
+        return itRow != table.rows.end() ? &itRow->second : nullptr;
     }
     const Index& index = table.mapIndexes.at(iColumn);
     const auto itEntry = index.lower_bound(EntryView(strValue, ""));
-    return itEntry != index.end() && itEntry->first == strValue ? table.rows.at(itEntry->second) : nullptr;
+    return itEntry != index.end() && itEntry->first == strValue ? &table.rows.at(itEntry->second) : nullptr;
 }
 
 void CMemoryStore::Find(ESettingsKind eKind, std::size_t iColumn, const std::vector<std::string>& vecValues,
                         std::vector<std::unique_ptr<CSettingsRow>>& vecRows) {
     vecRows.clear();
     for (const std::string& strValue : vecValues) {
-        const RowPtr pRow = FindFirst(eKind, iColumn, strValue);
-        vecRows.push_back(pRow != nullptr ? std::make_unique<CSettingsRow>(*pRow) : nullptr);
+        const CPackedRow* pRow = FindFirst(eKind, iColumn, strValue);
+        vecRows.push_back(pRow != nullptr ? std::make_unique<CSettingsRow>(pRow->Unpack()) : nullptr);
     }
 }
 
@@ -50,15 +50,15 @@ void CMemoryStore::ReadAll(ESettingsKind eKind, const std::function<void(CSettin
     const Rows& rows = Table(eKind).rows;
     for (auto itRow = rows.begin(); itRow != rows.end();) {
         const std::string strSubject = itRow->first;
-        fnRow(CSettingsRow(*itRow->second));
+        fnRow(itRow->second.Unpack());
         itRow = rows.upper_bound(strSubject);
     }
 }
 
 void CMemoryStore::ReadColumn(ESettingsKind eKind, std::size_t iColumn, std::vector<std::string>& vecValues) {
     vecValues.clear();
-    for (const auto& [strSubject, pRow] : Table(eKind).rows) {
-        vecValues.push_back(pRow->GetText(iColumn));
+    for (const auto& [strSubject, row] : Table(eKind).rows) {
+        vecValues.emplace_back(row.GetText(iColumn).value_or(std::string_view()));
     }
 }
 
@@ -72,7 +72,7 @@ void CMemoryStore::Check(const std::function<void(const SStoreDamage&)>&) {}
 void CMemoryStore::Save(const CSettingsRow& row) {
     m_units.RequireWritable(StoreDoing::SAVING);
     row.Validate();
-    Change(row.GetKind(), row.GetSubject(), std::make_shared<CSettingsRow>(row));
+    Change(row.GetKind(), row.GetSubject(), &row);
 }
 
 bool CMemoryStore::Remove(ESettingsKind eKind, const std::string& strSubject) {
@@ -123,7 +123,7 @@ void CMemoryStore::Rollback() {
 }
 
 /** Puts the row, or nothing, in place of what stands under the key, and remembers that while a unit is open. */
-void CMemoryStore::Change(ESettingsKind eKind, const std::string& strSubject, const RowPtr& pRow) {
+void CMemoryStore::Change(ESettingsKind eKind, const std::string& strSubject, const CSettingsRow* pRow) {
     m_vecUndo.push_back({eKind, strSubject, MakePlace(eKind, strSubject, pRow)});
     SUndo& undo = m_vecUndo.back();
     Exchange(eKind, undo.strSubject, undo.place);
@@ -133,7 +133,8 @@ void CMemoryStore::Change(ESettingsKind eKind, const std::string& strSubject, co
 }
 
 /** Takes all the memory that a change, and undoing it, will need. */
-CMemoryStore::SPlace CMemoryStore::MakePlace(ESettingsKind eKind, const std::string& strSubject, const RowPtr& pRow) {
+CMemoryStore::SPlace CMemoryStore::MakePlace(ESettingsKind eKind, const std::string& strSubject,
+                                             const CSettingsRow* pRow) {
     const STableRows& table = Table(eKind);
     SPlace place;
     place.vecEntries.resize(table.mapIndexes.size());
@@ -141,7 +142,7 @@ CMemoryStore::SPlace CMemoryStore::MakePlace(ESettingsKind eKind, const std::str
         return place;
     }
     Rows rows;
-    place.row = rows.extract(rows.emplace(strSubject, pRow).first);
+    place.row = rows.extract(rows.emplace(strSubject, *pRow).first);
     auto itEntry = place.vecEntries.begin();
     for (const auto& [iColumn, others] : table.mapIndexes) {
         if (!pRow->IsNull(iColumn)) {
@@ -161,8 +162,9 @@ void CMemoryStore::Exchange(ESettingsKind eKind, const std::string& strSubject, 
     auto itEntry = place.vecEntries.begin();
     for (auto& [iColumn, index] : table.mapIndexes) {
         Index::node_type old;
-        if (bOld && !itOld->second->IsNull(iColumn)) {
-            old = index.extract(index.find(EntryView(itOld->second->GetText(iColumn), strSubject)));
+        const auto text = bOld ? itOld->second.GetText(iColumn) : std::nullopt;
+        if (text) {
+            old = index.extract(index.find(EntryView(*text, strSubject)));
         }
         index.insert(std::move(*itEntry));
         *itEntry++ = std::move(old);

@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "platform/store/CPackedRow.h"
 #include "platform/store/CSettingsStore.h"
 #include "platform/store/CUnitsOfWork.h"
 
@@ -35,8 +36,7 @@ class CMemoryStore : public CSettingsStore {
     void Rollback() override;
 
   private:
-    using RowPtr = std::shared_ptr<const CSettingsRow>;
-    using Rows = std::map<std::string, RowPtr>;
+    using Rows = std::map<std::string, CPackedRow>;
     /** A value with the key of its row, and the same for looking up. */
     using Entry = std::pair<std::string, std::string>;
     using EntryView = std::pair<std::string_view, std::string_view>;
@@ -63,9 +63,9 @@ class CMemoryStore : public CSettingsStore {
     };
 
     STableRows& Table(ESettingsKind eKind) { return m_aTables[static_cast<std::size_t>(eKind)]; }
-    RowPtr FindFirst(ESettingsKind eKind, std::size_t iColumn, const std::string& strValue);
-    void Change(ESettingsKind eKind, const std::string& strSubject, const RowPtr& pRow);
-    SPlace MakePlace(ESettingsKind eKind, const std::string& strSubject, const RowPtr& pRow);
+    const CPackedRow* FindFirst(ESettingsKind eKind, std::size_t iColumn, const std::string& strValue);
+    void Change(ESettingsKind eKind, const std::string& strSubject, const CSettingsRow* pRow);
+    SPlace MakePlace(ESettingsKind eKind, const std::string& strSubject, const CSettingsRow* pRow);
     void Exchange(ESettingsKind eKind, const std::string& strSubject, SPlace& place);
 
     CUnitsOfWork m_units{URL};
