@@ -89,9 +89,10 @@ void CXMLNode::AppendChild(OS::CAutoObjPtr<CXMLNode>& pNode) {
     if (XmlTree::IsSelfOrAncestor(child, parent)) {
         XmlText::Throw(SUBJECT, "element " + std::string(child.name()) + " cannot hold itself");
     }
-    const CXMLTree::CDeclarations vecDeclarations = XmlMarkup::DeclarationsInScope(*pNode->m_pTree, child);
-    if (pNode->m_pTree != m_pTree) {
-        child = m_pTree->CopyIn(*pNode->m_pTree, child);
+    const std::shared_ptr<CXMLTree> pFrom = pNode->m_pTree;  // keeps the declarations
+    const XmlMarkup::CDeclarationRefs vecDeclarations = XmlMarkup::DeclarationsInScope(*pFrom, child);
+    if (pFrom != m_pTree) {
+        child = m_pTree->CopyIn(*pFrom, child);
         pNode->m_pTree = m_pTree;
         pNode->m_pNode = XmlTree::Handle(child);
     }

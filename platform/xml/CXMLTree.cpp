@@ -1,5 +1,6 @@
 #include "platform/xml/CXMLTree.hpp"
 
+#include <algorithm>
 #include <cstring>
 #include <new>
 #include <utility>
@@ -178,10 +179,13 @@ void CXMLTree::NoteAttribute(pugi::xml_node element, std::string_view strName) {
 }
 
 void CXMLTree::NoteDeclarations(pugi::xml_node element) {
+    const auto fnIs = [](const pugi::xml_attribute& attribute) { return IsDeclaration(attribute.name()); };
+    const auto attributes = element.attributes();
     CDeclarations vecDeclarations;
-    for (const pugi::xml_attribute& attribute : element.attributes()) {
+    vecDeclarations.reserve(static_cast<std::size_t>(std::count_if(attributes.begin(), attributes.end(), fnIs)));
+    for (const pugi::xml_attribute& attribute : attributes) {
         XML_VISIT();
-        if (IsDeclaration(attribute.name())) {
+        if (fnIs(attribute)) {
             vecDeclarations.emplace_back(attribute.name(), attribute.value());
         }
     }

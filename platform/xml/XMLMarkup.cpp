@@ -71,14 +71,14 @@ void AppendLeaf(std::string& strOut, pugi::xml_node node) {
 
 /** @return whether the node was opened, so that its children and its end are still to come */
 bool AppendOpening(std::string& strOut, pugi::xml_node node, const SSkip& skip,
-                   const CXMLTree::CDeclarations& vecDeclarations) {
+                   const CDeclarationRefs& vecDeclarations) {
     if (node.type() != pugi::node_element) {
         AppendLeaf(strOut, node);
         return false;
     }
     AppendStart(strOut, node, skip);
-    for (const CXMLTree::CDeclaration& declaration : vecDeclarations) {
-        AppendAttribute(strOut, declaration.first, declaration.second);
+    for (const CXMLTree::CDeclaration* pDeclaration : vecDeclarations) {
+        AppendAttribute(strOut, pDeclaration->first, pDeclaration->second);
     }
     const bool bOpened = !node.first_child().empty();
     strOut += bOpened ? ">" : "/>";
@@ -87,8 +87,8 @@ bool AppendOpening(std::string& strOut, pugi::xml_node node, const SSkip& skip,
 
 }  // namespace
 
-CXMLTree::CDeclarations DeclarationsInScope(const CXMLTree& tree, pugi::xml_node node) {
-    CXMLTree::CDeclarations vecInScope;
+CDeclarationRefs DeclarationsInScope(const CXMLTree& tree, pugi::xml_node node) {
+    CDeclarationRefs vecInScope;
     if (node.type() != pugi::node_element || !tree.HasDeclarations()) {
         return vecInScope;
     }
@@ -102,25 +102,28 @@ CXMLTree::CDeclarations DeclarationsInScope(const CXMLTree& tree, pugi::xml_node
         for (const CXMLTree::CDeclaration& declaration : *pDeclarations) {
             XML_VISIT();
             if (lstSeen.insert(declaration.first).second && element != node && !declaration.second.empty()) {
-                vecInScope.push_back(declaration);
+                vecInScope.push_back(&declaration);
             }
         }
     }
     return vecInScope;
 }
 
-void AddDeclarations(CXMLTree& tree, pugi::xml_node element, const CXMLTree::CDeclarations& vecDeclarations) {
+void AddDeclarations(CXMLTree& tree, pugi::xml_node element, const CDeclarationRefs& vecDeclarations) {
     if (vecDeclarations.empty()) {
         return;
     }
-    const CXMLTree::CDeclarations vecPresent = DeclarationsInScope(tree, element);
-    const std::set<CXMLTree::CDeclaration> lstPresent(vecPresent.begin(), vecPresent.end());
-    for (const auto& [strName, strValue] : vecDeclarations) {
-        if (lstPresent.count({strName, strValue}) == 0) {
+    std::set<std::pair<std::string_view, std::string_view>> lstPresent;
+    for (const CXMLTree::CDeclaration* pPresent : DeclarationsInScope(tree, element)) {
+        lstPresent.insert(*pPresent);
+    }
+    for (const CXMLTree::CDeclaration* pDeclaration : vecDeclarations) {
+        const auto& [strName, strValue] = *pDeclaration;
+        if (lstPresent.count(*pDeclaration) == 0) {
             XmlTree::Require(element.append_attribute(strName.c_str()).set_value(strValue.c_str()));
         }
     }
-    tree.NoteAttribute(element, vecDeclarations.front().first);
+    tree.NoteAttribute(element, vecDeclarations.front()->first);
 }
 
 void Append(std::string& strOut, const CXMLTree& tree, pugi::xml_node node, const SSkip& skip) {

@@ -2,16 +2,23 @@
 
 #include <pugixml.hpp>
 #include <string>
+#include <vector>
 
 #include "platform/xml/CXMLTree.hpp"
 
 /** Trees as markup, and the namespace declarations that must come along. */
 namespace XmlMarkup {
 
-/** @return the declarations that an element's ancestors make for it and that it does not make itself; else none */
-CXMLTree::CDeclarations DeclarationsInScope(const CXMLTree& tree, pugi::xml_node node);
+/** Declarations of a tree; there may be as many as a document holds. */
+using CDeclarationRefs = std::vector<const CXMLTree::CDeclaration*>;
+
+/**
+ * @return the declarations that an element's ancestors make for it and that it does not make itself; else none. Valid
+ *         while the tree lives and those ancestors keep their attributes.
+ */
+CDeclarationRefs DeclarationsInScope(const CXMLTree& tree, pugi::xml_node node);
 /** Adds those of the declarations that are not in scope where the element is now. */
-void AddDeclarations(CXMLTree& tree, pugi::xml_node element, const CXMLTree::CDeclarations& vecDeclarations);
+void AddDeclarations(CXMLTree& tree, pugi::xml_node element, const CDeclarationRefs& vecDeclarations);
 
 /** Names of attributes to leave out. */
 struct SSkip {
