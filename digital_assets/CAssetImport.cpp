@@ -147,12 +147,12 @@ void LogMissingChild(const SChild& child, std::string_view strDisplayName) {
 }
 
 /** What is written there is meant to be kept as much as the asset. */
-void TellUnknownChildren(const CXMLView& asset, CImportObserver* pObserver) {
+void TellUnknownChildren(const CPolicyDocument& document, const CXMLView& asset, CImportObserver* pObserver) {
     if (asset.Name() == KEYWORD_FORMAT.pElement) {
-        ::TellUnknownElements(asset, {TagUtf8::KEYWORD}, pObserver);
+        ::TellUnknownElements(document, asset, {TagUtf8::KEYWORD}, pObserver);
     } else if (asset.Name() == EXPRESSION_FORMAT.pElement) {
         ::TellUnknownElements(
-            asset,
+            document, asset,
             {TagUtf8::REGULAR_EXPRESSION, TagUtf8::ALPHABET_CHARSET, TagUtf8::PATTERN_FOR_DISPLAY, TagUtf8::EXAMPLES},
             pObserver);
     }
@@ -165,15 +165,16 @@ int Import(EImport eImport, const OS::x_wstring& strScope, CPolicyDocument& docu
     return CAssetImport(strScope, document, vecSkipped, pObserver).Run(eImport);
 }
 
-void TellUnknownElements(const CXMLView& root, CImportObserver* pObserver) {
+void TellUnknownElements(CPolicyDocument& document, CImportObserver* pObserver) {
+    const CXMLView root = document.Load().RootView();
     ::TellUnknownElements(
-        root, {TagUtf8::DIGITAL_ASSETS, TagUtf8::COMPLIANCE_TEMPLATES, TagUtf8::INDUSTRIES, TagUtf8::REGIONS},
+        document, root, {TagUtf8::DIGITAL_ASSETS, TagUtf8::COMPLIANCE_TEMPLATES, TagUtf8::INDUSTRIES, TagUtf8::REGIONS},
         pObserver);
     for (CXMLView section = root.FirstChild(TagUtf8::DIGITAL_ASSETS); section;
          section = section.NextSibling(TagUtf8::DIGITAL_ASSETS)) {
-        ::TellUnknownElements(section, {EXPRESSION_FORMAT.pElement, KEYWORD_FORMAT.pElement}, pObserver);
+        ::TellUnknownElements(document, section, {EXPRESSION_FORMAT.pElement, KEYWORD_FORMAT.pElement}, pObserver);
         for (CXMLView asset = section.FirstChild(); asset; asset = asset.NextSibling()) {
-            TellUnknownChildren(asset, pObserver);
+            TellUnknownChildren(document, asset, pObserver);
         }
     }
 }
@@ -209,7 +210,7 @@ int CAssetImport::Run(EImport eImport) {
         return RESULT_FAILED;
     }
     if (m_pObserver != nullptr) {
-        TellUnknownElements(m_document.Load().RootView(), m_pObserver);
+        TellUnknownElements(m_document, m_pObserver);
     }
     DLP_LOG(DBG::LEVEL_LEAVE, mode.pDone);
     return RESULT_DONE;

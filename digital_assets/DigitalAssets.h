@@ -36,7 +36,7 @@ int Import(EImport eImport, const OS::x_wstring& strScope, CPolicyDocument& docu
            std::vector<OS::x_wstring>& vecSkipped, CImportObserver* pObserver);
 
 /** Tells of what stands among sections or assets and is none. @param pObserver may be null */
-void TellUnknownElements(const CXMLView& root, CImportObserver* pObserver);
+void TellUnknownElements(CPolicyDocument& document, CImportObserver* pObserver);
 
 /**
  * Writes the declaration and the start tag of the root with version and language; the caller ends the element.

@@ -3,10 +3,11 @@
 #include <algorithm>
 
 #include "platform/xml/CXMLCOMException.h"
+#include "xml/CPolicyDocument.h"
 #include "xml/Vocabulary.h"
 
-void TellUnknownElements(const CXMLView& parent, std::initializer_list<const char*> lstKnown,
-                         CImportObserver* pObserver) {
+void TellUnknownElements(const CPolicyDocument& document, const CXMLView& parent,
+                         std::initializer_list<const char*> lstKnown, CImportObserver* pObserver) {
     if (pObserver == nullptr) {
         return;
     }
@@ -29,6 +30,12 @@ void TellUnknownElements(const CXMLView& parent, std::initializer_list<const cha
         item.strDetail = parent.Name();
         item.iOffset = child.Offset();
         pObserver->OnItem(item);
+    }
+    static_assert(MAX_UNKNOWN_KEPT >= CImportObserver::MAX_UNKNOWN_ELEMENTS, "what is an item is in the tree");
+    for (std::size_t i = document.CountBlanked(parent); i > 0; --i) {
+        if (!pObserver->PassesOver(EItemKind::ELEMENT, {})) {
+            pObserver->OnUntoldElement();
+        }
     }
 }
 

@@ -11,6 +11,8 @@
 #include "platform/common/CException.h"
 #include "platform/xml/CXMLView.h"
 
+class CPolicyDocument;
+
 using EItemKind = CDLPImportReport::EKind;
 using EDisposition = CDLPImportReport::EDisposition;
 
@@ -102,8 +104,8 @@ class CImportObserver {
  * Tells of each child element that none of the names is of, and that therefore is passed over with all it holds.
  * @param parent where items stand @param pObserver may be null
  */
-void TellUnknownElements(const CXMLView& parent, std::initializer_list<const char*> lstKnown,
-                         CImportObserver* pObserver);
+void TellUnknownElements(const CPolicyDocument& document, const CXMLView& parent,
+                         std::initializer_list<const char*> lstKnown, CImportObserver* pObserver);
 
 /** Tells of what was thrown, unless it was not the store's. @param pObserver may be null */
 void TellStoreFailure(CImportObserver* pObserver, const OS::CException& exception);

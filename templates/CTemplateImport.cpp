@@ -61,7 +61,7 @@ int CTemplateImport::Run() {
     if (m_pObserver != nullptr) {
         const CXMLView root = m_document.Load().RootView();
         TemplateReport::TellCategories(root, m_names, *m_pObserver);
-        TemplateReport::TellUnknownElements(root, m_pObserver);
+        TemplateReport::TellUnknownElements(m_document, m_pObserver);
     }
     return CTemplateMgr::RESULT_DONE;
 }

@@ -83,11 +83,13 @@ void ReportDroppedSections(CImportObserver* pObserver, const CXMLView& root) {
     }
 }
 
-void ReportUnknownElements(CImportObserver* pObserver, const CXMLView& root) {
+void ReportUnknownElements(CImportObserver* pObserver, CPolicyDocument& document) {
+    const CXMLView root = document.Load().RootView();
     constexpr const char* SECTION = TagUtf8::COMPLIANCE_TEMPLATES;
-    TellUnknownElements(root, {SECTION, TagUtf8::DIGITAL_ASSETS, TagUtf8::INDUSTRIES, TagUtf8::REGIONS}, pObserver);
+    TellUnknownElements(document, root, {SECTION, TagUtf8::DIGITAL_ASSETS, TagUtf8::INDUSTRIES, TagUtf8::REGIONS},
+                        pObserver);
     for (CXMLView section = root.FirstChild(SECTION); section; section = section.NextSibling(SECTION)) {
-        TellUnknownElements(section, {TagUtf8::TEMPLATE}, pObserver);
+        TellUnknownElements(document, section, {TagUtf8::TEMPLATE}, pObserver);
     }
 }
 
@@ -143,7 +145,7 @@ bool CDLPXmlNormalizer::Convert(CPolicyDocument& document, SNormalizedDocument& 
     }
     WrapTemplateList(templates, result.document);
     ReportDroppedSections(pObserver, document.Load().RootView());
-    ReportUnknownElements(pObserver, document.Load().RootView());
+    ReportUnknownElements(pObserver, document);
     return true;
 }
 

@@ -5,6 +5,7 @@
 
 #include "platform/common/TextConversion.h"
 #include "templates/TemplateXml.h"
+#include "xml/CPolicyDocument.h"
 #include "xml/Vocabulary.h"
 
 namespace {
@@ -135,7 +136,8 @@ void TellCategories(const CXMLView& root, const std::unordered_set<std::string>&
     }
 }
 
-void TellUnknownElements(const CXMLView& root, CImportObserver* pObserver) {
+void TellUnknownElements(CPolicyDocument& document, CImportObserver* pObserver) {
+    const CXMLView root = document.Load().RootView();
     struct SSection {
         const char* pSection;
         const char* pItem;
@@ -146,9 +148,9 @@ void TellUnknownElements(const CXMLView& root, CImportObserver* pObserver) {
                                      {TagUtf8::REGIONS, TagUtf8::REGION, true}};
     for (const auto& [pSection, pItem, bEntries] : SECTIONS) {
         for (CXMLView section = root.FirstChild(pSection); section; section = section.NextSibling(pSection)) {
-            ::TellUnknownElements(section, {pItem}, pObserver);
+            ::TellUnknownElements(document, section, {pItem}, pObserver);
             for (CXMLView item = section.FirstChild(pItem); bEntries && item; item = item.NextSibling(pItem)) {
-                ::TellUnknownElements(item, {TagUtf8::TEMPLATE_ID}, pObserver);
+                ::TellUnknownElements(document, item, {TagUtf8::TEMPLATE_ID}, pObserver);
             }
         }
     }

@@ -9,6 +9,8 @@
 #include "templates/MatchRule.h"
 #include "templates/STemplateFinding.h"
 
+class CPolicyDocument;
+
 /** What an observer of an import is told about templates. */
 namespace TemplateReport {
 
@@ -23,7 +25,7 @@ std::vector<SForeignChild> FindForeignChildren(const CXMLView& element);
 void TellCategories(const CXMLView& root, const std::unordered_set<std::string>& setTemplates,
                     CImportObserver& observer);
 /** Tells of what stands among templates, categories or their entries and is none. @param pObserver may be null */
-void TellUnknownElements(const CXMLView& root, CImportObserver* pObserver);
+void TellUnknownElements(CPolicyDocument& document, CImportObserver* pObserver);
 /** Of a template that was rewritten only the place of the whole is known. */
 void MoveForeignChildren(SImportItem& item);
 /** Says in the item's detail which building block or rule is to blame, and which reference is unknown. */

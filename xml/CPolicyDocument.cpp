@@ -1,5 +1,6 @@
 #include "xml/CPolicyDocument.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "platform/common/TextConversion.h"
@@ -13,14 +14,20 @@ CPolicyDocument::CPolicyDocument(CXMLParser&& document, std::vector<std::size_t>
 
 const CXMLParser& CPolicyDocument::Load() {
     if (!m_bLoaded) {
-        if (m_pWide != nullptr) {
-            m_document.LoadXML(*m_pWide);
-        } else {
-            m_document.LoadUtf8(m_strUtf8);
-        }
+        // What is no character becomes what is no UTF-8, so that it is refused with its place like anything else.
+        m_document.Load(m_pWide != nullptr ? OS::Utf8Loose(*m_pWide) : std::string(m_strUtf8),
+                        [this](std::string& strText) { m_vecBlanked = BlankUnreadMarkup(strText); });
         m_bLoaded = true;
     }
     return m_document;
+}
+
+std::size_t CPolicyDocument::CountBlanked(const CXMLView& parent) const {
+    const auto itBlanked =
+        std::lower_bound(m_vecBlanked.begin(), m_vecBlanked.end(), parent.Offset(),
+                         [](const SBlanked& blanked, std::size_t iOffset) { return blanked.iParent < iOffset; });
+    const bool bBlanked = itBlanked != m_vecBlanked.end() && itBlanked->iParent == parent.Offset();
+    return bBlanked ? itBlanked->iElements : 0;
 }
 
 std::size_t CPolicyDocument::GetLength() const {

@@ -8,10 +8,12 @@
 #include "platform/common/PlatformExport.h"
 #include "platform/common/x_wstring.h"
 #include "platform/xml/CXMLParser.h"
+#include "xml/UnreadMarkup.h"
 
 /**
  * One document on its way into the store: a text, read once into one tree that every step of an import works on and
- * leaves as it was read. Wide text is made from it only where somebody asks for it.
+ * leaves as it was read. Wide text is made from it only where somebody asks for it. Of unknown elements the tree holds
+ * no more than is told of them.
  */
 class DLP_PLATFORM_API CPolicyDocument {
   public:
@@ -34,6 +36,9 @@ class DLP_PLATFORM_API CPolicyDocument {
      */
     const CXMLParser& Load();
 
+    /** @return how many unknown child elements the tree lacks, all of them behind those that it has */
+    std::size_t CountBlanked(const CXMLView& parent) const;
+
     /** @return the length of the text in code points */
     std::size_t GetLength() const;
     /** @return the text as it was handed in, or for a document made from another one, as it would be written */
@@ -45,6 +50,7 @@ class DLP_PLATFORM_API CPolicyDocument {
     const OS::x_wstring* m_pWide = nullptr;
     std::string_view m_strUtf8;
     std::vector<std::size_t> m_vecOrigins;
+    std::vector<SBlanked> m_vecBlanked;
     CXMLParser m_document;
     bool m_bLoaded = false;
     bool m_bDerived = false;

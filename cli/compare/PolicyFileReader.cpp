@@ -103,8 +103,8 @@ void CPolicyFileReader::ReadItems(CPolicyDocument& document) {
     ReadAssets(DigitalAssets::EXPRESSION_FORMAT, ESettingsKind::EXPRESSION, root);
     ReadAssets(DigitalAssets::KEYWORD_FORMAT, ESettingsKind::KEYWORD, root);
     ReadTemplates(document);
-    DigitalAssets::TellUnknownElements(root, this);
-    TemplateReport::TellUnknownElements(root, this);
+    DigitalAssets::TellUnknownElements(document, this);
+    TemplateReport::TellUnknownElements(document, this);
 }
 
 void CPolicyFileReader::ReadAssets(const DigitalAssets::SAssetFormat& format, ESettingsKind eKind,

@@ -40,10 +40,11 @@ CXMLView NextElement(CXMLView element, const CXMLView& top) {
 
 class CLayoutComparison {
   public:
-    CLayoutComparison(std::string_view strText, const SNormalizedDocument& converted)
-        : m_strText(strText), m_converted(converted) {}
+    CLayoutComparison(std::string_view strText, CPolicyDocument& document, const SNormalizedDocument& converted)
+        : m_strText(strText), m_document(document), m_converted(converted) {}
 
-    SLayoutChanges Run(const CXMLView& root) {
+    SLayoutChanges Run() {
+        const CXMLView root = m_document.Load().RootView();
         const CXMLView result = m_converted.document.RootView();
         CompareAttributes(root, result);
         CompareSections(root, result.FirstChild(TagUtf8::COMPLIANCE_TEMPLATES));
@@ -90,7 +91,15 @@ class CLayoutComparison {
                     DropElement(section, child);
                 }
             }
+            CountBlanked(section);
         }
+        CountBlanked(root);
+    }
+
+    /** Unknown elements that are told of by their number alone. */
+    void CountBlanked(const CXMLView& parent) {
+        static_assert(MAX_UNKNOWN_KEPT >= SLayoutChanges::MAX_KEPT, "what is kept is in the tree");
+        m_changes.aCounts[static_cast<std::size_t>(EChange::DROPPED)] += m_document.CountBlanked(parent);
     }
 
     /** The result holds what it has carried over in the order of the document. */
@@ -229,6 +238,7 @@ class CLayoutComparison {
     }
 
     std::string_view m_strText;
+    CPolicyDocument& m_document;
     const SNormalizedDocument& m_converted;
     SLayoutChanges m_changes;
     SLayoutChange m_omitted;
@@ -244,5 +254,5 @@ std::size_t SLayoutChanges::CountOmitted() const {
 
 SLayoutChanges FindLayoutChanges(std::string_view strText, CPolicyDocument& document,
                                  const SNormalizedDocument& converted) {
-    return CLayoutComparison(strText, converted).Run(document.Load().RootView());
+    return CLayoutComparison(strText, document, converted).Run();
 }

@@ -114,12 +114,15 @@ bool CXMLParser::LoadUtf8(std::string_view strText) {
     return Load(std::string(strText));
 }
 
-bool CXMLParser::Load(std::string strText) {
+bool CXMLParser::Load(std::string strText, const std::function<void(std::string&)>& fnEdit) {
     XML_STEP("LoadXML");
     m_pTree.reset();
     SXMLGateResult result = CheckXml(strText);
     m_error = std::move(result.error);
     if (result.bWellFormed) {
+        if (fnEdit) {
+            fnEdit(strText);
+        }
         m_pTree = CXMLTree::Parse(std::move(strText));
     }
     return result.bWellFormed;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -66,6 +67,12 @@ class DLP_PLATFORM_API CXMLParser {
     bool LoadXML(const std::wstring& strText) { return LoadXML(strText.data(), strText.size()); }
     /** As LoadXML, for bytes of UTF-8; a leading byte order mark is dropped. The text is copied. */
     bool LoadUtf8(std::string_view strText);
+    /**
+     * As LoadUtf8, for a text that is handed over.
+     * @param fnEdit called with the text once it is known to be well-formed, which it must stay, and before there is a
+     *        tree; may be empty
+     */
+    bool Load(std::string strText, const std::function<void(std::string&)>& fnEdit = {});
     /** As SaveXML, in UTF-8, appended. */
     void SaveUtf8(std::string& strOut) const;
     /** @return why the last load failed; an empty message when it did not */
@@ -84,7 +91,6 @@ class DLP_PLATFORM_API CXMLParser {
     CXMLView RootView() const;
 
   private:
-    bool Load(std::string strText);
     CXMLView Root() const;
 
     std::shared_ptr<CXMLTree> m_pTree;

@@ -246,6 +246,19 @@ TEST_F(ImportLedger, OfManyUnknownElementsTheFirstThousandAreItems) {
     EXPECT_EQ(std::count_if(report["items"].begin(), report["items"].end(), fnElement), 1000);
 }
 
+TEST_F(ImportLedger, OfAnyNumberOfUnknownElementsNoneIsForgotten) {
+    std::string strMany;
+    for (int i = 0; i < 100005; ++i) {
+        strMany += "<x/>";
+    }
+    const std::string strDocument = Replace(Small(), "</SAPolicy>", strMany + "</SAPolicy>");
+    EXPECT_EQ(Report({}, strDocument)["untold"], 99005);
+    const Json chosen = Report({"--only", "t"}, strDocument);
+    EXPECT_EQ(chosen.count("untold"), 0U);
+    const int iOthers = Report({"--only", "t"}, Small())["passed_over"];
+    EXPECT_EQ(chosen["passed_over"], iOthers + 100005);
+}
+
 TEST_F(ImportLedger, LostElementsOfTheOlderLayoutAreToldToo) {
     EXPECT_EQ(Fates(Report({},
                            "<SAPolicy>\n<complianceTemplates><template name=\"t\" displayName=\"T\"/><Template/>"
