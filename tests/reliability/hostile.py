@@ -129,6 +129,9 @@ def large(size: int) -> Iterator[Hostile]:
     yield Hostile("open comment", policy(rest="<!--" + "x" * size))
     yield Hostile("open section", policy(rest="<![CDATA[" + "]]" * (size // 2)))
     yield Hostile("empty elements", policy(rest="<x/>" * (size // 4)), TAKEN)
+    yield Hostile("texts and empty elements by turns", policy(rest="<x>" + "a<b/>" * (size // 5) + "</x>"), TAKEN)
+    yield Hostile("empty elements among templates",
+                  policy(templates='<template name="t" display_name="t"/>' + "<x/>" * (size // 4)), TAKEN)
     yield Hostile("expressions of one name", policy(entity("e") * (size // 100)), TAKEN)
     yield Hostile("expressions", policy("".join(entity(f"e{i}") for i in range(size // 110))), TAKEN)
     yield Hostile("keywords of one list", policy(dictionary(keyword("x") * (size // 66))), TAKEN)
