@@ -243,6 +243,7 @@ void CDLPXmlNormalizer::WrapTemplateList(CXMLParser& templates, CXMLParser& resu
         writer.EndElement();
     }
     result.LoadUtf8(strRoot);
-    RequireRoot(result, Tag::SA_POLICY)->AppendChild(pTemplates);
+    RequireRoot(result, Tag::SA_POLICY);
+    result.AppendRoot(std::move(templates));
     DLP_LOG(DBG::LEVEL_LEAVE, WRAP_LINE);
 }

@@ -128,6 +128,12 @@ bool CXMLParser::Load(std::string strText, const std::function<void(std::string&
     return result.bWellFormed;
 }
 
+void CXMLParser::AppendRoot(CXMLParser&& other) {
+    XML_STEP("AppendChild");
+    other.m_pTree->WrapRoot(*m_pTree);
+    m_pTree = std::move(other.m_pTree);
+}
+
 bool CXMLParser::SaveXML(OS::x_wstring& strOut) const {
     std::string strText;
     SaveUtf8(strText);

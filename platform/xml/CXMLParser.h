@@ -73,6 +73,11 @@ class DLP_PLATFORM_API CXMLParser {
      *        tree; may be empty
      */
     bool Load(std::string strText, const std::function<void(std::string&)>& fnEdit = {});
+    /**
+     * Appends the root of another document to this one's, as CXMLNode::AppendChild does with its node. Nothing is
+     * copied: the other document's tree becomes this one's, and that document is empty. Nodes of this one stay behind.
+     */
+    void AppendRoot(CXMLParser&& other);
     /** As SaveXML, in UTF-8, appended. */
     void SaveUtf8(std::string& strOut) const;
     /** @return why the last load failed; an empty message when it did not */

@@ -155,6 +155,16 @@ pugi::xml_node CXMLTree::CopyIn(const CXMLTree& from, pugi::xml_node source) {
     return copy;
 }
 
+void CXMLTree::WrapRoot(const CXMLTree& around) {
+    const pugi::xml_node inner = Root();
+    pugi::xml_node outer = XmlTree::AppendCopy(m_document, around.Root());
+    if (around.HasDeclarations()) {
+        NoteAllDeclarations(outer);
+    }
+    outer.append_move(inner);
+    m_strDeclaration = around.m_strDeclaration;
+}
+
 void CXMLTree::Detach(pugi::xml_node node) {
     Holder().append_move(node);
 }

@@ -39,6 +39,9 @@ class CXMLTree {
     pugi::xml_node Create(const char* pName);
     /** @return a deep copy, not attached, of a node of another tree */
     pugi::xml_node CopyIn(const CXMLTree& from, pugi::xml_node source);
+    /** Puts a copy of another tree's root, with that one's declaration, around the root; behind what the other holds.
+     */
+    void WrapRoot(const CXMLTree& around);
     /** Takes a node of this tree out of its place. */
     void Detach(pugi::xml_node node);
     bool IsHolder(pugi::xml_node node) const { return node && node == m_holder; }

@@ -517,3 +517,16 @@ TEST(XmlFile, UnreadableFileThrows) {
     EXPECT_NE("nothing thrown", Thrown([] { CXMLParser(nullptr); }));
     EXPECT_NE("nothing thrown", Thrown([] { CXMLParser(L"/\xD800"); }));
 }
+
+TEST(XmlDocument, RootOfAnotherIsAppendedWithItsTree) {
+    CXMLParser document;
+    ASSERT_TRUE(document.LoadUtf8("<?xml version=\"1.0\"?><r a=\"&lt;\" xmlns:p=\"u\"><b/></r>"));
+    CXMLParser other;
+    ASSERT_TRUE(other.LoadUtf8("<l><p x='1'/>text</l>"));
+    const OS::CAutoObjPtr<CXMLElement> pList = other.GetRootElement();
+    document.AppendRoot(std::move(other));
+    EXPECT_EQ("<?xml version=\"1.0\"?><r a=\"&lt;\" xmlns:p=\"u\"><b/><l><p x=\"1\"/>text</l></r>", Saved(document));
+    pList->SetAttribute(L"y", L"2");
+    EXPECT_EQ(L"2", document.XPathSelectSingleNode(L"/r/l")->GetAttribute(L"y"));
+    EXPECT_EQ("<l xmlns:p=\"u\" y=\"2\"><p x=\"1\"/>text</l>", Narrow(pList->GetXML()));
+}
