@@ -22,11 +22,12 @@ SMALL = (HEAD + """<SAPolicy template_version="3.0.1000"><digitalAssets>
 
 @dataclass(frozen=True)
 class Hostile:
-    """A document, and the exit codes that an import of it may have."""
+    """A document, the exit codes that an import of it may have, and how many times the bound of memory it takes."""
 
     name: str
     data: bytes
     codes: tuple[int, ...] = REFUSED
+    memory: float = 1.0
 
 
 def policy(assets: str = "", templates: str = '<template name="t" display_name="t"/>', rest: str = "", attributes: str = "") -> bytes:
@@ -153,7 +154,7 @@ def large(size: int) -> Iterator[Hostile]:
     yield Hostile("blanks after the document", SMALL + b" " * size, TAKEN)
     yield Hostile("older layout, many templates",
                   (HEAD + "<SAPolicy><complianceTemplates>" + '<template name="t" displayName="t"/>' * (many // 2)
-                   + "</complianceTemplates></SAPolicy>").encode(), EITHER)
+                   + "</complianceTemplates></SAPolicy>").encode(), EITHER, memory=1.45)  # two trees of them
 
 
 def cuts(chance: random.Random, sample: int) -> Iterator[Hostile]:

@@ -116,11 +116,12 @@ class Trial:
         self.wrong += 1
         print(f"{what}: {wrong.rstrip()}", flush=True)
 
-    def _measure(self, what: str, size: int, seconds: float, peak: int) -> None:
+    def _measure(self, what: str, document: Hostile, seconds: float, peak: int) -> None:
+        size = len(document.data)
         share = max(1.0, size / UNIT)
         self.slowest = max(self.slowest, (seconds / share, what))
-        allowed = OWN + (PEAK - OWN) * size / UNIT
-        self.largest = max(self.largest, (peak / allowed * PEAK / MEBIBYTE, what))
+        allowed = (OWN + (PEAK - OWN) * size / UNIT) * document.memory
+        self.largest = max(self.largest, (peak / allowed * document.memory * PEAK / MEBIBYTE, what))
         if self._measures_time and seconds > SECONDS * share:
             self._complain(what, f"{seconds:.1f} s for {size / MEBIBYTE:.0f} MiB")
         if self._measures_memory and peak > allowed:
@@ -143,7 +144,7 @@ class Trial:
                 self._complain(what, "the store has changed")
             if name in EFFECTLESS and self._tool.file.read_bytes() != document.data:
                 self._complain(what, "the document has changed")
-            self._measure(what, len(document.data), seconds, peak)
+            self._measure(what, document, seconds, peak)
 
     def _is_empty(self) -> bool:
         dump = self._tool.dump()
