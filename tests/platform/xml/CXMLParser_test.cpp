@@ -528,5 +528,5 @@ TEST(XmlDocument, RootOfAnotherIsAppendedWithItsTree) {
     EXPECT_EQ("<?xml version=\"1.0\"?><r a=\"&lt;\" xmlns:p=\"u\"><b/><l><p x=\"1\"/>text</l></r>", Saved(document));
     pList->SetAttribute(L"y", L"2");
     EXPECT_EQ(L"2", document.XPathSelectSingleNode(L"/r/l")->GetAttribute(L"y"));
-    EXPECT_EQ("<l xmlns:p=\"u\" y=\"2\"><p x=\"1\"/>text</l>", Narrow(pList->GetXML()));
+    EXPECT_EQ("<l y=\"2\" xmlns:p=\"u\"><p x=\"1\"/>text</l>", Narrow(pList->GetXML()));
 }
