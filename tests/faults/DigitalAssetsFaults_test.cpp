@@ -242,6 +242,7 @@ TEST_F(DigitalAssetsFaults, ImportThatMissesAnElementAnswersForTheStep) {
           Failure("fail to import dictionary.")},
          {strCreated}},
         {"what is no item", 0, {}, {strCreated, strList}},
+        {"what is no part of an asset", 0, {}, {strCreated, strList}},
         {"none", 0, {}, {strCreated, strList}},
     };
     int iLookup = 0;
