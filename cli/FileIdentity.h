@@ -1,8 +1,20 @@
 #pragma once
 
+#include <filesystem>
+#include <functional>
 #include <string>
 
-/** @return whether both name one file, through links too; files that are not there yet are told by their paths */
+/** @return the open descriptor that a path such as /proc/self/fd/1 stands for; -1 when it stands for none */
+int GetDescriptor(const std::filesystem::path& path);
+
+/**
+ * Follows links at the path's end one by one, also into nothing, but not out of the folder of open descriptors.
+ * @param fnLink hears of each link before it is followed; what it throws passes
+ */
+std::filesystem::path FollowLinks(std::filesystem::path path,
+                                  const std::function<void(const std::filesystem::path& link)>& fnLink = {});
+
+/** @return whether both name one file, through links too, whether it is there or not */
 bool IsSameFile(const std::string& strLeft, const std::string& strRight);
 
 /**

@@ -2,7 +2,6 @@
 
 #include <cerrno>
 #include <cstdio>
-#include <cstdlib>
 #include <filesystem>
 #include <system_error>
 #include <utility>
@@ -11,6 +10,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "cli/FileIdentity.h"
 #include "cli/Signals.h"
 #include "cli/Verdict.h"
 
@@ -18,19 +18,10 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr int MAX_LINKS = 40;
 constexpr std::int64_t KEPT_STEP = 1 << 20;
 constexpr mode_t NEW_FILE_MODE = 0666;
 constexpr mode_t MODE_BITS = 07777;
 constexpr const char FOREIGN_LINK[] = ": another user's link in a folder where everybody may write is not followed";
-
-/** @return the open descriptor that a path such as /proc/self/fd/1 stands for; -1 when it stands for none */
-int GetDescriptor(const fs::path& path) {
-    std::error_code error;
-    const fs::path folder = fs::canonical(path.parent_path(), error);
-    const bool bDescriptors = !error && folder.filename() == "fd" && folder.parent_path().parent_path() == "/proc";
-    return bDescriptors ? std::atoi(path.filename().c_str()) : -1;
-}
 
 /** In a folder where everybody may put files, another user's link may lead anywhere. */
 bool IsTrap(const fs::path& link) {
@@ -41,17 +32,13 @@ bool IsTrap(const fs::path& link) {
     return bFound && bOpen && status.st_uid != ::geteuid() && status.st_uid != folder.st_uid;
 }
 
-/** Follows links one by one, also into nothing, but not out of the folder of open descriptors. */
-fs::path FollowLinks(fs::path path, const std::string& strName) {
-    std::error_code error;
-    for (int i = 0; i < MAX_LINKS && fs::is_symlink(path, error) && GetDescriptor(path) < 0; ++i) {
-        if (IsTrap(path)) {
+/** @return what is written when the path is */
+fs::path FindTarget(const std::string& strPath, const std::string& strName) {
+    return FollowLinks(strPath, [&](const fs::path& link) {
+        if (IsTrap(link)) {
             throw CToolError(EVerdict::OUTPUT, "cannot write " + strName + FOREIGN_LINK);
         }
-        const fs::path target = fs::read_symlink(path, error);
-        path = target.is_absolute() ? target : path.parent_path() / target;
-    }
-    return path;
+    });
 }
 
 mode_t GetNewFileMode() {
@@ -88,7 +75,7 @@ COutputFile::COutputFile(std::string strName) : m_strName(std::move(strName)) {}
 
 // Once the other constructor has run, the destructor cleans up whatever this one began.
 COutputFile::COutputFile(const std::string& strPath, std::string strName) : COutputFile(std::move(strName)) {
-    const fs::path target = FollowLinks(strPath, m_strName);
+    const fs::path target = FindTarget(strPath, m_strName);
     m_strTarget = target.string();
     if (const int iDescriptor = GetDescriptor(target); iDescriptor >= 0) {
         m_iFile = ::fcntl(iDescriptor, F_DUPFD_CLOEXEC, 0);
@@ -103,7 +90,7 @@ COutputFile::COutputFile(const std::string& strPath, std::string strName) : COut
 }
 
 bool COutputFile::IsReplaced(const std::string& strPath, const std::string& strName) {
-    return IsRegularOrNone(FollowLinks(strPath, strName));
+    return IsRegularOrNone(FindTarget(strPath, strName));
 }
 
 COutputFile::~COutputFile() {

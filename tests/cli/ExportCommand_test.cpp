@@ -79,6 +79,45 @@ TEST_F(ExportCommand, FilesBesideTheStoreAreKept) {
     }
 }
 
+TEST_F(ExportCommand, FilesBesideTheStoreAreKeptFromLinksThatLeadNowhere) {
+    Import(Documents::Small());
+    const std::string strPolicy = m_dir.Write("policy.xml", Documents::Small());
+    const std::string strLink = m_dir.Path("link");
+    const std::vector<std::vector<std::string>> vecCommands = {
+        {"export", "--all", "-o", strLink},
+        {"assets", "export", "--all", "-o", strLink},
+        {"fmt", "-o", strLink, strPolicy},
+        {"convert", "-o", strLink, strPolicy},
+        {"import", "--report", strLink, strPolicy},
+        {"store", "dump", "-o", strLink},
+        {"store", "backup", strLink},
+        {"--log", strLink, "list", "templates"},
+    };
+    for (const char* pSideFile : {"-wal", "-shm", "-journal", "-writer"}) {
+        fs::create_symlink(std::string("store.db") + pSideFile, m_dir.Path("hop"));
+        fs::create_symlink("hop", strLink);
+        for (const std::vector<std::string>& vecCommand : vecCommands) {
+            EXPECT_EQ(Run(vecCommand).iCode, 3) << vecCommand.front() << pSideFile;
+            EXPECT_FALSE(fs::exists(strLink)) << vecCommand.front() << pSideFile;
+        }
+        EXPECT_EQ(Run(vecCommands.front()).strErr,
+                  "dlpctl: " + strLink + ": is a file of the store; name another file\n");
+        fs::remove(strLink);
+        fs::remove(m_dir.Path("hop"));
+    }
+}
+
+TEST_F(ExportCommand, StoreToBeMadeIsNoOutputThroughALink) {
+    RemoveStore();
+    const std::string strPolicy = m_dir.Write("policy.xml", Documents::Small());
+    const std::string strLink = m_dir.Path("link");
+    fs::create_symlink("store.db", strLink);
+    EXPECT_EQ(Run({"import", "--report", strLink, strPolicy}).strErr,
+              "dlpctl: " + strLink + ": is the store itself; name another file\n");
+    EXPECT_EQ(Run({"--log", strLink, "import", strPolicy}).strErr, "dlpctl: --log: " + strLink + " is a store\n");
+    EXPECT_FALSE(fs::exists(strLink));
+}
+
 TEST_F(ExportCommand, WhatNoImportTakesIsWarnedOf) {
     Import(Documents::Small());
     const std::string strSafe = Get({"export", "--all"});
