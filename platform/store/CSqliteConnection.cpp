@@ -194,17 +194,19 @@ void CSqliteConnection::CheckHeader() const {
     if (iCode != SQLITE_OK && iCode != SQLITE_IOERR_SHORT_READ && iCode != SQLITE_IOERR_DATA) {
         Refuse(sqlite3_errstr(iCode));
     }
+    // Whoever wrote the page was killed: the journal has it whole, or the one before, and the engine takes that.
+    const bool bAltered = iCode == SQLITE_IOERR_DATA && !HasSqliteJournal(m_strPath);
     // A file that is cut within its header may have been a store.
     if (std::memcmp(vecPage.data(), HEADER_MAGIC, sizeof(HEADER_MAGIC)) != 0 ||
         ReadBigEndian(&vecPage[HEADER_END]) == 0) {
         ThrowStoreError(m_strUrl, StoreDoing::OPENING, FOREIGN, StoreCode::DAMAGED);
     }
-    if (iCode != SQLITE_IOERR_DATA) {
+    if (!bAltered) {
         CheckOwner(ReadBigEndian(&vecPage[HEADER_APPLICATION]));
     }
     const std::int32_t iVersion = ReadBigEndian(&vecPage[HEADER_VERSION]);
     const bool bSummed = vecPage[HEADER_RESERVED] == SqlitePageSums::SUM_SIZE;
-    if (iCode == SQLITE_IOERR_DATA || bSummed != (iVersion >= SchemaVersion::PAGE_SUMS)) {
+    if (bAltered || bSummed != (iVersion >= SchemaVersion::PAGE_SUMS)) {
         ThrowStoreError(m_strUrl, StoreDoing::OPENING, std::string(DAMAGED_BEGINNING) + StoreAdvice::DAMAGED,
                         StoreCode::DAMAGED);
     }

@@ -20,6 +20,7 @@ constexpr mode_t FILE_MODE = 0600;
 constexpr int MOST_LINKS = 40;
 constexpr int MOST_TRIES = 10;
 constexpr const char JOURNAL[] = "-wal";
+constexpr const char ROLLBACK_JOURNAL[] = "-journal";
 constexpr const char CANNOT_READ[] = "cannot read the file";
 constexpr const char CANNOT_MAKE[] = "cannot make the file";
 constexpr const char CANNOT_MAKE_FOLDER[] = "cannot make the folder ";
@@ -115,6 +116,11 @@ void MakeFolders(const std::filesystem::path& folder, const std::string& strUrl)
     }
 }
 
+bool HoldsBytes(const std::string& strPath) {
+    struct stat status {};
+    return ::stat(strPath.c_str(), &status) == 0 && status.st_size > 0;
+}
+
 }  // namespace
 
 /** Whoever could put a link into somebody's folder could else choose the file that is written. */
@@ -196,8 +202,11 @@ bool IsSqliteFileEmpty(const std::string& strPath) {
 bool IsSqliteFileCut(const std::string& strPath) {
     std::error_code error;
     const std::string strTarget = std::filesystem::canonical(strPath, error).string();  // beside which the journal is
-    struct stat journal {};
-    return IsSqliteFileEmpty(strPath) && ::stat((strTarget + JOURNAL).c_str(), &journal) == 0 && journal.st_size > 0;
+    return IsSqliteFileEmpty(strPath) && HoldsBytes(strTarget + JOURNAL);
+}
+
+bool HasSqliteJournal(const std::string& strPath) {
+    return HoldsBytes(strPath + JOURNAL) || HoldsBytes(strPath + ROLLBACK_JOURNAL);
 }
 
 FileState GetSqliteFileState(const std::string& strPath) {

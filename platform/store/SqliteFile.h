@@ -50,6 +50,12 @@ bool IsSqliteFileEmpty(const std::string& strPath);
  */
 bool IsSqliteFileCut(const std::string& strPath);
 
+/**
+ * @param strPath with all links followed
+ * @return whether a journal that holds something stands beside the file: whoever wrote the file may not have finished
+ */
+bool HasSqliteJournal(const std::string& strPath);
+
 /** What changes whenever a file is written: its length, and when it was changed, in seconds and nanoseconds. */
 using FileState = std::array<std::int64_t, 3>;
 

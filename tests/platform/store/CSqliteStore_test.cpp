@@ -219,6 +219,53 @@ TEST_F(SqliteStore, DiskThatCannotReadIsNoDamage) {
     pVfs->xSetSystemCall(pVfs, "pread64", nullptr);
 }
 
+/** @return the first page as a log of the engine holds it last */
+std::string LastFirstPage(const std::string& strLog) {
+    constexpr std::size_t LOG_HEADER = 32;
+    constexpr std::size_t FRAME_HEADER = 24;
+    constexpr std::size_t FRAME = FRAME_HEADER + SqlitePageSums::PAGE_SIZE;
+    std::string strPage;
+    for (std::size_t i = LOG_HEADER; i + FRAME <= strLog.size(); i += FRAME) {
+        if (strLog.compare(i, 4, std::string("\0\0\0\1", 4)) == 0) {
+            strPage = strLog.substr(i + FRAME_HEADER, SqlitePageSums::PAGE_SIZE);
+        }
+    }
+    return strPage;
+}
+
+TEST_F(SqliteStore, FirstPageThatIsHalfWrittenIsTakenFromTheJournal) {
+    constexpr std::size_t SECTOR = 512;
+    CSqliteStore(Path()).Save(Expression("A"));
+    const std::string strBefore = m_folder.Read("settings.db");
+    std::string strLog;
+    {
+        CSqliteStore store(Path());
+        CSettingsTransaction unit(store, EUnitOfWork::WRITE);
+        for (int i = 0; i < 20; ++i) {
+            store.Save(Expression("B" + std::to_string(i), std::string(5000, 'p')));
+        }
+        unit.Commit();
+        strLog = m_folder.Read("settings.db-wal");
+    }
+    const std::string strDump = DumpStore(*std::make_unique<CSqliteStore>(Path()));
+    const std::string strPage = LastFirstPage(strLog);
+    ASSERT_EQ(strPage.size(), static_cast<std::size_t>(SqlitePageSums::PAGE_SIZE));
+    for (std::size_t iWritten = 0; iWritten <= strPage.size(); iWritten += SECTOR) {
+        for (const EUnitOfWork eUse : {EUnitOfWork::READ, EUnitOfWork::WRITE}) {
+            m_folder.Write("torn.db", strPage.substr(0, iWritten) + strBefore.substr(iWritten));
+            m_folder.Write("torn.db-wal", strLog);
+            CSqliteStore store(m_folder.Path("torn.db"), SHORT_WAIT, eUse);
+            EXPECT_EQ(strDump, DumpStore(store)) << iWritten;
+            store.Check([](const SStoreDamage& damage) { ADD_FAILURE() << ToText(damage); });
+        }
+    }
+    m_folder.Write("alone.db", strPage.substr(0, SECTOR) + strBefore.substr(SECTOR));
+    EXPECT_EQ(Opening(m_folder.Path("alone.db"),
+                      "it is damaged: its first page is not as it was written; \"dlpctl store check\" says what else "
+                      "is, \"dlpctl store restore\" brings back a backup"),
+              RefusalOf(m_folder.Path("alone.db")));
+}
+
 TEST_F(SqliteStore, FileThatWasCutToNothingIsNotTakenForANewOne) {
     m_folder.Write("settings.db", "");
     m_folder.Write("settings.db-wal", "a journal");
