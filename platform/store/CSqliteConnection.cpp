@@ -28,6 +28,9 @@ constexpr std::int64_t APPLICATION_ID = 0x444C5053;
 constexpr char FOREIGN[] =
     "it is no settings store, or a damaged one, and is left as it is; name another path, or bring back a backup "
     "(\"dlpctl store restore\")";
+constexpr char EMPTY[] =
+    "it is empty: nobody has finished making it, or it was cut to nothing; the next import makes it, or bring back a "
+    "backup (\"dlpctl store restore\")";
 constexpr char OTHERS[] = "it is another program's database, and is left as it is; name another path";
 constexpr char OLDER[] =
     "it was written by an older version and cannot be brought up where it is; copy it to where it can be written, and "
@@ -196,6 +199,9 @@ void CSqliteConnection::CheckHeader() const {
     }
     // Whoever wrote the page was killed: the journal has it whole, or the one before, and the engine takes that.
     const bool bAltered = iCode == SQLITE_IOERR_DATA && !HasSqliteJournal(m_strPath);
+    if (IsSqliteFileEmpty(m_strPath)) {
+        ThrowStoreError(m_strUrl, StoreDoing::OPENING, EMPTY, StoreCode::DAMAGED);
+    }
     // A file that is cut within its header may have been a store.
     if (std::memcmp(vecPage.data(), HEADER_MAGIC, sizeof(HEADER_MAGIC)) != 0 ||
         ReadBigEndian(&vecPage[HEADER_END]) == 0) {

@@ -12,6 +12,7 @@ import pathlib
 import random
 import shutil
 import sys
+import tempfile
 import time
 
 import stores
@@ -27,14 +28,30 @@ def wait_for_note(store, process):
         time.sleep(0.0002)
 
 
+def start_with(store, before):
+    """The store as it was before; before may not be there, then there is none."""
+    stores.remove(store)
+    if before.exists():
+        shutil.copy(before, store)
+
+
+def dump(tool, store):
+    """A store that is not there yet holds nothing."""
+    if not store.exists():
+        with tempfile.NamedTemporaryFile() as empty:
+            return tool.run(empty.name, "store", "dump")
+    return tool.run(store, "store", "dump")
+
+
 class Command:
-    """A command that writes, with what it makes of the store and how long it takes."""
+    """A command that writes, with what it finds and makes of the store and how long it takes."""
 
     def __init__(self, tool, before, folder, *arguments):
         self.arguments = arguments
+        self.start = before
+        self.before = dump(tool, before).stdout
         store = folder / "measured.db"
-        stores.remove(store)
-        shutil.copy(before, store)
+        start_with(store, before)
         start = time.perf_counter()
         process = tool.start(store, *arguments)
         wait_for_note(store, process)
@@ -49,29 +66,33 @@ class Command:
 
 def make_commands(tool, before, folder):
     """Imports, edits and what replaces the whole store."""
-    more, dump, backup = folder / "more.xml", folder / "dump.json", folder / "backup.db"
+    more, records, backup = folder / "more.xml", folder / "dump.json", folder / "backup.db"
     more.write_text(stores.policy(150, "other"))
     (folder / "again.xml").write_text(stores.policy(60, "number").replace("[0-9]", "[0-8]"))
     other = folder / "other.db"
     tool.get(other, "-q", "import", more)
-    dump.write_bytes(tool.get(other, "store", "dump"))
+    records.write_bytes(tool.get(other, "store", "dump"))
     tool.get(other, "store", "backup", backup)
-    lines = (("-q", "import", more), ("-q", "import", folder / "again.xml"), ("store", "load", dump),
+    lines = (("-q", "import", more), ("-q", "import", folder / "again.xml"), ("store", "load", records),
              ("store", "restore", backup), ("rename", "expression", "number 7", "renamed"),
              ("delete", "template", "number template 3"))
-    return [Command(tool, before, folder, *line) for line in lines]
+    missing = folder / "missing.db"
+    first = (("-q", "import", folder / "policy.xml"), ("store", "load", records), ("store", "restore", backup))
+    return ([Command(tool, before, folder, *line) for line in lines]
+            + [Command(tool, missing, folder, *line) for line in first])
 
 
-def find_fault(tool, store, before, command):
-    """Returns (state, what is wrong with the store)."""
-    dump = tool.run(store, "store", "dump")
-    if dump.returncode != 0:
-        return "unreadable", dump.stderr.decode()
-    if dump.stdout not in (before, command.after):
+def find_fault(tool, store, command):
+    """Returns (state, what is wrong with the store). A store that is still to be made is none yet, or an empty file."""
+    found = dump(tool, store)
+    if found.returncode != 0:
+        return "unreadable", found.stderr.decode()
+    if found.stdout not in (command.before, command.after):
         return "wrong", "neither as before nor as after"
-    state = "before" if dump.stdout == before else "after"
+    state = "before" if found.stdout == command.before else "after"
+    made = store.exists() and store.stat().st_size > 0
     check = tool.run(store, "store", "check")
-    if check.returncode != 0:
+    if check.returncode != 0 and (made or command.start.exists()):
         return "wrong", (check.stdout + check.stderr).decode()
     if state == "before":
         again = tool.run(store, *command.arguments)
@@ -93,7 +114,6 @@ def main():
         first = folder / "before.db"
         (folder / "policy.xml").write_text(stores.policy(60))
         tool.get(first, "-q", "import", folder / "policy.xml")
-        before = tool.get(first, "store", "dump")
         commands = make_commands(tool, first, folder)
         killed, late = 0, 0
         for seed in range(arguments.seed, arguments.seed + arguments.count * MOST_TRIES):
@@ -104,7 +124,7 @@ def main():
             store = folder / "store" / "killed.db"
             shutil.rmtree(store.parent, ignore_errors=True)
             store.parent.mkdir()
-            shutil.copy(first, store)
+            start_with(store, command.start)
             process = tool.start(store, *command.arguments)
             if seed % 2 == 0:
                 wait_for_note(store, process)
@@ -113,7 +133,7 @@ def main():
             process.communicate()
             killed += process.returncode != 0
             late += process.returncode == 0
-            state, fault = find_fault(tool, store, before, command)
+            state, fault = find_fault(tool, store, command)
             if process.returncode != 0 or fault:
                 states[state] += 1
             if fault:

@@ -493,8 +493,8 @@ TEST_F(DiffCommand, StoresThatCannotBeReadAreNeverMade) {
          "it is no settings store, or a damaged one, and is left as it is; name another path, or bring back a backup "
          "(\"dlpctl store restore\")"},
         {"sqlite:" + m_dir.Write("empty.db", ""),
-         "it is no settings store, or a damaged one, and is left as it is; name another path, or bring back a backup "
-         "(\"dlpctl store restore\")"},
+         "it is empty: nobody has finished making it, or it was cut to nothing; the next import makes it, or bring back "
+         "a backup (\"dlpctl store restore\")"},
     };
     for (const auto& [strUrl, strWhy] : aUrls) {
         const SToolRun run = Run({"diff", strUrl, "memory:"});
