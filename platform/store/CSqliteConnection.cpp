@@ -198,7 +198,9 @@ void CSqliteConnection::CheckHeader() const {
         Refuse(sqlite3_errstr(iCode));
     }
     // Whoever wrote the page was killed: the journal has it whole, or the one before, and the engine takes that.
-    const bool bAltered = iCode == SQLITE_IOERR_DATA && !HasSqliteJournal(m_strPath);
+    const std::int32_t iApplication = ReadBigEndian(&vecPage[HEADER_APPLICATION]);
+    const bool bUnfinished = iApplication == APPLICATION_ID && HasSqliteJournal(m_strPath);
+    const bool bAltered = iCode == SQLITE_IOERR_DATA && !bUnfinished;
     if (IsSqliteFileEmpty(m_strPath)) {
         ThrowStoreError(m_strUrl, StoreDoing::OPENING, EMPTY, StoreCode::DAMAGED);
     }
@@ -208,7 +210,7 @@ void CSqliteConnection::CheckHeader() const {
         ThrowStoreError(m_strUrl, StoreDoing::OPENING, FOREIGN, StoreCode::DAMAGED);
     }
     if (!bAltered) {
-        CheckOwner(ReadBigEndian(&vecPage[HEADER_APPLICATION]));
+        CheckOwner(iApplication);
     }
     const std::int32_t iVersion = ReadBigEndian(&vecPage[HEADER_VERSION]);
     const bool bSummed = vecPage[HEADER_RESERVED] == SqlitePageSums::SUM_SIZE;

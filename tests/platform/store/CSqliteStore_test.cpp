@@ -446,7 +446,10 @@ TEST_F(SqliteStore, OpenedForReadingItMakesNothing) {
         {m_folder.Path("none/settings.db"), strMissing},
         {m_folder.Path("folder"), "it is a folder"},
         {"/dev/null", "it is no file"},
-        {m_folder.Write("empty.db", ""), FOREIGN},
+        {m_folder.Write("empty.db", ""),
+         "it is empty: nobody has finished making it, or it was cut to nothing; the next import makes it, or bring "
+         "back "
+         "a backup (\"dlpctl store restore\")"},
         {m_folder.Write("text.db", "text"), FOREIGN},
     };
     const auto mapBefore = Files();
