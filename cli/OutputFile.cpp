@@ -32,15 +32,6 @@ bool IsTrap(const fs::path& link) {
     return bFound && bOpen && status.st_uid != ::geteuid() && status.st_uid != folder.st_uid;
 }
 
-/** @return what is written when the path is */
-fs::path FindTarget(const std::string& strPath, const std::string& strName) {
-    return FollowLinks(strPath, [&](const fs::path& link) {
-        if (IsTrap(link)) {
-            throw CToolError(EVerdict::OUTPUT, "cannot write " + strName + FOREIGN_LINK);
-        }
-    });
-}
-
 mode_t GetNewFileMode() {
     const mode_t mask = ::umask(0);
     ::umask(mask);
@@ -75,11 +66,10 @@ COutputFile::COutputFile(std::string strName) : m_strName(std::move(strName)) {}
 
 // Once the other constructor has run, the destructor cleans up whatever this one began.
 COutputFile::COutputFile(const std::string& strPath, std::string strName) : COutputFile(std::move(strName)) {
-    const fs::path target = FindTarget(strPath, m_strName);
-    m_strTarget = target.string();
-    if (const int iDescriptor = GetDescriptor(target); iDescriptor >= 0) {
+    m_strTarget = FindTarget(strPath, m_strName);
+    if (const int iDescriptor = GetDescriptor(m_strTarget); iDescriptor >= 0) {
         m_iFile = ::fcntl(iDescriptor, F_DUPFD_CLOEXEC, 0);
-    } else if (IsRegularOrNone(target)) {
+    } else if (IsRegularOrNone(m_strTarget)) {
         OpenTemporary();
     } else {
         m_iFile = ::open(m_strTarget.c_str(), O_WRONLY | O_CLOEXEC | O_NOCTTY);
@@ -91,6 +81,15 @@ COutputFile::COutputFile(const std::string& strPath, std::string strName) : COut
 
 bool COutputFile::IsReplaced(const std::string& strPath, const std::string& strName) {
     return IsRegularOrNone(FindTarget(strPath, strName));
+}
+
+std::string COutputFile::FindTarget(const std::string& strPath, const std::string& strName) {
+    const fs::path target = FollowLinks(strPath, [&](const fs::path& link) {
+        if (IsTrap(link)) {
+            throw CToolError(EVerdict::OUTPUT, "cannot write " + strName + FOREIGN_LINK);
+        }
+    });
+    return target.string();
 }
 
 COutputFile::~COutputFile() {

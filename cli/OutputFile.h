@@ -23,6 +23,11 @@ class COutputFile {
 
     /** Whether such a file is replaced as a whole: a regular one, or none yet. @throws CToolError (OUTPUT) */
     static bool IsReplaced(const std::string& strPath, const std::string& strName);
+    /**
+     * @return the file that such a name stands for, behind all links
+     * @throws CToolError (OUTPUT) over another user's link in a folder where everybody may write
+     */
+    static std::string FindTarget(const std::string& strPath, const std::string& strName);
     void Write(std::string_view strText);
     /** Makes what was written the file, and waits until the disk holds it. */
     void Commit();

@@ -14,6 +14,7 @@
 #include "cli/FileIdentity.h"
 #include "cli/InputFile.h"
 #include "cli/Kinds.h"
+#include "cli/OutputFile.h"
 #include "cli/RecordJson.h"
 #include "cli/Signals.h"
 #include "cli/StoreSession.h"
@@ -44,9 +45,11 @@ constexpr SCommandHelp BACKUP = {
     "backup",
     "store backup FILE",
     "save the whole store as a store of its own in FILE",
-    "While others go on using the store. FILE is made or replaced whole and verified, or left as it was; it can be "
-    "looked\n"
-    "at as any store: --store sqlite:FILE.\n",
+    "While others go on using the store. FILE is made or replaced whole and verified, or left as it was; what is "
+    "replaced\n"
+    "is an empty file or a settings store that nobody uses. A link is followed. A backup can be looked at as any "
+    "store:\n"
+    "--store sqlite:FILE.\n",
     "  dlpctl store backup backup.db\n"
     "  dlpctl --store sqlite:yesterday.db store backup copy.db\n",
     "dlpctl-store-backup/1",
@@ -210,7 +213,7 @@ std::string CountsToText(const StoreBackup::Counts& aCounts) {
 
 EVerdict Backup(CCommandContext& context, const std::string& strFile) {
     const std::string strStore = GetPath(context);
-    const std::string strBackup = GetBackupPath(context, strFile);
+    const std::string strBackup = COutputFile::FindTarget(GetBackupPath(context, strFile), Text::Printable(strFile));
     const StoreBackup::Counts aCounts = OnStore([&] {
         const auto pStore = CSettingsStore::Make("sqlite:" + strStore, EUnitOfWork::READ);
         return StoreBackup::Save(*pStore, strBackup, Signals::ThrowIfCaught);

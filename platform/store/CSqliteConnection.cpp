@@ -4,8 +4,10 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cstring>
+#include <fstream>
 #include <new>
 #include <system_error>
 #include <vector>
@@ -219,6 +221,13 @@ void CSqliteConnection::CheckHeader() const {
                         StoreCode::DAMAGED);
     }
     CheckVersion(iVersion);
+}
+
+bool CSqliteConnection::IsStore(const std::string& strPath) {
+    std::array<char, HEADER_END> aHeader{};
+    return std::ifstream(strPath, std::ios::binary).read(aHeader.data(), aHeader.size()) &&
+           std::memcmp(aHeader.data(), HEADER_MAGIC, sizeof(HEADER_MAGIC)) == 0 &&
+           ReadBigEndian(reinterpret_cast<const unsigned char*>(&aHeader[HEADER_APPLICATION])) == APPLICATION_ID;
 }
 
 void CSqliteConnection::CheckOwner(std::int64_t iApplication) const {

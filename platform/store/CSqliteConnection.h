@@ -28,6 +28,8 @@ class CSqliteConnection {
      * whole process: for a program to call, not a library, before the first store is opened.
      */
     static void LeaveMemoryUncounted() noexcept;
+    /** @return whether the file's header says that it is a settings store, of whatever version, damaged or not */
+    static bool IsStore(const std::string& strPath);
     CSqliteConnection(const CSqliteConnection&) = delete;
     CSqliteConnection& operator=(const CSqliteConnection&) = delete;
 

@@ -13,6 +13,7 @@
 
 #include "platform/common/CException.h"
 #include "platform/common/TextConversion.h"
+#include "platform/store/CSqliteConnection.h"
 #include "platform/store/CSqliteStore.h"
 #include "platform/store/SqliteFile.h"
 #include "platform/store/StoreError.h"
@@ -310,6 +311,10 @@ Counts Save(CSettingsStore& store, const std::string& strPath, const Step& fnSte
     std::error_code error;
     if (fs::exists(strPath, error) && !fs::is_regular_file(strPath, error)) {
         ThrowStoreError(CSqliteStore::SCHEME + strPath, StoreDoing::BACKING_UP, "it is no file; name another");
+    }
+    if (Exists(strPath) && !IsSqliteFileEmpty(strPath) && !CSqliteConnection::IsStore(strPath)) {
+        ThrowStoreError(CSqliteStore::SCHEME + strPath, StoreDoing::BACKING_UP,
+                        "it is no settings store, and is left as it is; name another file");
     }
     return WithTemporary(strPath, [&](const CTemporaryFile& file) {
         const Counts aCounts = Fill(file, store, fnStep);

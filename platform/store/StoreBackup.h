@@ -19,7 +19,7 @@ using Counts = std::array<std::size_t, SETTINGS_KINDS>;
 /**
  * Writes what the store holds at one moment into the file, which is made or replaced whole, and verified, or not at
  * all. Others may go on using the store meanwhile.
- * @param strPath absolute; no store that is in use
+ * @param strPath absolute; nothing is there, an empty file, or a settings store that is not in use
  */
 Counts Save(CSettingsStore& store, const std::string& strPath, const Step& fnStep);
 

@@ -157,6 +157,28 @@ TEST_F(StoreCare, StoreItselfIsNoBackup) {
     EXPECT_EQ(Run({"store", "backup", m_dir.Path("none/b.db")}).iCode, 4);
 }
 
+TEST_F(StoreCare, BackupGoesWhereALinkLeads) {
+    const std::string strFolder = m_dir.MakeFolder("backups");
+    fs::create_symlink("backups/today.db", m_dir.Path("link"));
+    for (const char* pCase : {"the file is made", "the file is replaced"}) {
+        Get({"store", "backup", m_dir.Path("link")});
+        EXPECT_TRUE(fs::is_symlink(m_dir.Path("link"))) << pCase;
+        EXPECT_EQ(RunOn(Url("backups/today.db"), {"store", "dump"}).strOut, Dump()) << pCase;
+    }
+    const std::unique_ptr<CSettingsStore> pUser = CSettingsStore::Make(Url("backups/today.db"));
+    EXPECT_EQ(Run({"store", "backup", m_dir.Path("link")}).strErr,
+              "dlpctl: settings store " + Url("backups/today.db") +
+                  ", writing a backup: it is a store that is in use; name another file\n");
+}
+
+TEST_F(StoreCare, BackupTakesNoDocumentsPlace) {
+    const std::string strFile = m_dir.Write("policy.xml", Documents::Small());
+    EXPECT_EQ(Answer("backup", {strFile}, 4)["message"],
+              "settings store " + Url("policy.xml") +
+                  ", writing a backup: it is no settings store, and is left as it is; name another file");
+    EXPECT_EQ(m_dir.Read("policy.xml"), Documents::Small());
+}
+
 TEST_F(StoreCare, WideOpenStoreIsWarnedOf) {
     ::chmod(m_dir.Path("store.db").c_str(), 0602);
     EXPECT_EQ(
@@ -182,7 +204,8 @@ TEST_F(StoreCare, DiskThatFillsUpLeavesTheStoreAsItWas) {
         strAssets += Documents::Dictionary("list " + std::to_string(i));
     }
     const std::string strFile = m_dir.Write("much.xml", Documents::Policy(strAssets, ""));
-    const std::string aCommands[] = {"assets import '" + strFile + "'", "store backup '" + m_dir.Path("backup.db") + "'"};
+    const std::string aCommands[] = {"assets import '" + strFile + "'",
+                                     "store backup '" + m_dir.Path("backup.db") + "'"};
     for (const std::string& strCommand : aCommands) {
         const SToolRun run = CProgram::Shell("ulimit -f 40; \"$DLPCTL\" " + strCommand);
         EXPECT_EQ(run.iCode, 4);

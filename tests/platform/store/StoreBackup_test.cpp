@@ -72,11 +72,11 @@ TEST_F(StoreBackupTest, HoldsTheStoreAsItWasAtOneMoment) {
 }
 
 TEST_F(StoreBackupTest, ReplacesAFileWholeOrNotAtAll) {
-    m_folder.Write("backup.db", "former");
+    CSqliteStore(BackupPath()).Save(Expression("former"));
     CSqliteStore store(Path());
     const auto fnFail = [] { throw std::runtime_error("enough"); };
     EXPECT_THROW(StoreBackup::Save(store, BackupPath(), fnFail), std::runtime_error);
-    EXPECT_EQ("former", m_folder.Read("backup.db"));
+    EXPECT_EQ("expressions subject=\"former\"\n", DumpFile(BackupPath()));
     EXPECT_EQ((std::set<std::string>{"backup.db", "settings.db", "settings.db-shm", "settings.db-wal"}), Names());
     StoreBackup::Save(store, BackupPath(), NoStep);
     EXPECT_EQ(KEPT, DumpFile(BackupPath()));
@@ -255,6 +255,34 @@ TEST_F(StoreBackupTest, WhatIsNoFileIsNotReplaced) {
     EXPECT_EQ("settings store sqlite:" + BackupPath() + ", writing a backup: it is no file; name another",
               ExceptionText([&] { StoreBackup::Save(store, BackupPath(), NoStep); }));
     EXPECT_EQ(fs::file_type::fifo, fs::status(BackupPath()).type());
+}
+
+TEST_F(StoreBackupTest, FileOfAnotherKindIsNotReplacedButAnEmptyOneIs) {
+    CSqliteStore store(Path());
+    sqlite3* pDb = nullptr;
+    ASSERT_EQ(SQLITE_OK, sqlite3_open(m_folder.Path("others.db").c_str(), &pDb));
+    sqlite3_exec(pDb, "CREATE TABLE t (x)", nullptr, nullptr, nullptr);
+    sqlite3_close(pDb);
+    m_folder.Write("doc.xml", "<policy/>");
+    m_folder.Write("long.xml", std::string(9000, ' '));
+    for (const char* pFile : {"others.db", "doc.xml", "long.xml"}) {
+        const std::string strBefore = m_folder.Read(pFile);
+        EXPECT_EQ("settings store sqlite:" + m_folder.Path(pFile) +
+                      ", writing a backup: it is no settings store, and is left as it is; name another file",
+                  ExceptionText([&] { StoreBackup::Save(store, m_folder.Path(pFile), NoStep); }));
+        EXPECT_EQ(strBefore, m_folder.Read(pFile));
+    }
+    m_folder.Write("backup.db", "");
+    StoreBackup::Save(store, BackupPath(), NoStep);
+    EXPECT_EQ(KEPT, DumpFile(BackupPath()));
+}
+
+TEST_F(StoreBackupTest, DamagedBackupIsReplaced) {
+    CSqliteStore store(Path());
+    StoreBackup::Save(store, BackupPath(), NoStep);
+    Damage(BackupPath(), 8192 + 8100);
+    StoreBackup::Save(store, BackupPath(), NoStep);
+    EXPECT_EQ(KEPT, DumpFile(BackupPath()));
 }
 
 TEST_F(StoreBackupTest, PutsTheJournalOfAStoreThatWasCutToNothingAside) {
