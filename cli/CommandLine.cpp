@@ -35,7 +35,7 @@ constexpr const char FIRST_STEPS[] =
     "dlpctl help COMMAND says more about a command. \"-\" as a FILE is standard input or output. Every option can\n"
     "also be set by an environment variable or in a file: dlpctl config --help.\n"
     "Exit codes: 0 done; 1 done, but something was skipped, left out or not found; 2 invalid input, nothing\n"
-    "written; 3 usage or configuration; 4 the store, the output or memory failed; 130, 143 interrupted.\n";
+    "written; 3 usage or configuration; 4 the store, the output or memory failed; 129, 130, 143 interrupted.\n";
 
 /**
  * The parser takes a value in square brackets for a list, and looks for an empty one in the next argument. Both go

@@ -12,6 +12,16 @@ void Remember(int iSignal) {
     s_iSignal = iSignal;
 }
 
+/** The shell and the system may each tell of a terminal that goes: no second one ends the work that is being undone. */
+void WatchHangUp(struct sigaction action) {
+    struct sigaction former {};
+    sigaction(SIGHUP, nullptr, &former);
+    if (former.sa_handler != SIG_IGN) {
+        action.sa_flags = 0;
+        sigaction(SIGHUP, &action, nullptr);
+    }
+}
+
 }  // namespace
 
 void Watch() {
@@ -21,6 +31,7 @@ void Watch() {
     action.sa_flags = static_cast<int>(SA_RESETHAND);
     sigaction(SIGINT, &action, nullptr);
     sigaction(SIGTERM, &action, nullptr);
+    WatchHangUp(action);
     action.sa_handler = SIG_IGN;
     action.sa_flags = 0;
     sigaction(SIGPIPE, &action, nullptr);

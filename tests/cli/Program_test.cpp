@@ -99,11 +99,11 @@ TEST_F(Program, DumpAndLoadMakeAPipeline) {
 }
 
 TEST_F(Program, ASignalEndsItAlsoWhileItWaitsForInput) {
-    for (const auto& [pSignal, iCode] : {std::pair("INT", 130), std::pair("TERM", 143)}) {
-        // A shell lets background jobs ignore SIGINT; env sets it back.
+    for (const auto& [pSignal, iCode] : {std::pair("HUP", 129), std::pair("INT", 130), std::pair("TERM", 143)}) {
+        // A shell lets background jobs ignore SIGINT, and nohup SIGHUP; env sets them back.
         const SToolRun run = CProgram::Shell(
             "mkfifo '" + m_dir.Path("in") + "'; exec 9<>'" + m_dir.Path("in") +
-            "'; env --default-signal=INT \"$DLPCTL\" import - <&9 & sleep 0.5; kill -" + pSignal + " $!; wait $!");
+            "'; env --default-signal=HUP,INT \"$DLPCTL\" import - <&9 & sleep 0.5; kill -" + pSignal + " $!; wait $!");
         EXPECT_EQ(run.iCode, iCode);
         EXPECT_EQ(run.strOut, "");
         EXPECT_EQ(run.strErr, "dlpctl: -: interrupted; nothing was written\n");

@@ -36,11 +36,27 @@ TEST(Signals, NoneIsCaughtAtFirst) {
 }
 
 TEST(Signals, AreRememberedAndGiveTheExitCode) {
-    for (const auto& [iSignal, iExitCode] : {std::pair(SIGINT, 130), std::pair(SIGTERM, 143)}) {
+    for (const auto& [iSignal, iExitCode] : {std::pair(SIGHUP, 129), std::pair(SIGINT, 130), std::pair(SIGTERM, 143)}) {
+        std::signal(iSignal, SIG_DFL);
         Signals::Watch();
         std::raise(iSignal);
         EXPECT_TRUE(Signals::IsCaught());
         EXPECT_THROW(Signals::ThrowIfCaught(), Signals::SInterrupted);
         EXPECT_EQ(GetExitCode(EVerdict::INTERRUPTED), iExitCode);
     }
+}
+
+TEST(Signals, AHangUpThatIsIgnoredStaysIgnored) {
+    std::signal(SIGHUP, SIG_IGN);
+    Signals::Watch();
+    std::raise(SIGHUP);
+    EXPECT_FALSE(Signals::IsCaught());
+}
+
+TEST(Signals, ASecondHangUpDoesNotEndTheProgram) {
+    std::signal(SIGHUP, SIG_DFL);
+    Signals::Watch();
+    std::raise(SIGHUP);
+    std::raise(SIGHUP);
+    EXPECT_EQ(GetExitCode(EVerdict::INTERRUPTED), 129);
 }

@@ -20,7 +20,7 @@ from hostile import entity, policy  # noqa: E402
 from scenarios import BACKUP, DONE, EMPTY_STORE, Scenario, World, scenarios  # noqa: E402
 
 LARGE = policy("".join(entity(f"e{i}") for i in range(3000)))
-SIGNALS = {signal.SIGINT: 130, signal.SIGTERM: 143}
+SIGNALS = {signal.SIGHUP: 129, signal.SIGINT: 130, signal.SIGTERM: 143}
 OUTPUT_FAILED = 4
 
 
@@ -131,7 +131,7 @@ def main() -> int:
             found += interrupted(world, scenario, chance, arguments.count // len(INTERRUPTED), codes)
     print("\n".join(found + [f"{sum(codes.values())} runs, {len(found)} wrong; exit codes "
                              + ", ".join(f"{code}: {count}" for code, count in sorted(codes.items()))]))
-    return 1 if found or not codes["130"] + codes["143"] else 0
+    return 1 if found or not sum(codes[str(code)] for code in SIGNALS.values()) else 0
 
 
 if __name__ == "__main__":
