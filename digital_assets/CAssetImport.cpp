@@ -149,12 +149,12 @@ void LogMissingChild(const SChild& child, std::string_view strDisplayName) {
 /** What is written there is meant to be kept as much as the asset. */
 void TellUnknownChildren(const CPolicyDocument& document, const CXMLView& asset, CImportObserver* pObserver) {
     if (asset.Name() == KEYWORD_FORMAT.pElement) {
-        ::TellUnknownElements(document, asset, {TagUtf8::KEYWORD}, pObserver);
+        ::TellUnknownElements(document, asset, {TagUtf8::KEYWORD}, pObserver, KEYWORD_FORMAT.eKind);
     } else if (asset.Name() == EXPRESSION_FORMAT.pElement) {
         ::TellUnknownElements(
             document, asset,
             {TagUtf8::REGULAR_EXPRESSION, TagUtf8::ALPHABET_CHARSET, TagUtf8::PATTERN_FOR_DISPLAY, TagUtf8::EXAMPLES},
-            pObserver);
+            pObserver, EXPRESSION_FORMAT.eKind);
     }
 }
 

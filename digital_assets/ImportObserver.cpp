@@ -7,14 +7,18 @@
 #include "xml/Vocabulary.h"
 
 void TellUnknownElements(const CPolicyDocument& document, const CXMLView& parent,
-                         std::initializer_list<const char*> lstKnown, CImportObserver* pObserver) {
+                         std::initializer_list<const char*> lstKnown, CImportObserver* pObserver, EItemKind eParent) {
     if (pObserver == nullptr) {
         return;
     }
+    const std::string_view strParent = parent.Attribute(TagUtf8::NAME);
+    const auto fnPassesOver = [&](std::string_view strName) {
+        return pObserver->PassesOver(eParent, eParent == EItemKind::ELEMENT ? strName : strParent);
+    };
     for (CXMLView child = parent.FirstChild(); child; child = child.NextSibling()) {
         const std::string_view strName = child.Name();
         const bool bKnown = std::find(lstKnown.begin(), lstKnown.end(), strName) != lstKnown.end();
-        if (bKnown || pObserver->PassesOver(EItemKind::ELEMENT, strName)) {
+        if (bKnown || fnPassesOver(strName)) {
             continue;
         }
         if (!pObserver->TakesUnknownElement()) {
@@ -33,7 +37,7 @@ void TellUnknownElements(const CPolicyDocument& document, const CXMLView& parent
     }
     static_assert(MAX_UNKNOWN_KEPT >= CImportObserver::MAX_UNKNOWN_ELEMENTS, "what is an item is in the tree");
     for (std::size_t i = document.CountBlanked(parent); i > 0; --i) {
-        if (!pObserver->PassesOver(EItemKind::ELEMENT, {})) {
+        if (!fnPassesOver({})) {
             pObserver->OnUntoldElement();
         }
     }

@@ -102,10 +102,12 @@ class CImportObserver {
 
 /**
  * Tells of each child element that none of the names is of, and that therefore is passed over with all it holds.
- * @param parent where items stand @param pObserver may be null
+ * @param parent where items stand, or an item @param pObserver may be null
+ * @param eParent the item that it is; what stands in an item is passed over with it alone. ELEMENT: it is none
  */
 void TellUnknownElements(const CPolicyDocument& document, const CXMLView& parent,
-                         std::initializer_list<const char*> lstKnown, CImportObserver* pObserver);
+                         std::initializer_list<const char*> lstKnown, CImportObserver* pObserver,
+                         EItemKind eParent = EItemKind::ELEMENT);
 
 /** Tells of what was thrown, unless it was not the store's. @param pObserver may be null */
 void TellStoreFailure(CImportObserver* pObserver, const OS::CException& exception);

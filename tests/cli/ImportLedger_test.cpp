@@ -218,6 +218,27 @@ TEST_F(ImportLedger, WhatIsLostOfAnAssetIsToldByImportAndCheck) {
         "passes it over with all that it holds; did you mean \"examples\"?\n");
 }
 
+TEST_F(ImportLedger, WhatIsLostOfAChosenAssetIsTold) {
+    const std::string strDocument =
+        Policy(Entity("card") + "\n" + Replace(Dictionary("terms"), "</dictionary>", "<word>two</word></dictionary>") +
+                   "\n" + Replace(Dictionary("others"), "</dictionary>", "<word>six</word></dictionary>"),
+               Template("cards", "card", "terms"));
+    const std::string strLost = "element word skipped unknown-element 2:";
+    for (const char* pName : {"cards", "terms"}) {
+        const std::string strFates = Fates(Report({"--only", pName}, strDocument));
+        EXPECT_NE(strFates.find(strLost), std::string::npos) << strFates;
+        EXPECT_EQ(strFates.find("element word"), strFates.rfind("element word")) << strFates;
+        EXPECT_EQ(Run({"import", "--only", pName, "--fail-on-skip", "-"}, strDocument).iCode, 2);
+    }
+    EXPECT_EQ(Fates(Report({"--only", "card"}, strDocument)).find("element word"), std::string::npos);
+    const SToolRun assets = Run({"assets", "import", "--only", "cards", "--fail-on-skip", "-"}, strDocument);
+    EXPECT_EQ(assets.iCode, 2);
+    EXPECT_NE(
+        assets.strOut.find("element \"word\" skipped: no policy has it in dictionary; did you mean \"keyword\"?\n"),
+        std::string::npos)
+        << assets.strOut;
+}
+
 TEST_F(ImportLedger, AnElementNamedAsACategoryIsToldHowToWriteIt) {
     const std::string strDocument = Replace(Small(), "</industries>", "\n<banking/></industries>");
     const std::string strAdvice = "; write <industry name=\"banking\"> if that is its name, or remove it\n";
