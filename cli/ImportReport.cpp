@@ -233,8 +233,9 @@ bool SImportReport::HasFindings() const {
 }
 
 std::size_t SImportReport::CountRefused() const {
-    return vecMissing.size() + static_cast<std::size_t>(std::count_if(vecItems.begin(), vecItems.end(),
-                                                                      std::mem_fn(&SReportItem::IsRefused)));
+    return vecMissing.size() + iUntold +
+           static_cast<std::size_t>(
+               std::count_if(vecItems.begin(), vecItems.end(), std::mem_fn(&SReportItem::IsRefused)));
 }
 
 void SortByPlace(ReportItems& vecItems) {

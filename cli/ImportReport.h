@@ -100,7 +100,7 @@ struct SImportReport {
 
     /** @return whether an item was not taken as it stands, or is not there */
     bool HasFindings() const;
-    /** @return how many items the document is to blame for not being taken, those that are not there included */
+    /** @return how many items the document is to blame for not being taken, those not there and not told included */
     std::size_t CountRefused() const;
     /** Nothing was written: what would have been taken is told to be undone. */
     void Undo(EVerdict eWhy, const std::string& strWhy);

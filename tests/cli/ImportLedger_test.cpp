@@ -261,6 +261,8 @@ TEST_F(ImportLedger, OfManyUnknownElementsTheFirstThousandAreItems) {
     EXPECT_NE(run.strOut.find("unknown elements        0        0          0     1002       0\n"), std::string::npos)
         << run.strOut.substr(0, 400);
     EXPECT_NE(run.strOut.find("\n-: 2 more unknown elements were skipped\n"), std::string::npos);
+    EXPECT_EQ(Run({"import", "--fail-on-skip", "-"}, strDocument).strErr,
+              "dlpctl: -: 1002 items cannot be taken, and --fail-on-skip is given; nothing was written\n");
     const Json report = Report({}, strDocument);
     EXPECT_EQ(report["untold"], 2);
     const auto fnElement = [](const Json& item) { return item["reason"] == "unknown-element"; };
