@@ -251,6 +251,7 @@ class CFileImport {
     void SuggestNames(const CXMLView& root) {
         if (m_older) {
             FindOlderNames(root);
+            FindNameless(root);
         }
         CAssetSuggestions suggestions(m_older.has_value());
         CTemplateSuggestions templates(root);
@@ -296,6 +297,22 @@ class CFileImport {
             for (CXMLView rule = element.FirstChild(); rule && itUnknown != mapUnknown.end();
                  rule = rule.NextSibling()) {
                 FindOlderName(rule, *itUnknown->second);
+            }
+        });
+    }
+
+    /** What has a display name of neither layout lacks it with the version as well. */
+    void FindNameless(const CXMLView& root) {
+        std::map<std::size_t, SReportItem*> mapNameless;
+        for (SReportItem& item : m_report.vecItems) {
+            if (item.eReason == EReason::NO_DISPLAY_NAME && item.FollowsFromVersion()) {
+                mapNameless.emplace(item.iOffset, &item);
+            }
+        }
+        ForEachItem(root, !mapNameless.empty(), [&](EItemKind, const CXMLView& element) {
+            const auto itNameless = mapNameless.find(element.Offset());
+            if (itNameless != mapNameless.end() && element.Attribute(TagUtf8::DISPLAY_NAME).empty()) {
+                itNameless->second->older.reset();
             }
         });
     }

@@ -43,7 +43,7 @@ struct SReportItem {
     EItemKind eKind;
     EDisposition eDisposition;
     EReason eReason;
-    std::optional<EOlderLook> older;  ///< of a document that is read as one of the older layout
+    std::optional<EOlderLook> older;  ///< of a document that is read as one of the older layout, if that matters
     std::string strName;
     std::string strDisplayName;
     std::size_t iOffset;

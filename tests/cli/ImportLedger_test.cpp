@@ -282,6 +282,15 @@ TEST_F(ImportLedger, OfAnyNumberOfUnknownElementsNoneIsForgotten) {
     EXPECT_EQ(chosen["passed_over"], iOthers + 100005);
 }
 
+TEST_F(ImportLedger, OnlyWhatAForgottenVersionMendsIsLaidToIt) {
+    const SToolRun run = Run({"-q", "import", "-"},
+                             "<SAPolicy><complianceTemplates>\n<template name=\"t\" display_name=\"T\"/>\n"
+                             "<template name=\"u\"/></complianceTemplates></SAPolicy>");
+    EXPECT_EQ(run.strOut,
+              "-:2:1: template \"t\" skipped: it has no displayName; add template_version=\"3.0.1000\"\n"
+              "-:3:1: template \"u\" skipped: it has no display_name; give it one\n");
+}
+
 TEST_F(ImportLedger, LostElementsOfTheOlderLayoutAreToldToo) {
     EXPECT_EQ(Fates(Report({},
                            "<SAPolicy>\n<complianceTemplates><template name=\"t\" displayName=\"T\"/><Template/>"
