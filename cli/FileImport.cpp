@@ -201,9 +201,7 @@ class CFileImport {
     /** What follows from it would be told as if it were the fault. */
     void WarnOfLayout() const {
         WarnOfMissing(m_context, FindMapFile(), NO_MAP_FILE);
-        if (m_older != EOlderLook::OLDER) {
-            m_context.Warn(Text::Printable(m_report.strFile) + ": " + ExplainOlder(*m_older));
-        }
+        WarnOfOlder(m_context, m_report.strFile, *m_older);
     }
 
     /** Once a run: the next files are to find what this one leaves. */

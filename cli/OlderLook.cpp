@@ -1,5 +1,7 @@
 #include "cli/OlderLook.h"
 
+#include "cli/CommandContext.h"
+#include "cli/Text.h"
 #include "cli/check/DiagnosticCodes.h"
 #include "platform/xml/CXMLView.h"
 #include "templates/DLPXmlNormalizer.h"
@@ -33,10 +35,14 @@ const SOlderWords& GetOlderWords(EOlderLook eLook) {
     return WORDS[static_cast<std::size_t>(eLook)];
 }
 
-std::string ExplainOlder(EOlderLook eLook) {
+void WarnOfOlder(CCommandContext& context, const std::string& strFile, EOlderLook eLook) {
+    if (eLook == EOlderLook::OLDER) {
+        return;
+    }
     const SCodeRow& row = GetCodeRow(ECode::OLDER_LAYOUT);
     const SOlderWords& words = GetOlderWords(eLook);
-    return FillSentence(row.pWhat, {words.pWhat}) + "; " + FillSentence(row.pAdvice, {words.pAdvice});
+    context.Warn(Text::Printable(strFile) + ": " + FillSentence(row.pWhat, {words.pWhat}) + "; " +
+                 FillSentence(row.pAdvice, {words.pAdvice}));
 }
 
 std::string AdviseVersion() {

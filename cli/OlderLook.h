@@ -2,6 +2,7 @@
 
 #include <string>
 
+class CCommandContext;
 class CXMLView;
 
 /** Of which layout a document is by what stands in it, when it is read as one of the older layout. */
@@ -20,7 +21,7 @@ struct SOlderWords {
 };
 const SOlderWords& GetOlderWords(EOlderLook eLook);
 
-/** @return one line: how the document is read, and what to do if that is not what it is */
-std::string ExplainOlder(EOlderLook eLook);
+/** Warns of a document that most likely is not meant as one of the older layout: how it is read, and what to do. */
+void WarnOfOlder(CCommandContext& context, const std::string& strFile, EOlderLook eLook);
 /** @return what to do about what follows from a forgotten version */
 std::string AdviseVersion();

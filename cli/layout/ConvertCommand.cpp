@@ -10,6 +10,7 @@
 #include "cli/Commands.h"
 #include "cli/ImportRefusal.h"
 #include "cli/InputFile.h"
+#include "cli/OlderLook.h"
 #include "cli/Output.h"
 #include "cli/Signals.h"
 #include "cli/layout/ConvertReport.h"
@@ -93,6 +94,7 @@ class CConvertCommand {
         // As this program writes it, whatever was read before.
         CDLPDigitalAssetsParser::SetVersion(DigitalAssets::STANDARD_VERSION);
         const SNormalizedDocument converted = ConvertOlder(m_context, m_arguments.strFile, document, nullptr);
+        WarnOfOlder(m_context, m_arguments.strFile, LookAtOlder(root));
         m_report.changes = FindLayoutChanges(m_file.Text(), document, converted);
         const CSourcePlaces places(m_file.strBytes);
         for (SLayoutChange& change : m_report.changes.vecKept) {

@@ -86,6 +86,13 @@ class ConvertCommand : public CToolTest {
         return strList;
     }
 
+    /** The document has something of each layout. */
+    std::string Warning() const {
+        return "dlpctl: warning: " + m_strOlder +
+               ": template_version is missing or empty, so the document is read as one of the older layout; add "
+               "template_version=\"3.0.1000\" if that is not what it is\n";
+    }
+
     Json Answer(std::vector<std::string> vecArguments) const {
         vecArguments.insert(vecArguments.begin(), "--json");
         return Json::parse(Run(vecArguments).strOut);
@@ -100,22 +107,37 @@ TEST_F(ConvertCommand, EveryDifferenceIsTold) {
     const SToolRun run = Run({"convert", m_strOlder, "-o", m_dir.Path("out.xml")});
     EXPECT_EQ(run.iCode, 1);
     EXPECT_EQ(run.strOut, List());
-    EXPECT_EQ(run.strErr, m_strOlder + " was converted: " + COUNTS);
+    EXPECT_EQ(run.strErr, Warning() + m_strOlder + " was converted: " + COUNTS);
     EXPECT_EQ(m_dir.Read("out.xml"), CONVERTED);
 }
 
 TEST_F(ConvertCommand, DocumentOnStandardOutputIsAlone) {
     const SToolRun run = Run({"convert", m_strOlder});
     EXPECT_EQ(run.strOut, CONVERTED);
-    EXPECT_EQ(run.strErr, List() + m_strOlder + " was converted: " + COUNTS);
-    EXPECT_EQ(Run({"-q", "convert", m_strOlder}).strErr, "");
+    EXPECT_EQ(run.strErr, Warning() + List() + m_strOlder + " was converted: " + COUNTS);
+    EXPECT_EQ(Run({"-q", "convert", m_strOlder}).strErr, Warning());
+}
+
+TEST_F(ConvertCommand, AForgottenVersionIsWarnedOf) {
+    const std::string strRead =
+        "dlpctl: warning: -: template_version is missing or empty, so the document is read as one of the older layout";
+    const std::string strStart = "<SAPolicy><complianceTemplates><template name='t' display_name='T'/>";
+    const std::string strEnd = "</complianceTemplates></SAPolicy>";
+    const std::string strForgotten = strRead + " and nothing of it is taken; add template_version=\"3.0.1000\"\n";
+    EXPECT_EQ(Run({"convert", "-"}, strStart + strEnd).strErr.find(strForgotten), 0U);
+    EXPECT_EQ(Run({"convert", "--check", "-"}, strStart + strEnd).strErr.find(strForgotten), 0U);
+    EXPECT_EQ(Run({"convert", "-"}, strStart + "<template displayName='U'/>" + strEnd)
+                  .strErr.find(strRead + "; add template_version=\"3.0.1000\" if that is not what it is\n"),
+              0U);
+    EXPECT_EQ(Run({"convert", "--check", "-"}, "<SAPolicy/>").strErr,
+              "- is of the older layout: 0 renamed, 2 set, 0 dropped.\n");
 }
 
 TEST_F(ConvertCommand, CheckTellsWhetherItIsNeeded) {
     const SToolRun run = Run({"convert", "--check", m_strOlder});
     EXPECT_EQ(run.iCode, 1);
     EXPECT_EQ(run.strOut, List());
-    EXPECT_EQ(run.strErr, m_strOlder + " is of the older layout: " + COUNTS);
+    EXPECT_EQ(run.strErr, Warning() + m_strOlder + " is of the older layout: " + COUNTS);
     const std::string strStandard = m_dir.Write("standard.xml", CONVERTED);
     EXPECT_EQ(Get({"convert", "--check", strStandard}), "");
     EXPECT_EQ(Run({"convert", "--check", "-"}, "<SAPolicy/>").iCode, 1);
@@ -247,7 +269,7 @@ TEST_F(ConvertCommand, InterruptionLeavesNoFile) {
     std::raise(SIGTERM);
     const SToolRun run = Run({"convert", m_strOlder, "-o", m_dir.Path("out.xml")});
     EXPECT_EQ(run.iCode, 143);
-    EXPECT_EQ(run.strErr, "dlpctl: interrupted\n");
+    EXPECT_EQ(run.strErr, Warning() + "dlpctl: interrupted\n");
     EXPECT_FALSE(std::filesystem::exists(m_dir.Path("out.xml")));
 }
 
