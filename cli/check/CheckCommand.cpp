@@ -59,18 +59,6 @@ ESeverity FindSeverity(const std::string& strName) {
                      "--fail-on: there is no level " + Text::Quoted(strName) + "; write error, warning or note");
 }
 
-ECode FindAllowed(const std::string& strCode) {
-    const SCodeRow* pRow = FindCode(strCode);
-    if (pRow == nullptr) {
-        throw CToolError(EVerdict::USAGE,
-                         "--allow: there is no code " + Text::Quoted(strCode) + "; " + SuggestCode(strCode));
-    }
-    if (IsAboutNoDocument(pRow->eCode)) {
-        throw CToolError(EVerdict::USAGE, std::string("--allow: ") + pRow->pCode + " cannot be allowed");
-    }
-    return pRow->eCode;
-}
-
 const SCheckFormat& ChooseFormat(const CCommandContext& context, const std::string& strFormat) {
     const SCheckFormat& format = FindCheckFormat("--format", !strFormat.empty() ? strFormat
                                                              : context.IsJson() ? CHECK_JSON

@@ -5,6 +5,7 @@
 
 #include "cli/NearestName.h"
 #include "cli/Text.h"
+#include "cli/Verdict.h"
 #include "platform/common/TextTools.h"
 
 namespace {
@@ -56,6 +57,18 @@ std::string SuggestCode(const std::string& strCode) {
     }
     const std::string strNearest = FindNearestName(strCode, vecNames);
     return strNearest.empty() ? "dlpctl explain lists the codes" : "did you mean " + Text::Quoted(strNearest) + '?';
+}
+
+ECode FindAllowed(const std::string& strCode) {
+    const SCodeRow* pRow = FindCode(strCode);
+    if (pRow == nullptr) {
+        throw CToolError(EVerdict::USAGE,
+                         "--allow: there is no code " + Text::Quoted(strCode) + "; " + SuggestCode(strCode));
+    }
+    if (IsAboutNoDocument(pRow->eCode)) {
+        throw CToolError(EVerdict::USAGE, std::string("--allow: ") + pRow->pCode + " cannot be allowed");
+    }
+    return pRow->eCode;
 }
 
 const char* GetSeverityName(ESeverity eSeverity) {

@@ -100,6 +100,9 @@ const SCodeRow* FindCode(const std::string& strCode);
 /** @return the code or name that is nearest, or where all are listed: how to go on after FindCode gave null */
 std::string SuggestCode(const std::string& strCode);
 
+/** @param strCode what --allow is given @throws CToolError (USAGE) when there is none, or it cannot be allowed */
+ECode FindAllowed(const std::string& strCode);
+
 /** @return "error", "warning" or "note" */
 const char* GetSeverityName(ESeverity eSeverity);
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <iterator>
 #include <memory>
 #include <sstream>
 #include <string>
@@ -18,6 +19,7 @@
 #include "cli/CommandLine.h"
 #include "cli/NearestName.h"
 #include "cli/Text.h"
+#include "cli/Verdict.h"
 #include "cli/check/DiagnosticCodes.h"
 #include "cli/configuration/Configuration.h"
 #include "cli/edit/GivenOption.h"
@@ -57,6 +59,9 @@ constexpr SCommandHelp HELP = {
 constexpr std::string_view CODE_FORM = "CODE";
 constexpr std::string_view NUMBER_FORM = "N";
 constexpr char CHOICE_END = '|';
+
+/** The commands that edit assets read words in any case of letters; the others as they stand. */
+constexpr const char* ANY_CASE[] = {"expression", "keywords"};
 
 constexpr const char VARIABLE_PREFIX[] = "DLPCTL_";
 constexpr const char* ORIGINS[] = {"default", "file", "environment", "command line"};
@@ -162,11 +167,25 @@ void WarnOfUnknownVariables(CCommandContext& context, const CConfiguration& conf
     }
 }
 
+bool IsAllowed(const std::string& strCode) {
+    try {
+        FindAllowed(strCode);
+        return true;
+    } catch (const CToolError&) {
+        return false;
+    }
+}
+
+bool ReadsAnyCase(const SSetting& setting) {
+    return std::any_of(std::begin(ANY_CASE), std::end(ANY_CASE),
+                       [&](const char* pGroup) { return setting.strCommand.rfind(pGroup, 0) == 0; });
+}
+
 /** @return whether the option's own command takes the value, as far as the help's word for it tells */
 bool IsTaken(const SSetting& setting, const std::string& strValue) {
     const std::string strForm = setting.pOption->get_type_name();
     if (strForm == CODE_FORM) {
-        return FindCode(strValue) != nullptr;
+        return IsAllowed(strValue);
     }
     if (strForm == NUMBER_FORM) {
         return ReadNumber(strValue).has_value();
@@ -174,7 +193,8 @@ bool IsTaken(const SSetting& setting, const std::string& strValue) {
     std::istringstream choices(strForm);
     bool bAny = strForm.find(CHOICE_END) == std::string::npos;
     for (std::string strChoice; !bAny && std::getline(choices, strChoice, CHOICE_END);) {
-        bAny = OS::EqualsNoCase(strChoice, std::string_view(strValue));
+        bAny =
+            strChoice == strValue || (ReadsAnyCase(setting) && OS::EqualsNoCase(strChoice, std::string_view(strValue)));
     }
     return bAny;
 }

@@ -261,3 +261,16 @@ TEST_F(Configuration, ValuesThatTheirCommandWouldRefuseAreWarnedOf) {
                   "dlpctl: warning: $DLPCTL_KEYWORDS_NEW_THRESHOLD: dlpctl keywords new does not take \"few\" for "
                   "--threshold\n");
 }
+
+TEST_F(Configuration, ValuesAreLookedAtAsTheirCommandDoes) {
+    const auto fnWarning = [this](const char* pPlace, const char* pValue, const char* pOption) {
+        return "dlpctl: warning: " + m_strFile + pPlace + ": dlpctl check does not take \"" + pValue + "\" for --" +
+               pOption + '\n';
+    };
+    WriteFile("[check]\nallow = ['DLP003', 'dlp034']\nfail-on = 'Warning'\nformat = 'JSON'\n");
+    ::setenv("DLPCTL_KEYWORDS_NEW_TYPE", "any", 1);
+    ::setenv("DLPCTL_KEYWORDS_ADD_CASE_SENSITIVE", "True", 1);
+    ::setenv("DLPCTL_KEYWORDS_IMPORT_FORMAT", "CSV", 1);
+    EXPECT_EQ(Run({"config"}).strErr, fnWarning(":2:1", "DLP003", "allow") + fnWarning(":3:1", "Warning", "fail-on") +
+                                          fnWarning(":4:1", "JSON", "format"));
+}
