@@ -6,12 +6,9 @@
 #include "cli/Suggestion.h"
 #include "cli/Text.h"
 #include "cli/Verdict.h"
-#include "cli/check/DiagnosticCodes.h"
 #include "cli/edit/Referrers.h"
-#include "cli/edit/StoreEdit.h"
 #include "platform/common/CException.h"
 #include "platform/common/TextConversion.h"
-#include "platform/common/TextTools.h"
 #include "platform/store/CSettingsStore.h"
 #include "platform/xml/CXMLWriter.h"
 #include "xml/Vocabulary.h"
@@ -42,17 +39,15 @@ void CheckRuleName(const SKind& kind, const std::string& strName) {
     }
 }
 
-void WarnOfBlanks(const std::string& strName, CStoreEdit& edit) {
-    if (OS::Trim(std::string_view(strName)).size() != strName.size()) {
-        const SCodeRow& row = GetCodeRow(ECode::BLANK_IN_NAME);
-        edit.Warn(FillSentence(row.pWhat, {TagUtf8::NAME, Text::Quoted(strName)}) + "; " + row.pAdvice);
-    }
-}
-
 }  // namespace
 
 std::string Called(const SKind& kind, const std::string& strName) {
     return std::string(kind.pWord) + ' ' + Text::Quoted(strName);
+}
+
+std::string ExplainFault(const std::string& strCalled, const SCodeRow& row, const std::string& strWhat,
+                         const std::string& strAdvice) {
+    return strCalled + ": " + row.pCode + ' ' + row.pName + ": " + strWhat + "; " + strAdvice;
 }
 
 bool IsBuiltIn(const CSettingsRow& row) {
@@ -67,7 +62,7 @@ CSettingsRow ReadOwn(const SKind& kind, const std::string& strName) {
     return row;
 }
 
-void NameRecord(const std::string& strName, CSettingsRow& row, CStoreEdit& edit) {
+void NameRecord(const std::string& strName, CSettingsRow& row) {
     const SKind& kind = GetKind(row.GetKind());
     CheckCharacters(strName);
     CheckRuleName(kind, strName);
@@ -79,5 +74,4 @@ void NameRecord(const std::string& strName, CSettingsRow& row, CStoreEdit& edit)
     }
     row.SetText(SUBJECT_COLUMN, std::move(strSubject));
     row.SetText(NAME_COLUMN, strName);
-    WarnOfBlanks(strName, edit);
 }

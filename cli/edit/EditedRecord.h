@@ -3,12 +3,15 @@
 #include <string>
 
 #include "cli/Kinds.h"
+#include "cli/check/DiagnosticCodes.h"
 #include "platform/store/CSettingsRow.h"
-
-class CStoreEdit;
 
 /** @return the kind's word and the name, as messages call a record */
 std::string Called(const SKind& kind, const std::string& strName);
+
+/** @return one line: what a check says of a record, as messages of its own say it */
+std::string ExplainFault(const std::string& strCalled, const SCodeRow& row, const std::string& strWhat,
+                         const std::string& strAdvice);
 
 bool IsBuiltIn(const CSettingsRow& row);
 
@@ -19,8 +22,7 @@ bool IsBuiltIn(const CSettingsRow& row);
 CSettingsRow ReadOwn(const SKind& kind, const std::string& strName);
 
 /**
- * Gives a record an internal name, and the subject identifier that goes with it. One that a check would warn of is
- * warned of.
+ * Gives a record an internal name, and the subject identifier that goes with it.
  * @throws CToolError FINDINGS when a stored record has it; INVALID when no document or no rule can carry it
  */
-void NameRecord(const std::string& strName, CSettingsRow& row, CStoreEdit& edit);
+void NameRecord(const std::string& strName, CSettingsRow& row);

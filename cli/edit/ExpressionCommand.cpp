@@ -142,7 +142,7 @@ EVerdict New(CCommandContext& context, const SArguments& arguments) {
     }
     CompleteAsset(DigitalAssets::EXPRESSION_FORMAT, arguments.fields, row);
     CStoreEdit edit(context, NEW.pFormat, arguments.options, CStoreEdit::EStore::MADE);
-    NameRecord(arguments.strName, row, edit);
+    NameRecord(arguments.strName, row);
     return FinishChange(context, edit, nullptr, std::move(row));
 }
 

@@ -220,7 +220,7 @@ EVerdict New(CCommandContext& context, const SArguments& arguments) {
     CompleteAsset(DigitalAssets::KEYWORD_FORMAT, arguments.fields, row);
     CheckNumbers(arguments, row);
     CStoreEdit edit(context, NEW.pFormat, arguments.options, CStoreEdit::EStore::MADE);
-    NameRecord(arguments.strName, row, edit);
+    NameRecord(arguments.strName, row);
     CKeywordList list(row);
     PutKeywords(arguments, list);
     list.Store(row);

@@ -110,11 +110,10 @@ std::vector<SDiagnostic> FindFaults(const std::string& strDocument) {
 }
 
 std::string Explain(const std::string& strCalled, const SDiagnostic& fault) {
-    const SCodeRow& row = GetCodeRow(fault.eCode);
     const auto* pAdvice = std::find_if(std::begin(TEXT_ADVICE), std::end(TEXT_ADVICE),
                                        [&](const STextAdvice& advice) { return advice.eCode == fault.eCode; });
-    return strCalled + ": " + row.pCode + ' ' + row.pName + ": " + fault.strMessage + "; " +
-           (pAdvice == std::end(TEXT_ADVICE) ? fault.strAdvice : pAdvice->pAdvice);
+    return ExplainFault(strCalled, GetCodeRow(fault.eCode), fault.strMessage,
+                        pAdvice == std::end(TEXT_ADVICE) ? fault.strAdvice : pAdvice->pAdvice);
 }
 
 void CheckRecord(CCommandContext& context, CStoreEdit& edit, const CSettingsRow& row) {

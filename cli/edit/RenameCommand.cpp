@@ -1,5 +1,6 @@
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <nlohmann/json.hpp>
@@ -8,9 +9,11 @@
 #include "cli/CommandLine.h"
 #include "cli/Commands.h"
 #include "cli/Text.h"
+#include "cli/check/DiagnosticCodes.h"
 #include "cli/edit/EditedRecord.h"
 #include "cli/edit/Referrers.h"
 #include "cli/edit/StoreEdit.h"
+#include "platform/common/TextTools.h"
 #include "xml/Vocabulary.h"
 
 namespace {
@@ -46,6 +49,14 @@ void RenameMarkup(CSettingsRow& row) {
     }
 }
 
+void WarnOfBlanks(const SKind& kind, const std::string& strName, CStoreEdit& edit) {
+    if (OS::Trim(std::string_view(strName)).size() != strName.size()) {
+        const SCodeRow& row = GetCodeRow(ECode::BLANK_IN_NAME);
+        edit.Warn(ExplainFault(Called(kind, strName), row,
+                               FillSentence(row.pWhat, {TagUtf8::NAME, Text::Quoted(strName)}), row.pAdvice));
+    }
+}
+
 void Replace(const CSettingsRow& before, const CSettingsRow& after) {
     CSettingsStore& settings = CSettingsStore::Current();
     settings.Remove(before.GetKind(), before.GetSubject());
@@ -57,7 +68,8 @@ EVerdict Rename(CCommandContext& context, const SArguments& arguments) {
     CStoreEdit edit(context, HELP.pFormat, arguments.options);
     const CSettingsRow before = ReadOwn(kind, arguments.strOld);
     CSettingsRow after = before;
-    NameRecord(arguments.strNew, after, edit);
+    NameRecord(arguments.strNew, after);
+    WarnOfBlanks(kind, arguments.strNew, edit);
     RenameMarkup(after);
     Replace(before, after);
     std::string strText = "~ " + Called(kind, arguments.strOld) + " is now " + Text::Quoted(arguments.strNew) + '\n';

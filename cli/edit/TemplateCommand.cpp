@@ -220,7 +220,7 @@ std::vector<SMatchRule> ReadRuleLines(const SRuleText& text) {
 EVerdict Create(CCommandContext& context, const SArguments& arguments, const SRuleText& text) {
     CStoreEdit edit(context, NEW.pFormat, arguments.options, CStoreEdit::EStore::MADE);
     CSettingsRow row(ESettingsKind::TEMPLATE);
-    NameRecord(arguments.strName, row, edit);
+    NameRecord(arguments.strName, row);
     row.SetText(TemplateColumn::DISPLAY_NAME, arguments.strName);
     ApplyFields(arguments, row);
     SetTemplateRules(ReadRuleLines(text), row);

@@ -101,10 +101,13 @@ TEST_F(RenameCommand, NamesThatRulesCannotCarryAreRefused) {
 }
 
 TEST_F(RenameCommand, ANameThatACheckWouldWarnOfIsWarnedOf) {
-    const std::string strWarning = "dlpctl: warning: the name \" x\" begins or ends with a blank; remove the blank\n";
-    EXPECT_EQ(Run({"rename", "template", "cards", " x", "--dry-run"}).strErr.find(strWarning), 0U);
-    EXPECT_EQ(Run({"rename", "keyword", "words", " x"}).strErr.find(strWarning), 0U);
-    EXPECT_EQ(Run({"expression", "new", " x", "--pattern", "a"}).strErr.find(strWarning), 0U);
+    const std::string strWarning =
+        " \" x\": DLP039 blank-in-name: the name \" x\" begins or ends with a blank; remove the blank\n";
+    EXPECT_EQ(Run({"-q", "rename", "template", "cards", " x", "--dry-run"}).strErr,
+              "dlpctl: warning: template" + strWarning);
+    EXPECT_EQ(Run({"-q", "rename", "keyword", "words", " x"}).strErr, "dlpctl: warning: keyword list" + strWarning);
+    EXPECT_EQ(Run({"-q", "expression", "new", " x", "--pattern", "a", "--display-name", "X"}).strErr,
+              "dlpctl: warning: expression" + strWarning);
 }
 
 TEST_F(RenameCommand, TakenAndUnknownNamesAreRefused) {
