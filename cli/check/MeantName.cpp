@@ -5,6 +5,7 @@
 
 #include "cli/NearestName.h"
 #include "cli/Text.h"
+#include "cli/check/DiagnosticCodes.h"
 #include "cli/check/DocumentShape.h"
 #include "platform/common/TextTools.h"
 #include "xml/Vocabulary.h"
@@ -69,6 +70,11 @@ constexpr std::pair<std::string_view, const char*> CATEGORIES[] = {{TagUtf8::IND
 
 constexpr const char CORRECT[] = "correct its name, or remove it";
 
+const CDocumentShape& Shapes() {
+    static const CDocumentShape s_shapes(false);
+    return s_shapes;
+}
+
 }  // namespace
 
 std::string FindSlip(std::string_view strPlace, std::string_view strWritten) {
@@ -81,6 +87,9 @@ std::string FindSlip(std::string_view strPlace, std::string_view strWritten) {
 std::string AdviseElement(std::string_view strPlace, std::string_view strWritten, const std::string& strMeant) {
     if (!strMeant.empty()) {
         return "did you mean " + Text::Quoted(strMeant) + '?';
+    }
+    if (Shapes().Find(strWritten) != nullptr) {
+        return GetCodeRow(ECode::MISPLACED_ELEMENT).pAdvice;
     }
     for (const auto& [strSection, pItem] : CATEGORIES) {
         if (strSection == strPlace) {
@@ -110,7 +119,6 @@ std::string CMeantNames::Find(std::string_view strPlace, std::string_view strWri
 }
 
 std::string CMeantNames::FindElement(std::string_view strPlace, std::string_view strWritten) {
-    const CDocumentShape shapes(false);
-    const SShape* pPlace = shapes.Find(strPlace);
+    const SShape* pPlace = Shapes().Find(strPlace);
     return pPlace == nullptr ? std::string() : Find(strPlace, strWritten, pPlace->vecChildren);
 }

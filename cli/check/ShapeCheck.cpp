@@ -27,6 +27,11 @@ struct SSkipped {
 };
 constexpr SSkipped SKIPPED[] = {{"<!--", "-->", false}, {"<![CDATA[", "]]>", true}, {"<?", "?>", false}};
 
+/** What holds items of a template import, and of either import. */
+constexpr const char* OF_TEMPLATES[] = {TagUtf8::COMPLIANCE_TEMPLATES, TagUtf8::INDUSTRIES, TagUtf8::INDUSTRY,
+                                        TagUtf8::REGIONS, TagUtf8::REGION};
+constexpr const char* OF_ASSETS[] = {TagUtf8::SA_POLICY, TagUtf8::DIGITAL_ASSETS, TagUtf8::ENTITY, TagUtf8::DICTIONARY};
+
 class CShapeCheck {
   public:
     explicit CShapeCheck(const SCheckedDocument& document) : m_document(document), m_shape(document.bOlder) {}
@@ -140,37 +145,35 @@ class CShapeCheck {
         return m_shape.Find(strName);
     }
 
-    /** Whether an import tells of what else stands in the element that it was passed over. */
-    bool HoldsItems(const SShape& parent) const {
-        constexpr const char* OF_TEMPLATES[] = {TagUtf8::COMPLIANCE_TEMPLATES, TagUtf8::INDUSTRIES, TagUtf8::INDUSTRY,
-                                                TagUtf8::REGIONS, TagUtf8::REGION};
-        const bool bOfTemplates =
-            std::find(std::begin(OF_TEMPLATES), std::end(OF_TEMPLATES), parent.strName) != std::end(OF_TEMPLATES);
-        constexpr const char* OF_ASSETS[] = {TagUtf8::SA_POLICY, TagUtf8::DIGITAL_ASSETS, TagUtf8::ENTITY,
-                                             TagUtf8::DICTIONARY};
-        const bool bOfAssets =
-            std::find(std::begin(OF_ASSETS), std::end(OF_ASSETS), parent.strName) != std::end(OF_ASSETS);
-        return bOfAssets || (bOfTemplates && !m_document.bAssetsOnly);
+    template <std::size_t SIZE>
+    static bool IsOneOf(const SShape& shape, const char* const (&aNames)[SIZE]) {
+        return std::find(std::begin(aNames), std::end(aNames), shape.strName) != std::end(aNames);
     }
 
     void TellMisplaced(const SShape& parent, std::string_view strName, std::size_t iTag) {
         if (parent.strName == TagUtf8::TEMPLATE || parent.strName == TagUtf8::MATCH_RULE) {
             return;  // read all the same, and told of with the rules
         }
-        if (HoldsItems(parent)) {
+        const bool bOfTemplates = IsOneOf(parent, OF_TEMPLATES);
+        // An import tells of what else stands there that it was passed over.
+        if (IsOneOf(parent, OF_ASSETS) || (bOfTemplates && !m_document.bAssetsOnly)) {
             if (m_document.diagnostics.Count(ECode::LOST_ELEMENT, iTag)) {
                 m_document.diagnostics.Tell(ECode::LOST_ELEMENT, iTag,
                                             {Text::Quoted(strName), Text::Quoted(parent.strName)},
-                                            {AdviseElement(parent.strName, strName,
-                                                           m_meant.Find(parent.strName, strName, parent.vecChildren))});
+                                            {Advise(parent, strName)});
             }
         } else if (m_shape.Find(strName) != nullptr) {
             m_document.diagnostics.Add(ECode::MISPLACED_ELEMENT, iTag,
                                        {Text::Quoted(strName), Text::Quoted(parent.strName)});
         } else if (m_document.diagnostics.Count(ECode::UNKNOWN_ELEMENT, iTag)) {
-            m_document.diagnostics.Tell(ECode::UNKNOWN_ELEMENT, iTag, {Text::Quoted(strName)},
-                                        {Suggest(parent, strName, parent.vecChildren)});
+            m_document.diagnostics.Tell(
+                ECode::UNKNOWN_ELEMENT, iTag, {Text::Quoted(strName)},
+                {bOfTemplates ? Advise(parent, strName) : Suggest(parent, strName, parent.vecChildren)});
         }
+    }
+
+    std::string Advise(const SShape& parent, std::string_view strName) {
+        return AdviseElement(parent.strName, strName, m_meant.Find(parent.strName, strName, parent.vecChildren));
     }
 
     void CheckAttribute(const SShape& shape, std::string_view strName, std::size_t iOffset) {

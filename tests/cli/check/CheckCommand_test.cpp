@@ -319,6 +319,33 @@ TEST_F(CheckCommand, WhatIsLostIsAnErrorWithTheNameThatMayBeMeant) {
     EXPECT_EQ(Run({"check", "-"}, strDocument).iCode, Run({"import", "-"}, strDocument).iCode);
 }
 
+TEST_F(CheckCommand, AKnownElementInAnotherPlaceIsToBeMoved) {
+    const std::string strDocument =
+        "<SAPolicy template_version=\"3\">\n<digitalAssets>\n<keyword/></digitalAssets>\n<industries>\n"
+        "<template_id>t</template_id>\n<banking/></industries></SAPolicy>";
+    const std::string strMove = "; move it to where it belongs, or remove it\n";
+    const std::string strLost = ": an import passes it over with all that it holds";
+    const std::string strKeyword =
+        "::error file=-,line=3,col=1,title=DLP018 lost-element::no policy has \"keyword\" in \"digitalAssets\"" +
+        strLost + strMove;
+    const std::string strWrite = "; write <industry name=\"banking\"> if that is its name, or remove it\n";
+    EXPECT_EQ(Run({"check", "--format", "github", "--allow", "DLP006", "-"}, strDocument).strOut,
+              strKeyword +
+                  "::error file=-,line=5,col=1,title=DLP018 lost-element::no policy has \"template_id\" in "
+                  "\"industries\"" +
+                  strLost + strMove +
+                  "::error file=-,line=6,col=1,title=DLP018 lost-element::no policy has \"banking\" in "
+                  "\"industries\"" +
+                  strLost + strWrite);
+    EXPECT_EQ(Run({"check", "--assets", "--format", "github", "-"}, strDocument).strOut,
+              strKeyword +
+                  "::warning file=-,line=5,col=1,title=DLP012 misplaced-element::\"template_id\" is not read here, in "
+                  "\"industries\"" +
+                  strMove +
+                  "::warning file=-,line=6,col=1,title=DLP011 unknown-element::\"banking\" is no element of a policy" +
+                  strWrite);
+}
+
 TEST_F(CheckCommand, AForgottenVersionIsToldInsteadOfWhatFollowsFromIt) {
     const std::string strDocument =
         "<SAPolicy>\n<digitalAssets><dictionary name=\"w\" type=\"any\" display_name=\"W\"><keyword score=\"1\">a"
