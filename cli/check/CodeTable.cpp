@@ -184,7 +184,8 @@ constexpr SCodeRow CODES[] = {
      "{} is not read here, in {}",
      "move it to where it belongs, or remove it",
      "Every element has its place: entity and dictionary in digitalAssets, keyword in dictionary, "
-     "template in complianceTemplates, and so on. Elsewhere it is passed over. An expression of type "
+     "template in complianceTemplates, and so on. Elsewhere it is passed over, which is warned of "
+     "alone when the item around it is taken, as with a buildingBlock in a buildingBlock. An expression of type "
      "Generic has no alphabetCharset: its text is dropped.",
      R"(<entity name="account" type="Generic" display_name="Account">
   <regularExpression>\d{8}</regularExpression>
@@ -249,7 +250,8 @@ constexpr SCodeRow CODES[] = {
     {ECode::CHILD_TWICE, "DLP017", ESeverity::WARNING, "child-twice",
      "only the first {} of {} is read",
      "keep one of them",
-     "Of several children of one name, an import reads the first.",
+     "Of several children of one name, an import reads the first. The others are lost; this is warned of alone, "
+     "for the expression is taken.",
      R"(<entity name="account" type="Generic" display_name="Account">
   <regularExpression>\d{8}</regularExpression>
   <regularExpression>\d{9}</regularExpression>
@@ -262,8 +264,8 @@ constexpr SCodeRow CODES[] = {
      "no policy has {} in {}: an import passes it over with all that it holds",
      "{}",
      "Sections, assets, the parts of an expression, keywords, templates, industries, regions and their entries "
-     "are found by the names of their elements, letter for letter. One that is spelt in another way is no item, "
-     "and nothing of it is stored.",
+     "are found by the names of their elements, letter for letter. One that is spelt in another way, or stands "
+     "in another place, is no item, and nothing of it is stored.",
      R"(<SAPolicy template_version="3.0.1000">
   <complianceTemplates>
     <template name="cards" display_name="Cards">
@@ -360,7 +362,8 @@ constexpr SCodeRow CODES[] = {
      "{}",
      "The type is read in any case of letters. Any other text is taken as Generic for an expression and "
      "as All for a keyword list, and attributes that belong to another type are dropped; they are not told of. "
-     "--fix leaves it as it is, for only its author knows which type is meant.",
+     "--fix leaves it as it is, for only its author knows which type is meant. Write Generic, Type 1, Type 2 or "
+     "Type 3 for an expression, and All, Any, Threshold or Distance for a keyword list.",
      R"(<dictionary name="terms" type="Some" display_name="Terms">
   <keyword score="1">one</keyword>
 </dictionary>)",
@@ -589,7 +592,9 @@ constexpr SCodeRow CODES[] = {
      "the pattern is refused by PCRE2: {}",
      "{}",
      "Patterns are kept and moved as they are, and which dialect the engine speaks is not known here, so "
-     "this is a warning; with --strict it is an error.",
+     "this is a warning; with --strict it is an error. One that calls itself without end, such as (?R)?a, is told "
+     "too: that shows when it is run. Correct it at the place that is told; one that calls itself is to match "
+     "something first.",
      R"(<entity name="account" type="Generic" display_name="Account">
   <regularExpression>(\d{8}</regularExpression>
 </entity>)",

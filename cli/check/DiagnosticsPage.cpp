@@ -13,10 +13,11 @@ constexpr const char PAGE_HEAD[] =
     "\n"
     "What `dlpctl check` finds, and reports of `dlpctl import` tell.\n"
     "This page is made from the tool's own table (`dlpctl explain --markdown`);\n"
-    "`dlpctl explain CODE` shows one entry. Errors are what an import refuses, skips or loses; with `--strict`\n"
-    "warnings are errors too; `--allow CODE` leaves a code out. An … stands for what is filled in. Examples are\n"
-    "whole documents or items of one. Some refer to an expression `card` and a keyword list `words`, which\n"
-    "stand in the same document or in the store.\n";
+    "`dlpctl explain CODE` shows one entry. Errors are what an import refuses or skips, parts of items included\n"
+    "(DLP018). What else it does not keep of an item that it takes, such as an attribute or a second pattern, is\n"
+    "warned of. With `--strict` warnings are errors too; `--allow CODE` leaves a code out. An … stands for what is\n"
+    "filled in. Examples are whole documents or items of one. Some refer to an expression `card` and a keyword\n"
+    "list `words`, which stand in the same document or in the store.\n";
 
 std::string Sentence(const char* pSentence) {
     std::string strSentence = WithBlanks(pSentence);
@@ -83,6 +84,11 @@ std::string TellAssumed(const SCodeRow& row) {
 
 std::string WithBlanks(const char* pSentence) {
     std::string strText = pSentence;
+    // What may follow the last word is no part of the sentence as it stands.
+    if (strText.ends_with(BLANK) && strText.size() > BLANK.size() &&
+        strText[strText.size() - BLANK.size() - 1] != ' ') {
+        strText.resize(strText.size() - BLANK.size());
+    }
     for (std::size_t i = strText.find(BLANK); i != std::string::npos; i = strText.find(BLANK, i)) {
         strText.replace(i, BLANK.size(), ELLIPSIS);
     }

@@ -959,6 +959,12 @@ TEST_F(CheckCommand, ExplainShowsOneCodeWhole) {
     EXPECT_EQ(Get({"explain"}).find("CODE    LEVEL    NAME"), 0U);
 }
 
+TEST_F(CheckCommand, AnExplanationLeavesOutWhatMayFollowASentence) {
+    const std::string strText = Get({"explain", "DLP007"});
+    EXPECT_NE(strText.find("the older layout.\n"), std::string::npos) << strText;
+    EXPECT_NE(strText.find("What to do: Add template_version=\"3.0.1000\".\n"), std::string::npos) << strText;
+}
+
 TEST(DiagnosticsPage, IsWhatTheTableSays) {
     std::ifstream page(DLP_SOURCE_DIR "/docs/diagnostics.md");
     EXPECT_EQ(std::string(std::istreambuf_iterator<char>(page), {}), MakeDiagnosticsPage());
