@@ -212,6 +212,61 @@ bool IsCall(std::string_view strText) {
            iNumber < strText.size();
 }
 
+/** What stands between the two is text. */
+struct SQuotation {
+    std::string_view strStart;
+    std::string_view strEnd;
+};
+constexpr SQuotation QUOTATION = {"\\Q", "\\E"};
+constexpr SQuotation COMMENT = {"(?#", ")"};
+
+/** @return the offset behind it, if it begins here, else the same offset */
+std::size_t Behind(const SQuotation& quotation, std::string_view strPattern, std::size_t i) {
+    if (!strPattern.substr(i).starts_with(quotation.strStart)) {
+        return i;
+    }
+    const std::size_t iEnd = strPattern.find(quotation.strEnd, i + quotation.strStart.size());
+    return iEnd == std::string_view::npos ? strPattern.size() : iEnd + quotation.strEnd.size();
+}
+
+constexpr std::string_view NAMED_START = "[:";
+constexpr std::string_view NAMED_END = ":]";
+constexpr std::string_view NAMED_LETTERS = "^abcdefghijklmnopqrstuvwxyz";
+
+/** @return the offset behind a piece of a class: a named class such as [:digit:], a quotation, an escape, a character
+ */
+std::size_t BehindClassPiece(std::string_view strPattern, std::size_t i) {
+    if (strPattern.substr(i).starts_with(NAMED_START)) {
+        const std::size_t iEnd = strPattern.find_first_not_of(NAMED_LETTERS, i + NAMED_START.size());
+        if (iEnd != std::string_view::npos && strPattern.substr(iEnd).starts_with(NAMED_END)) {
+            return iEnd + NAMED_END.size();
+        }
+    }
+    const std::size_t iQuoted = Behind(QUOTATION, strPattern, i);
+    return iQuoted != i ? iQuoted : i + (strPattern[i] == '\\' ? 2 : 1);
+}
+
+/** @return the offset behind a class; a bracket that comes first in it does not end it */
+std::size_t BehindClass(std::string_view strPattern, std::size_t i) {
+    ++i;
+    i += strPattern.substr(i).starts_with('^') ? 1 : 0;
+    i += strPattern.substr(i).starts_with(']') ? 1 : 0;
+    while (i < strPattern.size() && strPattern[i] != ']') {
+        i = BehindClassPiece(strPattern, i);
+    }
+    return i + 1;
+}
+
+std::size_t BehindPiece(std::string_view strPattern, std::size_t i) {
+    for (const SQuotation& quotation : {QUOTATION, COMMENT}) {
+        const std::size_t iQuoted = Behind(quotation, strPattern, i);
+        if (iQuoted != i) {
+            return iQuoted;
+        }
+    }
+    return strPattern[i] == '[' ? BehindClass(strPattern, i) : i + (strPattern[i] == '\\' ? 2 : 1);
+}
+
 }  // namespace
 
 SPatternSample SamplePattern(std::string_view strPattern) {
@@ -219,14 +274,10 @@ SPatternSample SamplePattern(std::string_view strPattern) {
 }
 
 std::size_t FindPatternCall(std::string_view strPattern) {
-    bool bClass = false;
-    for (std::size_t i = 0; i < strPattern.size(); ++i) {
-        const char c = strPattern[i];
-        if (!bClass && IsCall(strPattern.substr(i))) {
+    for (std::size_t i = 0; i < strPattern.size(); i = BehindPiece(strPattern, i)) {
+        if (IsCall(strPattern.substr(i))) {
             return i;
         }
-        i += c == '\\' ? 1 : 0;
-        bClass = bClass ? c != ']' : c == '[';
     }
     return 0;
 }
