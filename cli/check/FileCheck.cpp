@@ -177,7 +177,11 @@ class CFileCheck {
     /** The rest is looked at as if the language were the right one. */
     void TellLanguage(const SCheckedDocument& checked) {
         const std::string_view strLanguage = checked.root.Attribute(TagUtf8::LOCALIZATION_LANGUAGE);
-        const std::string strOurs = OS::Utf8Lenient(CDLPDigitalAssetsParser::GetLanguage());
+        const OS::x_wstring strExpected(CDLPDigitalAssetsParser::GetLanguage());
+        if (strLanguage.empty() || strExpected.CompareNoCase(OS::WideText(strLanguage)) == 0) {
+            throw CToolError(EVerdict::MEMORY, NO_FAULT);
+        }
+        const std::string strOurs = OS::Utf8Lenient(strExpected);
         m_diagnostics.Add(
             ECode::WRONG_LANGUAGE, checked.Find(checked.root, TagUtf8::LOCALIZATION_LANGUAGE).iName,
             {Text::Quoted(strLanguage), strOurs.empty() ? "none is set here" : "here it is " + Text::Quoted(strOurs)},
