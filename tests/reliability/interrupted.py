@@ -61,18 +61,21 @@ def interrupted(world: World, scenario: Scenario, chance: random.Random, count: 
     before = world.before(scenario)
     files = world.files()
     begun = time.monotonic()
-    done = subprocess.run(world.line(scenario.words), stdout=subprocess.DEVNULL, check=False)
+    done = subprocess.run(world.line(scenario.words), stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, check=False)
     duration = time.monotonic() - begun
     if done.returncode not in DONE:
         return [f"{scenario.name}: exit {done.returncode} undisturbed"]
     whole, after = world.dump(), world.files()
     found = []
-    for _ in range(count):
+    for number in range(count):
         kind = chance.choice(list(SIGNALS))
-        delay = chance.uniform(0, duration)
+        delay = chance.uniform(0, duration) if number else 0
         world.start(scenario)
         process = subprocess.Popen(world.line(scenario.words), stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
         time.sleep(delay)
+        # The first signal comes as soon as it is watched for, so that even a few runs interrupt something.
+        while not number and process.poll() is None and not watches(process.pid, kind):
+            time.sleep(0.001)
         watched = watches(process.pid, kind)
         process.send_signal(kind)
         code = process.wait(60)
@@ -120,7 +123,7 @@ def main() -> int:
     parser = argparse.ArgumentParser(description=__doc__)
     parser.add_argument("--tool", required=True, help="path of dlpctl")
     parser.add_argument("--seed", type=int, default=1, help="what draws signals and moments")
-    parser.add_argument("--count", type=int, default=300, help="how many commands are interrupted")
+    parser.add_argument("--count", type=int, default=300, help="how many commands are interrupted, as many of each kind")
     arguments = parser.parse_args()
     codes: Counter[str] = Counter()
     with tempfile.TemporaryDirectory() as name:
@@ -128,7 +131,7 @@ def main() -> int:
         chance = random.Random(arguments.seed)
         found = unread(world, codes)
         for scenario in INTERRUPTED:
-            found += interrupted(world, scenario, chance, arguments.count // len(INTERRUPTED), codes)
+            found += interrupted(world, scenario, chance, -(-arguments.count // len(INTERRUPTED)), codes)
     print("\n".join(found + [f"{sum(codes.values())} runs, {len(found)} wrong; exit codes "
                              + ", ".join(f"{code}: {count}" for code, count in sorted(codes.items()))]))
     return 1 if found or not sum(codes[str(code)] for code in SIGNALS.values()) else 0
