@@ -19,46 +19,52 @@ function(dlp_configure name)
     target_link_libraries(${name} PUBLIC Boost::headers PRIVATE $<BUILD_INTERFACE:dlp_options>)
 endfunction()
 
+# Each source is compiled once for all of them; only the XML layer differs in the library with fault points.
+function(dlp_objects name)
+    add_library(${name} OBJECT ${ARGN})
+    dlp_configure(${name})
+    target_link_libraries(${name} PUBLIC ${DLP_ENGINES})
+    set_target_properties(${name} PROPERTIES CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)
+endfunction()
+
+set(DLP_ENGINES EXPAT::EXPAT pugixml::pugixml SQLite::SQLite3 fmt::fmt Threads::Threads ${CMAKE_DL_LIBS})
+set(DLP_XML_LAYER_SOURCES ${DLP_PLATFORM_SOURCES})
+list(FILTER DLP_XML_LAYER_SOURCES INCLUDE REGEX "/platform/xml/")
+list(FILTER DLP_PLATFORM_SOURCES EXCLUDE REGEX "/platform/xml/")
+dlp_objects(dlpparser_xml_objects ${DLP_XML_LAYER_SOURCES})
+dlp_objects(dlpparser_platform_objects ${DLP_PLATFORM_SOURCES})
+dlp_objects(dlpparser_objects ${DLP_PARSER_SOURCES})
+
 function(dlp_shared_library name)
     add_library(${name} SHARED ${ARGN})
     dlp_configure(${name})
-    set_target_properties(${name} PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR}
-                                             CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)
+    set_target_properties(${name} PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
     if(DLP_SANITIZE)
-        # The sanitized tests use the static library; the same code need not be compiled once more for nobody.
+        # The sanitized tests use the static library.
         set_target_properties(${name} PROPERTIES EXCLUDE_FROM_ALL ON)
     else()
         target_link_options(${name} PRIVATE -Wl,--no-undefined)
     endif()
 endfunction()
 
-set(DLP_ENGINES EXPAT::EXPAT pugixml::pugixml SQLite::SQLite3 fmt::fmt Threads::Threads ${CMAKE_DL_LIBS})
-
-dlp_shared_library(dlpplatform ${DLP_PLATFORM_SOURCES})
+dlp_shared_library(dlpplatform $<TARGET_OBJECTS:dlpparser_platform_objects> $<TARGET_OBJECTS:dlpparser_xml_objects>)
 target_link_libraries(dlpplatform PRIVATE ${DLP_ENGINES})
 set_target_properties(dlpplatform PROPERTIES EXPORT_NAME platform)
 add_library(dlpparser::platform ALIAS dlpplatform)
 
-dlp_shared_library(dlpparser ${DLP_PARSER_SOURCES})
+dlp_shared_library(dlpparser $<TARGET_OBJECTS:dlpparser_objects>)
 target_link_libraries(dlpparser PUBLIC dlpplatform)
 add_library(dlpparser::dlpparser ALIAS dlpparser)
 
-# Only the XML layer differs between the static library and the one with fault points.
-set(DLP_XML_LAYER_SOURCES ${DLP_PLATFORM_SOURCES})
-list(FILTER DLP_XML_LAYER_SOURCES INCLUDE REGEX "/platform/xml/")
-set(DLP_OTHER_SOURCES ${DLP_PLATFORM_SOURCES} ${DLP_PARSER_SOURCES})
-list(FILTER DLP_OTHER_SOURCES EXCLUDE REGEX "/platform/xml/")
-
-add_library(dlpparser_objects OBJECT ${DLP_OTHER_SOURCES})
-dlp_configure(dlpparser_objects)
-target_link_libraries(dlpparser_objects PUBLIC ${DLP_ENGINES})
-
-add_library(dlpparser_static STATIC $<TARGET_OBJECTS:dlpparser_objects> ${DLP_XML_LAYER_SOURCES})
+add_library(dlpparser_static STATIC $<TARGET_OBJECTS:dlpparser_objects> $<TARGET_OBJECTS:dlpparser_platform_objects>
+                                    $<TARGET_OBJECTS:dlpparser_xml_objects>)
 dlp_configure(dlpparser_static)
+set_target_properties(dlpparser_static PROPERTIES LINKER_LANGUAGE CXX)
 target_link_libraries(dlpparser_static PUBLIC ${DLP_ENGINES})
 
 if(DLP_BUILD_TESTS)
-    add_library(dlpparser_faults STATIC EXCLUDE_FROM_ALL $<TARGET_OBJECTS:dlpparser_objects> ${DLP_XML_LAYER_SOURCES})
+    add_library(dlpparser_faults STATIC EXCLUDE_FROM_ALL $<TARGET_OBJECTS:dlpparser_objects>
+                                        $<TARGET_OBJECTS:dlpparser_platform_objects> ${DLP_XML_LAYER_SOURCES})
     dlp_configure(dlpparser_faults)
     target_link_libraries(dlpparser_faults PUBLIC ${DLP_ENGINES})
     target_compile_definitions(dlpparser_faults PUBLIC DLP_FAULTS)
