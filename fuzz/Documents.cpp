@@ -1,4 +1,5 @@
-#include <set>
+#include <algorithm>
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -44,15 +45,41 @@ std::string Shape(std::string_view strText) {
 }
 
 void CheckLoading(std::string_view strData) {
-    CPolicyDocument document(strData);
-    const CXMLParser& parser = document.Load();
-    const bool bTaken = parser.GetLoadError().strMessage.empty();
+    CXMLParser parser;
+    const bool bTaken = parser.Load(std::string(strData));
     Require(bTaken == (parser.GetRootElement() != nullptr), "a document has a root or an error");
     if (bTaken) {
         OS::x_wstring strSaved;
         parser.SaveXML(strSaved);
         Require(Shape(strData) == Shape(OS::Utf8Lenient(strSaved)), "a document that is written reads as it was");
     }
+    CPolicyDocument document(strData);
+    Require(bTaken == (document.Load().GetRootElement() != nullptr), "what nobody reads refuses no document");
+}
+
+/** What an import of a document tells and leaves. */
+struct SImported {
+    std::vector<OS::x_wstring> vecImported;
+    std::vector<OS::x_wstring> vecSkipped;
+    std::vector<OS::x_wstring> vecSkippedAssets;
+    OS::x_wstring strExported;
+
+    bool operator==(const SImported&) const = default;
+};
+
+SImported Import(const OS::x_wstring& strDocument) {
+    StartAnew();
+    SImported result;
+    CDLPTemplateParse parse(L"");
+    parse.DoTemplateImport(L"", strDocument, result.vecImported, result.vecSkipped, result.vecSkippedAssets);
+    parse.DoTemplateExport(L"", ReadColumn(ESettingsKind::TEMPLATE, TemplateColumn::ELEMENT_NAME), result.strExported);
+    return result;
+}
+
+/** With so much behind each tag nothing is kept out of the tree. */
+OS::x_wstring MakeSparse(const OS::x_wstring& strDocument) {
+    const auto iTags = static_cast<std::size_t>(std::count(strDocument.begin(), strDocument.end(), L'<'));
+    return strDocument + L"<!--" + OS::x_wstring(16 * (iTags + 1), L' ') + L"-->";
 }
 
 void RequireTaken(const OS::x_wstring& strText) {
@@ -67,15 +94,13 @@ void ImportDocument(std::string_view strData) {
     if (OS::FindInvalidUtf8(strData) != std::string_view::npos) {
         return;
     }
-    StartAnew();
-    std::vector<OS::x_wstring> vecImported;
-    std::vector<OS::x_wstring> vecSkipped;
-    std::vector<OS::x_wstring> vecSkippedAssets;
-    CDLPTemplateParse parse(L"");
-    parse.DoTemplateImport(L"", OS::WideText(strData), vecImported, vecSkipped, vecSkippedAssets);
-    OS::x_wstring strExported;
-    parse.DoTemplateExport(L"", ReadColumn(ESettingsKind::TEMPLATE, TemplateColumn::ELEMENT_NAME), strExported);
-    RequireTaken(strExported);
+    const OS::x_wstring strDocument = OS::WideText(strData);
+    const SImported imported = Import(strDocument);
+    RequireTaken(imported.strExported);
+    // What ends in the midst of a tag would end elsewhere.
+    if (CPolicyDocument(strData).Load().GetRootElement() != nullptr) {
+        Require(Import(MakeSparse(strDocument)) == imported, "what nobody reads makes no difference to an import");
+    }
 }
 
 void ImportAssets(std::string_view strData) {
