@@ -20,5 +20,9 @@ if(NOT DLP_SANITIZE)
                            $<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE> $<$<NOT:$<CONFIG:Debug>>:-D_FORTIFY_SOURCE=${DLP_FORTIFY}>)
 endif()
 # Under the sanitizers a program at a fixed place starts in three quarters of the time, and every test case is a start.
+set(DLP_PLACE -pie)
+if(DLP_SANITIZE)
+    set(DLP_PLACE -no-pie)
+endif()
 target_link_options(dlp_options INTERFACE -Wl,-z,relro,-z,now,-z,noexecstack
-                                          $<$<STREQUAL:$<TARGET_PROPERTY:TYPE>,EXECUTABLE>:$<IF:$<BOOL:${DLP_SANITIZE}>,-no-pie,-pie>>)
+                                          $<$<STREQUAL:$<TARGET_PROPERTY:TYPE>,EXECUTABLE>:${DLP_PLACE}>)

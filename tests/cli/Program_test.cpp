@@ -24,7 +24,7 @@ TEST_F(Program, RunsTheTool) {
     EXPECT_EQ(CProgram::Shell("\"$DLPCTL\"").iCode, 3);
 }
 
-#ifndef __SANITIZE_ADDRESS__
+#ifndef DLP_SANITIZED
 TEST_F(Program, WorksWhereAddressesAreFew) {
     const std::string strFile = m_dir.Write("small.xml", Documents::Small());
     for (const char* pKilobytes : {"100000", "200000", "300000"}) {

@@ -7,7 +7,7 @@
 
 namespace {
 
-#ifdef __SANITIZE_ADDRESS__
+#ifdef DLP_SANITIZED
 constexpr bool SANITIZED = true;
 #else
 constexpr bool SANITIZED = false;
