@@ -37,6 +37,9 @@ constexpr char OTHERS[] = "it is another program's database, and is left as it i
 constexpr char OLDER[] =
     "it was written by an older version and cannot be brought up where it is; copy it to where it can be written, and "
     "open it there";
+constexpr char OLDER_IN_USE[] =
+    "it was written by an older version, and is brought up as soon as nobody else has it open; end what has, and try "
+    "again";
 constexpr char DAMAGED_PAGE[] = "a page is not as it was written";
 constexpr char DAMAGED_BEGINNING[] = "it is damaged: its first page is not as it was written";
 
@@ -57,6 +60,20 @@ constexpr char JOURNAL_SETTING[] = "PRAGMA journal_mode = WAL";
 constexpr char GET_APPLICATION[] = "PRAGMA application_id";
 constexpr char GET_VERSION[] = "PRAGMA user_version";
 constexpr char COUNT_PAGES[] = "PRAGMA page_count";
+
+/**
+ * Shuts all others out until the connection is closed. The journal is emptied into the file, and there is none from
+ * then on, since it would be taken for that of the file which comes into this one's place. All that changes in this one
+ * then lies in one sector of the disk.
+ */
+constexpr char SHUT_OTHERS_OUT[] =
+    "PRAGMA locking_mode = EXCLUSIVE;"
+    "PRAGMA journal_mode = MEMORY;"
+    "BEGIN EXCLUSIVE;";
+constexpr int STEP_MILLISECONDS = 5;
+
+/** The version of a file in whose place another one stands by now: that one is to be opened. */
+constexpr int MOVED_VERSION = 0;
 
 /** How long one wait for a lock is at most, so that its end is noticed soon. */
 constexpr int LONGEST_STEP_MILLISECONDS = 25;
@@ -99,7 +116,10 @@ std::string MakeFixedName(const std::string& strPath) {
 }  // namespace
 
 CSqliteConnection::CSqliteConnection(const std::string& strPath, int iBusyMilliseconds, EUnitOfWork eUse)
-    : m_strUrl(CSqliteStore::SCHEME + strPath), m_strPath(FollowSqliteLinks(strPath, m_strUrl)), m_note(m_strPath) {
+    : m_strUrl(CSqliteStore::SCHEME + strPath),
+      m_strPath(FollowSqliteLinks(strPath, m_strUrl)),
+      m_note(m_strPath),
+      m_iBusyMilliseconds(iBusyMilliseconds) {
     const bool bRead = eUse == EUnitOfWork::READ;
     const bool bWritable = !bRead || FindSqliteFile(m_strPath, m_strUrl);
     const bool bEmpty = !bRead && MakeSqliteFile(m_strPath, m_strUrl);
@@ -111,17 +131,14 @@ CSqliteConnection::CSqliteConnection(const std::string& strPath, int iBusyMillis
         Open(m_strPath, bWritable ? SQLITE_OPEN_READWRITE : SQLITE_OPEN_READONLY);
     }
     if (!bEmpty) {
-        CheckHeader();
+        BringUp();
     }
-    sqlite3_extended_result_codes(Get(), 1);
-    m_iBusyMilliseconds = iBusyMilliseconds;
-    sqlite3_busy_handler(Get(), Wait, this);
     Execute(CONNECTION_SETTINGS);
-    OpenSchema(strPath, iBusyMilliseconds, bRead, bWritable);
+    OpenSchema(bRead);
 }
 
 /** The journal may know more than the header has told, also that nobody has finished making the store. */
-void CSqliteConnection::OpenSchema(const std::string& strPath, int iBusyMilliseconds, bool bRead, bool bWritable) {
+void CSqliteConnection::OpenSchema(bool bRead) {
     if (bRead && Number(GET_APPLICATION) == 0 && Number(COUNT_PAGES) == 0) {
         Open(IN_MEMORY, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE);
         CreateSchema();
@@ -131,17 +148,10 @@ void CSqliteConnection::OpenSchema(const std::string& strPath, int iBusyMillisec
     }
     CheckOwner(Number(GET_APPLICATION));
     CheckVersion(Number(GET_VERSION));
-    if (bRead && Number(GET_VERSION) == SchemaVersion::TABLES) {
-        if (!bWritable) {
-            Refuse(OLDER);
-        }
-        const CSqliteConnection writing(strPath, iBusyMilliseconds, EUnitOfWork::WRITE);
-    }
     if (bRead) {
         Execute(READING_SETTING);
     } else {
-        BringUpSchema(*this);
-        ChangeJournal(iBusyMilliseconds);
+        ChangeJournal();
     }
     m_iVersion = static_cast<int>(Number(GET_VERSION));
 }
@@ -154,6 +164,69 @@ void CSqliteConnection::Open(const std::string& strName, int iFlags) {
     if (iCode != SQLITE_OK) {
         Throw(iCode, StoreDoing::OPENING);
     }
+    sqlite3_extended_result_codes(Get(), 1);
+    sqlite3_busy_handler(Get(), Wait, this);
+}
+
+/**
+ * Puts a store of this version in the place of an older one, which nobody else may have open meanwhile: what they wrote
+ * would be lost. Whoever is shut out must not wait with the file open, for the others would wait for that.
+ */
+void CSqliteConnection::BringUp() {
+    for (int iWaited = 0; CheckHeader() < SETTINGS_SCHEMA_VERSION; iWaited += STEP_MILLISECONDS) {
+        if (!HasMoved() && !IsSqliteFileReplaceable(m_strPath)) {
+            Refuse(OLDER);
+        }
+        if (ShutOthersOut()) {
+            m_note.Leave();
+            RenewSqliteFile(*this, m_strPath);
+            GiveUpFile();
+            m_note.Remove();
+        } else if (iWaited >= m_iBusyMilliseconds || CSettingsStore::IsWaitEnded()) {
+            const std::string strWriter = m_note.Read();
+            ThrowStoreError(m_strUrl, StoreDoing::OPENING,
+                            OLDER_IN_USE + (strWriter.empty() ? "" : " (" + strWriter + ')'), SQLITE_BUSY);
+        }
+        sqlite3_close(m_pDb.release());  // and nothing more: what stands beside the path may be another file's
+        sqlite3_sleep(STEP_MILLISECONDS);
+        Open(m_strPath, SQLITE_OPEN_READWRITE);
+    }
+}
+
+/**
+ * Whoever had opened the file, and looks into it only now, must not take it for the store: an older program would make
+ * a journal for it at the path where the new one stands. If it cannot be written, nothing more can be done about it.
+ */
+void CSqliteConnection::GiveUpFile() noexcept {
+    constexpr unsigned char NEWER[] = {0x7F, 0xFF, 0xFF, 0xFF};
+    sqlite3_file* pFile = nullptr;
+    sqlite3_file_control(Get(), nullptr, SQLITE_FCNTL_FILE_POINTER, &pFile);
+    pFile->pMethods->xWrite(pFile, NEWER, sizeof(NEWER), HEADER_VERSION);
+}
+
+/**
+ * Nobody puts another file in the place of one that is locked; before that is so, the journal at the path may be the
+ * other's, which the engine would empty into this one.
+ * @return whether nobody else has the file open, which still stands at the path
+ */
+bool CSqliteConnection::ShutOthersOut() {
+    sqlite3_busy_handler(Get(), nullptr, nullptr);
+    sqlite3_file* pFile = nullptr;
+    sqlite3_file_control(Get(), nullptr, SQLITE_FCNTL_FILE_POINTER, &pFile);
+    int iCode = pFile->pMethods->xLock(pFile, SQLITE_LOCK_SHARED);
+    if (iCode == SQLITE_OK && HasMoved()) {
+        if (!CanLook()) {
+            Refuse(std::generic_category().message(errno));
+        }
+        return false;
+    }
+    if (iCode == SQLITE_OK) {
+        iCode = sqlite3_exec(Get(), SHUT_OTHERS_OUT, nullptr, nullptr, nullptr);
+    }
+    if (iCode != SQLITE_OK && (iCode & 0xFF) != SQLITE_BUSY) {
+        Throw(iCode, StoreDoing::OPENING);
+    }
+    return iCode == SQLITE_OK;
 }
 
 /** As the engine's own timeout waits, but that somebody can end it. @return whether to try again */
@@ -186,7 +259,7 @@ void CSqliteConnection::SClose::operator()(sqlite3* pDb) const noexcept {
  * Looks at the file before the engine does: its first statement may already repair or convert a file that is none of
  * ours. The file is read through the engine's own handle, because closing a second one would drop the engine's locks.
  */
-void CSqliteConnection::CheckHeader() const {
+int CSqliteConnection::CheckHeader() const {
     sqlite3_file* pFile = nullptr;
     sqlite3_file_control(Get(), nullptr, SQLITE_FCNTL_FILE_POINTER, &pFile);
     std::vector<unsigned char> vecPage(SqlitePageSums::PAGE_SIZE);
@@ -216,11 +289,15 @@ void CSqliteConnection::CheckHeader() const {
     }
     const std::int32_t iVersion = ReadBigEndian(&vecPage[HEADER_VERSION]);
     const bool bSummed = vecPage[HEADER_RESERVED] == SqlitePageSums::SUM_SIZE;
+    if (HasMoved() && CanLook()) {
+        return MOVED_VERSION;
+    }
     if (bAltered || bSummed != (iVersion >= SchemaVersion::PAGE_SUMS)) {
         ThrowStoreError(m_strUrl, StoreDoing::OPENING, std::string(DAMAGED_BEGINNING) + StoreAdvice::DAMAGED,
                         StoreCode::DAMAGED);
     }
     CheckVersion(iVersion);
+    return iVersion;
 }
 
 bool CSqliteConnection::IsStore(const std::string& strPath) {
@@ -264,14 +341,13 @@ void CSqliteConnection::CreateSchema() {
 }
 
 /** The engine does not wait here for other processes that make the same change at the same time. */
-void CSqliteConnection::ChangeJournal(int iBusyMilliseconds) {
-    constexpr int STEP_MILLISECONDS = 5;
+void CSqliteConnection::ChangeJournal() {
     for (int iWaited = 0;; iWaited += STEP_MILLISECONDS) {
         const int iCode = sqlite3_exec(Get(), JOURNAL_SETTING, nullptr, nullptr, nullptr);
         if (iCode == SQLITE_OK) {
             return;
         }
-        if ((iCode & 0xFF) != SQLITE_BUSY || iWaited >= iBusyMilliseconds || CSettingsStore::IsWaitEnded()) {
+        if ((iCode & 0xFF) != SQLITE_BUSY || iWaited >= m_iBusyMilliseconds || CSettingsStore::IsWaitEnded()) {
             Throw(iCode, StoreDoing::OPENING);
         }
         sqlite3_sleep(STEP_MILLISECONDS);

@@ -17,7 +17,7 @@ class CSqliteConnection {
     /**
      * Opens the file; to WRITE, making it with its folders when it is missing or empty. One that was cut short while it
      * was made holds nothing. A file of another kind, of another program or of a newer version is refused and left as
-     * it is; one of the first version is brought up.
+     * it is; in the place of one of an older version, which nobody else may have open, comes one of this version.
      * @param strPath absolute
      * @param iBusyMilliseconds how long to wait for another writer
      * @throws OS::CException
@@ -69,21 +69,25 @@ class CSqliteConnection {
     };
 
     static int Wait(void* pConnection, int iTries) noexcept;
-    void CheckHeader() const;
+    /** @return the version of the schema */
+    int CheckHeader() const;
+    void BringUp();
+    bool ShutOthersOut();
+    void GiveUpFile() noexcept;
     void CheckOwner(std::int64_t iApplication) const;
     void CheckVersion(std::int64_t iVersion) const;
     void Open(const std::string& strName, int iFlags);
-    void OpenSchema(const std::string& strPath, int iBusyMilliseconds, bool bRead, bool bWritable);
+    void OpenSchema(bool bRead);
     void CreateSchema();
-    void ChangeJournal(int iBusyMilliseconds);
+    void ChangeJournal();
     [[noreturn]] void Refuse(const std::string& strWhy) const;
 
     std::string m_strUrl;
     std::string m_strPath;             ///< of the file itself
     std::optional<FileState> m_fixed;  ///< of a file that is read without a lock: when it was opened
     CWriterNote m_note;
+    int m_iBusyMilliseconds;
     std::unique_ptr<sqlite3, SClose> m_pDb;
     int m_iVersion = 0;
-    int m_iBusyMilliseconds = 0;
     int m_iWaited = 0;  ///< milliseconds, for the lock that is wanted now
 };

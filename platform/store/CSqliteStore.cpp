@@ -451,7 +451,7 @@ void CSqliteStore::EndUnit() {
 }
 
 void CSqliteStore::ThrowMoved(const char* pDoing, const char* pWhat) const {
-    ThrowStoreError(m_units.GetUrl(), pDoing, std::string("its file was removed or replaced meanwhile; ") + pWhat);
+    ThrowStoreError(m_units.GetUrl(), pDoing, std::string(StoreWritten::MOVED) + pWhat);
 }
 
 void CSqliteStore::Rollback() {

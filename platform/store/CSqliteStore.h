@@ -58,7 +58,6 @@ class CSqliteStore : public CSettingsStore {
     std::unique_ptr<CSqliteRun> HoldState(std::size_t iValues);
     void RequireUnitKept(const char* pDoing) const;
     bool IsHeld(ESettingsKind eKind, std::size_t iColumn, const std::string& strValue);
-    void CheckStructure(const std::function<void(const SStoreDamage&)>& fnDamage);
     void CheckTable(ESettingsKind eKind, const std::function<void(const SStoreDamage&)>& fnDamage);
     CSettingsRow ReadVerified(const CSqliteStatement& statement, ESettingsKind eKind) const;
     std::uint64_t ReadChecksum(ESettingsKind eKind, const std::string& strSubject);

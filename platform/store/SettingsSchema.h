@@ -36,10 +36,10 @@ struct STable {
 namespace SchemaVersion {
 inline constexpr int TABLES = 1;       ///< the tables below
 inline constexpr int RECORD_SUMS = 2;  ///< a checksum in every record, and totals
-inline constexpr int PAGE_SUMS = 3;    ///< a checksum in every page too; only a store that is made new gets them
+inline constexpr int PAGE_SUMS = 3;    ///< a checksum in every page too
 }  // namespace SchemaVersion
 
-/** The version of new stores; a newer one is refused, and one of TABLES alone is brought up to RECORD_SUMS. */
+/** The version of new stores; a newer one is refused, and one of this version takes the place of an older one. */
 inline constexpr int SETTINGS_SCHEMA_VERSION = SchemaVersion::PAGE_SUMS;
 
 DLP_PLATFORM_API const STable& GetSettingsTable(ESettingsKind eKind) noexcept;

@@ -36,8 +36,12 @@ std::string List(const STable& table, std::size_t iFirst, Item&& fnItem) {
     return strList;
 }
 
+std::string NamesUnsummed(const STable& table) {
+    return List(table, 0, [](const SColumn& column) { return std::string(column.pName); });
+}
+
 std::string Names(const STable& table) {
-    return List(table, 0, [](const SColumn& column) { return std::string(column.pName); }) + ", " + CHECKSUM;
+    return NamesUnsummed(table) + ", " + CHECKSUM;
 }
 
 std::string From(const STable& table) {
@@ -84,10 +88,6 @@ std::string CreateTable(const STable& table) {
     return strSql;
 }
 
-std::string AddChecksum(const STable& table) {
-    return std::string("ALTER TABLE ") + table.pName + " ADD COLUMN " + CHECKSUM + " INTEGER NOT NULL DEFAULT 0";
-}
-
 std::string Insert(const STable& table) {
     const std::string strParameters = List(table, 0, [](const SColumn&) { return std::string("?"); });
     return std::string("INSERT INTO ") + table.pName + " (" + Names(table) + ") VALUES (" + strParameters +
@@ -106,16 +106,16 @@ std::string SelectAll(const STable& table) {
     return "SELECT " + Names(table) + From(table) + InOrder(table);
 }
 
+std::string SelectUnsummed(const STable& table) {
+    return "SELECT " + NamesUnsummed(table) + From(table) + InOrder(table);
+}
+
 std::string SelectFirst(const STable& table, std::size_t iColumn) {
     return "SELECT " + Names(table) + ", " + PLACE + From(table) + Where(table, iColumn) + InOrder(table) + " LIMIT 1";
 }
 
 std::string SelectChecksum(const STable& table) {
     return std::string("SELECT ") + CHECKSUM + From(table) + Where(table, 0);
-}
-
-std::string UpdateChecksum(const STable& table) {
-    return std::string("UPDATE ") + table.pName + " SET " + CHECKSUM + " = ?2" + Where(table, 0);
 }
 
 std::string SelectHeld(const STable& table, std::size_t iColumn) {

@@ -24,8 +24,6 @@ inline constexpr char SELECT_TOTALS[] = "SELECT kind, records, checksum FROM tot
 
 /** The statements that make the table and its indexes. */
 std::string CreateTable(const STable& table);
-/** Gives a table of the first schema the column of checksums. */
-std::string AddChecksum(const STable& table);
 /** Adds a row unless its key is there; one parameter per column, then the checksum. */
 std::string Insert(const STable& table);
 /** Replaces the row of a key; the same parameters. */
@@ -34,13 +32,13 @@ std::string Update(const STable& table);
 std::string UpdateFound(const STable& table);
 /** All columns of every row, then the checksum, in the order of keys. */
 std::string SelectAll(const STable& table);
+/** The same of a table of the first schema, which has no checksums. */
+std::string SelectUnsummed(const STable& table);
 /** All columns, then the checksum and the place, of the first row, in the order of keys, whose column equals the
  * parameter. */
 std::string SelectFirst(const STable& table, std::size_t iColumn);
 /** The checksum of the row whose key is the parameter. */
 std::string SelectChecksum(const STable& table);
-/** Parameters: the key, the checksum. */
-std::string UpdateChecksum(const STable& table);
 /** A row when the column of any row equals the parameter. */
 std::string SelectHeld(const STable& table, std::size_t iColumn);
 /** One column of every row, in the order of keys. */

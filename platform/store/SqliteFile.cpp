@@ -194,6 +194,11 @@ bool IsSqliteFileFixed(const std::string& strPath) {
     return !IsAccessible(strPath, W_OK) && !IsAccessible(strFolder, W_OK) && !IsAccessible(strPath + JOURNAL, F_OK);
 }
 
+bool IsSqliteFileReplaceable(const std::string& strPath) {
+    const std::string strFolder = std::filesystem::path(strPath).parent_path().string();
+    return IsAccessible(strPath, W_OK) && IsAccessible(strFolder, W_OK | X_OK);
+}
+
 bool IsSqliteFileEmpty(const std::string& strPath) {
     struct stat status {};
     return ::stat(strPath.c_str(), &status) == 0 && status.st_size == 0;

@@ -41,6 +41,9 @@ bool FindSqliteFile(const std::string& strPath, const std::string& strUrl);
  */
 bool IsSqliteFileFixed(const std::string& strPath);
 
+/** @return whether the caller may write the file and into its folder, where another is to take its place */
+bool IsSqliteFileReplaceable(const std::string& strPath);
+
 /** @return whether the file has no bytes: the store is still to be made */
 bool IsSqliteFileEmpty(const std::string& strPath);
 

@@ -2,36 +2,55 @@
 
 #include <string>
 #include <utility>
-#include <vector>
 
+#include "platform/common/CException.h"
+#include "platform/store/CMemoryStore.h"
 #include "platform/store/CSqliteConnection.h"
 #include "platform/store/CSqliteStatement.h"
 #include "platform/store/SqlText.h"
+#include "platform/store/SqliteDamage.h"
+#include "platform/store/StoreBackup.h"
 #include "platform/store/StoreError.h"
 
 namespace {
 
 constexpr char GET_VERSION[] = "PRAGMA user_version";
 
-/** Gives each record of the table its checksum. @return the table's totals */
-SStoreTotals AddChecksums(CSqliteConnection& connection, const STable& table) {
-    connection.Execute(SqlText::AddChecksum(table));
-    std::vector<std::pair<std::string, std::uint64_t>> vecChecksums;
-    CSqliteStatement select(connection, SqlText::SelectAll(table), StoreDoing::OPENING);
-    while (select.Step()) {
-        const CSettingsRow row = select.Row(table.eKind);
-        vecChecksums.emplace_back(row.GetSubject(), ChecksumOf(row));
+[[noreturn]] void ThrowDamaged(const CSqliteConnection& older, const SStoreDamage& damage) {
+    ThrowStoreError(older.GetUrl(), StoreDoing::OPENING, "it is damaged: " + ToText(damage) + StoreAdvice::DAMAGED,
+                    StoreCode::DAMAGED);
+}
+
+/** @return what the store says that each table holds; how many numbers it has, or which, nothing else tells */
+AllStoreTotals ReadTotals(CSqliteConnection& older) {
+    AllStoreTotals aTotals{};
+    CSqliteStatement statement(older, SqlText::SELECT_TOTALS, StoreDoing::OPENING);
+    for (std::size_t i = 0; i < SETTINGS_KINDS && statement.Step(); ++i) {
+        aTotals[i] = {static_cast<std::uint64_t>(statement.Number(1)), static_cast<std::uint64_t>(statement.Number(2))};
     }
-    SStoreTotals totals;
-    CSqliteStatement update(connection, SqlText::UpdateChecksum(table), StoreDoing::OPENING);
-    for (const auto& [strSubject, iChecksum] : vecChecksums) {
-        CSqliteRun run(update);
-        run->BindText(1, strSubject);
-        run->BindNumber(2, static_cast<std::int64_t>(iChecksum));
-        run->Step();
-        totals.Add(iChecksum);
+    return aTotals;
+}
+
+/** @param pExpected what the table holds, when its records have checksums */
+void ReadTable(CSqliteConnection& older, const STable& table, const SStoreTotals* pExpected, CSettingsStore& records) {
+    const std::string strSelect = pExpected != nullptr ? SqlText::SelectAll(table) : SqlText::SelectUnsummed(table);
+    CSqliteStatement statement(older, strSelect, StoreDoing::OPENING);
+    SStoreTotals found;
+    while (statement.Step()) {
+        const CSettingsRow row = statement.Row(table.eKind);
+        const std::uint64_t iChecksum = ChecksumOf(row);
+        if (pExpected != nullptr && statement.Checksum(table.eKind) != iChecksum) {
+            ThrowDamaged(older, {table.pName, row.GetSubject(), StoreDamage::ALTERED});
+        }
+        if (std::string strNonsense = FindNonsense(row); !strNonsense.empty()) {
+            ThrowDamaged(older, {table.pName, row.GetSubject(), std::move(strNonsense)});
+        }
+        found.Add(iChecksum);
+        records.Save(row);
     }
-    return totals;
+    if (pExpected != nullptr && found != *pExpected) {
+        ThrowDamaged(older, {table.pName, "", StoreDamage::VANISHED});
+    }
 }
 
 }  // namespace
@@ -48,18 +67,21 @@ void CreateTotals(CSqliteConnection& connection, const AllStoreTotals& aTotals) 
     }
 }
 
-void BringUpSchema(CSqliteConnection& connection) {
-    if (connection.Number(GET_VERSION) != SchemaVersion::TABLES) {
-        return;
+void RenewSqliteFile(CSqliteConnection& older, const std::string& strPath) {
+    for (const std::string& strDamage : FindStructureDamage(older)) {
+        ThrowDamaged(older, {"", "", strDamage});
     }
-    connection.Execute(SqlText::BEGIN_WRITE);
-    if (connection.Number(GET_VERSION) == SchemaVersion::TABLES) {  // else another process was faster
-        AllStoreTotals aTotals;
-        for (const ESettingsKind eKind : ALL_SETTINGS_KINDS) {
-            aTotals[static_cast<std::size_t>(eKind)] = AddChecksums(connection, GetSettingsTable(eKind));
+    CMemoryStore records;
+    const bool bSummed = older.Number(GET_VERSION) >= SchemaVersion::RECORD_SUMS;
+    const AllStoreTotals aTotals = bSummed ? ReadTotals(older) : AllStoreTotals{};
+    for (const ESettingsKind eKind : ALL_SETTINGS_KINDS) {
+        const SStoreTotals* pExpected = bSummed ? &aTotals[static_cast<std::size_t>(eKind)] : nullptr;
+        ReadTable(older, GetSettingsTable(eKind), pExpected, records);
+    }
+    StoreBackup::Renew(records, strPath, [&] {
+        if (older.HasMoved()) {
+            ThrowStoreError(older.GetUrl(), StoreDoing::OPENING,
+                            StoreWritten::MOVED + std::string(StoreWritten::NOTHING));
         }
-        CreateTotals(connection, aTotals);
-        connection.Execute(GET_VERSION + (" = " + std::to_string(SchemaVersion::RECORD_SUMS)));
-    }
-    connection.Execute(SqlText::COMMIT);
+    });
 }

@@ -135,7 +135,9 @@ class CTemporaryFile {
         struct stat status {};
         if (::stat(strFormer.c_str(), &status) == 0) {
             ::chmod(m_strPath.c_str(), status.st_mode & MODE_BITS);
-            [[maybe_unused]] const int iGiven = ::chown(m_strPath.c_str(), status.st_uid, status.st_gid);
+            constexpr auto SAME_USER = static_cast<uid_t>(-1);
+            [[maybe_unused]] const bool bGiven = ::chown(m_strPath.c_str(), status.st_uid, status.st_gid) == 0 ||
+                                                 ::chown(m_strPath.c_str(), SAME_USER, status.st_gid) == 0;
         }
     }
 
@@ -320,6 +322,15 @@ Counts Save(CSettingsStore& store, const std::string& strPath, const Step& fnSte
         const Counts aCounts = Fill(file, store, fnStep);
         file.Become(strPath);
         return aCounts;
+    });
+}
+
+void Renew(CSettingsStore& records, const std::string& strPath, const std::function<void()>& fnLook) {
+    WithTemporary(strPath, [&](const CTemporaryFile& file) {
+        Fill(file, records, [] {});
+        file.TakeOwner(strPath);
+        fnLook();
+        file.Become(strPath);
     });
 }
 

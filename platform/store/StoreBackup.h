@@ -23,6 +23,14 @@ using Counts = std::array<std::size_t, SETTINGS_KINDS>;
  */
 Counts Save(CSettingsStore& store, const std::string& strPath, const Step& fnStep);
 
+/**
+ * Puts a new store that holds the records in the place of the one at the path, whole or not at all; it belongs to whom
+ * that one belonged to. The caller sees to it that nobody else has that one open.
+ * @param strPath absolute
+ * @param fnLook called last of all; what it throws undoes the work and passes
+ */
+void Renew(CSettingsStore& records, const std::string& strPath, const std::function<void()>& fnLook);
+
 /** @return the backup, to be read @throws OS::CException also when any of it is damaged */
 std::unique_ptr<CSettingsStore> Open(const std::string& strPath);
 

@@ -27,8 +27,9 @@ inline constexpr int FOREIGN = -2;         ///< what is there is another program
 inline constexpr int MADE_MEANWHILE = -3;  ///< it was not there when it was opened
 }  // namespace StoreCode
 
-/** What was written when its file was found to have gone: ends a message. */
+/** What was written when its file was found to have gone: ends a message that begins with the first of these. */
 namespace StoreWritten {
+inline constexpr const char MOVED[] = "its file was removed or replaced meanwhile; ";
 inline constexpr const char NOTHING[] = "nothing was written";
 inline constexpr const char ELSEWHERE[] = "what was written is in the file that stood there before";
 }  // namespace StoreWritten

@@ -4,10 +4,12 @@ Each damaged store is dumped, exported, checked, imported into and restored. A r
 whole store, or end with 4 and one line that says what to do; never crash, never give anything else. A check that calls
 the store sound must be right, and after a restore the store holds what the backup holds.
 
-A store whose last unit of work is in the log alone may also be as before that unit when the log is damaged. Of a store
-of the first version, which has no checksums, only its exit codes are held: it must not crash.
+A store whose last unit of work is in the log alone may also be as before that unit when the log is damaged. A store of the
+first version has no checksums: damage that leaves the file's structure whole may change its content before it is brought up,
+which nothing can tell; from then on it is held as all others.
 """
 import argparse
+import collections
 import pathlib
 import random
 import re
@@ -16,8 +18,8 @@ import sqlite3
 import sys
 
 import stores
+from stores import PAGE
 
-PAGE = 8192
 ADVICE = re.compile(rb"store restore|use that version|copy it to where|name another path")
 
 
@@ -118,29 +120,15 @@ def changed_by_sql(path, dice):
 
 
 def first_version(path, _):
-    """The same records as the first version of the schema kept them; to be brought up and read right."""
-    with sqlite3.connect(path) as database:
-        schema = [(name, sql.replace(", checksum INTEGER NOT NULL", "")) for kind, name, sql in database.execute(
-            "SELECT type, name, sql FROM sqlite_schema WHERE sql IS NOT NULL AND name <> 'totals' ORDER BY type DESC")]
-        rows = {name: [row[:-1] for row in database.execute(f"SELECT * FROM {name}")]
-                for name, sql in schema if sql.startswith("CREATE TABLE")}
-    database.close()
-    path.unlink()
-    with sqlite3.connect(path) as database:
-        for pragma in (f"page_size = {PAGE}", "application_id = 0x444C5053", "user_version = 1"):
-            database.execute(f"PRAGMA {pragma}")
-        for name, sql in schema:
-            database.execute(sql)
-            for row in rows.get(name, ()):
-                database.execute(f"INSERT INTO {name} VALUES ({', '.join('?' * len(row))})", row)
-        database.commit()
-        database.execute("PRAGMA journal_mode = WAL")
-    database.close()
+    """To be brought up and read right."""
+    stores.make_first_version(path)
 
 
 FILES = (foreign_database, other_version, changed_by_sql, first_version)
 JOURNAL = (flip, flip, cut, zeros, noise, append)  # of the log that holds a unit of work, whose frames are chained
-LOGGED, UNSUMMED = 0.15, 0.1  # how often it is that log, or a store of the first version, that is damaged
+LOGGED, UNSUMMED, RENEWED = 0.15, 0.15, 0.1  # how often it is that log, a store of the first version, or one brought up
+REFUSED, RIGHT, UNTOLD = "refused", "read right", "changed, with nothing to tell by"
+WRONG = "wrong"
 PLAIN = (flip, flip_in_page, cut, cut_pages, swap_pages, copy_page, zeros, noise, append)
 
 
@@ -171,8 +159,10 @@ class Trial:
         self.make_logged(folder)
         unsummed = folder / "unsummed.db"
         shutil.copy(self.whole, unsummed)
-        first_version(unsummed, None)
+        stores.make_first_version(unsummed)
         self.unsummed = unsummed.read_bytes()
+        tool.get(unsummed, "store", "dump")
+        self.renewed = unsummed.read_bytes()
 
     def make_logged(self, folder):
         """A store whose last import is in its log alone, because somebody had it open."""
@@ -201,35 +191,52 @@ class Trial:
             refused |= code not in (0, 1)
             fault = None if (code, out) == self.after_commands[command][:2] else self.wrong(store, command, code, out, err)
             faults += [fault] if fault else []
-        return f"log, {how.__name__}", refused, faults
+        return f"log, {how.__name__}", REFUSED if refused else RIGHT, faults
 
     def try_unsummed(self, store, seed):
-        """Nothing crashes."""
+        """Right, refused or, where the structure is whole, brought up as something else that is sound from then on."""
         dice = random.Random(seed)
         how = dice.choice(PLAIN)
         data = bytearray(self.unsummed)
         how(data, dice)
-        codes = []
+        faults, verdicts = [], set()
         for command in self.commands:
             stores.remove(store)
             store.write_bytes(data)
-            codes.append(self.answer(store, command)[0])
-        faults = [f"exit codes {codes}"] if set(codes) - {0, 1, 2, 4} else []  # 2: no export of it
-        return f"first version, {how.__name__}", 4 in codes, faults
+            code, out, err = self.answer(store, command)
+            refused = self.wrong(store, command, code, out, err)
+            if (code, out) == self.commands[command][:2]:
+                verdicts.add(RIGHT)
+            elif refused is None:
+                verdicts.add(REFUSED)
+            elif code not in (0, 1, 2):  # 2: no export of it
+                faults.append(refused)
+            else:
+                verdicts.add(UNTOLD)
+                faults += self.try_renewed(store)
+        faults += self.try_restore(store)
+        verdict = next(verdict for verdict in (UNTOLD, REFUSED, RIGHT) if verdict in verdicts or faults)
+        return f"first version, {how.__name__}", verdict, faults
+
+    def try_renewed(self, store):
+        """It has checksums of pages, and nothing that contradicts itself."""
+        check, dump = self.tool.run(store, "store", "check"), self.tool.run(store, "store", "dump")
+        sound = store.read_bytes()[20] == 8 and check.returncode == 0 and dump.returncode == 0
+        return [] if sound else [f"brought up, and not sound: {check.stdout[:300]!r} {dump.stderr[:300]!r}"]
 
     def answer(self, store, command):
         run = self.tool.run(store, *command)
         return run.returncode, run.stdout.replace(str(store).encode(), b"STORE"), run.stderr
 
-    def damage(self, store, seed):
+    def damage(self, store, seed, whole):
         """Returns what was done, in a word."""
         dice = random.Random(seed)
-        store.write_bytes(self.bytes)
+        store.write_bytes(whole)
         how = dice.choice(BYTES * 2 + FILES)
         if how in FILES:
             how(store, dice)
         else:
-            data = bytearray(self.bytes)
+            data = bytearray(whole)
             how(data, dice)
             store.write_bytes(data)
         return how.__name__
@@ -245,14 +252,15 @@ class Trial:
         return None if ADVICE.search(err) or ADVICE.search(out) else f"{' '.join(command)}: no advice in {err[:300]!r}"
 
     def try_one(self, store, seed):
-        """Returns (how, whether it was refused, list of what is wrong)."""
+        """Returns (how, verdict, list of what is wrong)."""
         stores.remove(store)
         kind = random.Random(f"kind {seed}").random()
         if kind < LOGGED:
             return self.try_logged(store, seed)
         if kind < LOGGED + UNSUMMED:
             return self.try_unsummed(store, seed)
-        how = self.damage(store, seed)
+        renewed = kind < LOGGED + UNSUMMED + RENEWED
+        how = ("brought up, " if renewed else "") + self.damage(store, seed, self.renewed if renewed else self.bytes)
         faults, refused = [], False
         for command in self.commands:
             code, out, err = self.answer(store, command)
@@ -261,7 +269,7 @@ class Trial:
             faults += [fault] if fault else []
         faults += self.try_import(store)
         faults += self.try_restore(store)
-        return how, refused, faults
+        return how, REFUSED if refused else RIGHT, faults
 
     def try_import(self, store):
         copy = store.with_suffix(".import")
@@ -293,19 +301,20 @@ def main():
     parser.add_argument("--count", type=int, default=100)
     parser.add_argument("--seed", type=int, default=1, help="the first one")
     arguments = parser.parse_args()
-    wrong, refused = 0, 0
+    verdicts = {"": collections.Counter(), "first version, ": collections.Counter(), "brought up, ": collections.Counter()}
     with stores.scratch() as folder:
         folder = pathlib.Path(folder)
         trial = Trial(stores.Tool(arguments.tool), folder)
         for seed in range(arguments.seed, arguments.seed + arguments.count):
-            how, was_refused, faults = trial.try_one(folder / "damaged.db", seed)
-            refused += was_refused
-            wrong += bool(faults)
+            how, verdict, faults = trial.try_one(folder / "damaged.db", seed)
+            kind = next(kind for kind in reversed(verdicts) if how.startswith(kind))
+            verdicts[kind][WRONG if faults else verdict] += 1
             for fault in faults:
                 print(f"seed {seed} ({how}): {fault}")
-    print(f"{arguments.count} damaged stores: {refused} refused, {arguments.count - refused - wrong} read right, "
-          f"{wrong} wrong")
-    return 1 if wrong else 0
+    for kind, counts in verdicts.items():
+        print(f"{kind}{counts.total()} damaged stores: " + ", ".join(f"{counts[verdict]} {verdict}" for verdict in (
+            REFUSED, RIGHT, UNTOLD, WRONG) if counts[verdict] or verdict == WRONG))
+    return 1 if any(counts[WRONG] for counts in verdicts.values()) else 0
 
 
 if __name__ == "__main__":

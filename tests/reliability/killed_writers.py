@@ -49,8 +49,9 @@ class Command:
     def __init__(self, tool, before, folder, *arguments):
         self.arguments = arguments
         self.start = before
-        self.before = dump(tool, before).stdout
         store = folder / "measured.db"
+        start_with(store, before)
+        self.before = dump(tool, store).stdout  # which brings a store of the first version up
         start_with(store, before)
         start = time.perf_counter()
         process = tool.start(store, *arguments)
@@ -65,7 +66,7 @@ class Command:
 
 
 def make_commands(tool, before, folder):
-    """Imports, edits and what replaces the whole store."""
+    """Imports, edits, what replaces the whole store, and what brings up one of the first version."""
     more, records, backup = folder / "more.xml", folder / "dump.json", folder / "backup.db"
     more.write_text(stores.policy(150, "other"))
     (folder / "again.xml").write_text(stores.policy(60, "number").replace("[0-9]", "[0-8]"))
@@ -78,8 +79,12 @@ def make_commands(tool, before, folder):
              ("delete", "template", "number template 3"))
     missing = folder / "missing.db"
     first = (("-q", "import", folder / "policy.xml"), ("store", "load", records), ("store", "restore", backup))
+    older = folder / "older.db"
+    shutil.copy(before, older)
+    stores.make_first_version(older)
     return ([Command(tool, before, folder, *line) for line in lines]
-            + [Command(tool, missing, folder, *line) for line in first])
+            + [Command(tool, missing, folder, *line) for line in first]
+            + [Command(tool, older, folder, *line) for line in (("store", "dump"), ("-q", "import", more))])
 
 
 def find_fault(tool, store, command):

@@ -12,6 +12,8 @@ import subprocess
 from dataclasses import dataclass, field, replace
 from pathlib import Path
 
+import stores  # noqa: E402
+
 ROOT = Path(__file__).resolve().parent.parent.parent
 EXAMPLES = ROOT / "examples"
 SECONDS = 60
@@ -57,6 +59,7 @@ class Scenario:
     document: bytes = b""
     store: bool = True  # it holds the starter policy; else there is none
     damaged: bool = False  # that store
+    older: bool = False  # that store is of the first version
     long: bool = False  # that store holds expressions of 1.3 MB too
     standard_input: bool = False
     old_output: bytes | None = None
@@ -129,6 +132,8 @@ def scenarios() -> list[Scenario]:
         Scenario("fmt --write", ("fmt", "--write", "{out}"), old_output=plain, in_place=True),
         Scenario("convert -o", ("convert", "{in}", "-o", "{out}"), older, old_output=OLD_OUTPUT),
         Scenario("list", ("list", "templates")),
+        Scenario("list, store of the first version", ("list", "templates"), older=True),
+        Scenario("import, store of the first version", ("import", "{in}"), plain, older=True),
         Scenario("show", ("show", "expression", "bic")),
         Scenario("refs", ("refs",)),
         Scenario("check", ("check", "{in}"), plain),
@@ -165,6 +170,9 @@ class World:
         (self._work / "in").write_text(LONG)
         self._command(("import", f"{self._work}/in"), {})
         self._long = (self._work / STORE).read_bytes()
+        self.start(Scenario("", ()))
+        stores.make_first_version(self._work / STORE)
+        self._older = (self._work / STORE).read_bytes()
         self.start(Scenario("", (), (POLICY % "").encode(), store=False))
         self._command(("import", f"{self._work}/in"), {})
         self._backup = (self._work / STORE).read_bytes()
@@ -209,7 +217,7 @@ class World:
         for path in self._work.iterdir():
             path.unlink()
         if scenario.store:
-            filled = self._long if scenario.long else self._filled
+            filled = self._long if scenario.long else self._older if scenario.older else self._filled
             middle = len(filled) // 2 if scenario.damaged else 0
             (self._work / STORE).write_bytes(filled[:middle] + b"damaged"[:middle] + filled[middle + 7 * scenario.damaged:])
             (self._work / STORE).chmod(0o600)

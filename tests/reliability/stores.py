@@ -1,9 +1,11 @@
 """Small policies, stores made of them, and runs of dlpctl, for the programs that try to damage a store."""
 import os
 import pathlib
+import sqlite3
 import subprocess
 import tempfile
 
+PAGE = 8192
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 SECONDS = 120
 
@@ -65,3 +67,24 @@ SIDE_FILES = ("-wal", "-shm", "-journal", "-writer")
 def remove(store):
     for suffix in ("", *SIDE_FILES):
         pathlib.Path(f"{store}{suffix}").unlink(missing_ok=True)
+
+
+def make_first_version(path):
+    """The same records as the first version of the schema kept them."""
+    with sqlite3.connect(path) as database:
+        schema = [(name, sql.replace(", checksum INTEGER NOT NULL", "")) for kind, name, sql in database.execute(
+            "SELECT type, name, sql FROM sqlite_schema WHERE sql IS NOT NULL AND name <> 'totals' ORDER BY type DESC")]
+        rows = {name: [row[:-1] for row in database.execute(f"SELECT * FROM {name}")]
+                for name, sql in schema if sql.startswith("CREATE TABLE")}
+    database.close()
+    path.unlink()
+    with sqlite3.connect(path) as database:
+        for pragma in (f"page_size = {PAGE}", "application_id = 0x444C5053", "user_version = 1"):
+            database.execute(f"PRAGMA {pragma}")
+        for name, sql in schema:
+            database.execute(sql)
+            for row in rows.get(name, ()):
+                database.execute(f"INSERT INTO {name} VALUES ({', '.join('?' * len(row))})", row)
+        database.commit()
+        database.execute("PRAGMA journal_mode = WAL")
+    database.close()

@@ -92,6 +92,14 @@ class SqliteStore : public testing::Test {
         }
         return mapFiles;
     }
+    /** Of every file of the folder. */
+    std::vector<std::string> Names() const {
+        std::vector<std::string> vecNames;
+        for (const auto& [strName, file] : Files()) {
+            vecNames.push_back(strName);
+        }
+        return vecNames;
+    }
     /** Opens the path. @return why that was refused; fails the test when the folder is not as it was */
     std::string RefusalOf(const std::string& strPath) const {
         const auto mapBefore = Files();
@@ -131,13 +139,7 @@ TEST_F(SqliteStore, WhatWasSavedIsThereWhenOpenedAgain) {
         CSqliteStore store(Path());
         EXPECT_EQ("expressions subject=\"S\" pattern=\"p\"\n", DumpStore(store));
     }
-    EXPECT_EQ(std::vector<std::string>{"settings.db"}, [&] {
-        std::vector<std::string> vecNames;
-        for (const auto& [strName, file] : Files()) {
-            vecNames.push_back(strName);
-        }
-        return vecNames;
-    }());
+    EXPECT_EQ(std::vector<std::string>{"settings.db"}, Names());
 }
 
 TEST_F(SqliteStore, FileIsMarkedAsASettingsStore) {
@@ -1056,11 +1058,11 @@ class CMemoryLimit {
 };
 
 /** Runs the function with a little more memory each time until there is enough. @return how often there was not */
-int RunOutOfMemory(const std::function<void()>& fnRun, const std::function<void()>& fnAfter) {
+int RunOutOfMemory(const std::function<void()>& fnRun, const std::function<void()>& fnAfter, int iStep = 4096) {
     for (int iTimes = 0;; ++iTimes) {
         bool bEnough = true;
         try {
-            const CMemoryLimit limit(sqlite3_int64{4096} * iTimes);
+            const CMemoryLimit limit(sqlite3_int64{iStep} * iTimes);
             fnRun();
         } catch (const std::bad_alloc&) {
             bEnough = false;
@@ -1214,15 +1216,21 @@ TEST_F(SqliteStore, CheckFindsEveryDamage) {
     EXPECT_THROW(store.Rollback(), OS::CException);  // no unit is left open
 }
 
-TEST_F(SqliteStore, CheckFindsNonsenseThatWasBroughtUp) {
-    MakeFirstVersion(Path());
-    RunSql(Path(), "UPDATE expressions SET pre_defined = 2; UPDATE templates SET description = CAST(x'610062' AS TEXT)",
-           nullptr);
-    CSqliteStore store(Path());
-    EXPECT_EQ(
-        "expressions|E|pre_defined is neither 0 nor 1\n"
-        "templates|T|record \"T\" cannot be saved: description, byte 1: U+0000 cannot be stored\n",
-        CheckText(store));
+TEST_F(SqliteStore, NonsenseIsNotBroughtUp) {
+    const std::pair<const char*, const char*> NONSENSE[] = {
+        {"UPDATE expressions SET pre_defined = 2",
+         "the record \"E\" of the table expressions pre_defined is neither 0 nor 1"},
+        {"UPDATE templates SET description = CAST(x'610062' AS TEXT)",
+         "the record \"T\" of the table templates record \"T\" cannot be saved: description, byte 1: U+0000 cannot be "
+         "stored"},
+    };
+    for (const auto& [pSql, pWhat] : NONSENSE) {
+        fs::remove(Path());
+        MakeFirstVersion(Path());
+        RunSql(Path(), pSql, nullptr);
+        EXPECT_EQ(Opening(Path(), std::string("it is damaged: ") + pWhat + ADVICE),
+                  ExceptionText([&] { CSqliteStore store(Path()); }));
+    }
 }
 
 TEST_F(SqliteStore, RecordThatWasAlteredIsRefused) {
@@ -1342,7 +1350,7 @@ TEST_F(SqliteStore, StoreOfTheFirstVersionIsBroughtUp) {
         {
             const std::unique_ptr<CSettingsStore> pStore = CSettingsStore::Make("sqlite:" + Path(), eUse);
             EXPECT_EQ(FIRST_VERSION_DUMP, DumpStore(*pStore));
-            EXPECT_EQ(2, pStore->GetInfo().iSchemaVersion);
+            EXPECT_EQ(3, pStore->GetInfo().iSchemaVersion);
             EXPECT_EQ(1u, pStore->Count(ESettingsKind::TEMPLATE));
         }
         CSqliteStore store(Path());
@@ -1350,10 +1358,124 @@ TEST_F(SqliteStore, StoreOfTheFirstVersionIsBroughtUp) {
         EXPECT_TRUE(store.Remove(ESettingsKind::EXPRESSION, "E"));
         EXPECT_EQ("expressions subject=\"F\"\ntemplates subject=\"T\" industries=[\"a\"]\n", DumpStore(store));
     }
-    RunSql(Path(), "UPDATE templates SET scope = 'x'", nullptr);
+    RunSql(Path(), "UPDATE templates SET scope = 'x'");
     CSqliteStore store(Path());
     EXPECT_EQ(Damaged(Path(), "the record \"T\" of the table templates is not as it was written"),
               ExceptionText([&] { DumpStore(store); }));
+}
+
+TEST_F(SqliteStore, EveryPageOfWhatWasBroughtUpHasItsChecksum) {
+    MakeFirstVersion(Path());
+    ::chmod(Path().c_str(), 0640);
+    { CSqliteStore store(Path()); }
+    EXPECT_EQ(std::vector<std::string>{"settings.db"}, Names());
+    EXPECT_EQ(0640, Mode(Path()));
+    const std::string strWhole = m_folder.Read("settings.db");
+    ASSERT_EQ(8, strWhole[20]);
+    for (std::size_t iPage = 0; iPage < strWhole.size() / SqlitePageSums::PAGE_SIZE; ++iPage) {
+        std::string strDamaged = strWhole;
+        strDamaged[iPage * SqlitePageSums::PAGE_SIZE + 8000] ^= 4;
+        m_folder.Write("settings.db", strDamaged);
+        std::string strFound;
+        const std::string strRefusal = ExceptionText([&] {
+            CSqliteStore store(Path());
+            strFound = CheckText(store);
+            ThrowStoreError("", "", strFound);
+        });
+        EXPECT_TRUE(!strFound.empty() || strRefusal.find(ADVICE) != std::string::npos) << iPage;
+    }
+}
+
+TEST_F(SqliteStore, DamagedStoreOfTheFirstVersionIsNotBroughtUp) {
+    MakeFirstVersion(Path());
+    std::string strDamaged = m_folder.Read("settings.db");
+    const std::size_t iIndex = strDamaged.rfind("eE");  // of the index of names: the name and the key
+    ASSERT_NE(std::string::npos, iIndex);
+    strDamaged[iIndex] = 'f';
+    m_folder.Write("settings.db", strDamaged);
+    const std::string strRefusal = ExceptionText([&] { CSqliteStore store(Path()); });
+    EXPECT_EQ(0u, strRefusal.find(Opening(Path(), "it is damaged: row 1 missing from index"))) << strRefusal;
+    EXPECT_EQ(strRefusal, ExceptionText([&] { CSettingsStore::Make("sqlite:" + Path(), EUnitOfWork::READ); }));
+    EXPECT_EQ(std::vector<std::string>{"settings.db"}, Names());
+}
+
+/** Makes a store of the second version, which had checksums of records, of the store of this version. */
+void MakeSecondVersion(const std::string& strPath) {
+    const std::string strOld = strPath + ".new";
+    MakeFirstVersion(strOld);
+    std::string strSql;
+    {
+        CSqliteStore store(strPath);
+        for (const ESettingsKind eKind : ALL_SETTINGS_KINDS) {
+            const std::string strTable = GetSettingsTable(eKind).pName;
+            SStoreTotals totals;
+            strSql += "ALTER TABLE " + strTable + " ADD COLUMN checksum INTEGER NOT NULL DEFAULT 0;";
+            store.ReadAll(eKind, [&](CSettingsRow&& row) {
+                totals.Add(ChecksumOf(row));
+                strSql += "UPDATE " + strTable +
+                          " SET checksum = " + std::to_string(static_cast<std::int64_t>(ChecksumOf(row))) +
+                          " WHERE subject = '" + row.GetSubject() + "';";
+            });
+            strSql += "INSERT INTO totals VALUES (" + std::to_string(static_cast<int>(eKind)) + ", " +
+                      std::to_string(totals.iRecords) + ", " +
+                      std::to_string(static_cast<std::int64_t>(totals.iChecksum)) + ");";
+        }
+    }
+    RunSql(strOld, SqlText::CREATE_TOTALS + (";" + strSql) + "PRAGMA user_version = 2", nullptr);
+    fs::rename(strOld, strPath);
+}
+
+TEST_F(SqliteStore, StoreOfTheSecondVersionIsVerifiedAndBroughtUp) {
+    const std::pair<const char*, const char*> DAMAGES[] = {
+        {"UPDATE templates SET scope = 'x'", "the record \"T\" of the table templates is not as it was written"},
+        {"DELETE FROM expressions", "the table expressions: records are missing"},
+        {"DELETE FROM totals", "the table expressions: records are missing"},
+        {"DROP TABLE totals", "no such table: totals"},
+    };
+    for (const auto& [pSql, pWhat] : DAMAGES) {
+        fs::remove(Path());
+        MakeFirstVersion(Path());
+        MakeSecondVersion(Path());
+        RunSql(Path(), pSql, nullptr);
+        EXPECT_EQ(Opening(Path(), std::string("it is damaged: ") + pWhat + ADVICE),
+                  ExceptionText([&] { CSqliteStore store(Path()); }));
+    }
+    fs::remove(Path());
+    MakeFirstVersion(Path());
+    MakeSecondVersion(Path());
+    CSqliteStore store(Path());
+    EXPECT_EQ(3, store.GetInfo().iSchemaVersion);
+    EXPECT_EQ(FIRST_VERSION_DUMP, DumpStore(store));
+}
+
+TEST_F(SqliteStore, WhatSomebodyHasOpenIsNotBroughtUp) {
+    MakeFirstVersion(Path());
+    sqlite3* pOther = nullptr;
+    ASSERT_EQ(SQLITE_OK, sqlite3_open(Path().c_str(), &pOther));
+    const auto fnRun = [&](const char* pSql) { return sqlite3_exec(pOther, pSql, nullptr, nullptr, nullptr); };
+    ASSERT_EQ(SQLITE_OK, fnRun("SELECT count(*) FROM templates"));
+    EXPECT_EQ(Opening(Path(),
+                      "it was written by an older version, and is brought up as soon as nobody else has it open; end "
+                      "what has, and try again"),
+              ExceptionText([&] { CSqliteStore store(Path(), SHORT_WAIT); }));
+    EXPECT_EQ(SQLITE_OK, fnRun("UPDATE expressions SET pattern = 'written meanwhile'"));
+    sqlite3_close(pOther);
+    CSqliteStore store(Path(), SHORT_WAIT);
+    EXPECT_NE(std::string::npos, DumpStore(store).find("written meanwhile"));
+}
+
+TEST_F(SqliteStore, WhoeverHadOpenedTheFormerFileFindsItGivenUp) {
+    MakeFirstVersion(Path());
+    sqlite3* pOther = nullptr;
+    ASSERT_EQ(SQLITE_OK, sqlite3_open(Path().c_str(), &pOther));  // without a look into it
+    { CSqliteStore store(Path()); }
+    sqlite3_stmt* pVersion = nullptr;
+    ASSERT_EQ(SQLITE_OK, sqlite3_prepare_v2(pOther, "PRAGMA user_version", -1, &pVersion, nullptr));
+    ASSERT_EQ(SQLITE_ROW, sqlite3_step(pVersion));
+    EXPECT_EQ(2147483647, sqlite3_column_int(pVersion, 0));
+    sqlite3_finalize(pVersion);
+    sqlite3_close(pOther);
+    EXPECT_EQ(std::vector<std::string>{"settings.db"}, Names());
 }
 
 TEST_F(SqliteStore, StoreOfTheFirstVersionThatCannotBeWrittenSaysWhatToDo) {
@@ -1369,15 +1491,17 @@ TEST_F(SqliteStore, StoreOfTheFirstVersionThatCannotBeWrittenSaysWhatToDo) {
 }
 
 TEST_F(SqliteStore, BringingUpIsWholeOrNotAtAllWhereverMemoryRunsOut) {
-    const int iTimes = RunOutOfMemory([&] { CSqliteStore store(Path()); },
-                                      [&] {
-                                          CSqliteStore store(Path());
-                                          if (store.GetInfo().iSchemaVersion == 2) {
-                                              EXPECT_EQ(FIRST_VERSION_DUMP, DumpStore(store));
-                                          }
-                                          fs::remove(Path());
-                                          MakeFirstVersion(Path());
-                                      });
+    constexpr int STEP = 40000;
+    MakeFirstVersion(Path());
+    const int iTimes =
+        RunOutOfMemory([&] { CSqliteStore store(Path()); },
+                       [&] {
+                           EXPECT_EQ(FIRST_VERSION_DUMP, DumpStore(*std::make_unique<CSqliteStore>(Path())));
+                           EXPECT_EQ(std::vector<std::string>{"settings.db"}, Names());
+                           fs::remove(Path());
+                           MakeFirstVersion(Path());
+                       },
+                       STEP);
     EXPECT_GT(iTimes, 5);
 }
 
@@ -1395,6 +1519,7 @@ TEST_F(SqliteStore, ManyProcessesMayBringItUpAtOnce) {
         CSqliteStore store(Path());
         DumpStore(store);
         EXPECT_EQ(7u, store.Count(ESettingsKind::EXPRESSION));
+        EXPECT_EQ("", CheckText(store));
     }
 }
 

@@ -8,6 +8,8 @@
 #include <set>
 #include <stdexcept>
 
+#include "platform/common/CException.h"
+#include "platform/store/CMemoryStore.h"
 #include "platform/store/CSqliteStore.h"
 #include "platform/store/SqlitePageSums.h"
 #include "tests/support/ExceptionText.h"
@@ -309,6 +311,18 @@ TEST_F(StoreBackupTest, RestoresWhereNothingIs) {
     EXPECT_EQ("", StoreBackup::Restore(*pBackup, strNew, false, NoStep).strFormer);
     EXPECT_EQ(KEPT, DumpFile(strNew));
     EXPECT_NE("", ExceptionText([&] { StoreBackup::Restore(*pBackup, m_folder.MakeFolder("folder"), false, NoStep); }));
+}
+
+TEST_F(StoreBackupTest, WhatIsRenewedStaysAsItIsWhenTheLastLookFails) {
+    CMemoryStore records;
+    records.Save(Expression("new"));
+    const std::string strBefore = m_folder.Read("settings.db");
+    EXPECT_EQ("gone",
+              ExceptionText([&] { StoreBackup::Renew(records, Path(), [] { throw OS::CException(0, L"gone", 0); }); }));
+    EXPECT_EQ(strBefore, m_folder.Read("settings.db"));
+    StoreBackup::Renew(records, Path(), [] {});
+    EXPECT_EQ("expressions subject=\"new\"\n", DumpFile(Path()));
+    EXPECT_EQ(std::set<std::string>{"settings.db"}, Names());
 }
 
 TEST_F(StoreBackupTest, StoreOfANewerVersionIsNotPutAside) {
