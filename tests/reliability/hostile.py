@@ -133,6 +133,9 @@ def large(size: int) -> Iterator[Hostile]:
     yield Hostile("texts and empty elements by turns", policy(rest="<x>" + "a<b/>" * (size // 5) + "</x>"), TAKEN)
     yield Hostile("empty elements among templates",
                   policy(templates='<template name="t" display_name="t"/>' + "<x/>" * (size // 4)), TAKEN)
+    yield Hostile("empty elements in a template",
+                  policy(entity("e"), template("t", "<x/>" * (size // 4))), TAKEN, memory=6)  # each is read as a rule
+    yield Hostile("empty elements in an expression", policy(entity("e", "<x/>" * (size // 4))), TAKEN, memory=1.2)
     yield Hostile("expressions of one name", policy(entity("e") * (size // 100)), TAKEN)
     yield Hostile("expressions", policy("".join(entity(f"e{i}") for i in range(size // 110))), TAKEN)
     yield Hostile("keywords of one list", policy(dictionary(keyword("x") * (size // 66))), TAKEN)

@@ -5,7 +5,6 @@ from __future__ import annotations
 
 import argparse
 import itertools
-import os
 import random
 import re
 import shutil
@@ -19,6 +18,7 @@ sys.dont_write_bytecode = True
 sys.path.insert(0, str(Path(__file__).resolve().parent))
 
 from hostile import EITHER, Hostile, cuts, doctypes, encodings, flips, large  # noqa: E402
+from launcher import Launcher  # noqa: E402
 
 ROOT = Path(__file__).resolve().parent.parent.parent
 MEBIBYTE = 1 << 20
@@ -51,6 +51,7 @@ class Tool:
 
     def __init__(self, path: str, folder: Path) -> None:
         self._path = str(Path(path).resolve())
+        self._launcher = Launcher()
         self.folder = folder
         self.home = folder / "home"
         self.file = folder / "in"
@@ -81,23 +82,14 @@ class Tool:
 
     def run(self, words: tuple[str, ...], before: tuple[str, ...] = ()) -> tuple[int, float, int, str]:
         """Exit code, seconds of the processor, peak of memory in bytes, errors."""
-        # A process begins with the peak of the one that started it, as its own.
-        Path("/proc/self/clear_refs").write_text("5", encoding="ascii")
-        with (self.folder / "err").open("w+b") as err:
-            process = subprocess.Popen([*before, *self._start(words)], stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
-                                       stderr=err)
-            deadline = time.monotonic() + PATIENCE
-            while True:
-                done, status, usage = os.wait4(process.pid, os.WNOHANG)
-                if done:
-                    break
-                if time.monotonic() > deadline:
-                    process.kill()
-                time.sleep(0.001)
-            process.returncode = os.waitstatus_to_exitcode(status)
-            err.seek(0)
-            return (process.returncode, usage.ru_utime + usage.ru_stime, usage.ru_maxrss * 1024,
-                    err.read(300).decode(errors="replace"))
+        errors = self.folder / "err"
+        measured = self._launcher.run([*before, *self._start(words)], str(errors), PATIENCE)
+        with errors.open("rb") as err:
+            return *measured, err.read(300).decode(errors="replace")
+
+    def close(self) -> None:
+        """Nothing is run any more."""
+        self._launcher.close()
 
 
 class Trial:
@@ -193,10 +185,10 @@ def main() -> int:
     chance = random.Random(arguments.seed)
     begun = time.monotonic()
     with tempfile.TemporaryDirectory() as name:
-        trial = Trial(Tool(arguments.tool, Path(name)), arguments.commands.split(","), measures_time=arguments.measure,
+        tool = Tool(arguments.tool, Path(name))
+        trial = Trial(tool, arguments.commands.split(","), measures_time=arguments.measure,
                       measures_memory=arguments.measure or arguments.measure_memory)
         documents = itertools.chain(doctypes(), encodings())
-        # One after the other: a process begins with the memory of this one.
         for document in itertools.chain(() if arguments.measure_memory else documents,
                                         large(int(arguments.size * MEBIBYTE))):
             if arguments.trace:
@@ -209,6 +201,7 @@ def main() -> int:
         elif not arguments.measure_memory:
             for document in (*cuts(chance, arguments.sample), *flips(chance, arguments.sample)):
                 trial.one(document, ["import"] if arguments.sample else None)
+        tool.close()
     costs = "" if arguments.trace else (f"; dearest per 15 MiB: {trial.slowest[0]:.2f} s ({trial.slowest[1]}), "
                                         f"{trial.largest[0]:.0f} MiB ({trial.largest[1]})")
     print(f"{trial.runs} runs, {trial.wrong} wrong{costs}; {time.monotonic() - begun:.0f} s")
