@@ -183,6 +183,9 @@ Json MakeWholeItemJson(const SReportItem& item) {
                                {"older_name", TextOrNull(item.Details().strWritten)}};
     }
     object["foreign_children"] = MakeForeignJson(item);
+    if (item.Details().iUntoldForeign > 0) {
+        object["untold_foreign_children"] = item.Details().iUntoldForeign;
+    }
     Json& unknown = object["unknown_references"] = Json::array();
     for (const SUnknownReference& reference : item.Details().vecUnknown) {
         unknown.push_back({{"kind", Row(reference.eKind).pCode},
@@ -204,7 +207,8 @@ SReportItem::SReportItem(const SImportItem& item)
       strDisplayName(item.strDisplayName),
       iOffset(item.iOffset) {
     if (!item.strDetail.empty() || item.fault || !item.vecForeign.empty()) {
-        m_pDetails.reset(new SItemDetails{item.strDetail, item.fault, item.strFaulty, {}, {}, item.vecForeign, {}, {}});
+        m_pDetails.reset(new SItemDetails{
+            item.strDetail, item.fault, item.strFaulty, {}, {}, item.vecForeign, item.iUntoldForeign, {}, {}});
     }
 }
 
@@ -334,6 +338,11 @@ std::string MakeFinding(const std::string& strFile, const SReportItem& item) {
         strLines += FormatPlace(strFile, item.Details().vecForeignPlaces[i]) + ": " + NameOf(item) +
                     ": the child element " + Text::Quoted(item.Details().vecForeign[i].strElement) + " is read as " +
                     DescribeForeign(item.Details().vecForeign[i]) + '\n';
+    }
+    if (item.Details().iUntoldForeign > 0) {
+        strLines += FormatPlace(strFile, item.place) + ": " + NameOf(item) + ": " +
+                    Text::Counted(item.Details().iUntoldForeign, "more child element is", "more child elements are") +
+                    " read as rules or building blocks\n";
     }
     for (const SUnknownReference& reference : item.Details().vecUnknown) {
         strLines += FormatPlace(strFile, reference.place) + ": " + NameOf(item) + ": it refers to the " +

@@ -32,6 +32,7 @@ struct SItemDetails {
     std::string strNearest;  ///< what an unknown reference or element most likely means; "" when none is near
     std::string strWritten;  ///< an unknown reference as it stands in the document, if that is its older name
     std::vector<SForeignChild> vecForeign;
+    std::size_t iUntoldForeign = 0;
     std::vector<SPlace> vecForeignPlaces;       ///< of its foreign children, once they are known
     std::vector<SUnknownReference> vecUnknown;  ///< of one that was taken
 };

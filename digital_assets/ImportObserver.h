@@ -54,6 +54,9 @@ struct SForeignChild {
     std::vector<SReference> vecReferences;
 };
 
+/** A template may consist of foreign children; no more than so many are told one by one, but for what is said below. */
+inline constexpr std::size_t MAX_FOREIGN_CHILDREN = 1000;
+
 /** One item of a document and its fate. Texts are UTF-8. */
 struct SImportItem {
     EItemKind eKind = EItemKind::TEMPLATE;
@@ -66,7 +69,9 @@ struct SImportItem {
     std::optional<ETemplateFault> fault;
     /** The value that is to blame for it; for an unknown expression or keyword list its name. */
     std::string strFaulty;
+    /** The first of them, and each behind those that refers to something that none before it does. */
     std::vector<SForeignChild> vecForeign;
+    std::size_t iUntoldForeign = 0;  ///< the others
     /** Bytes from the start of the text to the start tag's "<"; npos when there is no such place. */
     std::size_t iOffset = std::string::npos;
 

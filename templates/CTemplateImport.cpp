@@ -183,7 +183,7 @@ void CTemplateImport::Report(const SItem& item, EDisposition eDisposition, EReas
     report.eDisposition = eDisposition;
     report.eReason = eReason;
     report.iOffset = m_document.GetTemplateOffset(item.iIndex, item.node);
-    report.vecForeign = TemplateReport::FindForeignChildren(item.node);
+    TemplateReport::FindForeignChildren(item.node, report);
     if (report.iOffset != item.node.Offset()) {
         TemplateReport::MoveForeignChildren(report);
     }

@@ -1,12 +1,12 @@
 #include "templates/TemplateReport.h"
 
+#include <set>
 #include <string>
+#include <string_view>
 #include <utility>
 
 #include "platform/common/TextConversion.h"
-#include "templates/TemplateXml.h"
 #include "xml/CPolicyDocument.h"
-#include "xml/Vocabulary.h"
 
 namespace {
 
@@ -22,16 +22,6 @@ constexpr SCategoryPlace CATEGORIES[] = {{TagUtf8::INDUSTRIES, TagUtf8::INDUSTRY
 
 SRuleElement ReadElement(const TemplateXml::SBuildingBlock& block) {
     return {OS::WideText(block.strName), block.iCount, block.eOperator, block.eType};
-}
-
-void AddBlock(const CXMLView& block, SMatchRule& rule, SForeignChild& foreign) {
-    const TemplateXml::SBuildingBlock read = TemplateXml::ReadBuildingBlock(block);
-    if (read.eType != EElementType::UNKNOWN) {
-        rule.vecElements.push_back(ReadElement(read));
-        foreign.vecReferences.push_back(
-            {read.eType == EElementType::ENTITY ? EItemKind::EXPRESSION : EItemKind::KEYWORD, std::string(read.strName),
-             block.Offset()});
-    }
 }
 
 std::string FormatElement(const SRuleElement& element) {
@@ -50,19 +40,6 @@ std::string FormatRule(const SMatchRule& rule) {
         strRule += FormatElement(element);
     }
     return strRule;
-}
-
-SForeignChild ReadForeign(const CXMLView& node, bool bRule) {
-    SForeignChild foreign{std::string(node.Name()), bRule, {}, node.Offset(), {}};
-    SMatchRule rule;
-    if (!bRule) {
-        AddBlock(node, rule, foreign);
-    }
-    for (CXMLView block = node.FirstChild(); bRule && block; block = block.NextSibling()) {
-        AddBlock(block, rule, foreign);
-    }
-    foreign.strReadAs = FormatRule(rule);
-    return foreign;
 }
 
 void TellCategory(const CXMLView& category, EReason eReason, std::size_t iOffset, std::string strDetail,
@@ -97,20 +74,32 @@ std::vector<SMatchRule> ReadRules(const CXMLView& element) {
     return vecRules;
 }
 
-std::vector<SForeignChild> FindForeignChildren(const CXMLView& element) {
-    std::vector<SForeignChild> vecForeign;
-    for (CXMLView rule = element.FirstChild(); rule; rule = rule.NextSibling()) {
-        if (rule.Name() != TagUtf8::MATCH_RULE) {
-            vecForeign.push_back(ReadForeign(rule, true));
-            continue;
+SForeignChild ReadForeignChild(const CXMLView& child, bool bRule) {
+    SForeignChild foreign{std::string(child.Name()), bRule, {}, child.Offset(), {}};
+    SMatchRule rule;
+    ForEachReference(child, bRule, [&](const CXMLView& block, const TemplateXml::SBuildingBlock& read) {
+        rule.vecElements.push_back(ReadElement(read));
+        foreign.vecReferences.push_back(
+            {read.eType == EElementType::ENTITY ? EItemKind::EXPRESSION : EItemKind::KEYWORD, std::string(read.strName),
+             block.Offset()});
+    });
+    foreign.strReadAs = FormatRule(rule);
+    return foreign;
+}
+
+void FindForeignChildren(const CXMLView& element, SImportItem& item) {
+    std::set<std::pair<EElementType, std::string_view>> setReferences;
+    ForEachForeignChild(element, [&](const CXMLView& child, bool bRule) {
+        bool bNew = false;
+        ForEachReference(child, bRule, [&](const CXMLView&, const TemplateXml::SBuildingBlock& read) {
+            bNew = setReferences.emplace(read.eType, read.strName).second || bNew;
+        });
+        if (bNew || item.vecForeign.size() < MAX_FOREIGN_CHILDREN) {
+            item.vecForeign.push_back(ReadForeignChild(child, bRule));
+        } else {
+            ++item.iUntoldForeign;
         }
-        for (CXMLView block = rule.FirstChild(); block; block = block.NextSibling()) {
-            if (block.Name() != TagUtf8::BUILDING_BLOCK) {
-                vecForeign.push_back(ReadForeign(block, false));
-            }
-        }
-    }
-    return vecForeign;
+    });
 }
 
 void TellCategories(const CXMLView& root, const std::unordered_set<std::string>& setTemplates,

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <unordered_set>
 #include <vector>
 
@@ -8,6 +9,8 @@
 #include "platform/xml/CXMLView.h"
 #include "templates/MatchRule.h"
 #include "templates/STemplateFinding.h"
+#include "templates/TemplateXml.h"
+#include "xml/Vocabulary.h"
 
 class CPolicyDocument;
 
@@ -16,8 +19,44 @@ namespace TemplateReport {
 
 /** @return the rules of a template as they are read: whatever its children and theirs are called */
 std::vector<SMatchRule> ReadRules(const CXMLView& element);
-/** @return the children of a template, and of its match rules, that go by another name and yet are read as such */
-std::vector<SForeignChild> FindForeignChildren(const CXMLView& element);
+/** Calls fnChild(node, whether as a rule) for the children of a template, and of its match rules, that go by another
+ * name and yet are read as such. */
+template <class F>
+void ForEachForeignChild(const CXMLView& element, const F& fnChild) {
+    for (CXMLView rule = element.FirstChild(); rule; rule = rule.NextSibling()) {
+        if (rule.Name() != TagUtf8::MATCH_RULE) {
+            fnChild(rule, true);
+            continue;
+        }
+        for (CXMLView block = rule.FirstChild(); block; block = block.NextSibling()) {
+            if (block.Name() != TagUtf8::BUILDING_BLOCK) {
+                fnChild(block, false);
+            }
+        }
+    }
+}
+
+/** Calls fnReference(node, building block) for what a foreign child is read to refer to. */
+template <class F>
+void ForEachReference(const CXMLView& child, bool bRule, const F& fnReference) {
+    const auto fnBlock = [&](const CXMLView& block) {
+        const TemplateXml::SBuildingBlock read = TemplateXml::ReadBuildingBlock(block);
+        if (read.eType != EElementType::UNKNOWN) {
+            fnReference(block, read);
+        }
+    };
+    if (!bRule) {
+        fnBlock(child);
+        return;
+    }
+    for (CXMLView block = child.FirstChild(); block; block = block.NextSibling()) {
+        fnBlock(block);
+    }
+}
+
+SForeignChild ReadForeignChild(const CXMLView& child, bool bRule);
+/** Tells an item of its foreign children. */
+void FindForeignChildren(const CXMLView& element, SImportItem& item);
 /**
  * Tells of each industry and region without a name, and of each entry of one that names no template.
  * @param setTemplates names of the document's templates, taken or not

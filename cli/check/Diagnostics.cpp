@@ -23,12 +23,21 @@ bool CDiagnostics::Count(ECode eCode, std::size_t iOffset) {
     if (eSeverity == ESeverity::ERROR) {
         CountError(iOffset);
     }
-    if (std::find(m_choice.vecAllow.begin(), m_choice.vecAllow.end(), eCode) != m_choice.vecAllow.end()) {
+    if (IsAllowed(eCode)) {
         return false;
     }
     const bool bKept = ++m_aCounts[static_cast<std::size_t>(eCode)] <= MAX_OF_CODE || m_choice.bAll;
     m_aOmitted[static_cast<std::size_t>(Judge(eSeverity, m_choice.bStrict))] += bKept ? 0 : 1;
     return bKept;
+}
+
+void CDiagnostics::Omit(ECode eCode, std::size_t iMore) {
+    m_aOmitted[static_cast<std::size_t>(Judge(GetCodeRow(eCode).eSeverity, m_choice.bStrict))] +=
+        IsAllowed(eCode) ? 0 : iMore;
+}
+
+bool CDiagnostics::IsAllowed(ECode eCode) const {
+    return std::find(m_choice.vecAllow.begin(), m_choice.vecAllow.end(), eCode) != m_choice.vecAllow.end();
 }
 
 SDiagnostic* CDiagnostics::Tell(ECode eCode, std::size_t iOffset, const std::vector<std::string>& vecWhat,

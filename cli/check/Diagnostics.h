@@ -78,6 +78,8 @@ class CDiagnostics {
     bool Count(ECode eCode, std::size_t iOffset);
     SDiagnostic* Tell(ECode eCode, std::size_t iOffset, const std::vector<std::string>& vecWhat,
                       const std::vector<std::string>& vecAdvice);
+    /** So many more were found of a code that is no error, and whoever found them keeps nothing else of them. */
+    void Omit(ECode eCode, std::size_t iMore);
     /** Both places. @param pDiagnostic may be null */
     void Relate(SDiagnostic* pDiagnostic, std::size_t iOffset, const std::string& strMessage) const;
     /** A note becomes heavier. */
@@ -97,6 +99,7 @@ class CDiagnostics {
 
   private:
     void CountError(std::size_t iOffset);
+    bool IsAllowed(ECode eCode) const;
 
     const SCheckChoice& m_choice;
     std::array<std::size_t, static_cast<std::size_t>(ECode::COUNT)> m_aCounts{};

@@ -8,6 +8,7 @@
 #include "cli/Text.h"
 #include "cli/check/MeantName.h"
 #include "cli/check/SourceMarkup.h"
+#include "templates/TemplateReport.h"
 #include "xml/Vocabulary.h"
 
 namespace {
@@ -38,6 +39,14 @@ constexpr STold TOLD[] = {
 /** In the order of ETemplateFault. */
 constexpr ECode FAULTS[] = {ECode::UNKNOWN_ASSET, ECode::UNKNOWN_ASSET, ECode::SOURCE_TYPE, ECode::OPERATION,
                             ECode::OPERATION};
+
+/** Of one that is counted already. */
+void TellForeign(const SForeignChild& foreign, CDiagnostics& diagnostics) {
+    const std::string strNearest =
+        CMeantNames().FindElement(foreign.bRule ? TagUtf8::TEMPLATE : TagUtf8::MATCH_RULE, foreign.strElement);
+    diagnostics.Tell(ECode::FOREIGN_RULE, foreign.iOffset, {Text::Quoted(foreign.strElement), DescribeForeign(foreign)},
+                     {strNearest.empty() ? REMOVE : "did you mean " + Text::Quoted(strNearest) + '?'});
+}
 
 }  // namespace
 
@@ -71,17 +80,21 @@ bool TellItem(const SReportItem& item, std::string_view strText, CDiagnostics& d
     return item.eReason != EReason::UNSUPPORTED_ASSETS;
 }
 
-void TellForeign(const SForeignChild& foreign, CDiagnostics& diagnostics) {
-    const std::string strNearest =
-        CMeantNames().FindElement(foreign.bRule ? TagUtf8::TEMPLATE : TagUtf8::MATCH_RULE, foreign.strElement);
-    diagnostics.Add(ECode::FOREIGN_RULE, foreign.iOffset, {Text::Quoted(foreign.strElement), DescribeForeign(foreign)},
-                    {strNearest.empty() ? REMOVE : "did you mean " + Text::Quoted(strNearest) + '?'});
+void TellForeign(const CXMLView& element, CDiagnostics& diagnostics) {
+    TemplateReport::ForEachForeignChild(element, [&](const CXMLView& child, bool bRule) {
+        if (diagnostics.Count(ECode::FOREIGN_RULE, child.Offset())) {
+            TellForeign(TemplateReport::ReadForeignChild(child, bRule), diagnostics);
+        }
+    });
 }
 
 void TellForeign(const SReportItem& item, CDiagnostics& diagnostics) {
     for (const SForeignChild& foreign : item.Details().vecForeign) {
-        TellForeign(foreign, diagnostics);
+        if (diagnostics.Count(ECode::FOREIGN_RULE, foreign.iOffset)) {
+            TellForeign(foreign, diagnostics);
+        }
     }
+    diagnostics.Omit(ECode::FOREIGN_RULE, item.Details().iUntoldForeign);
     for (const SUnknownReference& reference : item.Details().vecUnknown) {
         diagnostics.Add(ECode::UNKNOWN_ASSET, reference.iOffset,
                         {GetItemWord(reference.eKind), Text::Quoted(reference.strName)},

@@ -53,12 +53,12 @@ void ForEachBlock(const CXMLView& element, const F& fnBlock) {
 /** Calls fnReference for what the foreign children of a template are read to refer to; those names are never mapped. */
 template <class F>
 void ForEachForeign(const CXMLView& element, const F& fnReference) {
-    for (const SForeignChild& foreign : TemplateReport::FindForeignChildren(element)) {
-        for (const SForeignChild::SReference& reference : foreign.vecReferences) {
-            fnReference(reference.eKind == EItemKind::EXPRESSION ? EElementType::ENTITY : EElementType::KEYWORD,
-                        reference.strName, reference.iOffset);
-        }
-    }
+    TemplateReport::ForEachForeignChild(element, [&](const CXMLView& child, bool bRule) {
+        TemplateReport::ForEachReference(child, bRule,
+                                         [&](const CXMLView& block, const TemplateXml::SBuildingBlock& read) {
+                                             fnReference(read.eType, std::string(read.strName), block.Offset());
+                                         });
+    });
 }
 
 class CReferenceCheck {
@@ -163,8 +163,12 @@ class CReferenceCheck {
         }
         // Only now it matters what the templates of the store refer to.
         CSettingsStore::Current().ReadAll(ESettingsKind::TEMPLATE, [&](CSettingsRow&& row) {
+            const std::string& strElement = row.GetText(TemplateColumn::ELEMENT);
+            if (strElement.find(TagUtf8::SOURCE_NAME) == std::string::npos) {
+                return;  // it need not be read, however much it holds
+            }
             CXMLParser stored;
-            stored.LoadUtf8(row.GetText(TemplateColumn::ELEMENT));
+            stored.LoadUtf8(strElement);
             ForEachBlock(stored.RootView(), [&](const CXMLView& block) {
                 const TemplateXml::SBuildingBlock read = TemplateXml::ReadBuildingBlock(block);
                 m_setUsed.emplace(read.eType, read.strName);

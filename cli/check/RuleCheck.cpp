@@ -46,14 +46,27 @@ EJoin GetJoin(const Parts& parts) {
     return bAnd && bOr ? EJoin::MIXED : bOr ? EJoin::ANY : EJoin::ALL;
 }
 
-/** @return whether the parts are joined by AND and by OR in so many words */
+/** Whether parts are joined by AND and by OR in so many words. */
+class CMix {
+  public:
+    void Add(EOperator eOperator) {
+        m_bAnd = m_bAnd || (m_bAny && eOperator == EOperator::AND);
+        m_bOr = m_bOr || (m_bAny && eOperator == EOperator::OR);
+        m_bAny = true;
+    }
+    bool IsMixed() const { return m_bAnd && m_bOr; }
+
+  private:
+    bool m_bAny = false;
+    bool m_bAnd = false;
+    bool m_bOr = false;
+};
+
 template <class Parts>
 bool AreMixed(const Parts& parts) {
-    const auto fnAny = [&](EOperator eOperator) {
-        return std::any_of(parts.begin(), parts.end(),
-                           [&](const auto& part) { return &part != &parts.front() && part.eOperator == eOperator; });
-    };
-    return fnAny(EOperator::AND) && fnAny(EOperator::OR);
+    CMix mix;
+    std::for_each(parts.begin(), parts.end(), [&](const auto& part) { mix.Add(part.eOperator); });
+    return mix.IsMixed();
 }
 
 bool Implies(const SBlock& left, const SBlock& right) {
@@ -101,40 +114,27 @@ std::optional<std::size_t> FindStronger(const Parts& parts, std::size_t i, EJoin
 /** One template's rules, as they are read: whatever the elements are called. */
 class CTemplateRules {
   public:
-    CTemplateRules(const SCheckedDocument& document, const CXMLView& element) : m_document(document), m_node(element) {
-        for (CXMLView node = element.FirstChild(); node; node = node.NextSibling()) {
-            SRule rule{node, TemplateXml::ReadOperation(node), EJoin::ALL, {}, {}};
-            for (CXMLView block = node.FirstChild(); block; block = block.NextSibling()) {
-                rule.vecBlocks.push_back(TemplateXml::ReadBuildingBlock(block));
-                rule.vecNodes.push_back(block);
-                Weigh(rule.vecBlocks.back());
-            }
-            rule.eJoin = GetJoin(rule.vecBlocks);
-            m_vecRules.push_back(std::move(rule));
-        }
-        m_eJoin = GetJoin(m_vecRules);
-    }
+    CTemplateRules(const SCheckedDocument& document, const CXMLView& element) : m_document(document), m_node(element) {}
 
-    void Check() const {
-        for (const SForeignChild& foreign : TemplateReport::FindForeignChildren(m_node)) {
-            TellForeign(foreign, m_document.diagnostics);
-        }
-        if (m_vecRules.empty() && !m_document.HasErrors(m_node)) {
+    void Check() {
+        TellForeign(m_node, m_document.diagnostics);
+        if (!m_node.FirstChild() && !m_document.HasErrors(m_node)) {
             Tell(ECode::TEMPLATE_EMPTY, m_node, "template");
         }
-        for (std::size_t i = 0; i < m_vecRules.size(); ++i) {
-            CheckRule(i);
+        for (CXMLView node = m_node.FirstChild(); node; node = node.NextSibling()) {
+            CheckRule(node);
         }
         if (m_document.HasErrors(m_node)) {
             return;
         }
-        TellMixed();
-        if (!m_bPlain) {
+        if (m_bMixed) {
+            TellMixed();
+        }
+        if (!m_bPlain || !IsSmall()) {
             return;
         }
-        if (m_iBlocks <= MAX_BLOCKS && m_vecRules.size() <= MAX_BLOCKS) {
-            CheckPointless();
-        }
+        m_eJoin = GetJoin(m_vecRules);
+        CheckPointless();
         if (m_iBlocks <= CTruthTable::MAX_CONDITIONS) {
             CheckMixed();
         }
@@ -151,15 +151,34 @@ class CTemplateRules {
         m_document.diagnostics.Add(eCode, node.Offset(), {strWhat});
     }
 
-    void CheckRule(std::size_t iRule) const {
-        const SRule& rule = m_vecRules[iRule];
-        CheckOperation(rule.node, iRule, rule.eOperator, "rule");
+    /** There may be millions of rules and blocks: of more than are compared with each other none is kept. */
+    bool IsSmall() const { return m_iBlocks <= MAX_BLOCKS && m_iRules <= MAX_BLOCKS; }
+
+    void CheckRule(const CXMLView& node) {
+        SRule rule{node, TemplateXml::ReadOperation(node), EJoin::ALL, {}, {}};
+        CheckOperation(node, m_iRules, rule.eOperator, "rule");
+        m_mix.Add(rule.eOperator);
+        ++m_iRules;
         const bool bDropped = m_document.diagnostics.HasErrors(m_node.Offset(), m_node.Offset() + 1);
-        if (rule.vecBlocks.empty() && rule.node.Name() == TagUtf8::MATCH_RULE && !bDropped) {
-            Tell(ECode::TEMPLATE_EMPTY, rule.node, "rule");
+        if (!node.FirstChild() && node.Name() == TagUtf8::MATCH_RULE && !bDropped) {
+            Tell(ECode::TEMPLATE_EMPTY, node, "rule");
         }
-        for (std::size_t i = 0; i < rule.vecBlocks.size(); ++i) {
-            CheckOperation(rule.vecNodes[i], i, rule.vecBlocks[i].eOperator, "building block");
+        CMix mix;
+        std::size_t iBlock = 0;
+        for (CXMLView child = node.FirstChild(); child; child = child.NextSibling()) {
+            const SBlock block = TemplateXml::ReadBuildingBlock(child);
+            CheckOperation(child, iBlock++, block.eOperator, "building block");
+            mix.Add(block.eOperator);
+            Weigh(block);
+            if (IsSmall()) {
+                rule.vecBlocks.push_back(block);
+                rule.vecNodes.push_back(child);
+            }
+        }
+        m_bMixed = m_bMixed || mix.IsMixed() || m_mix.IsMixed();
+        if (IsSmall()) {
+            rule.eJoin = GetJoin(rule.vecBlocks);
+            m_vecRules.push_back(std::move(rule));
         }
     }
 
@@ -179,13 +198,15 @@ class CTemplateRules {
 
     void TellMixed() const {
         const std::vector<SMatchRule> vecRules = TemplateReport::ReadRules(m_node);
-        if (AreMixed(m_vecRules)) {
+        if (AreMixed(vecRules)) {
             TellOrder(m_node, CompareOrders(vecRules), "rules of the template");
         }
-        for (std::size_t i = 0; i < m_vecRules.size(); ++i) {
-            if (AreMixed(m_vecRules[i].vecBlocks)) {
-                TellOrder(m_vecRules[i].node, CompareOrders(vecRules[i]), "building blocks of the rule");
+        CXMLView node = m_node.FirstChild();
+        for (const SMatchRule& rule : vecRules) {
+            if (AreMixed(rule.vecElements)) {
+                TellOrder(node, CompareOrders(rule), "building blocks of the rule");
             }
+            node = node.NextSibling();
         }
     }
 
@@ -257,6 +278,9 @@ class CTemplateRules {
     CXMLView m_node;
     std::vector<SRule> m_vecRules;
     EJoin m_eJoin = EJoin::ALL;
+    CMix m_mix;
+    bool m_bMixed = false;  ///< the rules, or the blocks of one
+    std::size_t m_iRules = 0;
     std::size_t m_iBlocks = 0;
     bool m_bPlain = true;  ///< types and operations are such as are taken, and it is known what each block matches
 };

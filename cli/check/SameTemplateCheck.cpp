@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <string>
 #include <unordered_map>
 #include <unordered_set>
@@ -11,21 +12,41 @@
 #include "cli/compare/RuleMeanings.h"
 #include "platform/store/CSettingsStore.h"
 #include "templates/TemplateReport.h"
+#include "templates/TemplateXml.h"
 
 namespace {
+
+/** Whether the part of a rule is taken, and looks for something. */
+template <class Part>
+bool LooksFor(const Part& part) {
+    const bool bHits = part.eType != EElementType::ENTITY || part.iCount > 0;
+    return bHits && part.eType != EElementType::UNKNOWN && part.eOperator != EOperator::EXCEPT;
+}
 
 /** Only of rules that are taken, and that look for something, it is said what they match. */
 bool HasMeaning(const std::vector<SMatchRule>& vecRules) {
     bool bAny = false;
     for (const SMatchRule& rule : vecRules) {
-        for (const SRuleElement& element : rule.vecElements) {
-            const bool bHits = element.eType != EElementType::ENTITY || element.iCount > 0;
-            if (!bHits || element.eType == EElementType::UNKNOWN || element.eOperator == EOperator::EXCEPT) {
+        if (rule.eOperator == EOperator::EXCEPT ||
+            !std::all_of(rule.vecElements.begin(), rule.vecElements.end(), LooksFor<SRuleElement>)) {
+            return false;
+        }
+        bAny = bAny || !rule.vecElements.empty();
+    }
+    return bAny;
+}
+
+/** The same of rules that nobody has read yet. */
+bool HasMeaning(const CXMLView& element) {
+    bool bAny = false;
+    for (CXMLView rule = element.FirstChild(); rule; rule = rule.NextSibling()) {
+        for (CXMLView block = rule.FirstChild(); block; block = block.NextSibling()) {
+            if (!LooksFor(TemplateXml::ReadBuildingBlock(block))) {
                 return false;
             }
             bAny = true;
         }
-        if (rule.eOperator == EOperator::EXCEPT) {
+        if (TemplateXml::ReadOperation(rule) == EOperator::EXCEPT) {
             return false;
         }
     }
@@ -52,11 +73,11 @@ class CSameTemplateCheck {
 
   private:
     void Check(const CXMLView& element) {
-        const std::vector<SMatchRule> vecRules = TemplateReport::ReadRules(element);
-        if (!HasMeaning(vecRules) || m_document.HasErrors(element)) {
+        if (!HasMeaning(element) || m_document.HasErrors(element)) {
             return;
         }
-        const auto [itFirst, bNew] = m_mapMeanings.try_emplace(m_meanings.Get(vecRules), element);
+        const auto [itFirst, bNew] =
+            m_mapMeanings.try_emplace(m_meanings.Get(TemplateReport::ReadRules(element)), element);
         if (!bNew) {
             const CXMLView& first = itFirst->second;
             m_document.diagnostics.Relate(Tell(element, "the template " + Text::Quoted(first.Attribute(TagUtf8::NAME))),

@@ -1,8 +1,10 @@
 #include "cli/compare/References.h"
 
-#include "cli/RecordJson.h"
+#include <string>
+
 #include "cli/Signals.h"
-#include "platform/common/TextConversion.h"
+#include "platform/xml/CXMLParser.h"
+#include "templates/TemplateXml.h"
 
 namespace {
 
@@ -23,11 +25,14 @@ SReferences FindReferences(const SPolicy& policy) {
     for (const auto& [strTemplate, row] : policy.Of(ESettingsKind::TEMPLATE)) {
         Signals::ThrowIfCaught();
         std::set<SReferences::Asset>& assets = references.mapTemplates[strTemplate];
-        for (const SMatchRule& rule : ReadRules(row)) {
-            for (const SRuleElement& element : rule.vecElements) {
-                const SReferences::Asset asset{element.eType, OS::Utf8Lenient(element.strName)};
-                references.mapAssets[asset].users.insert(strTemplate);
-                assets.insert(asset);
+        CXMLParser document;
+        document.LoadUtf8(row.GetText(TemplateColumn::ELEMENT));
+        for (CXMLView rule = document.RootView().FirstChild(); rule; rule = rule.NextSibling()) {
+            for (CXMLView block = rule.FirstChild(); block; block = block.NextSibling()) {
+                const TemplateXml::SBuildingBlock read = TemplateXml::ReadBuildingBlock(block);
+                if (assets.emplace(read.eType, read.strName).second) {
+                    references.mapAssets[{read.eType, std::string(read.strName)}].users.insert(strTemplate);
+                }
             }
         }
     }

@@ -165,6 +165,30 @@ TEST_F(ImportLedger, ForeignChildrenOfTheOlderLayoutStandWhereTheirTemplateDoes)
     EXPECT_EQ(item["foreign_children"][0]["column"], item["column"]);
 }
 
+TEST_F(ImportLedger, OfManyForeignChildrenTheFirstThousandAreTold) {
+    std::string strMany;
+    for (int i = 0; i < 1002; ++i) {
+        strMany += "<x/>";
+    }
+    const std::string strKnown = "<x><y sourceType=\"ENTITY\" sourceName=\"e\"/></x>";
+    const std::string strUnknown = Replace(strKnown, "\"e\"", "\"no\"");
+    const std::string strDocument =
+        Policy(Entity("e"), "<template name=\"t\" display_name=\"T\">" + strKnown + strMany + strKnown + strUnknown +
+                                strUnknown + "</template>");
+    const Json item = Report({}, strDocument)["items"][1];
+    EXPECT_EQ(item["foreign_children"].size(), 1001U);
+    EXPECT_EQ(item["foreign_children"][1000]["text"], "P:no(0)");
+    EXPECT_EQ(item["untold_foreign_children"], 5);
+    EXPECT_EQ(item["unknown_references"].size(), 1U);
+    const SToolRun run = Run({"import", "-"}, strDocument);
+    EXPECT_EQ(run.iCode, 1);
+    EXPECT_NE(run.strOut.find(": template \"t\": 5 more child elements are read as rules or building blocks\n"),
+              std::string::npos)
+        << run.strOut.substr(0, 400);
+    const std::string strSarif = Run({"import", "--report", "-", "--report-format", "text", "-"}, strDocument).strOut;
+    EXPECT_NE(strSarif.find("5 more child elements"), std::string::npos) << strSarif.substr(0, 400);
+}
+
 TEST_F(ImportLedger, ElementsThatStandWhereItemsDoAndAreNoneAreSkipped) {
     const SToolRun run = Run({"import", "-"}, LOST);
     EXPECT_EQ(run.iCode, 1);
