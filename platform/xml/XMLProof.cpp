@@ -1,7 +1,11 @@
 #include "platform/xml/XMLProof.hpp"
 
+#define XXH_INLINE_ALL
+#include <xxhash.h>
+
 #include <algorithm>
 #include <array>
+#include <vector>
 
 #include "platform/common/TextConversion.h"
 #include "platform/xml/CXMLParser.h"
@@ -22,7 +26,8 @@ constexpr std::string_view DECLARATIONS[] = {
 };
 constexpr std::string_view NAMESPACE_DECLARATION = "xmlns";
 constexpr std::string_view TEXT_END = "]]>";
-constexpr std::size_t MAX_ATTRIBUTES = 32;
+/** The names of so many are compared with each other, those of more by their hashes. */
+constexpr std::size_t MAX_COMPARED = 32;
 
 /** A reference, and whether a writer puts it there. */
 struct SReference {
@@ -187,14 +192,36 @@ class CProver {
         return strText.find(TEXT_END) == std::string_view::npos;
     }
 
+    /** @return false when the name is that of an attribute before, unless there are many: then AreDistinct tells */
+    bool NoteAttribute(std::string_view strName, std::size_t iAttribute) {
+        if (iAttribute < MAX_COMPARED) {
+            const auto pEnd = m_aAttributes.begin() + static_cast<std::ptrdiff_t>(iAttribute);
+            m_aAttributes[iAttribute] = strName;
+            return std::find(m_aAttributes.begin(), pEnd, strName) == pEnd;
+        }
+        const auto fnHash = [](std::string_view str) { return XXH3_64bits(str.data(), str.size()); };
+        if (iAttribute == MAX_COMPARED) {
+            m_vecHashes.resize(MAX_COMPARED);
+            std::transform(m_aAttributes.begin(), m_aAttributes.end(), m_vecHashes.begin(), fnHash);
+        }
+        m_vecHashes.push_back(fnHash(strName));
+        return true;
+    }
+
+    /** Names with different hashes differ; of others nothing is proven. */
+    bool AreDistinct(std::size_t iAttributes) {
+        if (iAttributes <= MAX_COMPARED) {
+            return true;
+        }
+        std::sort(m_vecHashes.begin(), m_vecHashes.end());
+        return std::adjacent_find(m_vecHashes.begin(), m_vecHashes.end()) == m_vecHashes.end();
+    }
+
     bool PassAttribute(std::size_t iAttribute) {
         const std::string_view strName = PassName();
-        const auto pEnd = m_aAttributes.begin() + static_cast<std::ptrdiff_t>(iAttribute);
-        if (strName.empty() || iAttribute == MAX_ATTRIBUTES ||
-            std::find(m_aAttributes.begin(), pEnd, strName) != pEnd) {
+        if (strName.empty() || !NoteAttribute(strName, iAttribute)) {
             return false;
         }
-        m_aAttributes[iAttribute] = strName;
         if (strName.substr(0, NAMESPACE_DECLARATION.size()) == NAMESPACE_DECLARATION) {
             Unwritten();
         }
@@ -207,7 +234,7 @@ class CProver {
             const bool bSpace = Pass(' ');
             const bool bBlanks = PassBlanks();
             if (IsAt('>') || IsAt('/')) {
-                return !bSpace || Unwritten();
+                return AreDistinct(i) && (!bSpace || Unwritten());
             }
             if ((!bSpace && !bBlanks) || !PassAttribute(i)) {
                 return false;
@@ -273,7 +300,8 @@ class CProver {
     SXMLProof m_proof;
     std::array<std::string_view, CXMLParser::MAX_DEPTH> m_aOpen;
     std::size_t m_iOpen = 0;
-    std::array<std::string_view, MAX_ATTRIBUTES> m_aAttributes;
+    std::array<std::string_view, MAX_COMPARED> m_aAttributes;
+    std::vector<XXH64_hash_t> m_vecHashes;
     bool m_bManyNames = false;
     bool m_bTextInRoot = false;
 };

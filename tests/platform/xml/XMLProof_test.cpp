@@ -22,6 +22,11 @@ std::string Nested(std::size_t iDepth) {
     return strText;
 }
 
+/** @return the attributes of the text, one of them by another name */
+std::string Renamed(std::string strText, const std::string& strName, const std::string& strOther) {
+    return strText.replace(strText.find(strName + "="), strName.size(), strOther);
+}
+
 std::string WithAttributes(int iCount) {
     std::string strText = "<a";
     for (int i = 0; i < iCount; ++i) {
@@ -51,6 +56,8 @@ TEST(XmlProof, WhatWritersPutIsProvenToBeAsWritten) {
         {"<a:b.c-d_e :=\"1\" _=\"2\"/>", "", ""},
         {Nested(256), Nested(256).substr(3, Nested(256).size() - 7), "a"},
         {WithAttributes(32), "", ""},
+        {WithAttributes(33), "", ""},
+        {"<a>" + WithAttributes(1000) + WithAttributes(40) + "</a>", WithAttributes(1000) + WithAttributes(40), "a"},
     };
     for (const auto& row : ROWS) {
         const SXMLProof proof = ProveXml(row.strText);
@@ -140,7 +147,10 @@ TEST(XmlProof, NothingIsProvenOfAnyOtherText) {
              "<a b=\"&\"/>"s,
              "<a =\"1\"/>"s,
              "<a></a b=\"1\">"s,
-             WithAttributes(33),
+             "<a b7=\"\" b1=\"\" b7=\"\"/>"s,
+             Renamed(WithAttributes(33), "b32", "b7"),
+             Renamed(WithAttributes(33), "b7", "b32"),
+             Renamed(WithAttributes(2000), "b1500", "b1999"),
              // Text.
              "<a>]]></a>"s,
              "<a>x]]]>y</a>"s,
