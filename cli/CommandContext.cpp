@@ -147,7 +147,7 @@ void CCommandContext::OpenLog() {
     std::string strPath;
     if (!m_options.strLog.empty() && m_options.strLog != STANDARD_STREAM) {
         strPath = GetAbsolute(m_options.strLog);
-        if (IsDatabase(strPath) || IsOfStore(strPath, GetStorePath())) {
+        if (IsDatabase(strPath) || IsBesideDatabase(strPath) || IsOfStore(strPath, GetStorePath())) {
             throw CToolError(EVerdict::USAGE, "--log: " + Text::Printable(m_options.strLog) + " is a store");
         }
         std::error_code error;

@@ -63,6 +63,13 @@ bool IsOfStore(const std::string& strPath, const std::string& strStore) {
            });
 }
 
+bool IsBesideDatabase(const std::string& strPath) {
+    const std::string strPlace = FindPlace(strPath).string();
+    return std::any_of(std::begin(SIDE_FILES), std::end(SIDE_FILES), [&](std::string_view strSideFile) {
+        return strPlace.ends_with(strSideFile) && IsDatabase(strPlace.substr(0, strPlace.size() - strSideFile.size()));
+    });
+}
+
 bool IsDatabase(const std::string& strPath) {
     std::error_code error;
     std::array<char, DATABASE_HEADER.size()> aHeader{};

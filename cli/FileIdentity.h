@@ -25,3 +25,6 @@ bool IsOfStore(const std::string& strPath, const std::string& strStore);
 
 /** @return whether the file begins as a database of settings does; writing to it would destroy a store */
 bool IsDatabase(const std::string& strPath);
+
+/** @return whether the path is that of a file that is kept beside such a database while it is used, there or not */
+bool IsBesideDatabase(const std::string& strPath);

@@ -18,10 +18,11 @@ bool IsDash(const std::string& strFile) {
 /** Refuses files that would be lost. */
 void CheckTarget(const CCommandContext& context, const std::string& strFile, const std::string& strPath) {
     const std::string strStore = context.GetStorePath();
-    if (IsOfStore(strPath, strStore) || IsDatabase(strPath)) {
-        const char* pWhat = IsSameFile(strPath, strStore) ? ": is the store itself"
-                            : IsDatabase(strPath)         ? ": is a store"
-                                                          : ": is a file of the store";
+    if (IsOfStore(strPath, strStore) || IsDatabase(strPath) || IsBesideDatabase(strPath)) {
+        const char* pWhat = IsSameFile(strPath, strStore)  ? ": is the store itself"
+                            : IsDatabase(strPath)          ? ": is a store"
+                            : IsOfStore(strPath, strStore) ? ": is a file of the store"
+                                                           : ": is a file of a store";
         throw CToolError(EVerdict::USAGE, Text::Printable(strFile) + pWhat + "; name another file");
     }
     context.CheckIsNoLog(strFile);

@@ -1,7 +1,9 @@
 #include "cli/OutputFile.h"
 
 #include <cerrno>
+#include <climits>
 #include <cstdio>
+#include <cstring>
 #include <filesystem>
 #include <system_error>
 #include <utility>
@@ -19,9 +21,18 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::int64_t KEPT_STEP = 1 << 20;
+constexpr const char TEMPORARY[] = ".XXXXXX";
+constexpr const char SHORT_NAME[] = ".dlpctl";
 constexpr mode_t NEW_FILE_MODE = 0666;
 constexpr mode_t MODE_BITS = 07777;
 constexpr const char FOREIGN_LINK[] = ": another user's link in a folder where everybody may write is not followed";
+
+/** @return a name beside the target, hidden, for mkostemp: after the target's, where that leaves room for more */
+std::string MakeTemplate(const fs::path& target) {
+    const std::string strName = "." + target.filename().string();
+    const bool bFits = strName.size() + std::strlen(TEMPORARY) <= NAME_MAX;
+    return (target.parent_path() / ((bFits ? strName : SHORT_NAME) + TEMPORARY)).string();
+}
 
 /** In a folder where everybody may put files, another user's link may lead anywhere. */
 bool IsTrap(const fs::path& link) {
@@ -107,8 +118,7 @@ void COutputFile::OpenTemporary() {
     if (bExists && ::faccessat(AT_FDCWD, m_strTarget.c_str(), W_OK, AT_EACCESS) != 0) {
         Fail(errno);
     }
-    const fs::path target(m_strTarget);
-    std::string strTemplate = (target.parent_path() / ("." + target.filename().string() + ".XXXXXX")).string();
+    std::string strTemplate = MakeTemplate(m_strTarget);
     m_iFile = ::mkostemp(strTemplate.data(), O_CLOEXEC);
     if (m_iFile < 0) {
         Fail(errno);

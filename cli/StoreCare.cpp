@@ -99,10 +99,10 @@ std::string GetPath(const CCommandContext& context) {
     return strPath;
 }
 
-/** @return the absolute path of a backup @throws CToolError (USAGE) when it is none or the store itself */
+/** @return the absolute path of a backup @throws CToolError (USAGE) when it is none, the store or a file beside one */
 std::string GetBackupPath(const CCommandContext& context, const std::string& strFile) {
     const std::string strPath = context.GetAbsolute(strFile);
-    if (strFile == STANDARD_STREAM || IsOfStore(strPath, GetPath(context))) {
+    if (strFile == STANDARD_STREAM || IsBesideDatabase(strPath) || IsOfStore(strPath, GetPath(context))) {
         throw CToolError(EVerdict::USAGE, Text::Quoted(strFile) + " cannot be a backup of this store; name a file");
     }
     context.CheckIsNoLog(strFile);

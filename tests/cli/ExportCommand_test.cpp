@@ -79,6 +79,25 @@ TEST_F(ExportCommand, FilesBesideTheStoreAreKept) {
     }
 }
 
+TEST_F(ExportCommand, FilesBesideAnotherStoreAreKept) {
+    Import(Documents::Small());
+    ASSERT_EQ(Run({"store", "backup", m_dir.Path("other.db")}).iCode, 0);
+    for (const char* pSideFile : {"-wal", "-shm", "-journal", "-writer"}) {
+        const std::string strFile = m_dir.Path("other.db") + pSideFile;
+        const std::string strLink = m_dir.Path("link");
+        fs::create_symlink(strFile, strLink);
+        EXPECT_EQ(Run({"export", "--all", "-o", strFile}).strErr,
+                  "dlpctl: " + strFile + ": is a file of a store; name another file\n");
+        EXPECT_EQ(Run({"export", "--all", "-o", strLink}).strErr,
+                  "dlpctl: " + strLink + ": is a file of a store; name another file\n");
+        EXPECT_EQ(Run({"--log", strFile, "list", "templates"}).strErr, "dlpctl: --log: " + strFile + " is a store\n");
+        EXPECT_EQ(Run({"store", "backup", strFile}).iCode, 3);
+        EXPECT_FALSE(fs::exists(strFile));
+        fs::remove(strLink);
+    }
+    EXPECT_EQ(Run({"-q", "export", "--all", "-o", m_dir.Path("none-wal")}).iCode, 0);
+}
+
 TEST_F(ExportCommand, FilesBesideTheStoreAreKeptFromLinksThatLeadNowhere) {
     Import(Documents::Small());
     const std::string strPolicy = m_dir.Write("policy.xml", Documents::Small());

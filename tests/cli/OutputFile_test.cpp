@@ -165,6 +165,19 @@ TEST(OutputFile, WhatCannotBeWrittenIsSaidWithItsReason) {
     EXPECT_EQ(CountEntries(dir.Path()), 2U);
 }
 
+TEST(OutputFile, ANameMayBeAsLongAsTheSystemTakesIt) {
+    for (const std::size_t iLength : {247U, 248U, 249U, 255U}) {
+        const CTempDir dir;
+        const std::string strName(iLength, 'x');
+        Write(dir.Path(strName), "text");
+        EXPECT_EQ(dir.Read(strName), "text");
+        EXPECT_EQ(CountEntries(dir.Path()), 1U) << iLength;
+    }
+    const CTempDir dir;
+    EXPECT_EQ(Refusal(dir.Path(std::string(256, 'x'))), "cannot write FILE: File name too long");
+    EXPECT_EQ(CountEntries(dir.Path()), 0U);
+}
+
 TEST(OutputFile, AFileThatMayNotBeWrittenIsNotReplaced) {
     const CTempDir dir;
     const std::string strPath = dir.Write("file", "old");
