@@ -87,7 +87,7 @@ Fault FindOutside(const CFaultyPlace& place) {
     if (place.Reads(DOCTYPE)) {
         return Make(place, "a DOCTYPE is not allowed", "remove it");
     }
-    if (place.IsIn(EPiece::INSTRUCTION) && place.Reads(XML_DECLARATION)) {
+    if (place.IsIn(EPiece::INSTRUCTION) && place.Reads(XML_DECLARATION) && place.GetOffset() > 0) {
         return Make(place, "the XML declaration does not stand at the beginning",
                     "remove it, or what stands before it");
     }

@@ -20,9 +20,13 @@ namespace {
 constexpr char NOT_UTF8[] = "not UTF-8";
 constexpr char DOCTYPE_REFUSED[] = "a DOCTYPE is not allowed";
 constexpr char TOO_DEEP[] = "elements are nested more than 256 deep";
+constexpr char NOT_VERSION_1[] = "the XML version is neither 1.0 nor another 1.x";
 constexpr char NOT_CLOSED[] = "an element is not closed";
 static_assert(CXMLParser::MAX_DEPTH == 256, "TOO_DEEP names the number");
 
+/** Of every version that a document of this one may declare: digits follow. */
+constexpr std::string_view VERSION_START = "1.";
+constexpr std::string_view DIGITS = "0123456789";
 constexpr char BYTE_ORDER_MARK[] = "\xEF\xBB\xBF";
 constexpr char DOCTYPE_START[] = "<!DOCTYPE";
 
@@ -56,9 +60,19 @@ void XMLCALL OnEnd(void* pGate, const XML_Char*) {
     --static_cast<SGate*>(pGate)->iDepth;
 }
 
-void XMLCALL OnDeclaration(void* pGate, const XML_Char*, const XML_Char* pEncoding, int) {
+/** The engine takes any version for its own. */
+bool IsVersion(std::string_view strVersion) {
+    return strVersion.size() > VERSION_START.size() && strVersion.substr(0, VERSION_START.size()) == VERSION_START &&
+           strVersion.find_first_not_of(DIGITS, VERSION_START.size()) == std::string_view::npos;
+}
+
+void XMLCALL OnDeclaration(void* pGate, const XML_Char* pVersion, const XML_Char* pEncoding, int) {
+    SGate& gate = *static_cast<SGate*>(pGate);
     const std::string_view strEncoding = pEncoding == nullptr ? "" : pEncoding;
-    static_cast<SGate*>(pGate)->bDeclaredUtf16 = OS::EqualsNoCase(strEncoding.substr(0, 6), "UTF-16");
+    gate.bDeclaredUtf16 = OS::EqualsNoCase(strEncoding.substr(0, 6), "UTF-16");
+    if (!IsVersion(pVersion == nullptr ? "" : pVersion)) {
+        Refuse(gate, NOT_VERSION_1);
+    }
 }
 
 void XMLCALL OnDoctype(void* pGate, const XML_Char*, const XML_Char*, const XML_Char*, int) {

@@ -69,6 +69,8 @@ TEST(XmlFault, SaysWhatToWrite) {
         {"<a/><?xml version='1.0'?>",
          "4 the XML declaration does not stand at the beginning; remove it, or what stands before it"},
         {"<!-- x --><!DOCTYPE a><a/>", "10 a DOCTYPE is not allowed; remove it"},
+        {"<?xml version='9.9'?><a/>",
+         "0 the XML version is neither 1.0 nor another 1.x; correct it here or shortly before this place"},
         {"<a><![CDATA[x]]</a>", "3 a CDATA section has no end; end it with \"]]>\""},
         {"<a><", "3 what begins here has no end; end it with \">\""},
     };

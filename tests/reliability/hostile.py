@@ -101,6 +101,8 @@ def encodings() -> Iterator[Hostile]:
                         ("reference beyond Unicode", b"&#x110000;"), ("reference of many digits", b"&#" + b"9" * 100000 + b";")):
         yield Hostile(name, SMALL.replace(b"<![CDATA[", wrong + b"<![CDATA["))
         yield Hostile(name + " in an attribute", SMALL.replace(b"E &amp;", b"E " + wrong))
+    yield Hostile("another version", SMALL.replace(b'version="1.0"', b'version="9.9"', 1))
+    yield Hostile("version of many digits", SMALL.replace(b'version="1.0"', b'version="1.' + b"9" * 100000 + b'"', 1), TAKEN)
     yield Hostile("zero bytes after the end", SMALL + b"\0" * 1000)
     yield Hostile("zero bytes alone", b"\0" * 100000)
     yield Hostile("nothing", b"")

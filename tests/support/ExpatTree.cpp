@@ -3,12 +3,14 @@
 #include <expat.h>
 
 #include <algorithm>
+#include <regex>
 
 namespace {
 
 struct SReader {
     std::vector<SExpatNode> vecOpen{1};  ///< the first stands for the document
     bool bInCdata = false;
+    XML_Parser parser = nullptr;
 };
 
 SReader& Reader(void* pReader) {
@@ -57,6 +59,14 @@ void OnComment(void* pReader, const XML_Char* pText) {
     Add(pReader, SExpatNode::COMMENT, "", pText);
 }
 
+/** The engine takes every version. */
+void OnDeclaration(void* pReader, const XML_Char* pVersion, const XML_Char*, int) {
+    static const std::regex s_version("1\\.[0-9]+");
+    if (!std::regex_match(pVersion, s_version)) {
+        XML_StopParser(static_cast<SReader*>(pReader)->parser, XML_FALSE);
+    }
+}
+
 void OnInstruction(void* pReader, const XML_Char* pTarget, const XML_Char* pText) {
     Add(pReader, SExpatNode::INSTRUCTION, pTarget, pText);
 }
@@ -69,13 +79,14 @@ bool IsBlank(const std::string& strText) {
 
 bool ReadWithExpat(std::string_view strText, SExpatNode& root) {
     SReader reader;
-    const XML_Parser parser = XML_ParserCreate("UTF-8");
+    const XML_Parser parser = reader.parser = XML_ParserCreate("UTF-8");
     XML_SetUserData(parser, &reader);
     XML_SetElementHandler(parser, OnStart, OnEnd);
     XML_SetCharacterDataHandler(parser, OnText);
     XML_SetCdataSectionHandler(parser, OnCdataStart, OnCdataEnd);
     XML_SetCommentHandler(parser, OnComment);
     XML_SetProcessingInstructionHandler(parser, OnInstruction);
+    XML_SetXmlDeclHandler(parser, OnDeclaration);
     const bool bRead = XML_Parse(parser, strText.data(), static_cast<int>(strText.size()), 1) == XML_STATUS_OK;
     XML_ParserFree(parser);
     for (const SExpatNode& node : reader.vecOpen.front().vecChildren) {

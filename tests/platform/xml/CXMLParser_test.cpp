@@ -127,6 +127,19 @@ TEST(XmlLoad, TextIsJudgedByItselfWhateverCameBefore) {
     }
 }
 
+TEST(XmlLoad, VersionIsOneOfTheFirst) {
+    const auto fnDeclared = [](const char* pVersion) { return std::string("<?xml version='") + pVersion + "'?><a/>"; };
+    for (const char* pVersion : {"1.0", "1.1", "1.9", "1.10", "1.00"}) {
+        EXPECT_EQ("loaded", LoadError(fnDeclared(pVersion))) << pVersion;
+    }
+    for (const char* pVersion : {"9.9", "2.0", "1", "1.", "1.0a", "1.x", "01.0", "1.-1", "1.0.0", "a"}) {
+        EXPECT_EQ("the XML version is neither 1.0 nor another 1.x @0 1:1", LoadError(fnDeclared(pVersion))) << pVersion;
+    }
+    EXPECT_EQ("the XML version is neither 1.0 nor another 1.x @3 1:1", LoadError("\xEF\xBB\xBF" + fnDeclared("9.9")));
+    EXPECT_NE("loaded", LoadError(fnDeclared("")));
+    EXPECT_NE("loaded", LoadError(fnDeclared(" 1.0")));
+}
+
 TEST(XmlLoad, EveryDoctypeIsRefusedAtItsBeginning) {
     const char* const DOCTYPES[] = {
         "<!DOCTYPE a>",
