@@ -48,9 +48,14 @@ bool IsPlain(const std::string& strNote) {
     });
 }
 
-/** @return whether a writer that ended left the text; what anybody else wrote stays */
+/** @return whether a writer left the text; what anybody else wrote stays */
 bool IsNote(const std::string& strText) {
     return strText.rfind(BEGINNING, 0) == 0 && IsPlain(strText);
+}
+
+/** A power cut may leave a note's length without its text. */
+bool IsLeftBehind(const std::string& strText) {
+    return IsNote(strText) || (!strText.empty() && strText.find_first_not_of('\0') == std::string::npos);
 }
 
 }  // namespace
@@ -67,7 +72,7 @@ int CWriterNote::Take() const {
     const int iFile = ::open(GetPath().c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, OWN_MODE);
     struct stat status {};
     if (iFile >= 0 && ::flock(iFile, LOCK_EX | LOCK_NB) == 0 && ::fstat(iFile, &status) == 0 &&
-        S_ISREG(status.st_mode) && status.st_nlink == 1 && (status.st_size == 0 || IsNote(ReadNote(iFile)))) {
+        S_ISREG(status.st_mode) && status.st_nlink == 1 && (status.st_size == 0 || IsLeftBehind(ReadNote(iFile)))) {
         return iFile;
     }
     if (iFile >= 0) {

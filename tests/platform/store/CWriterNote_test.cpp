@@ -54,6 +54,15 @@ TEST_F(WriterNote, NoteOfAProcessThatIsGoneIsNotBelieved) {
     EXPECT_NE(std::string::npos, CWriterNote(Path()).Read().find(std::to_string(::getpid())));
 }
 
+TEST_F(WriterNote, NoteThatLostItsTextToAPowerCutIsTakenOver) {
+    m_folder.Write("settings.db-writer", std::string(50, '\0'));
+    CWriterNote writer(Path());
+    writer.Leave();
+    EXPECT_NE("", writer.Read());
+    writer.Remove();
+    EXPECT_FALSE(fs::exists(Path() + "-writer"));
+}
+
 TEST_F(WriterNote, SecondWriterTakesNothingFromTheFirst) {
     CWriterNote first(Path());
     first.Leave();
