@@ -122,13 +122,20 @@ CSqliteConnection::CSqliteConnection(const std::string& strPath, int iBusyMillis
       m_iBusyMilliseconds(iBusyMilliseconds) {
     const bool bRead = eUse == EUnitOfWork::READ;
     const bool bWritable = !bRead || FindSqliteFile(m_strPath, m_strUrl);
-    const bool bEmpty = !bRead && MakeSqliteFile(m_strPath, m_strUrl);
+    bool bEmpty = !bRead && MakeSqliteFile(m_strPath, m_strUrl);
     // Who may write removes the engine's side files in the end, also when nothing is to be written.
     if (bRead && IsSqliteFileFixed(m_strPath)) {
         m_fixed = GetSqliteFileState(m_strPath);
         Open(MakeFixedName(m_strPath), SQLITE_OPEN_READONLY | SQLITE_OPEN_URI);
     } else {
         Open(m_strPath, bWritable ? SQLITE_OPEN_READWRITE : SQLITE_OPEN_READONLY);
+    }
+    // The power was cut while the store was made. The engine makes the file empty again, and must then open it anew:
+    // whether pages have checksums it asks then alone.
+    if (!bEmpty && bWritable && WasSqliteFileEmpty(m_strPath) && HasNoHeader()) {
+        Number(COUNT_PAGES);
+        Open(m_strPath, SQLITE_OPEN_READWRITE);
+        bEmpty = IsSqliteFileEmpty(m_strPath);
     }
     if (!bEmpty) {
         BringUp();
@@ -255,20 +262,33 @@ void CSqliteConnection::SClose::operator()(sqlite3* pDb) const noexcept {
     sqlite3_close(pDb);
 }
 
-/**
- * Looks at the file before the engine does: its first statement may already repair or convert a file that is none of
- * ours. The file is read through the engine's own handle, because closing a second one would drop the engine's locks.
- */
-int CSqliteConnection::CheckHeader() const {
+/** The file is read through the engine's own handle, because closing a second one would drop the engine's locks. */
+int CSqliteConnection::ReadFirstPage(std::vector<unsigned char>& vecPage) const {
     sqlite3_file* pFile = nullptr;
     sqlite3_file_control(Get(), nullptr, SQLITE_FCNTL_FILE_POINTER, &pFile);
-    std::vector<unsigned char> vecPage(SqlitePageSums::PAGE_SIZE);
+    vecPage.resize(SqlitePageSums::PAGE_SIZE);
     int iCode = SQLITE_IOERR_DATA;
     // Another process may be writing the page just now: nothing locks it here.
     for (int iTries = 0; iCode == SQLITE_IOERR_DATA && iTries < HEADER_TRIES; ++iTries) {
         sqlite3_sleep(iTries);
         iCode = pFile->pMethods->xRead(pFile, vecPage.data(), SqlitePageSums::PAGE_SIZE, 0);
     }
+    return iCode;
+}
+
+bool CSqliteConnection::HasNoHeader() const {
+    std::vector<unsigned char> vecPage;
+    return ReadFirstPage(vecPage) == SQLITE_OK &&
+           std::all_of(vecPage.begin(), vecPage.begin() + HEADER_END, [](unsigned char c) { return c == 0; });
+}
+
+/**
+ * Looks at the file before the engine does: its first statement may already repair or convert a file that is none of
+ * ours.
+ */
+int CSqliteConnection::CheckHeader() const {
+    std::vector<unsigned char> vecPage;
+    const int iCode = ReadFirstPage(vecPage);
     if (iCode != SQLITE_OK && iCode != SQLITE_IOERR_SHORT_READ && iCode != SQLITE_IOERR_DATA) {
         Refuse(sqlite3_errstr(iCode));
     }

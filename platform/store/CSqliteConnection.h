@@ -4,6 +4,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "platform/store/CSettingsStore.h"
 #include "platform/store/CWriterNote.h"
@@ -69,6 +70,8 @@ class CSqliteConnection {
     };
 
     static int Wait(void* pConnection, int iTries) noexcept;
+    int ReadFirstPage(std::vector<unsigned char>& vecPage) const;
+    bool HasNoHeader() const;
     /** @return the version of the schema */
     int CheckHeader() const;
     void BringUp();

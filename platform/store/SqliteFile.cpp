@@ -8,7 +8,9 @@
 #include <algorithm>
 #include <cerrno>
 #include <filesystem>
+#include <fstream>
 #include <iterator>
+#include <string_view>
 #include <system_error>
 
 #include "platform/store/StoreError.h"
@@ -21,6 +23,9 @@ constexpr int MOST_LINKS = 40;
 constexpr int MOST_TRIES = 10;
 constexpr const char JOURNAL[] = "-wal";
 constexpr const char ROLLBACK_JOURNAL[] = "-journal";
+constexpr std::string_view JOURNAL_MAGIC = "\xd9\xd5\x05\xf9\x20\xa1\x63\xd7";
+constexpr std::size_t JOURNAL_PAGES = 16;  ///< where a journal says how many pages the file had before
+constexpr std::size_t JOURNAL_HEADER_SIZE = 20;
 constexpr const char CANNOT_READ[] = "cannot read the file";
 constexpr const char CANNOT_MAKE[] = "cannot make the file";
 constexpr const char CANNOT_MAKE_FOLDER[] = "cannot make the folder ";
@@ -212,6 +217,14 @@ bool IsSqliteFileCut(const std::string& strPath) {
 
 bool HasSqliteJournal(const std::string& strPath) {
     return HoldsBytes(strPath + JOURNAL) || HoldsBytes(strPath + ROLLBACK_JOURNAL);
+}
+
+bool WasSqliteFileEmpty(const std::string& strPath) {
+    std::array<char, JOURNAL_HEADER_SIZE> aHeader{};
+    std::ifstream journal(strPath + ROLLBACK_JOURNAL, std::ios::binary);
+    return journal.read(aHeader.data(), aHeader.size()) &&
+           std::equal(JOURNAL_MAGIC.begin(), JOURNAL_MAGIC.end(), aHeader.begin()) &&
+           std::all_of(aHeader.begin() + JOURNAL_PAGES, aHeader.end(), [](char c) { return c == '\0'; });
 }
 
 FileState GetSqliteFileState(const std::string& strPath) {

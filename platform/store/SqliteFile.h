@@ -59,6 +59,13 @@ bool IsSqliteFileCut(const std::string& strPath);
  */
 bool HasSqliteJournal(const std::string& strPath);
 
+/**
+ * @param strPath with all links followed
+ * @return whether the engine's journal says that the file was empty before: somebody is making the store, or has not
+ * finished
+ */
+bool WasSqliteFileEmpty(const std::string& strPath);
+
 /** What changes whenever a file is written: its length, and when it was changed, in seconds and nanoseconds. */
 using FileState = std::array<std::int64_t, 3>;
 

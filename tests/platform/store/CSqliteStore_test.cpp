@@ -268,6 +268,22 @@ TEST_F(SqliteStore, FirstPageThatIsHalfWrittenIsTakenFromTheJournal) {
               RefusalOf(m_folder.Path("alone.db")));
 }
 
+TEST_F(SqliteStore, StoreWhosePowerWasCutWhileItWasMadeIsMadeAnew) {
+    for (const EUnitOfWork eUse : {EUnitOfWork::READ, EUnitOfWork::WRITE}) {
+        m_folder.Write("settings.db", std::string(SqlitePageSums::PAGE_SIZE, '\0') + std::string(5000, 'p'));
+        m_folder.Write("settings.db-journal", JournalOfAnEmptyFile());
+        EXPECT_EQ("", DumpStore(*std::make_unique<CSqliteStore>(Path(), SHORT_WAIT, eUse)));
+        CSqliteStore(Path()).Save(Expression("A"));
+        EXPECT_EQ(SqlitePageSums::SUM_SIZE, m_folder.Read("settings.db")[20]);
+        CSqliteStore(Path()).Check([](const SStoreDamage& damage) { ADD_FAILURE() << ToText(damage); });
+    }
+    m_folder.Write("alone.db", std::string(SqlitePageSums::PAGE_SIZE, '\0'));
+    EXPECT_NE(std::string::npos, RefusalOf(m_folder.Path("alone.db")).find("it is no settings store"));
+    m_folder.Write("alone.db-journal", "of somebody else, with more bytes");
+    EXPECT_NE(std::string::npos, RefusalOf(m_folder.Path("alone.db")).find("it is no settings store"));
+    EXPECT_EQ(std::string(SqlitePageSums::PAGE_SIZE, '\0'), m_folder.Read("alone.db"));
+}
+
 TEST_F(SqliteStore, FileThatWasCutToNothingIsNotTakenForANewOne) {
     m_folder.Write("settings.db", "");
     m_folder.Write("settings.db-wal", "a journal");
