@@ -15,6 +15,7 @@
 #include "cli/FileIdentity.h"
 #include "cli/Signals.h"
 #include "cli/Verdict.h"
+#include "platform/system/Synchronise.h"
 
 namespace {
 
@@ -25,6 +26,7 @@ constexpr const char TEMPORARY[] = ".XXXXXX";
 constexpr const char SHORT_NAME[] = ".dlpctl";
 constexpr mode_t NEW_FILE_MODE = 0666;
 constexpr mode_t MODE_BITS = 07777;
+constexpr const char UNSURE[] = " is written, but a power cut may undo that: ";
 constexpr const char FOREIGN_LINK[] = ": another user's link in a folder where everybody may write is not followed";
 
 /** @return a name beside the target, hidden, for mkostemp: after the target's, where that leaves room for more */
@@ -54,15 +56,6 @@ bool IsRegularOrNone(const fs::path& target) {
     std::error_code error;
     const fs::file_type eType = fs::status(target, error).type();
     return GetDescriptor(target) < 0 && (eType == fs::file_type::regular || eType == fs::file_type::not_found);
-}
-
-/** A rename survives a power cut once its folder does; a folder that cannot be synchronised is no reason to fail. */
-void SynchroniseFolder(const fs::path& folder) {
-    const int iFolder = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (iFolder >= 0) {
-        ::fsync(iFolder);
-        ::close(iFolder);
-    }
 }
 
 }  // namespace
@@ -167,12 +160,15 @@ void COutputFile::Commit() {
         }
         return;
     }
+    const std::string strFolder = fs::path(m_strTarget).parent_path().string();
     if (::fsync(m_iFile) != 0 || ::close(std::exchange(m_iFile, -1)) != 0 ||
         std::rename(m_strTemporary.c_str(), m_strTarget.c_str()) != 0) {
         Fail(errno);
     }
     m_strTemporary.clear();
-    SynchroniseFolder(fs::path(m_strTarget).parent_path());
+    if (const int iError = SYS::SynchroniseFolder(strFolder); iError != 0) {
+        throw CToolError(EVerdict::OUTPUT, m_strName + UNSURE + std::generic_category().message(iError));
+    }
 }
 
 void COutputFile::Fail(int iError) const {

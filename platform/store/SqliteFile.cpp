@@ -14,6 +14,7 @@
 #include <system_error>
 
 #include "platform/store/StoreError.h"
+#include "platform/system/Synchronise.h"
 
 namespace {
 
@@ -111,6 +112,9 @@ void MakeFolders(const std::filesystem::path& folder, const std::string& strUrl)
         made /= part;
         if (::mkdir(made.c_str(), FOLDER_MODE) == 0) {
             ::chmod(made.c_str(), FOLDER_MODE);
+            if (const int iSyncError = SYS::SynchroniseFolder(made.parent_path().string()); iSyncError != 0) {
+                ThrowSystemError(strUrl, CANNOT_MAKE_FOLDER + made.string(), iSyncError);
+            }
             continue;
         }
         const int iError = errno;

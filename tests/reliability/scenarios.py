@@ -26,6 +26,7 @@ OUTPUT = "out"
 ANSWER = "answer"
 OLD_OUTPUT = b"what stood there before\n"
 TOO_LATE = "after the store was changed"
+UNSURE = "a power cut may undo that"  # what is done
 OUT_OF_MEMORY = "dlpctl: memory ran out\n"
 EMPTY_STORE = json.dumps({"format": "dlpctl-dump/1", "expressions": [], "keyword_lists": [], "templates": []}) + "\n"
 
@@ -329,11 +330,11 @@ class Judge:
         # A check writes what it finds, an unreadable file too, to standard output.
         if not run.err.startswith("dlpctl: ") and b": error: " not in run.out and not mute:
             return f"exit {run.code} without a word: {run.err}"
-        late = run.code == 4 and (mute or TOO_LATE in run.err)
+        late = run.code == 4 and (mute or TOO_LATE in run.err or UNSURE in run.err)
         if run.dump != self._before and not (late and run.dump == self._whole.dump):
             return f"exit {run.code}, and the store is not as before: {run.err}{run.dump[:200]}"
         # The last words may fail for memory when the file is whole already.
-        done = self._scenario.in_place or self._scenario.reports or run.err == OUT_OF_MEMORY
+        done = self._scenario.in_place or self._scenario.reports or run.err == OUT_OF_MEMORY or UNSURE in run.err
         if run.output != self._old and not (done and self._is_whole(run.output)):
             return f"exit {run.code}, and the output file is not as before: {run.err}"
         # A program that ends where no memory is left to go back does not remove what it was writing.
