@@ -415,11 +415,7 @@ void CSqliteConnection::Throw(int iCode, const char* pDoing) const {
         strWhy += ": " + std::generic_category().message(iError);
     }
     if (iPrimaryCode == SQLITE_BUSY) {
-        const std::string strWriter = m_note.Read();
-        ThrowStoreError(
-            m_strUrl, pDoing,
-            "another process is writing to it" + (strWriter.empty() ? "" : " (" + strWriter + ')') + "; try again",
-            iCode);
+        ThrowBusy(m_strUrl, pDoing, m_note.Read(), iCode);
     }
     RequireUnchanged(pDoing);
     // The statements are right: an error in one is a table or a column that the file lacks.

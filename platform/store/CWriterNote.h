@@ -17,6 +17,7 @@ class CWriterNote {
 
     void Leave() noexcept;
     void Remove() noexcept;
+    bool IsLeft() const { return m_iFile >= 0; }
     /** @return such as "process 12 on host-a, since 2026-03-01T08:00:00Z"; "" when nobody says so */
     std::string Read() const;
 

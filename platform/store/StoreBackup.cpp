@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <filesystem>
+#include <optional>
 #include <system_error>
 #include <utility>
 #include <vector>
@@ -15,8 +16,10 @@
 #include "platform/common/TextConversion.h"
 #include "platform/store/CSqliteConnection.h"
 #include "platform/store/CSqliteStore.h"
+#include "platform/store/CWriterNote.h"
 #include "platform/store/SqliteFile.h"
 #include "platform/store/StoreError.h"
+#include "platform/system/Synchronise.h"
 
 namespace StoreBackup {
 
@@ -29,8 +32,11 @@ constexpr char FORMER[] = ".before-restore";
 constexpr char DAMAGED[] = ".damaged";
 constexpr char JOURNAL[] = "-wal";
 constexpr char ROLLBACK_JOURNAL[] = "-journal";
-constexpr const char* SIDE_FILES[] = {JOURNAL, "-shm", ROLLBACK_JOURNAL, "-writer"};
+constexpr char INDEX[] = "-shm";
+constexpr const char* SIDE_FILES[] = {JOURNAL, INDEX, ROLLBACK_JOURNAL, "-writer"};
+constexpr int STEP_MILLISECONDS = 25;
 constexpr mode_t MODE_BITS = 0777;
+constexpr char IN_PLACE[] = "it is in its place, but a power cut may undo that: ";
 constexpr char UNFINISHED[] = "it is a store that nobody has finished making, and no backup";
 
 [[noreturn]] void ThrowSystemError(const std::string& strPath, const char* pDoing, int iError) {
@@ -49,24 +55,41 @@ bool Exists(const std::string& strPath) {
     return false;
 }
 
-/** @return a path beside the store that is not taken */
-std::string FindFreePath(const std::string& strPath) {
-    std::string strFree = strPath;
-    for (int i = 2; Exists(strFree); ++i) {
-        strFree = strPath + '-' + std::to_string(i);
+/** Whether both names are of one file. */
+bool IsSame(const std::string& strLeft, const std::string& strRight) {
+    struct stat left {};
+    struct stat right {};
+    return ::lstat(strLeft.c_str(), &left) == 0 && ::lstat(strRight.c_str(), &right) == 0 &&
+           left.st_dev == right.st_dev && left.st_ino == right.st_ino;
+}
+
+/** @return a path beside the store that is not taken, or that is the store's own second name */
+std::string FindFreePath(const std::string& strStore, const char* pSuffix) {
+    std::string strFree = strStore + pSuffix;
+    for (int i = 2; Exists(strFree) && !IsSame(strFree, strStore); ++i) {
+        strFree = strStore + pSuffix + '-' + std::to_string(i);
     }
     return strFree;
 }
 
-/** Waits until the disk holds the file, or the folder's list of files. */
-bool Synchronise(const std::string& strPath) {
-    const int iFile = ::open(strPath.c_str(), O_RDONLY | O_CLOEXEC);
-    const bool bDone = iFile >= 0 && ::fsync(iFile) == 0;
-    if (iFile >= 0) {
-        ::close(iFile);
+/** The folder of a file, found before the work: its end must not depend on memory that has run out. */
+class CFolder {
+  public:
+    explicit CFolder(const std::string& strFile)
+        : m_strFile(strFile), m_strFolder(fs::path(strFile).parent_path().string()) {}
+
+    /** From now on a power cut does not undo what was done to the names in it. */
+    void KeepNames(const char* pDoing, const char* pBefore = "") const {
+        if (const int iError = SYS::SynchroniseFolder(m_strFolder); iError != 0) {
+            ThrowStoreError(CSqliteStore::SCHEME + m_strFile, pDoing, pBefore + std::generic_category().message(iError),
+                            iError);
+        }
     }
-    return bDone;
-}
+
+  private:
+    std::string m_strFile;
+    std::string m_strFolder;
+};
 
 /** Names that go, or go back, in the end, unless they are kept. */
 class CNewNames {
@@ -141,11 +164,15 @@ class CTemporaryFile {
         }
     }
 
+    /** Until the names in the folder are kept a power cut may undo it. */
     void Become(const std::string& strTarget) const {
-        if (!Synchronise(m_strPath) || ::rename(m_strPath.c_str(), strTarget.c_str()) != 0) {
-            ThrowSystemError(strTarget, StoreDoing::BACKING_UP, errno);
+        int iError = SYS::Synchronise(m_strPath);
+        if (iError == 0 && ::rename(m_strPath.c_str(), strTarget.c_str()) != 0) {
+            iError = errno;
         }
-        Synchronise(fs::path(strTarget).parent_path().string());
+        if (iError != 0) {
+            ThrowSystemError(strTarget, StoreDoing::BACKING_UP, iError);
+        }
     }
 
   private:
@@ -239,7 +266,7 @@ SRestored Replace(CSettingsStore& backup, CSettingsStore& store, const std::stri
     restored.aReplaced = CountRecords(store);
     restored.aRestored = CountRecords(backup);
     if (restored.aReplaced != Counts{}) {
-        restored.strFormer = FindFreePath(strPath + FORMER);
+        restored.strFormer = FindFreePath(strPath, FORMER);
     }
     if (bTry) {
         return restored;
@@ -264,13 +291,18 @@ SRestored Replace(CSettingsStore& backup, CSettingsStore& store, const std::stri
     return restored;
 }
 
-/** The journals of the damaged file go first: the new file must never stand beside them. */
-void PutAside(const std::string& strPath, const std::string& strAside, CNewNames& names) {
+/**
+ * The journals of the damaged file go first, for good: the new file must never stand beside them, nor in the place of
+ * one that has no other name.
+ */
+void PutAside(const std::string& strPath, const std::string& strAside, const CFolder& folder, CNewNames& names) {
     std::string strName = strAside;
-    if (::link(strPath.c_str(), strName.c_str()) != 0) {
-        ThrowSystemError(strPath, StoreDoing::RESTORING, errno);
+    if (!IsSame(strPath, strAside)) {
+        if (::link(strPath.c_str(), strName.c_str()) != 0) {
+            ThrowSystemError(strPath, StoreDoing::RESTORING, errno);
+        }
+        names.Add(std::move(strName));
     }
-    names.Add(std::move(strName));
     for (const char* pJournal : {JOURNAL, ROLLBACK_JOURNAL}) {
         std::string strFormer = strPath + pJournal;
         strName = strAside + pJournal;
@@ -280,27 +312,64 @@ void PutAside(const std::string& strPath, const std::string& strAside, CNewNames
             ThrowSystemError(strPath, StoreDoing::RESTORING, errno);
         }
     }
-    for (const char* pSideFile : SIDE_FILES) {
-        ::unlink((strPath + pSideFile).c_str());
+    ::unlink((strPath + INDEX).c_str());
+    folder.KeepNames(StoreDoing::RESTORING);
+}
+
+/** Keeps other restorers out, and writers who began before the store was damaged. */
+void LeaveNote(CWriterNote& note, const std::string& strPath) {
+    note.Leave();
+    for (int iWaited = 0; !note.IsLeft(); iWaited += STEP_MILLISECONDS) {
+        const std::string strWriter = note.Read();
+        if (strWriter.empty()) {
+            return;  // nobody keeps it from being left, but the folder or what stands there
+        }
+        if (iWaited >= CSqliteStore::BUSY_MILLISECONDS || CSettingsStore::IsWaitEnded()) {
+            ThrowBusy(CSqliteStore::SCHEME + strPath, StoreDoing::RESTORING, strWriter, EBUSY);
+        }
+        ::usleep(STEP_MILLISECONDS * 1000);
+        note.Leave();
     }
 }
 
-SRestored ReplaceDamaged(CSettingsStore& backup, const std::string& strPath, bool bTry, const Step& fnStep) {
+/** Whether restoring has begun to put the file aside, and was cut short. */
+bool IsHalfAside(const std::string& strPath) {
+    return IsSame(FindFreePath(strPath, DAMAGED), strPath);
+}
+
+/** @return the store, when it can be opened and is sound, and nobody has begun to put it aside */
+std::unique_ptr<CSettingsStore> OpenWhole(const std::string& strPath, EUnitOfWork eUse) {
+    return IsHalfAside(strPath) ? nullptr : OpenSound(strPath, eUse);
+}
+
+/** @return nothing when the store is not damaged by now */
+std::optional<SRestored> ReplaceDamaged(CSettingsStore& backup, const std::string& strPath, bool bTry,
+                                        const Step& fnStep) {
     SRestored restored;
     restored.bDamaged = true;
-    restored.strFormer = FindFreePath(strPath + DAMAGED);
     restored.aRestored = CountRecords(backup);
-    if (!bTry) {
-        WithTemporary(strPath, [&](const CTemporaryFile& file) {
-            Fill(file, backup, fnStep);
-            file.TakeOwner(strPath);
-            CNewNames names;
-            PutAside(strPath, restored.strFormer, names);
-            file.Become(strPath);
-            names.Keep();
-        });
+    if (bTry) {
+        restored.strFormer = FindFreePath(strPath, DAMAGED);
+        return restored;
     }
-    return restored;
+    const bool bReplaced = WithTemporary(strPath, [&](const CTemporaryFile& file) {
+        Fill(file, backup, fnStep);
+        CWriterNote note(strPath);
+        LeaveNote(note, strPath);
+        if (OpenWhole(strPath, EUnitOfWork::WRITE) != nullptr) {
+            return false;
+        }
+        const CFolder folder(strPath);
+        file.TakeOwner(strPath);
+        restored.strFormer = FindFreePath(strPath, DAMAGED);
+        CNewNames names;
+        PutAside(strPath, restored.strFormer, folder, names);
+        file.Become(strPath);
+        names.Keep();
+        folder.KeepNames(StoreDoing::RESTORING, IN_PLACE);
+        return true;
+    });
+    return bReplaced ? std::optional(std::move(restored)) : std::nullopt;
 }
 
 }  // namespace
@@ -319,8 +388,10 @@ Counts Save(CSettingsStore& store, const std::string& strPath, const Step& fnSte
                         "it is no settings store, and is left as it is; name another file");
     }
     return WithTemporary(strPath, [&](const CTemporaryFile& file) {
+        const CFolder folder(strPath);
         const Counts aCounts = Fill(file, store, fnStep);
         file.Become(strPath);
+        folder.KeepNames(StoreDoing::BACKING_UP, IN_PLACE);
         return aCounts;
     });
 }
@@ -350,10 +421,14 @@ SRestored Restore(CSettingsStore& backup, const std::string& strPath, bool bTry,
     if (bTry && !Exists(strStore)) {
         return {{}, CountRecords(backup), false, {}};
     }
-    if (const auto pStore = OpenSound(strStore, bTry ? EUnitOfWork::READ : EUnitOfWork::WRITE)) {
-        return Replace(backup, *pStore, strStore, bTry, fnStep);
+    while (true) {
+        if (const auto pStore = OpenWhole(strStore, bTry ? EUnitOfWork::READ : EUnitOfWork::WRITE)) {
+            return Replace(backup, *pStore, strStore, bTry, fnStep);
+        }
+        if (auto restored = ReplaceDamaged(backup, strStore, bTry, fnStep)) {
+            return std::move(*restored);
+        }
     }
-    return ReplaceDamaged(backup, strStore, bTry, fnStep);
 }
 
 }  // namespace StoreBackup

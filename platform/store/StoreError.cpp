@@ -9,6 +9,12 @@ void ThrowStoreError(const std::string& strUrl, const char* pDoing, const std::s
     throw OS::CException(iCode, OS::WideLenient(strMessage), 0);
 }
 
+void ThrowBusy(const std::string& strUrl, const char* pDoing, const std::string& strWriter, int iCode) {
+    ThrowStoreError(
+        strUrl, pDoing,
+        "another process is writing to it" + (strWriter.empty() ? "" : " (" + strWriter + ')') + "; try again", iCode);
+}
+
 std::string ToText(const SStoreDamage& damage) {
     if (damage.strTable.empty()) {
         return damage.strWhat;

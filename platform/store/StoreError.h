@@ -55,5 +55,11 @@ inline constexpr const char DAMAGED[] =
 [[noreturn]] void ThrowStoreError(const std::string& strUrl, const char* pDoing, const std::string& strWhy,
                                   int iCode = 0);
 
+/**
+ * @param strWriter who writes; "" when nobody says so
+ * @throws OS::CException that another process is writing, always
+ */
+[[noreturn]] void ThrowBusy(const std::string& strUrl, const char* pDoing, const std::string& strWriter, int iCode);
+
 /** @return the damage in one line */
 std::string ToText(const SStoreDamage& damage);

@@ -11,6 +11,7 @@
 #include "platform/common/CException.h"
 #include "platform/store/CMemoryStore.h"
 #include "platform/store/CSqliteStore.h"
+#include "platform/store/CWriterNote.h"
 #include "platform/store/SqlitePageSums.h"
 #include "tests/support/ExceptionText.h"
 #include "tests/support/StoreDump.h"
@@ -214,6 +215,70 @@ TEST_F(StoreBackupTest, PutsADamagedStoreAside) {
         ASSERT_EQ(0, ::stat(Path().c_str(), &status));
         EXPECT_EQ(0640u, status.st_mode & 07777);
     }
+}
+
+TEST_F(StoreBackupTest, DamagedStoreThatIsHalfPutAsideIsPutAsideWhole) {
+    {
+        CSqliteStore store(Path());
+        StoreBackup::Save(store, BackupPath(), NoStep);
+    }
+    Damage(Path(), 0);
+    const std::string strDamaged = m_folder.Read("settings.db");
+    m_folder.Write("settings.db.damaged", "of another time");
+    fs::create_hard_link(Path(), Path() + ".damaged-2");
+    m_folder.Write("settings.db.damaged-2-wal", "its log");
+    const auto restored = StoreBackup::Restore(*StoreBackup::Open(BackupPath()), Path(), false, NoStep);
+    EXPECT_TRUE(restored.bDamaged);
+    EXPECT_EQ(Path() + ".damaged-2", restored.strFormer);
+    EXPECT_EQ(strDamaged, m_folder.Read("settings.db.damaged-2"));
+    EXPECT_EQ("its log", m_folder.Read("settings.db.damaged-2-wal"));
+    EXPECT_EQ(KEPT, DumpFile(Path()));
+    EXPECT_EQ((std::set<std::string>{"backup.db", "settings.db", "settings.db.damaged", "settings.db.damaged-2",
+                                     "settings.db.damaged-2-wal"}),
+              Names());
+}
+
+TEST_F(StoreBackupTest, StoreThatAnotherHasRestoredMeanwhileIsNotPutAside) {
+    {
+        CSqliteStore store(Path());
+        StoreBackup::Save(store, BackupPath(), NoStep);
+    }
+    Damage(Path(), 0);
+    const auto pBackup = StoreBackup::Open(BackupPath());
+    std::unique_ptr<CSqliteStore> pOther;
+    const auto fnOther = [&] {
+        if (pOther == nullptr) {
+            StoreBackup::Restore(*StoreBackup::Open(BackupPath()), Path(), false, NoStep);
+            pOther = std::make_unique<CSqliteStore>(Path());
+            pOther->Save(Expression("new"));
+        }
+    };
+    const auto restored = StoreBackup::Restore(*pBackup, Path(), false, fnOther);
+    EXPECT_FALSE(restored.bDamaged);
+    EXPECT_EQ(Path() + ".before-restore", restored.strFormer);
+    EXPECT_EQ("expressions subject=\"kept\"\nexpressions subject=\"new\"\n", DumpFile(restored.strFormer));
+    EXPECT_EQ(KEPT, DumpStore(*pOther));
+}
+
+TEST_F(StoreBackupTest, DamagedStoreIsNotPutAsideWhileSomebodyWrites) {
+    {
+        CSqliteStore store(Path());
+        StoreBackup::Save(store, BackupPath(), NoStep);
+    }
+    Damage(Path(), 0);
+    CWriterNote writer(Path());
+    writer.Leave();
+    const auto pBackup = StoreBackup::Open(BackupPath());
+    const std::set<std::string> setBefore = Names();
+    CSettingsStore::SetWaitEnder([] { return true; });
+    EXPECT_EQ("settings store sqlite:" + Path() + ", restoring it: another process is writing to it (" + writer.Read() +
+                  "); try again",
+              ExceptionText([&] { StoreBackup::Restore(*pBackup, Path(), false, NoStep); }));
+    CSettingsStore::SetWaitEnder(nullptr);
+    EXPECT_EQ(setBefore, Names());
+    writer.Remove();
+    EXPECT_TRUE(StoreBackup::Restore(*pBackup, Path(), false, NoStep).bDamaged);
+    EXPECT_FALSE(fs::exists(Path() + "-writer"));
 }
 
 TEST_F(StoreBackupTest, AnotherProgramsDatabaseStays) {
