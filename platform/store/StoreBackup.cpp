@@ -398,10 +398,12 @@ Counts Save(CSettingsStore& store, const std::string& strPath, const Step& fnSte
 
 void Renew(CSettingsStore& records, const std::string& strPath, const std::function<void()>& fnLook) {
     WithTemporary(strPath, [&](const CTemporaryFile& file) {
+        const CFolder folder(strPath);
         Fill(file, records, [] {});
         file.TakeOwner(strPath);
         fnLook();
         file.Become(strPath);
+        folder.KeepNames(StoreDoing::OPENING, IN_PLACE);
     });
 }
 
