@@ -26,6 +26,8 @@ namespace fs = std::filesystem;
 
 constexpr const char STANDARD_STREAM[] = "-";
 constexpr const char READ_ONCE[] = "standard input can be read once only; name a file";
+constexpr const char TOO_LARGE[] = "it is larger than 512 MiB, and more is not read";
+constexpr std::size_t MOST_BYTES = std::size_t{512} << 20U;  ///< as TOO_LARGE says
 constexpr const char EMPTY[] = "it is empty";
 constexpr const char NO_MARKUP[] = "there is no \"<\" in it";
 constexpr const char WHICH_FILE[] = "check that this is the file you meant";
@@ -67,6 +69,11 @@ std::string ReadStream(const std::string& strPath) {
     }
 }
 
+bool IsTooLarge(const std::string& strPath) {
+    std::error_code error;
+    return fs::is_regular_file(strPath, error) && fs::file_size(strPath, error) > MOST_BYTES && !error;
+}
+
 /** @return in the system's words why a file cannot be read */
 std::string ExplainUnreadable(const std::string& strFile, const std::string& strPath) {
     std::error_code error;
@@ -87,13 +94,16 @@ template <class Stream, class File>
 auto Read(CCommandContext& context, const std::string& strFile, Stream&& fnStream, File&& fnFile) {
     const std::string strPath = context.GetAbsolute(strFile);
     context.CheckIsNoLog(strFile);
+    if (strFile != STANDARD_STREAM && IsTooLarge(strPath)) {
+        throw CInputError(strFile, TOO_LARGE);
+    }
     try {
         if (strFile == STANDARD_STREAM) {
             return fnStream(context.ReadStandardInput());
         }
         return IsStream(strPath) ? fnStream(ReadStream(strPath)) : fnFile(strPath);
     } catch (const std::system_error& error) {
-        throw CInputError(strFile, error.code().message());
+        throw CInputError(strFile, error.code() == std::errc::file_too_large ? TOO_LARGE : error.code().message());
     } catch (const std::runtime_error&) {
         throw CInputError(strFile, ExplainUnreadable(strFile, strPath));
     } catch (const OS::CException&) {
@@ -236,6 +246,9 @@ std::string ReadDescriptor(int iDescriptor) {
         const ssize_t iRead = ::read(iDescriptor, aBuffer.data(), aBuffer.size());
         if (iRead == 0) {
             return strBytes;
+        }
+        if (iRead > 0 && strBytes.size() + static_cast<std::size_t>(iRead) > MOST_BYTES) {
+            throw std::system_error(EFBIG, std::generic_category());
         }
         if (iRead > 0) {
             strBytes.append(aBuffer.data(), static_cast<std::size_t>(iRead));

@@ -76,8 +76,9 @@ SPolicyFile TakeBytes(std::string strBytes);
 /** @throws CToolError (USAGE) when standard input is named twice */
 void RequireOneInput(const std::vector<std::string>& vecFiles);
 
-/** Reads a file whole. @throws CInputError when it cannot be read */
+/** Reads a file whole. @throws CInputError when it cannot be read, or is larger than any input may be */
 std::string ReadBytes(CCommandContext& context, const std::string& strFile);
 
-/** Reads a descriptor to its end. @throws std::system_error; Signals::SInterrupted when a signal came meanwhile */
+/** Reads a descriptor to its end. @throws std::system_error, also when there is more than any input may hold;
+ * Signals::SInterrupted when a signal came meanwhile */
 std::string ReadDescriptor(int iDescriptor);

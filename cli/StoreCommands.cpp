@@ -45,7 +45,9 @@ constexpr SCommandHelp LOAD = {
     "load",
     "store load FILE",
     "replace the whole store by what a dump holds",
-    "All of it or nothing. \"keywords\" and \"match_rules\" follow from other fields and are not read.\n",
+    "All of it or nothing. \"keywords\" and \"match_rules\" follow from other fields and are not read. What a program "
+    "has "
+    "stored that no document can hold, such as U+0001, is loaded too; an export refuses to write it.\n",
     "  dlpctl store load store.json\n"
     "  dlpctl store dump | dlpctl --store sqlite:copy.db store load -\n",
     "dlpctl-store-load/1",

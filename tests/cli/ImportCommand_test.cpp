@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 #include <csignal>
 
 #include <sys/stat.h>
@@ -462,6 +464,21 @@ TEST_F(ImportCommand, AFileThatCannotBeReadIsSaidInTheSystemsWords) {
                             {"line", nullptr},
                             {"column", nullptr},
                             {"related", nullptr}}));
+}
+
+TEST_F(ImportCommand, AnInputThatIsTooLargeIsNotRead) {
+    const std::string strFile = m_dir.Write("large", "<");
+    std::filesystem::resize_file(strFile, (std::uintmax_t{512} << 20U) + 1);
+    const std::string strSaid = "dlpctl: " + strFile + ": it is larger than 512 MiB, and more is not read";
+    EXPECT_EQ(Run({"import", strFile}).strErr, strSaid + "; nothing was written\n");
+    for (const std::vector<std::string>& vecCommand :
+         {std::vector<std::string>{"fmt"}, {"convert"}, {"store", "load"}, {"assets", "import"}}) {
+        std::vector<std::string> vecWords = vecCommand;
+        vecWords.push_back(strFile);
+        const SToolRun run = Run(vecWords);
+        EXPECT_EQ(run.iCode, 2);
+        EXPECT_EQ(run.strErr.substr(0, strSaid.size()), strSaid);
+    }
 }
 
 TEST_F(ImportCommand, AFileThatMayNotBeReadIsSaid) {

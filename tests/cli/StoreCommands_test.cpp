@@ -218,6 +218,20 @@ TEST_F(StoreCommands, LoadRefusesTextsThatNoStoreKeeps) {
     EXPECT_NE(run.strErr.find("pattern"), std::string::npos) << run.strErr;
 }
 
+TEST_F(StoreCommands, LoadTakesWhatOnlyAProgramCanHaveStored) {
+    CSettingsRow row(ESettingsKind::EXPRESSION);
+    row.SetText(AssetColumn::NAME, "\x01");
+    row.SetText(ExpressionColumn::PATTERN,
+                "a\x01\xEF\xBF\xBE"
+                "b");
+    CSettingsStore::Make(Url("store.db"))->Save(row);
+    const std::string strDump = Dump();
+    EXPECT_EQ(Run({"export", "--all"}).iCode, 0);  // it has no template that would need the expression
+    EXPECT_EQ(Run({"assets", "export", "--all"}).iCode, 2);
+    EXPECT_EQ(RunOn(Url("copy.db"), {"-q", "store", "load", "-"}, strDump).strErr, "");
+    EXPECT_EQ(RunOn(Url("copy.db"), {"store", "dump"}).strOut, strDump);
+}
+
 TEST_F(StoreCommands, LoadRefusesATemplateWhoseElementHasAnotherName) {
     Import(Documents::Small());
     Json dump = Json::parse(Dump());
