@@ -5,7 +5,6 @@
 //   DLP_FAULT_LASTING=1   and so does every later call of the same function
 //   DLP_FAULT_TRACE=FILE  every call is appended to FILE: function, tab, path or descriptor
 // The headers that declare these functions are left out, since some of them define them as well.
-#include <dlfcn.h>
 #include <sys/syscall.h>
 
 #include <cerrno>
@@ -13,6 +12,8 @@
 #include <cstdlib>
 #include <cstring>
 #include <initializer_list>
+
+#include "NextFunction.h"
 
 extern "C" long syscall(long iNumber, ...) noexcept;
 
@@ -128,12 +129,6 @@ class CDetail {
     const char* m_pText = "";
 };
 
-/** What stands behind this library under that name. */
-template <class Function>
-Function* Next(Function*, const char* pName) {
-    return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, pName));
-}
-
 /** A call that cannot be cut short passes. */
 bool Fails(const char* pFunction, const CDetail& detail) {
     const int iFault = NextFault(pFunction, detail.Get());
@@ -155,10 +150,6 @@ bool FailsOrCuts(const char* pFunction, const CDetail& detail, std::size_t& iSiz
 }
 
 }  // namespace
-
-#define NEXT(name)                        \
-    static constexpr char NAME[] = #name; \
-    static auto* const fnNext = Next(&name, NAME)
 
 /** A function whose first argument that tells something is named; failed: what it returns then. */
 #define FAILING(result, name, parameters, arguments, detail, failed)           \
@@ -231,8 +222,8 @@ FAILING(int, ioctl, (int iFile, unsigned long iRequest, void* pArgument), (iFile
 FAILING(int, isatty, (int iFile), (iFile), iFile, 0)
 FAILING(int, fsync, (int iFile), (iFile), iFile, -1)
 FAILING(int, fdatasync, (int iFile), (iFile), iFile, -1)
-FAILING(int, sync_file_range, (int iFile, IOffset iFrom, IOffset iCount, unsigned iHow), (iFile, iFrom, iCount, iHow), iFile,
-        -1)
+FAILING(int, sync_file_range, (int iFile, IOffset iFrom, IOffset iCount, unsigned iHow), (iFile, iFrom, iCount, iHow),
+        iFile, -1)
 FAILING(int, ftruncate, (int iFile, IOffset iTo), (iFile, iTo), iFile, -1)
 FAILING(int, ftruncate64, (int iFile, IOffset iTo), (iFile, iTo), iFile, -1)
 FAILING(IOffset, lseek, (int iFile, IOffset iTo, int iFrom), (iFile, iTo, iFrom), iFile, -1)

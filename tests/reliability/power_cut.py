@@ -1,0 +1,336 @@
+#!/usr/bin/env python3
+"""Cuts the power in commands of dlpctl: after each change that one makes to files, several disks that may be left.
+
+On each of them a fresh process must find the store as it was before the command or as it is after, and sound; every
+other file is the whole old or the whole new one; and the command must then succeed. What a command did that has ended
+stays: the last disks must have all of it.
+"""
+
+from __future__ import annotations
+
+import argparse
+import contextlib
+import random
+import subprocess
+import sys
+import tempfile
+import time
+from collections import Counter
+from collections.abc import Iterator
+from dataclasses import dataclass, replace
+from pathlib import Path
+
+sys.dont_write_bytecode = True
+sys.path.insert(0, str(Path(__file__).resolve().parent))
+
+from disks import (DROPPED, KEPT, MAPPED, TORN, ZEROS, Change, Disk, Names, Pick, Record, State,  # noqa: E402
+                   Synchronised, clear)
+from scenarios import (BACKUP, DONE, EXAMPLES, FIXABLE, OUTPUT, POLICY, SIDE_FILES, STORE, Scenario,  # noqa: E402
+                       World, scenarios)
+
+# One of each kind.
+SAMPLED = ("import, no store", "import", "store load", "rename", "export -o, replacing", "import --report",
+           "store backup, replacing", "store restore", "store restore, damaged store", "fmt --write",
+           "import, store of the first version")
+# A log and standard output are promised by nobody; an editor has files of its own.
+LEFT_OUT = ("import --log", "import --json, into a file", "template edit")
+MUCH = (POLICY % "").replace("</digitalAssets>", "".join(
+    f'<entity name="much {i}" type="Generic" display_name="Much {i}"><regularExpression>{"a" * 130000}</regularExpression>'
+    "</entity>" for i in range(80)) + "</digitalAssets>").encode()
+LOG = "-wal"
+WRITER = "-writer"
+PAGE = 8192
+DAMAGED = "exit 4: "
+EVERYTHING = "all"
+CERTAIN = "what was synchronised"
+MOST_TOLD = 5  # of a command
+READER = """import sqlite3, sys
+store = sqlite3.connect(sys.argv[1], isolation_level=None)
+store.execute("BEGIN")
+print(store.execute("SELECT count(*) FROM sqlite_master").fetchone(), flush=True)
+sys.stdin.read()
+"""
+
+
+@dataclass(frozen=True)
+class Cut:
+    """A command, and what its start has beyond that of its scenario."""
+
+    scenario: Scenario
+    logged: bool = False  # another import is in the log alone
+    read: bool = False  # another process reads the store all the time, so that the log stays
+    store: str = STORE
+    points: int = 0  # how many moments are drawn; 0: every one
+
+
+def cuts(sampled: bool) -> list[Cut]:
+    """The commands, also where a process before has lost its power; sampled: one of each kind."""
+    plain = (POLICY % "").encode()
+    made = ("--store", "sqlite:{folder}/made/here/" + STORE)
+    found = [Cut(scenario) for scenario in scenarios()
+             if (scenario.name in SAMPLED if sampled else scenario.name not in LEFT_OUT)]
+    return found + [
+        Cut(Scenario("import, no folder", (*made, "import", "{in}"), plain, store=False), store="made/here/" + STORE),
+        Cut(Scenario("assets import --only", ("assets", "import", "--only", "iban", "{in}"),
+                     (EXAMPLES / "digital-assets.xml").read_bytes())),
+        Cut(Scenario("check --fix, two files", ("check", "--no-store", "--fix", "{out}", "{in}"), FIXABLE.encode(),
+                     old_output=FIXABLE.encode(), in_place=True)),
+        Cut(Scenario("import, a log", ("import", "{in}"), plain.replace(b"fresh", b"other")), logged=True),
+        Cut(Scenario("import, a reader", ("import", "{in}"), plain), read=True),
+        Cut(Scenario("export -o, a log", ("export", "--all", "-o", "{out}")), logged=True),
+        Cut(Scenario("store restore, a log", ("store", "restore", "{in}"), BACKUP), logged=True),
+        Cut(Scenario("store restore, damaged store, a log", ("store", "restore", "{in}"), BACKUP, damaged=True),
+            logged=True),
+    ] + ([] if sampled else [Cut(Scenario("import, much", ("import", "{in}"), MUCH), points=30)])
+
+
+def picks(change: Change, seed: str) -> list[tuple[str, Pick]]:
+    """Ways in which a disk may have kept what was not synchronised when the power was cut after the change."""
+    found: list[tuple[str, Pick]] = [
+        (EVERYTHING, lambda _: KEPT),
+        (CERTAIN, lambda _: DROPPED),
+        ("names", lambda other: KEPT if isinstance(other, Names) else DROPPED),
+        ("names and zeros", lambda other: KEPT if isinstance(other, Names) else ZEROS),
+        ("bytes", lambda other: DROPPED if isinstance(other, Names) else KEPT),
+        ("the last change", lambda other: KEPT if other is change else DROPPED),
+        ("all but the last change", lambda other: DROPPED if other is change else KEPT),
+    ]
+    for number, share in enumerate((0.2, 0.5, 0.8)):
+        found.append((f"{share:.0%} of it", drawn(random.Random(f"{seed} {number}"), share)))
+    return found
+
+
+def drawn(chance: random.Random, share: float) -> Pick:
+    """Keeps that share, change by change or file by file."""
+    by_file = chance.random() < 0.5
+    known: dict[object, int] = {}
+
+    def pick(change: Change) -> int:
+        key = change.file if by_file and not isinstance(change, Names) else change
+        if key not in known:
+            broken = DROPPED if isinstance(change, Names) else chance.choice((DROPPED, ZEROS, TORN))
+            known[key] = KEPT if chance.random() < share else broken
+        return known[key]
+
+    return pick
+
+
+def numbered(files: dict[str, bytes]) -> State:
+    """Each a file of its own."""
+    return State({path: number for number, path in enumerate(files)}, dict(enumerate(files.values())))
+
+
+@contextlib.contextmanager
+def reading(store: Path) -> Iterator[None]:
+    """In a process of its own: whoever looks at the file in this one would take away its locks."""
+    with subprocess.Popen([sys.executable, "-c", READER, store], stdin=subprocess.PIPE, stdout=subprocess.PIPE) as reader:
+        reader.stdout.readline()
+        yield
+
+
+class Trial:
+    """A command that was recorded, and what the disks must hold that a power cut leaves of it."""
+
+    def __init__(self, world: World, cut: Cut, library: str, logged: State | None) -> None:
+        self._world = world
+        self._scenario = world.filled_in(cut.scenario)
+        self._store = cut.store
+        start = self._start(cut, logged)
+        self._before = self._dump(start)
+        start.put(world.work)
+        trace = world.work.parent / "trace"
+        trace.unlink(missing_ok=True)
+        with reading(world.work / cut.store) if cut.read else contextlib.nullcontext():
+            self.start = State.of(world.work)
+            self._whole = world.again(self._scenario, {"LD_PRELOAD": library, "DLP_RECORD_FILE": str(trace)})
+            self._end = State.of(world.work)
+        if self._whole.code not in DONE:
+            raise RuntimeError(f"{cut.scenario.name}: exit {self._whole.code} undisturbed: {self._whole.err}")
+        self._after = self._dump(self._end)
+        self._record = Record(world.work, self.start, trace.read_bytes())
+        self.changes = self._record.changes
+        self._require_all()
+        self._checks: dict[str, tuple[int, bytes, str]] = {}
+        self.judged: dict[str, tuple[str, bool]] = {}
+
+    def _start(self, cut: Cut, logged: State | None) -> State:
+        clear(self._world.work)
+        self._world.start(cut.scenario)
+        start = State.of(self._world.work)
+        if not cut.logged or logged is None:
+            return start
+        files = {path: start.get(path) or b"" for path in start.paths} | {STORE + LOG: logged.get(STORE + LOG) or b""}
+        sound = logged.get(STORE) or b""
+        found = numbered(files | {STORE: sound})
+        place = PAGE // 2
+        while cut.scenario.damaged and not self._dump(found).startswith(DAMAGED):  # the log may have that page anew
+            found = numbered(files | {STORE: sound[:place] + b"damaged" + sound[place + 7:]})
+            place += PAGE
+        return found
+
+    def _dump(self, state: State) -> str:
+        state.put(self._world.work)
+        return self._world.dump(Path(self._store))
+
+    def _require_all(self) -> None:
+        """All that was recorded makes all that is there: nothing was changed past the recording library."""
+        disk = Disk(self.start)
+        for change in self.changes:
+            disk.change(change)
+        made = disk.state(lambda _: KEPT, random.Random())
+        shown = {path for path in made.paths if not path.endswith(MAPPED)}
+        if shown != set(self._end.paths) or any(made.get(path) != self._end.get(path) for path in shown):
+            raise RuntimeError(f"{self._scenario.name}: the record does not lead to the files that are there")
+
+    def disks(self, chosen: set[tuple[int, int]] | None, seed: int) -> Iterator[tuple[int, str, State]]:
+        """After each change, in each way; or those that are chosen."""
+        disk = Disk(self.start)
+        for number, change in enumerate(self.changes, 1):
+            disk.change(change)
+            for way, (name, pick) in enumerate(picks(change, f"{seed} {number}")):
+                if chosen is None or (number, way) in chosen:
+                    yield number, name, disk.state(pick, random.Random(f"{seed} {number} {way}"))
+
+    def describe(self, moment: int) -> str:
+        """The change before it, for people."""
+        change = self.changes[moment - 1]
+        kind = type(change).__name__.lower()
+        if isinstance(change, Names):
+            return f"{kind} {', '.join(path if file is not None else f'{path} goes' for path, file in change.files.items())}"
+        if isinstance(change, Synchronised) and change.file is None:
+            return f"{kind} folder {change.folder}"
+        return f"{kind} {self._record.called[change.file]}"
+
+    def fault(self, state: State, ended: bool) -> str:
+        """What is wrong with a disk; empty when nothing is."""
+        mark = state.mark()
+        if mark not in self.judged:
+            self.judged[mark] = self._find_fault(state)
+        found, whole = self.judged[mark]
+        return found or ("" if whole or not ended else "what the command did is lost")
+
+    def _find_fault(self, state: State) -> tuple[str, bool]:
+        """And whether it has all that the command did."""
+        dump = self._dump(state)
+        if dump != self._after and not self._is_before(dump):
+            return f"the store is neither as before nor as after: {dump[:300]}", False
+        found = self._find_fault_of_check(state, dump) or self._find_fault_of_files(state, dump)
+        whole = dump == self._after and all(state.get(path) == self._end.get(path) for path in self._others(state))
+        return found or self._find_fault_of_next(state, dump), whole
+
+    def has_effect(self, state: State) -> bool:
+        """Whether the store is as after."""
+        return self._dump(state) == self._after
+
+    def _is_before(self, dump: str) -> bool:
+        return dump == self._before or self._scenario.damaged and dump.startswith(DAMAGED)
+
+    def _check(self) -> tuple[int, bytes, str]:
+        words = ("--store", f"sqlite:{self._world.work}/{self._store}", "store", "check")
+        check = self._world.again(replace(self._scenario, words=words), {})
+        return check.code, check.out, check.err
+
+    def _find_fault_of_check(self, state: State, dump: str) -> str:
+        made = (self._world.work / self._store).stat().st_size if state.get(self._store) else 0
+        given_up = self._scenario.damaged and dump != self._after
+        if made == 0 or given_up or not dump.startswith("{"):  # nobody has finished making it, or it is to be replaced
+            return ""
+        found = self._check()
+        if dump not in self._checks:
+            self._dump(self.start if dump == self._before and self.start.get(self._store) else self._end)
+            self._checks[dump] = self._check()
+        return "" if found == self._checks[dump] else f"store check: {found}"
+
+    def _others(self, state: State) -> list[str]:
+        """What the command finds and makes but for the store."""
+        of_store = {self._store + side for side in ("", *SIDE_FILES)}
+        return sorted({*self.start.paths, *self._end.paths} - of_store)
+
+    def _find_fault_of_files(self, state: State, dump: str) -> str:
+        for path in self._others(state):
+            if state.get(path) not in (self.start.get(path), self._end.get(path)):
+                return f"{path} is neither as before nor as after"
+            former = path.startswith(self._store)  # which the new content has replaced
+            if former and dump == self._after and state.get(path) != self._end.get(path):
+                return f"{path} is not there, and the store is as after"
+        return ""
+
+    def _find_fault_of_next(self, state: State, dump: str) -> str:
+        if self._scenario.once and dump == self._after:
+            return ""
+        following = self._world.again(self._scenario, {})
+        made = State.of(self._world.work)
+        if following.code not in DONE or self._dump(made) != self._after:
+            return f"the next run ends with {following.code}: {following.err}"
+        left = {f"{path}{side}" for path in (self._store, "in", OUTPUT) for side in SIDE_FILES} & set(made.paths)
+        left -= {self._store + WRITER} if self._before == self._after else set()  # that goes with the next writer
+        if left:
+            return f"the next run leaves {left}"
+        if not self._scenario.reports and following.output != self._whole.output:
+            return "the next run writes something else"
+        return ""
+
+
+def leave_log(world: World, library: str) -> State:
+    """A store whose last import is in the log alone."""
+    trial = Trial(world, Cut(Scenario("import, to leave a log", ("import", "{in}"), (POLICY % "").encode())), library, None)
+    for _, name, state in trial.disks(None, 0):
+        if name == EVERYTHING and trial.has_effect(state):
+            return state
+    raise RuntimeError("no import is in the log alone")
+
+
+def choose(trial: Trial, cut: Cut, sample: int, chance: random.Random) -> set[tuple[int, int]] | None:
+    """What is looked at: every moment in every way; of some every way; or some of some, and of the end."""
+    moments = range(1, len(trial.changes) + 1)
+    names = [name for name, _ in picks(trial.changes[-1], "")]
+    ways = range(len(names))
+    if sample:
+        ended = {(moments[-1], names.index(CERTAIN)), (moments[-1], chance.choice(ways))}
+        return ended | {*((chance.choice(moments), chance.choice(ways)) for _ in range(sample - len(ended)))}
+    if cut.points:
+        return {(moment, way) for moment in (*chance.sample(moments, cut.points), moments[-1]) for way in ways}
+    return None
+
+
+def main() -> int:
+    """The command line; 1 when a disk is wrong."""
+    parser = argparse.ArgumentParser(description=__doc__)
+    parser.add_argument("--tool", required=True, help="path of dlpctl")
+    parser.add_argument("--library", required=True, type=Path, help="path of what records the changes")
+    parser.add_argument("--seed", type=int, default=1, help="what draws")
+    parser.add_argument("--sample", type=int, default=0, help="how many disks of each command; 0: every one")
+    parser.add_argument("--only", default="", help="one command, by its name here")
+    arguments = parser.parse_args()
+    library = str(arguments.library.resolve())
+    begun = time.monotonic()
+    figures: Counter[str] = Counter()
+    with tempfile.TemporaryDirectory() as name:
+        world = World(arguments.tool, Path(name).resolve())
+        logged = leave_log(world, library)
+        for cut in cuts(arguments.sample > 0):
+            if arguments.only not in ("", cut.scenario.name):
+                continue
+            trial = Trial(world, cut, library, logged)
+            if not trial.changes:
+                continue
+            chosen = choose(trial, cut, arguments.sample, random.Random(f"{arguments.seed} {cut.scenario.name}"))
+            wrong = 0
+            for moment, way, state in trial.disks(chosen, arguments.seed):
+                found = trial.fault(state, moment == len(trial.changes))
+                figures["disks"] += 1
+                wrong += bool(found)
+                if found and wrong <= MOST_TOLD:
+                    print(f"{cut.scenario.name}, change {moment} of {len(trial.changes)} "
+                          f"({trial.describe(moment)}), {way}: {found.rstrip()}", flush=True)
+            figures.update(wrong=wrong, changes=len(trial.changes), commands=1, different=len(trial.judged))
+            if wrong > MOST_TOLD:
+                print(f"{cut.scenario.name}: {wrong} wrong")
+        clear(world.work)
+    print(f"{figures['disks']} disks ({figures['different']} different) after {figures['changes']} changes of "
+          f"{figures['commands']} commands, {figures['wrong']} wrong; {time.monotonic() - begun:.0f} s")
+    return 1 if figures["wrong"] or not figures["disks"] else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
