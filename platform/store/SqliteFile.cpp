@@ -160,11 +160,16 @@ bool MakeSqliteFile(const std::string& strPath, const std::string& strUrl) {
         }
         return status.st_size == 0;
     }
-    MakeFolders(std::filesystem::path(strPath).parent_path(), strUrl);
+    const std::filesystem::path folder = std::filesystem::path(strPath).parent_path();
+    MakeFolders(folder, strUrl);
     const int iFile = ::open(strPath.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, FILE_MODE);
     if (iFile >= 0) {
         ::fchmod(iFile, FILE_MODE);
         ::close(iFile);
+        // The engine does that too, but is silent when it fails.
+        if (const int iSyncError = SYS::SynchroniseFolder(folder.string()); iSyncError != 0) {
+            ThrowSystemError(strUrl, CANNOT_MAKE, iSyncError);
+        }
     } else if (errno != EEXIST) {  // another process may have been faster
         ThrowSystemError(strUrl, CANNOT_MAKE, errno);
     }
