@@ -1,9 +1,11 @@
 """Lets many processes import, export and edit one store at the same time.
 
 Each worker owns items of its own, which it imports again and again, each time as the next version, whole; now and then it
-renames or deletes one and imports anew. Every export must show each worker's items in one version (an export is one
-state), and in one that is not older than what that worker had imported before the export began. In the end every item
-has its last version. A command may fail with 4 only when it says that another process is writing.
+renames or deletes one and imports anew. Every export and every backup must show each worker's items in one version (it is
+one state), and in one that is not older than what that worker had imported before it began; every check must find the
+store whole. In the end every item has its last version. A command may fail with 4 only when it says that another process
+is writing. Nobody restores a backup: what the others did meanwhile would be lost, as it should, and nothing could be told
+from that.
 """
 import argparse
 import collections
@@ -51,7 +53,8 @@ class Workers:
         """Runs to its end; returns standard output, or None after a failure that explains itself."""
         run = self.tool.run(self.store, *arguments)
         if run.returncode == 0:
-            self.done[arguments[0] if arguments[0] != "-q" else arguments[1]] += 1
+            words = [word for word in arguments if word != "-q"]
+            self.done[" ".join(words[:2]) if words[0] == "store" else words[0]] += 1
             return run.stdout
         if run.returncode == 4 and EXPLAINED.search(run.stderr):
             self.done["waited in vain"] += 1
@@ -78,26 +81,46 @@ class Workers:
     def look(self):
         least = list(self.kept)
         text = self.run("export", "--all")
-        if text is None:
-            return
+        if text is not None:
+            self.judge("an export", text, least)
+
+    def back_up(self, worker):
+        least = list(self.kept)
+        backup = self.folder / f"{worker}.db"
+        if self.run("store", "backup", backup) is not None:
+            self.tool.get(backup, "store", "check")
+            self.judge("a backup", self.tool.get(backup, "export", "--all"), least)
+
+    def judge(self, what, text, least):
+        """The text must show every worker in one version, which is not older than the least."""
         seen = find_versions(text)
         for worker, version in enumerate(least):
             versions, counts = seen[worker]
             if version > 0 and not versions or len(versions) > 1 or any(found < version for found in versions):
-                self.faults.append(f"an export shows worker {worker} in {sorted(versions)}, {version} was kept")
+                self.faults.append(f"{what} shows worker {worker} in {sorted(versions)}, {version} was kept")
             # Its own edit may have deleted one template for now, without which its assets are not exported.
             whole = (ALL, {element: count // ITEMS * (ITEMS - 1) for element, count in ALL.items()})
             if versions and counts not in whole:
-                self.faults.append(f"an export shows {dict(counts)} of worker {worker}")
+                self.faults.append(f"{what} shows {dict(counts)} of worker {worker}")
 
     def work(self, worker):
-        dice = random.Random(worker)
+        """A command that ends a worker is a fault, told with the others."""
+        try:
+            self.go_on(worker, random.Random(worker))
+        except RuntimeError as error:
+            self.faults.append(str(error))
+
+    def go_on(self, worker, dice):
         while time.monotonic() < self.end and not self.faults:
             choice = dice.random()
-            if choice < 0.5 or self.kept[worker] == 0:
+            if choice < 0.45 or self.kept[worker] == 0:
                 self.take_version(worker)
-            elif choice < 0.8:
+            elif choice < 0.65:
                 self.look()
+            elif choice < 0.75:
+                self.back_up(worker)
+            elif choice < 0.85:
+                self.run("store", "check")
             else:
                 self.edit(worker, dice)
 
