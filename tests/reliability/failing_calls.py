@@ -60,8 +60,7 @@ def faults_of(lines: list[str]) -> list[dict[str, str]]:
         for error in () if function in UNIMPORTANT else ERRORS.get(function, LOOKING):
             once = {"DLP_FAULT_CALL": str(number), "DLP_FAULT_ERROR": str(error)}
             found.append(once)
-            # A lock that stays refused is taken for another process's, for which the store waits long.
-            if error not in (errno.EINTR, SHORT) and ERRORS.get(function) is not LOCKING:
+            if error not in (errno.EINTR, SHORT):
                 found.append(once | {"DLP_FAULT_LASTING": "1"})
     return found
 
