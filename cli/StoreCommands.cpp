@@ -116,22 +116,40 @@ EVerdict Dump(CCommandContext& context, const std::string& strFile) {
     return EVerdict::DONE;
 }
 
-/** The parser keeps the last of two members of one name; here that would lose a field in silence. */
-class CTwiceChecker {
+/**
+ * The parser keeps the last of two members of one name; here that would lose a field in silence. It copies what is
+ * nested by recursion, and looks for a member among all before it: no dump has many levels or members.
+ */
+class CDumpChecker {
   public:
-    bool operator()(int, Json::parse_event_t eEvent, Json& parsed) {
+    bool operator()(int iDepth, Json::parse_event_t eEvent, Json& parsed) {
+        if (iDepth >= MOST_LEVELS) {
+            throw CToolError(EVerdict::INVALID, TOO_DEEP);
+        }
         if (eEvent == Json::parse_event_t::object_start) {
             m_vecOpen.emplace_back();
         } else if (eEvent == Json::parse_event_t::object_end) {
             m_vecOpen.pop_back();
-        } else if (eEvent == Json::parse_event_t::key && !m_vecOpen.back().insert(parsed.get<std::string>()).second) {
-            throw CToolError(EVerdict::INVALID,
-                             "the member " + Text::Quoted(parsed.get<std::string>()) + " stands twice in one object");
+        } else if (eEvent == Json::parse_event_t::key) {
+            CheckMember(parsed.get<std::string>());
         }
         return true;
     }
 
   private:
+    void CheckMember(const std::string& strName) {
+        if (!m_vecOpen.back().insert(strName).second) {
+            throw CToolError(EVerdict::INVALID, "the member " + Text::Quoted(strName) + " stands twice in one object");
+        }
+        if (m_vecOpen.back().size() > MOST_MEMBERS) {
+            throw CToolError(EVerdict::INVALID, TOO_MANY);
+        }
+    }
+
+    static constexpr std::size_t MOST_MEMBERS = 256;
+    static constexpr const char TOO_MANY[] = "an object has more than 256 members";
+    static constexpr int MOST_LEVELS = 256;
+    static constexpr const char TOO_DEEP[] = "values are nested more than 256 deep";
     std::vector<std::set<std::string>> m_vecOpen;
 };
 
@@ -145,7 +163,7 @@ std::string ExplainParseError(const Json::parse_error& error) {
 
 Json ParseJson(const std::string& strFile, const std::string& strBytes) {
     try {
-        return Json::parse(strBytes, CTwiceChecker());
+        return Json::parse(strBytes, CDumpChecker());
     } catch (const Json::parse_error& error) {
         const std::size_t iOffset = error.byte == 0 ? 0 : error.byte - 1;
         throw CInputError(strFile, "no JSON: " + ExplainParseError(error), CSourcePlaces(strBytes).Find(iOffset));

@@ -78,6 +78,7 @@ constexpr const char NO_PATTERN[] = "there is no pattern; write --pattern or --p
 constexpr const char TWO_PATTERNS[] = "write either --pattern or --pattern-from, not both";
 constexpr const char NOTHING_GIVEN[] = "nothing is to be changed; dlpctl expression set --help lists the fields";
 constexpr const char NOT_UTF8[] = "not UTF-8: save the file in that encoding";
+constexpr const char ZERO[] = "a pattern cannot hold U+0000";
 
 struct SArguments {
     std::string strName;
@@ -110,6 +111,9 @@ std::string ReadPattern(CCommandContext& context, const std::string& strFile) {
     const std::size_t iInvalid = OS::FindInvalidUtf8(strPattern);
     if (iInvalid != std::string::npos) {
         throw CInputError(strFile, NOT_UTF8, CSourcePlaces(strPattern).Find(iInvalid));
+    }
+    if (const std::size_t iZero = strPattern.find('\0'); iZero != std::string::npos) {
+        throw CInputError(strFile, ZERO, CSourcePlaces(strPattern).Find(iZero));
     }
     for (const char cEnd : {'\n', '\r'}) {
         if (!strPattern.empty() && strPattern.back() == cEnd) {

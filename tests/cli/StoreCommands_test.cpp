@@ -269,9 +269,35 @@ TEST_F(StoreCommands, LoadRefusesWhatIsNoJsonWithItsPlace) {
     EXPECT_EQ(m_dir.Read("not-made.db"), "");
 }
 
+TEST_F(StoreCommands, ManyMembersAreRefusedBeforeTheyCostTime) {
+    const auto fnMembers = [](int iMembers) {
+        std::string strObject = "{";
+        for (int i = 0; i < iMembers; ++i) {
+            strObject += (i == 0 ? "\"k" : ",\"k") + std::to_string(i) + "\":1";
+        }
+        return strObject + '}';
+    };
+    const std::string strSaid = "dlpctl: -: an object has more than 256 members\n";
+    EXPECT_EQ(Run({"store", "load", "-"}, fnMembers(1000000)).strErr, strSaid);
+    EXPECT_EQ(Run({"store", "load", "-"}, fnMembers(257)).strErr, strSaid);
+    EXPECT_NE(Run({"store", "load", "-"}, fnMembers(256)).strErr, strSaid);
+}
+
 TEST_F(StoreCommands, DeepJsonIsRefusedWithoutRecursion) {
-    EXPECT_EQ(Run({"store", "load", "-"}, std::string(1000000, '[')).iCode, 2);
-    EXPECT_EQ(Run({"store", "load", "-"}, std::string(1000000, '[') + std::string(1000000, ']')).iCode, 2);
+    constexpr std::size_t DEEP = 1000000;
+    const auto fnNested = [](std::size_t iLevels) { return std::string(iLevels, '[') + std::string(iLevels, ']'); };
+    std::string strNested;
+    for (std::size_t i = 0; i < DEEP; ++i) {
+        strNested += "{\"a\":";
+    }
+    const std::string strSaid = "dlpctl: -: values are nested more than 256 deep\n";
+    for (const std::string& strDump :
+         {std::string(DEEP, '['), fnNested(DEEP), fnNested(257), strNested, "{\"a\":" + fnNested(DEEP) + ",\"b\":1}"}) {
+        const SToolRun run = Run({"store", "load", "-"}, strDump);
+        EXPECT_EQ(run.iCode, 2);
+        EXPECT_EQ(run.strErr, strSaid);
+    }
+    EXPECT_NE(Run({"store", "load", "-"}, fnNested(256)).strErr, strSaid);
 }
 
 TEST_F(StoreCommands, ADumpToAFileIsAnsweredInJson) {

@@ -79,6 +79,8 @@ TEST_F(ExpressionCommand, PatternMayComeFromAFile) {
                "~ expression \"two\"\n-   pattern: \\d+\n+   pattern: -x$\n", "", "-x$\r\n");
     ExpectDone({"expression", "set", "two", "--pattern-from", m_dir.Write("p", "b")},
                "~ expression \"two\"\n-   pattern: -x$\n+   pattern: b\n");
+    ExpectRefused({"expression", "set", "two", "--pattern-from", m_dir.Write("zero", std::string("a\nb\0c", 5))}, 2,
+                  m_dir.Path("zero") + ":2:2: a pattern cannot hold U+0000");
     ExpectRefused({"expression", "set", "two", "--pattern-from", m_dir.Path("none")}, 2,
                   m_dir.Path("none") + ": No such file or directory");
     ExpectRefused({"expression", "set", "two", "--pattern-from", "-"}, 2,
