@@ -157,13 +157,13 @@ class CFileImport {
             WarnOfLayout();
         }
         try {
-            ImportInto(m_context.GetStore(GetMaking()), root, document);
+            ImportInto(m_context.GetStore(GetMaking()), document);
         } catch (...) {
             if (m_bAnswered || !m_context.CloseIfMadeMeanwhile()) {
                 throw;
             }
             StartReport();
-            ImportInto(m_context.GetStore(), root, document);
+            ImportInto(m_context.GetStore(), document);
         }
     }
 
@@ -172,10 +172,11 @@ class CFileImport {
         return m_run.options.bFailOnSkip ? CUnmadeStore::EMade::AT_COMMIT : CUnmadeStore::EMade::AT_FIRST_WRITE;
     }
 
-    void ImportInto(const CStoreSession& store, const CXMLView& root, CPolicyDocument& document) {
+    void ImportInto(const CStoreSession& store, CPolicyDocument& document) {
         BeginPreview();
         CSettingsTransaction unit(EUnitOfWork::WRITE);
-        ImportDocument(root, document);
+        ImportDocument(document);
+        const CXMLView root = document.Load().RootView();  // an import of the older layout has taken the tree
         Signals::ThrowIfCaught();
         store.ThrowIfFailed();
         if (*m_report.iResult != 0) {
@@ -212,7 +213,9 @@ class CFileImport {
         }
     }
 
-    void ImportDocument(const CXMLView& root, CPolicyDocument& document) {
+    void ImportDocument(CPolicyDocument& document) {
+        const CXMLView root = document.Load().RootView();
+        m_report.iTemplatesLeft = m_run.door.bTemplates ? 0 : CountTemplates(root);
         if (!m_run.options.vecOnly.empty()) {
             m_choice.emplace(m_run.options.vecOnly, root);
             m_report.vecMissing = m_choice->FindMissing();
@@ -221,7 +224,6 @@ class CFileImport {
         CProgress::Expect(CountItems(root));
         CReportObserver observer(m_report, m_choice ? &*m_choice : nullptr, m_run.options.bSkipExisting, m_older);
         m_report.iResult = m_run.door.fnImport(m_context, document, m_report, observer);
-        m_report.iTemplatesLeft = m_run.door.bTemplates ? 0 : CountTemplates(root);
     }
 
     /** An import that fails has not come to every item. */

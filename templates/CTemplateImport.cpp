@@ -182,11 +182,8 @@ void CTemplateImport::Report(const SItem& item, EDisposition eDisposition, EReas
     report.strDisplayName = item.strDisplayName;
     report.eDisposition = eDisposition;
     report.eReason = eReason;
-    report.iOffset = m_document.GetTemplateOffset(item.iIndex, item.node);
+    report.iOffset = item.node.Offset();
     TemplateReport::FindForeignChildren(item.node, report);
-    if (report.iOffset != item.node.Offset()) {
-        TemplateReport::MoveForeignChildren(report);
-    }
     if (eReason == EReason::UNSUPPORTED_ASSETS) {
         TemplateReport::Describe(FindingFor(item), report);
     }

@@ -44,10 +44,10 @@ int CTemplateMgr::ImportDocument(CPolicyDocument& document, std::vector<OS::x_ws
     if (bPolicy && bNeedConvert) {
         CDLPXmlNormalizer normalizer;
         normalizer.InitDigitalAssetsMappingTable();
-        SNormalizedDocument normalized;
+        CXMLParser normalized;
         iResult = RESULT_FAILED;
         if (normalizer.Normalize(document, normalized, pObserver)) {
-            CPolicyDocument standard(std::move(normalized.document), std::move(normalized.vecOrigins));
+            CPolicyDocument standard(std::move(normalized));
             iResult = ImportTemplateImpl(standard, vecImported, vecSkipped, vecAssets, pObserver);
         }
     } else if (bPolicy) {

@@ -83,8 +83,7 @@ void ReportDroppedSections(CImportObserver* pObserver, const CXMLView& root) {
     }
 }
 
-void ReportUnknownElements(CImportObserver* pObserver, CPolicyDocument& document) {
-    const CXMLView root = document.Load().RootView();
+void ReportUnknownElements(CImportObserver* pObserver, const CPolicyDocument& document, const CXMLView& root) {
     constexpr const char* SECTION = TagUtf8::COMPLIANCE_TEMPLATES;
     TellUnknownElements(document, root, {SECTION, TagUtf8::DIGITAL_ASSETS, TagUtf8::INDUSTRIES, TagUtf8::REGIONS},
                         pObserver);
@@ -110,26 +109,26 @@ void CDLPXmlNormalizer::InitDigitalAssetsMappingTable() {
 bool CDLPXmlNormalizer::NormailzeXml(const OS::x_wstring& strXml, OS::x_wstring& strResult) {
     return Guard([&] {
         CPolicyDocument document(strXml);
-        SNormalizedDocument normalized;
-        if (Convert(document, normalized, nullptr)) {
-            normalized.document.SaveXML(strResult);
+        CXMLParser result;
+        if (Convert(document, result, nullptr)) {
+            result.SaveXML(strResult);
         }
     });
 }
 
-bool CDLPXmlNormalizer::Normalize(CPolicyDocument& document, SNormalizedDocument& result, CImportObserver* pObserver) {
+bool CDLPXmlNormalizer::Normalize(CPolicyDocument& document, CXMLParser& result, CImportObserver* pObserver) {
     return Guard([&] { Convert(document, result, pObserver); });
 }
 
-/** Works on copies of the templates, in a tree of their own. @return false when the document has no root */
-bool CDLPXmlNormalizer::Convert(CPolicyDocument& document, SNormalizedDocument& result, CImportObserver* pObserver) {
+/** There may be many templates, so they are moved, not copied. @return false when the document has no root */
+bool CDLPXmlNormalizer::Convert(CPolicyDocument& document, CXMLParser& result, CImportObserver* pObserver) {
     OS::CAutoObjPtr<CXMLNodeList> pNodes;
     if (!GetAllTemplateNodes(document, pNodes)) {
         return false;
     }
-    CXMLParser templates;
-    templates.LoadXML(XmlHelpers::EmptyElement(Tag::COMPLIANCE_TEMPLATES));
-    const OS::CAutoObjPtr<CXMLNode> pParent = RequireRoot(templates, Tag::COMPLIANCE_TEMPLATES);
+    CXMLParser templates = document.Take();
+    const CXMLView root = templates.RootView();
+    const OS::CAutoObjPtr<CXMLNode> pParent = templates.CreateNode(XMLPARSER_NODE_ELEMENT, Tag::COMPLIANCE_TEMPLATES);
     const int iNodes = pNodes->GetLength();
     for (int i = 0; i < iNodes; ++i) {
         DLP_LOG(DBG::LEVEL_ENTER, TEMPLATE_LINE);
@@ -138,14 +137,15 @@ bool CDLPXmlNormalizer::Convert(CPolicyDocument& document, SNormalizedDocument& 
             ReportDropped(pObserver, EItemKind::TEMPLATE, EReason::OLDER_BUILT_IN, pTemplate->View());
             continue;
         }
-        result.vecOrigins.push_back(pTemplate->View().Offset());
         pParent->AppendChild(pTemplate);
         Rewrite(pTemplate);
         DLP_LOG(DBG::LEVEL_LEAVE, TEMPLATE_LINE);
     }
-    WrapTemplateList(templates, result.document);
-    ReportDroppedSections(pObserver, document.Load().RootView());
-    ReportUnknownElements(pObserver, document);
+    ReportDroppedSections(pObserver, root);
+    ReportUnknownElements(pObserver, document, root);
+    pNodes = nullptr;  // holds what goes now
+    templates.SetRoot(pParent);
+    WrapTemplateList(templates, result);
     return true;
 }
 
@@ -182,13 +182,16 @@ void CDLPXmlNormalizer::NormalizeTemplate(OS::CAutoObjPtr<CXMLNode>& pTemplate, 
 }
 
 void CDLPXmlNormalizer::Rewrite(OS::CAutoObjPtr<CXMLNode>& pTemplate) {
+    static const std::wstring s_strOlderName = OS::WideText(OLDER_DISPLAY_NAME);
+    static const std::wstring s_strBuiltIn = OS::WideText(OLDER_BUILT_IN);
+    static const std::wstring s_strFalse = OS::WideText(Value::FALSE_TEXT);
+    static const std::wstring s_strMedium = OS::WideText(Value::MEDIUM);
     const OS::CAutoObjPtr<CXMLElement> pElement = pTemplate->ToElement();
-    const std::wstring strOlderName = OS::WideText(OLDER_DISPLAY_NAME);
-    pElement->SetAttribute(Tag::DISPLAY_NAME, pElement->GetAttribute(strOlderName));
-    pElement->SetAttribute(Tag::PRE_DEFINED, OS::WideText(Value::FALSE_TEXT));
-    pElement->SetAttribute(Tag::SEVERITY, OS::WideText(Value::MEDIUM));
-    pElement->RemoveAttribute(strOlderName);
-    pElement->RemoveAttribute(OS::WideText(OLDER_BUILT_IN));
+    pElement->SetAttribute(Tag::DISPLAY_NAME, pElement->GetAttribute(s_strOlderName));
+    pElement->SetAttribute(Tag::PRE_DEFINED, s_strFalse);
+    pElement->SetAttribute(Tag::SEVERITY, s_strMedium);
+    pElement->RemoveAttribute(s_strOlderName);
+    pElement->RemoveAttribute(s_strBuiltIn);
     NormalizeBuildingBlocks(pTemplate);
 }
 
@@ -198,8 +201,8 @@ bool CDLPXmlNormalizer::IsBuiltIn(const CXMLView& element) {
 
 void CDLPXmlNormalizer::NormalizeBuildingBlocks(OS::CAutoObjPtr<CXMLNode>& pTemplate) {
     DLP_LOG(DBG::LEVEL_ENTER, BLOCKS_LINE);
-    const OS::CAutoObjPtr<CXMLNodeList> pBlocks =
-        pTemplate->ToElement()->XPathSelectNodes(XmlHelpers::RelativePath({Tag::MATCH_RULE, Tag::BUILDING_BLOCK}));
+    static const std::wstring s_strPath = XmlHelpers::RelativePath({Tag::MATCH_RULE, Tag::BUILDING_BLOCK});
+    const OS::CAutoObjPtr<CXMLNodeList> pBlocks = pTemplate->ToElement()->XPathSelectNodes(s_strPath);
     const int iBlocks = pBlocks->GetLength();
     for (int i = 0; i < iBlocks; ++i) {
         const OS::CAutoObjPtr<CXMLElement> pBlock = pBlocks->GetItem(i)->ToElement();

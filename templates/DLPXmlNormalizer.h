@@ -1,9 +1,7 @@
 #pragma once
 
-#include <cstddef>
 #include <map>
 #include <string>
-#include <vector>
 
 #include "platform/common/CAutoObjPtr.h"
 #include "platform/common/x_wstring.h"
@@ -12,12 +10,6 @@
 
 class CImportObserver;
 class CPolicyDocument;
-
-/** A document of the older layout, rewritten; and for each of its templates the place it had. */
-struct SNormalizedDocument {
-    CXMLParser document;
-    std::vector<std::size_t> vecOrigins;
-};
 
 /**
  * Rewrites documents of the older layout (no version at the root, display names in displayName, older names of assets)
@@ -68,8 +60,12 @@ class CDLPXmlNormalizer {
      * @return false, logged, when the result cannot be made
      */
     bool NormailzeXml(const OS::x_wstring& strXml, OS::x_wstring& strResult);
-    /** The same from tree to tree. @param pObserver hears of what is not carried over; may be null */
-    bool Normalize(CPolicyDocument& document, SNormalizedDocument& result, CImportObserver* pObserver);
+    /**
+     * The same with the document's tree: what of it is carried over moves into the result, so that no view of the
+     * document holds any more, but its offsets do.
+     * @param pObserver hears of what is not carried over; may be null
+     */
+    bool Normalize(CPolicyDocument& document, CXMLParser& result, CImportObserver* pObserver);
 
     /** @return false, logged, when the text has no root */
     bool GetAllTemplateNodes(const OS::x_wstring& strXml, OS::CAutoObjPtr<CXMLNodeList>& pNodes);
@@ -99,6 +95,6 @@ class CDLPXmlNormalizer {
     void WrapTemplateList(CXMLParser& templates, CXMLParser& result);
 
   private:
-    bool Convert(CPolicyDocument& document, SNormalizedDocument& result, CImportObserver* pObserver);
+    bool Convert(CPolicyDocument& document, CXMLParser& result, CImportObserver* pObserver);
     void Rewrite(OS::CAutoObjPtr<CXMLNode>& pTemplate);
 };

@@ -145,15 +145,6 @@ void TellUnknownElements(CPolicyDocument& document, CImportObserver* pObserver) 
     }
 }
 
-void MoveForeignChildren(SImportItem& item) {
-    for (SForeignChild& foreign : item.vecForeign) {
-        foreign.iOffset = item.iOffset;
-        for (SForeignChild::SReference& reference : foreign.vecReferences) {
-            reference.iOffset = item.iOffset;
-        }
-    }
-}
-
 void Describe(const STemplateFinding& finding, SImportItem& item) {
     item.strDetail = finding.node.Name();
     for (const char* pName : {TagUtf8::SOURCE_TYPE, TagUtf8::SOURCE_NAME, TagUtf8::OPERATION}) {

@@ -65,8 +65,6 @@ void TellCategories(const CXMLView& root, const std::unordered_set<std::string>&
                     CImportObserver& observer);
 /** Tells of what stands among templates, categories or their entries and is none. @param pObserver may be null */
 void TellUnknownElements(CPolicyDocument& document, CImportObserver* pObserver);
-/** Of a template that was rewritten only the place of the whole is known. */
-void MoveForeignChildren(SImportItem& item);
 /** Says in the item's detail which building block or rule is to blame, and which reference is unknown. */
 void Describe(const STemplateFinding& finding, SImportItem& item);
 

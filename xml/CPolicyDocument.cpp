@@ -9,8 +9,8 @@ CPolicyDocument::CPolicyDocument(const OS::x_wstring& strText) : m_pWide(&strTex
 
 CPolicyDocument::CPolicyDocument(std::string_view strUtf8) : m_strUtf8(strUtf8) {}
 
-CPolicyDocument::CPolicyDocument(CXMLParser&& document, std::vector<std::size_t> vecOrigins)
-    : m_vecOrigins(std::move(vecOrigins)), m_document(std::move(document)), m_bLoaded(true), m_bDerived(true) {}
+CPolicyDocument::CPolicyDocument(CXMLParser&& document)
+    : m_document(std::move(document)), m_bLoaded(true), m_bDerived(true) {}
 
 const CXMLParser& CPolicyDocument::Load() {
     if (!m_bLoaded) {
@@ -20,6 +20,12 @@ const CXMLParser& CPolicyDocument::Load() {
         m_bLoaded = true;
     }
     return m_document;
+}
+
+CXMLParser CPolicyDocument::Take() {
+    Load();
+    m_bLoaded = false;
+    return std::exchange(m_document, CXMLParser());
 }
 
 std::size_t CPolicyDocument::CountBlanked(const CXMLView& parent) const {
@@ -52,11 +58,4 @@ OS::x_wstring CPolicyDocument::GetText() const {
         return strText;
     }
     return OS::WideLenient(m_strUtf8);
-}
-
-std::size_t CPolicyDocument::GetTemplateOffset(std::size_t iTemplate, const CXMLView& node) const {
-    if (m_bDerived) {
-        return iTemplate < m_vecOrigins.size() ? m_vecOrigins[iTemplate] : std::string::npos;
-    }
-    return node.Offset();
 }

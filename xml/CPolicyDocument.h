@@ -12,8 +12,8 @@
 
 /**
  * One document on its way into the store: a text, read once into one tree that every step of an import works on and
- * leaves as it was read. Wide text is made from it only where somebody asks for it. Of unknown elements the tree holds
- * no more than is told of them.
+ * leaves as it was read, or takes away as a whole. Wide text is made from it only where somebody asks for it. Of
+ * unknown elements the tree holds no more than is told of them.
  */
 class DLP_PLATFORM_API CPolicyDocument {
   public:
@@ -21,11 +21,8 @@ class DLP_PLATFORM_API CPolicyDocument {
     explicit CPolicyDocument(const OS::x_wstring& strText);
     /** @param strUtf8 must outlive the document */
     explicit CPolicyDocument(std::string_view strUtf8);
-    /**
-     * A document made from another one.
-     * @param vecOrigins for each element below complianceTemplates, the offset it had there
-     */
-    CPolicyDocument(CXMLParser&& document, std::vector<std::size_t> vecOrigins);
+    /** A document made from another one. */
+    explicit CPolicyDocument(CXMLParser&& document);
     CPolicyDocument(const CPolicyDocument&) = delete;
     CPolicyDocument& operator=(const CPolicyDocument&) = delete;
 
@@ -35,6 +32,12 @@ class DLP_PLATFORM_API CPolicyDocument {
      * @throws CXMLCOMException<OS::CException> when the XML layer fails for another reason than the text
      */
     const CXMLParser& Load();
+    /**
+     * Gives the tree away, so that something else is made of it: it is the largest part of a document. Whatever looks
+     * at it must not be used any more. Not of a document made from another one.
+     * @return what Load gives; that parses the text anew if it is called again
+     */
+    CXMLParser Take();
 
     /** @return how many unknown child elements the tree lacks, all of them behind those that it has */
     std::size_t CountBlanked(const CXMLView& parent) const;
@@ -43,13 +46,10 @@ class DLP_PLATFORM_API CPolicyDocument {
     std::size_t GetLength() const;
     /** @return the text as it was handed in, or for a document made from another one, as it would be written */
     OS::x_wstring GetText() const;
-    /** @return the offset in the text that was handed in at first of the i-th template; npos when it has none */
-    std::size_t GetTemplateOffset(std::size_t iTemplate, const CXMLView& node) const;
 
   private:
     const OS::x_wstring* m_pWide = nullptr;
     std::string_view m_strUtf8;
-    std::vector<std::size_t> m_vecOrigins;
     std::vector<SBlanked> m_vecBlanked;
     CXMLParser m_document;
     bool m_bLoaded = false;

@@ -137,14 +137,21 @@ class CFileCheck {
         }
     }
 
-    void CheckWithStore(const SCheckedDocument& checked, CPolicyDocument& document) {
+    void CheckWithStore(SCheckedDocument checked, CPolicyDocument& document) {
         const CStoreSession& store = m_context.GetStore();
         const CKeptSettings kept;
         const CSettingsTransaction unit(EUnitOfWork::WRITE);
-        STrial trial = TryImport(m_context, document, m_check.bAssetsOnly);
+        const auto fnTry = [&] {
+            STrial trial = TryImport(m_context, document, m_check.bAssetsOnly);
+            if (checked.bOlder) {
+                checked.root = document.Load().RootView();  // the import has taken the tree
+            }
+            return trial;
+        };
+        STrial trial = fnTry();
         if (trial.iResult == DigitalAssets::RESULT_WRONG_LANGUAGE) {
             TellLanguage(checked);
-            trial = TryImport(m_context, document, m_check.bAssetsOnly);
+            trial = fnTry();
         }
         Signals::ThrowIfCaught();
         store.ThrowIfFailed();

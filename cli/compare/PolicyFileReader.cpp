@@ -92,8 +92,7 @@ void CPolicyFileReader::Read() {
 }
 
 void CPolicyFileReader::ReadOlder(CPolicyDocument& document) {
-    SNormalizedDocument normalized = ConvertOlder(m_context, m_policy.strPlace, document, this);
-    CPolicyDocument standard(std::move(normalized.document), std::move(normalized.vecOrigins));
+    CPolicyDocument standard(ConvertOlder(m_context, m_policy.strPlace, document, this));
     ReadItems(standard);
 }
 
@@ -150,22 +149,21 @@ void CPolicyFileReader::ReadTemplates(CPolicyDocument& document) {
     manager.MakeCategoryMap(document, Tag::REGIONS, Tag::REGION, categories.regions);
     const CXMLView root = document.Load().RootView();
     constexpr const char* SECTION = TagUtf8::COMPLIANCE_TEMPLATES;
-    std::size_t iTemplate = 0;
     for (CXMLView section = root.FirstChild(SECTION); section; section = section.NextSibling(SECTION)) {
         for (CXMLView element = section.FirstChild(TagUtf8::TEMPLATE); element;
              element = element.NextSibling(TagUtf8::TEMPLATE)) {
             CProgress::Step();
             Signals::ThrowIfCaught();
             m_setTemplates.emplace(element.Attribute(TagUtf8::NAME));
-            ReadTemplate(element, document.GetTemplateOffset(iTemplate++, element), categories);
+            ReadTemplate(element, categories);
         }
     }
     TemplateReport::TellCategories(root, m_setTemplates, *this);
 }
 
-void CPolicyFileReader::ReadTemplate(const CXMLView& element, std::size_t iOffset, const SCategories& categories) {
+void CPolicyFileReader::ReadTemplate(const CXMLView& element, const SCategories& categories) {
     SPolicy::Items& items = m_policy.Of(ESettingsKind::TEMPLATE);
-    SImportItem item = MakeItem(EItemKind::TEMPLATE, element, DigitalAssets::CheckNames(element), iOffset);
+    SImportItem item = MakeItem(EItemKind::TEMPLATE, element, DigitalAssets::CheckNames(element), element.Offset());
     const auto itEarlier = items.find(item.strName);
     if (itEarlier != items.end() && itEarlier->second.GetFlag(TemplateColumn::PRE_DEFINED) &&
         !TemplateXml::IsPreDefined(element)) {

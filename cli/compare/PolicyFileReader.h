@@ -39,7 +39,7 @@ class CPolicyFileReader : private CImportObserver {
     void ReadAssets(const DigitalAssets::SAssetFormat& format, ESettingsKind eKind, const CXMLView& root);
     void ReadAsset(const DigitalAssets::SAssetFormat& format, ESettingsKind eKind, const CXMLView& element);
     void ReadTemplates(CPolicyDocument& document);
-    void ReadTemplate(const CXMLView& element, std::size_t iOffset, const SCategories& categories);
+    void ReadTemplate(const CXMLView& element, const SCategories& categories);
     void Arrange(ReportItems& vecItems) const;
 
     CCommandContext& m_context;

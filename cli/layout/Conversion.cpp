@@ -40,18 +40,22 @@ CXMLView NextElement(CXMLView element, const CXMLView& top) {
 
 class CLayoutComparison {
   public:
-    CLayoutComparison(std::string_view strText, CPolicyDocument& document, const SNormalizedDocument& converted)
+    CLayoutComparison(std::string_view strText, CPolicyDocument& document, const CXMLParser& converted)
         : m_strText(strText), m_document(document), m_converted(converted) {}
 
     SLayoutChanges Run() {
         const CXMLView root = m_document.Load().RootView();
-        const CXMLView result = m_converted.document.RootView();
+        const CXMLView result = m_converted.RootView();
         CompareAttributes(root, result);
         CompareSections(root, result.FirstChild(TagUtf8::COMPLIANCE_TEMPLATES));
         FindLeaves();
-        std::stable_sort(
-            m_changes.vecKept.begin(), m_changes.vecKept.end(),
-            [](const SLayoutChange& left, const SLayoutChange& right) { return left.iOffset < right.iOffset; });
+        const auto fnBefore = [](const SLayoutChange& left, const SLayoutChange& right) {
+            return left.iOffset < right.iOffset;
+        };
+        auto& vecKept = m_changes.vecKept;
+        if (!std::is_sorted(vecKept.begin(), vecKept.end(), fnBefore)) {  // sorting takes as much memory again
+            std::stable_sort(vecKept.begin(), vecKept.end(), fnBefore);
+        }
         return std::move(m_changes);
     }
 
@@ -83,10 +87,10 @@ class CLayoutComparison {
             CompareAttributes(section, result);
             for (CXMLView child = section.FirstChild(); child; child = child.NextSibling()) {
                 Signals::ThrowIfCaught();
-                if (IsCarried(child)) {
+                // The result holds what it has carried over in the order of the document.
+                if (converted && converted.Offset() == child.Offset()) {
                     CompareTemplates(child, converted);
                     converted = converted.NextSibling();
-                    ++m_iCarried;
                 } else {
                     DropElement(section, child);
                 }
@@ -100,11 +104,6 @@ class CLayoutComparison {
     void CountBlanked(const CXMLView& parent) {
         static_assert(MAX_UNKNOWN_KEPT >= SLayoutChanges::MAX_KEPT, "what is kept is in the tree");
         m_changes.aCounts[static_cast<std::size_t>(EChange::DROPPED)] += m_document.CountBlanked(parent);
-    }
-
-    /** The result holds what it has carried over in the order of the document. */
-    bool IsCarried(const CXMLView& element) const {
-        return m_iCarried < m_converted.vecOrigins.size() && m_converted.vecOrigins[m_iCarried] == element.Offset();
     }
 
     void DropElement(const CXMLView& parent, const CXMLView& element) {
@@ -239,11 +238,10 @@ class CLayoutComparison {
 
     std::string_view m_strText;
     CPolicyDocument& m_document;
-    const SNormalizedDocument& m_converted;
+    const CXMLParser& m_converted;
     SLayoutChanges m_changes;
     SLayoutChange m_omitted;
     std::string m_strTemplate;
-    std::size_t m_iCarried = 0;
 };
 
 }  // namespace
@@ -252,7 +250,6 @@ std::size_t SLayoutChanges::CountOmitted() const {
     return std::accumulate(aCounts.begin(), aCounts.end(), std::size_t{0}) - vecKept.size();
 }
 
-SLayoutChanges FindLayoutChanges(std::string_view strText, CPolicyDocument& document,
-                                 const SNormalizedDocument& converted) {
+SLayoutChanges FindLayoutChanges(std::string_view strText, CPolicyDocument& document, const CXMLParser& converted) {
     return CLayoutComparison(strText, document, converted).Run();
 }

@@ -10,7 +10,7 @@
 #include "platform/common/SourcePlaces.h"
 
 class CPolicyDocument;
-struct SNormalizedDocument;
+class CXMLParser;
 
 /** What may happen to something of a document that is converted. */
 enum class EChange { RENAMED, SET, DROPPED };
@@ -47,7 +47,7 @@ struct SLayoutChanges {
 /**
  * Compares a document with what it was converted to, so that nothing goes unsaid whatever the conversion does.
  * @param strText what the document was made of
+ * @param converted what CDLPXmlNormalizer::Normalize has made of it
  * @return the differences but for white space between elements
  */
-SLayoutChanges FindLayoutChanges(std::string_view strText, CPolicyDocument& document,
-                                 const SNormalizedDocument& converted);
+SLayoutChanges FindLayoutChanges(std::string_view strText, CPolicyDocument& document, const CXMLParser& converted);

@@ -93,15 +93,17 @@ class CConvertCommand {
         }
         // As this program writes it, whatever was read before.
         CDLPDigitalAssetsParser::SetVersion(DigitalAssets::STANDARD_VERSION);
-        const SNormalizedDocument converted = ConvertOlder(m_context, m_arguments.strFile, document, nullptr);
-        WarnOfOlder(m_context, m_arguments.strFile, LookAtOlder(root));
+        const EOlderLook eLook = LookAtOlder(root);
+        const CXMLParser converted = ConvertOlder(m_context, m_arguments.strFile, document, nullptr);
+        WarnOfOlder(m_context, m_arguments.strFile, eLook);
         m_report.changes = FindLayoutChanges(m_file.Text(), document, converted);
         const CSourcePlaces places(m_file.strBytes);
         for (SLayoutChange& change : m_report.changes.vecKept) {
             change.place = places.Find(m_file.iStart + change.iOffset);
         }
+        document.Take();  // of both trees one is still needed
         std::string strMarkup;
-        converted.document.SaveUtf8(strMarkup);
+        converted.SaveUtf8(strMarkup);
         return strMarkup;
     }
 

@@ -11,8 +11,8 @@ constexpr const char NOT_CONVERTED[] = "the older layout cannot be converted; --
 
 }  // namespace
 
-SNormalizedDocument ConvertOlder(CCommandContext& context, const std::string& strFile, CPolicyDocument& document,
-                                 CImportObserver* pObserver) {
+CXMLParser ConvertOlder(CCommandContext& context, const std::string& strFile, CPolicyDocument& document,
+                        CImportObserver* pObserver) {
     WarnOfMissing(context, FindMapFile(), NO_MAP_FILE);
     CDLPXmlNormalizer normalizer;
     normalizer.InitDigitalAssetsMappingTable();
@@ -20,7 +20,7 @@ SNormalizedDocument ConvertOlder(CCommandContext& context, const std::string& st
     if (const std::string strFailure = OS::TakeDataFileFailure(); !strFailure.empty()) {
         throw CToolError(EVerdict::INVALID, Text::Printable(strFailure));
     }
-    SNormalizedDocument normalized;
+    CXMLParser normalized;
     if (!normalizer.Normalize(document, normalized, pObserver)) {
         throw CInputError(strFile, NOT_CONVERTED);
     }

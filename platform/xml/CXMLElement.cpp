@@ -18,12 +18,12 @@ void CXMLElement::SetAttribute(const wchar_t* pName, const wchar_t* pValue, std:
     XML_STEP("SetAttribute");
     const std::string strName = OS::Utf8Lenient(pName == nullptr ? L"" : pName);
     pugi::xml_node element = XmlTree::Node(m_pNode);
-    const std::string strSubject = XmlText::AttributeOf(element.name(), strName);
-    const std::string strValue = XmlText::ToUtf8(std::wstring_view(pValue, iLength), strSubject);
+    const auto fnSubject = [&] { return XmlText::AttributeOf(element.name(), strName); };
+    const std::string strValue = XmlText::ToUtf8(std::wstring_view(pValue, iLength), fnSubject);
     pugi::xml_attribute attribute = element.attribute(strName.c_str());
     if (!attribute) {
         if (!XmlText::IsName(strName)) {
-            XmlText::Throw(strSubject, "this is no name");
+            XmlText::Throw(fnSubject(), "this is no name");
         }
         attribute = element.append_attribute(strName.c_str());
     }

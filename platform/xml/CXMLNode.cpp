@@ -53,7 +53,8 @@ void CXMLNode::SetText(const wchar_t* pText, std::size_t iLength) {
     XML_STEP("SetText");
     pugi::xml_node node = XmlTree::Node(m_pNode);
     RequireElement(node, "setting a text");
-    const std::string strText = XmlText::ToUtf8(std::wstring_view(pText, iLength), XmlText::TextOf(node.name()));
+    const std::string strText =
+        XmlText::ToUtf8(std::wstring_view(pText, iLength), [&] { return XmlText::TextOf(node.name()); });
     pugi::xml_node text = OnlyText(node);
     if (!text || strText.empty()) {
         RemoveChildren(*m_pTree, node);

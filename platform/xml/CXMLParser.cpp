@@ -134,6 +134,10 @@ void CXMLParser::AppendRoot(CXMLParser&& other) {
     m_pTree = std::move(other.m_pTree);
 }
 
+void CXMLParser::SetRoot(const OS::CAutoObjPtr<CXMLNode>& pNode) {
+    m_pTree->SetRoot(XmlTree::Node(pNode->View().Handle()));
+}
+
 bool CXMLParser::SaveXML(OS::x_wstring& strOut) const {
     std::string strText;
     SaveUtf8(strText);

@@ -78,6 +78,11 @@ class DLP_PLATFORM_API CXMLParser {
      * copied: the other document's tree becomes this one's, and that document is empty. Nodes of this one stay behind.
      */
     void AppendRoot(CXMLParser&& other);
+    /**
+     * Makes a node of this document its root. Whatever else is attached goes: no node, list or view of that may be used
+     * any more.
+     */
+    void SetRoot(const OS::CAutoObjPtr<CXMLNode>& pNode);
     /** As SaveXML, in UTF-8, appended. */
     void SaveUtf8(std::string& strOut) const;
     /** @return why the last load failed; an empty message when it did not */

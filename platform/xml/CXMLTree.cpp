@@ -82,7 +82,8 @@ std::string FindDeclaration(std::string_view strText) {
 }
 
 bool Matches(pugi::xml_node node, const char* pName) {
-    return XmlTree::IsElement(node) && (pName == nullptr || std::strcmp(node.name(), pName) == 0);
+    return pName == nullptr ? XmlTree::IsElement(node)
+                            : node.type() == pugi::node_element && std::strcmp(node.name(), pName) == 0;
 }
 
 bool IsDeclaration(std::string_view strName) {
@@ -163,6 +164,22 @@ void CXMLTree::WrapRoot(const CXMLTree& around) {
     }
     outer.append_move(inner);
     m_strDeclaration = around.m_strDeclaration;
+}
+
+void CXMLTree::SetRoot(pugi::xml_node node) {
+    Detach(node);
+    for (pugi::xml_node child = m_document.first_child(); child;) {
+        const pugi::xml_node next = child.next_sibling();
+        if (!IsHolder(child)) {
+            m_document.remove_child(child);
+        }
+        child = next;
+    }
+    m_document.append_move(node);
+    if (HasDeclarations()) {
+        m_mapDeclarations.clear();
+        NoteAllDeclarations(node);
+    }
 }
 
 void CXMLTree::Detach(pugi::xml_node node) {
@@ -253,7 +270,7 @@ pugi::xml_node FirstElement(pugi::xml_node node, const char* pName) {
 pugi::xml_node NextElement(pugi::xml_node node, const char* pName) {
     do {
         node = node.next_sibling();
-    } while (node && !Matches(node, pName));
+    } while (!Matches(node, pName) && node);
     return node;
 }
 

@@ -42,9 +42,12 @@ class CXMLTree {
     /** Puts a copy of another tree's root, with that one's declaration, around the root; behind what the other holds.
      */
     void WrapRoot(const CXMLTree& around);
+    /** Puts a node of this tree in the place of all that is attached, which is destroyed. */
+    void SetRoot(pugi::xml_node node);
     /** Takes a node of this tree out of its place. */
     void Detach(pugi::xml_node node);
     bool IsHolder(pugi::xml_node node) const { return node && node == m_holder; }
+    bool HasHolder() const { return !m_holder.empty(); }
     /** Whether any node is not attached. A holder that holds none any more goes, so that no XPath meets it. */
     bool HasDetached();
 

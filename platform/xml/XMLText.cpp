@@ -126,10 +126,10 @@ void ThrowBadCharacter(const std::string& strSubject, std::string_view strText, 
     Throw(strSubject, CharacterReason(static_cast<char32_t>(OS::WideLenient(strRest.substr(0, 4)).front())));
 }
 
-std::string ToUtf8(std::wstring_view strText, const std::string& strSubject) {
+std::string ToUtf8(std::wstring_view strText, const std::function<std::string()>& fnSubject) {
     for (const wchar_t c : strText) {
         if (!IsChar(static_cast<char32_t>(c))) {
-            Throw(strSubject, CharacterReason(static_cast<char32_t>(c)));
+            Throw(fnSubject(), CharacterReason(static_cast<char32_t>(c)));
         }
     }
     return OS::Utf8Lenient(strText);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <string>
 #include <string_view>
 
@@ -39,8 +40,12 @@ std::string AttributeOf(std::string_view strElement, std::string_view strAttribu
 /** @throws CXMLCOMException<OS::CException> that names the character XML cannot carry, or the offset of bad UTF-8 */
 [[noreturn]] void ThrowBadCharacter(const std::string& strSubject, std::string_view strText, std::size_t iOffset);
 
-/** Converts text that is to be set. @throws CXMLCOMException<OS::CException> that names the first bad character */
-std::string ToUtf8(std::wstring_view strText, const std::string& strSubject);
+/**
+ * Converts text that is to be set.
+ * @param fnSubject asked for what is set when that fails
+ * @throws CXMLCOMException<OS::CException> that names the first bad character
+ */
+std::string ToUtf8(std::wstring_view strText, const std::function<std::string()>& fnSubject);
 
 /**
  * Appends text escaped for an attribute value or for element content.

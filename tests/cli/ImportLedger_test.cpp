@@ -157,12 +157,12 @@ TEST_F(ImportLedger, AForeignChildMayReferToWhatTheDocumentBrings) {
               0);
 }
 
-TEST_F(ImportLedger, ForeignChildrenOfTheOlderLayoutStandWhereTheirTemplateDoes) {
+TEST_F(ImportLedger, ForeignChildrenOfTheOlderLayoutHaveTheirPlaces) {
     const Json item = Report({},
                              "<SAPolicy>\n<complianceTemplates><template name=\"t\" displayName=\"T\">\n<rule/>"
                              "</template></complianceTemplates></SAPolicy>")["items"][0];
-    EXPECT_EQ(item["foreign_children"][0]["line"], 2);
-    EXPECT_EQ(item["foreign_children"][0]["column"], item["column"]);
+    EXPECT_EQ(item["foreign_children"][0]["line"], 3);
+    EXPECT_EQ(item["foreign_children"][0]["column"], 1);
 }
 
 TEST_F(ImportLedger, OfManyForeignChildrenTheFirstThousandAreTold) {

@@ -294,15 +294,16 @@ void AddConversion(Script& script) {
     const Lines vecUnmapped = {Manager("0x110", strMap),
                                Manager("0x1003", "can't map digital asset source name: unmapped"),
                                Manager("0x111", strMap)};
-    script.push_back(
-        {{{EFrom::XML,
-           "XPathSelectNodes",
-           EFailure::CONVERSION,
-           {Manager("0x110", "CDLPXmlNormalizer::InitDigitalAssetsMappingTable()"),
-            Manager("0x110", "CDLPXmlNormalizer::NormailzeXml()"),
-            Manager("0x110", "CDLPXmlNormalizer::GetAllTemplateNodes()")}},
-          {EFrom::XML, "LoadXML", EFailure::CONVERSION, {Manager("0x111", "CDLPXmlNormalizer::GetAllTemplateNodes()")}},
-          {EFrom::XML, "XPathSelectSingleNode", EFailure::CONVERSION}}});
+    script.push_back({{{EFrom::XML,
+                        "XPathSelectNodes",
+                        EFailure::CONVERSION,
+                        {Manager("0x110", "CDLPXmlNormalizer::InitDigitalAssetsMappingTable()"),
+                         Manager("0x110", "CDLPXmlNormalizer::NormailzeXml()"),
+                         Manager("0x110", "CDLPXmlNormalizer::GetAllTemplateNodes()")}},
+                       {EFrom::XML,
+                        "CreateNode",
+                        EFailure::CONVERSION,
+                        {Manager("0x111", "CDLPXmlNormalizer::GetAllTemplateNodes()")}}}});
     script.push_back(ConvertTemplate({vecMapped, vecMapped}));
     script.push_back({{}, {Manager("0x110", "CDLPXmlNormalizer::NormalizeTemplate()")}});
     script.push_back(ConvertTemplate({vecMapped, vecMapped}));

@@ -414,7 +414,7 @@ TEST_F(XmlNormalizer, DocumentHandedInStaysAsItWasRead) {
         R"(<SAPolicy><complianceTemplates><template name="n" displayName="d"><matchRule/></template>)"
         R"(</complianceTemplates></SAPolicy>)";
     CPolicyDocument document(strXml);
-    SNormalizedDocument result;
+    CXMLParser result;
     EXPECT_TRUE(m_normalizer.Normalize(document, result, nullptr));
     std::string strAfter;
     document.Load().SaveUtf8(strAfter);
@@ -426,10 +426,12 @@ TEST_F(XmlNormalizer, EachTemplateRemembersItsPlace) {
         "\xEF\xBB\xBF<SAPolicy><complianceTemplates>\n<template name=\"\xC3\xA9\"/><template builtin=\"1\"/>\n"
         "  <template name=\"b\"/></complianceTemplates></SAPolicy>";
     CPolicyDocument document{std::string_view(strXml)};
-    SNormalizedDocument result;
+    CXMLParser result;
     ASSERT_TRUE(m_normalizer.Normalize(document, result, nullptr));
-    EXPECT_EQ(result.vecOrigins, (std::vector<std::size_t>{strXml.find("<template name=\"\xC3\xA9\""),
-                                                           strXml.find("<template name=\"b\"")}));
+    const CXMLView first = result.RootView().FirstChild().FirstChild();
+    EXPECT_EQ(first.Offset(), strXml.find("<template name=\"\xC3\xA9\""));
+    EXPECT_EQ(first.NextSibling().Offset(), strXml.find("<template name=\"b\""));
+    EXPECT_FALSE(first.NextSibling().NextSibling());
 }
 
 TEST_F(XmlNormalizer, ObserverHearsWhatIsNotCarriedOver) {
@@ -438,7 +440,7 @@ TEST_F(XmlNormalizer, ObserverHearsWhatIsNotCarriedOver) {
         R"(<template name="a" displayName="A" builtin="1"/><template name="b"/></complianceTemplates>)"
         R"(<digitalAssets><entity name="e"/></digitalAssets></SAPolicy>)";
     CPolicyDocument document{std::string_view(strXml)};
-    SNormalizedDocument result;
+    CXMLParser result;
     CItemRecorder observer;
     ASSERT_TRUE(m_normalizer.Normalize(document, result, &observer));
     ASSERT_EQ(observer.m_vecItems.size(), 3U);

@@ -40,19 +40,17 @@ TEST(PolicyDocument, TextThatDoesNotParseIsAnEmptyDocument) {
 TEST(PolicyDocument, MadeFromAnotherGivesTheTextItWouldBeWrittenAs) {
     CXMLParser parser;
     ASSERT_TRUE(parser.LoadXML(L"<a ><b>\u00E4</b></a >"));
-    CPolicyDocument document(std::move(parser), {17, std::string::npos});
+    CPolicyDocument document(std::move(parser));
     EXPECT_EQ(L"<a><b>\u00E4</b></a>", document.GetText());
     EXPECT_EQ(document.GetText().size(), document.GetLength());
     EXPECT_EQ("<a><b>\xC3\xA4</b></a>", Xml::Saved(document.Load()));
 }
 
-TEST(PolicyDocument, TemplateOffsetIsThatInTheTextHandedIn) {
-    CPolicyDocument read(std::string_view("<a><b/></a>"));
-    EXPECT_EQ(3U, read.GetTemplateOffset(7, read.Load().RootView().FirstChild()));
-    CXMLParser parser;
-    ASSERT_TRUE(parser.LoadXML(L"<a><b/><b/></a>"));
-    CPolicyDocument made(std::move(parser), {17});
-    const CXMLView first = made.Load().RootView().FirstChild();
-    EXPECT_EQ(17U, made.GetTemplateOffset(0, first));
-    EXPECT_EQ(std::string::npos, made.GetTemplateOffset(1, first.NextSibling()));
+TEST(PolicyDocument, WhatWasTakenIsReadAnew) {
+    const std::string strText = "<SAPolicy>" + std::string(4, ' ') + "<x/></SAPolicy>";
+    CPolicyDocument document{std::string_view(strText)};
+    CXMLParser taken = document.Take();
+    EXPECT_EQ("<SAPolicy><x/></SAPolicy>", Xml::Saved(taken));
+    taken.GetRootElement()->SetAttribute(L"a", L"b");
+    EXPECT_EQ("<SAPolicy><x/></SAPolicy>", Xml::Saved(document.Load()));
 }

@@ -531,6 +531,18 @@ TEST(XmlFile, UnreadableFileThrows) {
     EXPECT_NE("nothing thrown", Thrown([] { CXMLParser(L"/\xD800"); }));
 }
 
+TEST(XmlParser, NodeThatBecomesTheRootIsAllThatIsLeft) {
+    CXMLParser document;
+    ASSERT_TRUE(document.LoadUtf8("<!--c--><a xmlns:p=\"u\"><b p:x=\"1\"/><c/>t</a><?i?>"));
+    const OS::CAutoObjPtr<CXMLNode> pRoot = document.CreateNode(XMLPARSER_NODE_ELEMENT, L"r");
+    OS::CAutoObjPtr<CXMLNode> pItem = document.XPathSelectSingleNode(L"/a/b");
+    pRoot->AppendChild(pItem);
+    document.SetRoot(pRoot);
+    EXPECT_EQ("<r><b p:x=\"1\" xmlns:p=\"u\"/></r>", Xml::Saved(document));
+    EXPECT_EQ(nullptr, document.XPathSelectSingleNode(L"//c"));
+    EXPECT_EQ("<b p:x=\"1\" xmlns:p=\"u\"/>", OS::Utf8Lenient(pItem->ToElement()->GetXML()));
+}
+
 TEST(XmlDocument, RootOfAnotherIsAppendedWithItsTree) {
     CXMLParser document;
     ASSERT_TRUE(document.LoadUtf8("<?xml version=\"1.0\"?><r a=\"&lt;\" xmlns:p=\"u\"><b/></r>"));
