@@ -1,5 +1,7 @@
 #include "cli/RuleName.h"
 
+#include <string_view>
+
 #include "cli/Text.h"
 #include "platform/common/TextConversion.h"
 
@@ -15,6 +17,16 @@ SMatchRule ReadBack(EElementType eType, const std::wstring& strName) {
     return ParseMatchRule(vecTexts.front(), vecOperators.front());
 }
 
+/** @return whether nothing in the name can be taken for a part of a rule, so that it need not be tried */
+bool IsPlain(std::string_view strName) {
+    constexpr std::string_view PLAIN = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789_-.";
+    const auto fnHolds = [strName](EOperator eOperator) {
+        return strName.find(OperatorText(eOperator)) != std::string_view::npos;
+    };
+    return !strName.empty() && strName.find_first_not_of(PLAIN) == std::string_view::npos && !fnHolds(EOperator::AND) &&
+           !fnHolds(EOperator::OR) && !fnHolds(EOperator::EXCEPT);
+}
+
 bool IsSame(const SMatchRule& rule, EElementType eType, const std::wstring& strName) {
     return rule.vecElements.size() == 2 && rule.vecElements.front().strName == strName &&
            rule.vecElements.front().eType == eType;
@@ -23,6 +35,9 @@ bool IsSame(const SMatchRule& rule, EElementType eType, const std::wstring& strN
 }  // namespace
 
 bool SurvivesRuleText(EElementType eType, const std::string& strName) {
+    if (IsPlain(strName)) {
+        return true;
+    }
     const std::wstring strWide = OS::WideText(strName);
     return IsSame(ReadBack(eType, strWide), eType, strWide);
 }

@@ -1,6 +1,6 @@
 #include <string>
+#include <string_view>
 #include <unordered_map>
-#include <vector>
 
 #include "cli/RuleName.h"
 #include "cli/Text.h"
@@ -38,9 +38,9 @@ void CheckBlanks(const SCheckedDocument& document, const CXMLView& element) {
 /** Of one kind, those of one internal name aside: that these are one item is told already. */
 void CheckDisplayNames(const SCheckedDocument& document, const SNamed& named) {
     const char* pAttribute = document.bOlder ? CDLPXmlNormalizer::OLDER_DISPLAY_NAME : TagUtf8::DISPLAY_NAME;
-    std::unordered_map<std::string, CXMLView> mapFirst;
+    std::unordered_map<std::string_view, CXMLView> mapFirst;
     document.ForEach(named.pSection, named.pElement, [&](const CXMLView& element) {
-        const std::string strDisplayName(element.Attribute(pAttribute));
+        const std::string_view strDisplayName = element.Attribute(pAttribute);
         if (strDisplayName.empty()) {
             return;
         }
@@ -61,9 +61,9 @@ void CheckNames(const SCheckedDocument& document) {
         document.ForEach(named.pSection, named.pElement,
                          [&](const CXMLView& element) { CheckBlanks(document, element); });
         CheckDisplayNames(document, named);
-        std::unordered_map<std::string, std::size_t> mapFirst;
+        std::unordered_map<std::string_view, std::size_t> mapFirst;
         document.ForEach(named.pSection, named.pElement, [&](const CXMLView& element) {
-            const std::string strName(element.Attribute(TagUtf8::NAME));
+            const std::string_view strName = element.Attribute(TagUtf8::NAME);
             if (strName.empty()) {
                 return;
             }
@@ -73,7 +73,7 @@ void CheckNames(const SCheckedDocument& document) {
                     document.diagnostics.Add(ECode::DUPLICATE_NAME, document.Find(element, TagUtf8::NAME).iName,
                                              {named.pWords, Text::Quoted(strName)}),
                     itFirst->second, FIRST_HERE);
-            } else if (named.eType != EElementType::UNKNOWN && !SurvivesRuleText(named.eType, strName)) {
+            } else if (named.eType != EElementType::UNKNOWN && !SurvivesRuleText(named.eType, std::string(strName))) {
                 document.diagnostics.Add(ECode::NAME_IN_TEXT, document.Find(element, TagUtf8::NAME).iName,
                                          {Text::Quoted(strName)});
             }

@@ -72,10 +72,11 @@ class CPatternCheck {
         const auto [itFirst, bNew] = m_mapFirst.try_emplace(MakeMeaning(element), element);
         const std::string_view strName = element.Attribute(TagUtf8::NAME);
         const std::string_view strFirst = itFirst->second.Attribute(TagUtf8::NAME);
-        if (!bNew && strName != strFirst) {
-            m_document.diagnostics.Relate(m_document.diagnostics.Add(ECode::SAME_PATTERN, element.Offset(),
-                                                                     {Text::Quoted(strFirst), Text::Quoted(strName)}),
-                                          itFirst->second.Offset(), "the other one is here");
+        if (!bNew && strName != strFirst && m_document.diagnostics.Count(ECode::SAME_PATTERN, element.Offset())) {
+            m_document.diagnostics.Relate(
+                m_document.diagnostics.Tell(ECode::SAME_PATTERN, element.Offset(),
+                                            {Text::Quoted(strFirst), Text::Quoted(strName)}, {}),
+                itFirst->second.Offset(), "the other one is here");
         }
     }
 

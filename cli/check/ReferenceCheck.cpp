@@ -1,6 +1,7 @@
 #include <map>
 #include <set>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -69,7 +70,7 @@ class CReferenceCheck {
         CAssetNames names;
         for (const SAssetKind& kind : ASSET_KINDS) {
             m_document.ForEachWritten(TagUtf8::DIGITAL_ASSETS, kind.pElement, [&](const CXMLView& element) {
-                m_mapDefined.try_emplace({kind.eType, std::string(element.Attribute(TagUtf8::NAME))}, element.Offset());
+                m_mapDefined.try_emplace({kind.eType, element.Attribute(TagUtf8::NAME)}, element.Offset());
             });
         }
         const auto fnUse = [&](EElementType eType, const std::string& strName, std::size_t) {
@@ -129,8 +130,7 @@ class CReferenceCheck {
     void CheckName(const Reference& reference, std::string_view strWritten, SAttributePlace place,
                    const CAssetNames& names) {
         const auto& [eType, strName] = reference;
-        const auto itDefined =
-            strWritten.empty() ? m_mapDefined.end() : m_mapDefined.find({eType, std::string(strWritten)});
+        const auto itDefined = strWritten.empty() ? m_mapDefined.end() : m_mapDefined.find({eType, strWritten});
         const bool bDefined = itDefined != m_mapDefined.end();
         if (names.IsStored(eType, strName) || (bDefined && !m_document.bOlder)) {
             return;
@@ -157,7 +157,7 @@ class CReferenceCheck {
     }
 
     void CheckUnused() {
-        std::vector<std::pair<Reference, CXMLView>> vecUnused = FindUnused();
+        const std::vector<std::pair<EElementType, CXMLView>> vecUnused = FindUnused();
         if (vecUnused.empty()) {
             return;
         }
@@ -174,32 +174,35 @@ class CReferenceCheck {
                 m_setUsed.emplace(read.eType, read.strName);
             });
         });
-        for (const auto& [reference, element] : vecUnused) {
-            if (m_setUsed.count(reference) == 0) {
-                m_document.diagnostics.Add(
+        for (const auto& [eType, element] : vecUnused) {
+            if (!IsUsed(eType, element) && m_document.diagnostics.Count(ECode::UNUSED_ASSET, element.Offset())) {
+                m_document.diagnostics.Tell(
                     ECode::UNUSED_ASSET, element.Offset(),
-                    {GetKind(GetAssetKind(reference.first).eKind).pWord, Text::Quoted(reference.second)});
+                    {GetKind(GetAssetKind(eType).eKind).pWord, Text::Quoted(element.Attribute(TagUtf8::NAME))}, {});
             }
         }
     }
 
-    std::vector<std::pair<Reference, CXMLView>> FindUnused() const {
-        std::vector<std::pair<Reference, CXMLView>> vecUnused;
+    std::vector<std::pair<EElementType, CXMLView>> FindUnused() const {
+        std::vector<std::pair<EElementType, CXMLView>> vecUnused;
         for (const SAssetKind& kind : ASSET_KINDS) {
             m_document.ForEach(TagUtf8::DIGITAL_ASSETS, kind.pElement, [&](const CXMLView& element) {
-                Reference reference(kind.eType, element.Attribute(TagUtf8::NAME));
-                if (!reference.second.empty() && m_setUsed.count(reference) == 0) {
-                    vecUnused.emplace_back(std::move(reference), element);
+                if (!element.Attribute(TagUtf8::NAME).empty() && !IsUsed(kind.eType, element)) {
+                    vecUnused.emplace_back(kind.eType, element);
                 }
             });
         }
         return vecUnused;
     }
 
+    bool IsUsed(EElementType eType, const CXMLView& element) const {
+        return m_setUsed.count({eType, std::string(element.Attribute(TagUtf8::NAME))}) != 0;
+    }
+
     const SCheckedDocument& m_document;
     std::set<Reference> m_setUsed;
     /** What the document itself has, and where: if it is not taken, that is told of the asset, or of its section. */
-    std::map<Reference, std::size_t> m_mapDefined;
+    std::map<std::pair<EElementType, std::string_view>, std::size_t> m_mapDefined;
     CAssetSuggestions m_suggestions;
 };
 

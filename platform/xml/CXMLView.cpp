@@ -49,8 +49,10 @@ CXMLView CXMLView::FirstChild(const char* pName) const {
 CXMLView CXMLView::NextSibling(const char* pName) const {
     const pugi::xml_node node = XmlTree::Node(m_pNode);
     // What stands beside a node that is not attached is no sibling.
-    return XmlTree::ParentElement(node) ? CXMLView(m_pTree, XmlTree::Handle(XmlTree::NextElement(node, pName)))
-                                        : CXMLView();
+    const bool bMayBeDetached = m_pTree != nullptr && m_pTree->HasHolder();
+    return bMayBeDetached && !XmlTree::ParentElement(node)
+               ? CXMLView()
+               : CXMLView(m_pTree, XmlTree::Handle(XmlTree::NextElement(node, pName)));
 }
 
 int CXMLView::Depth() const {
