@@ -136,7 +136,7 @@ def large(size: int) -> Iterator[Hostile]:
     yield Hostile("empty elements among templates",
                   policy(templates='<template name="t" display_name="t"/>' + "<x/>" * (size // 4)), TAKEN)
     yield Hostile("empty elements in a template",
-                  policy(entity("e"), template("t", "<x/>" * (size // 4))), TAKEN, memory=6)  # each is read as a rule
+                  policy(entity("e"), template("t", "<x/>" * (size // 4))), TAKEN, memory=1.4)  # each is read as a rule
     yield Hostile("empty elements in an expression", policy(entity("e", "<x/>" * (size // 4))), TAKEN, memory=1.2)
     yield Hostile("expressions of one name", policy(entity("e") * (size // 100)), TAKEN)
     yield Hostile("expressions", policy("".join(entity(f"e{i}") for i in range(size // 110))), TAKEN)
@@ -159,7 +159,7 @@ def large(size: int) -> Iterator[Hostile]:
     yield Hostile("blanks after the document", SMALL + b" " * size, TAKEN)
     yield Hostile("older layout, many templates",
                   (HEAD + "<SAPolicy><complianceTemplates>" + '<template name="t" displayName="t"/>' * (many // 2)
-                   + "</complianceTemplates></SAPolicy>").encode(), EITHER, memory=1.45)  # two trees of them
+                   + "</complianceTemplates></SAPolicy>").encode(), EITHER, memory=1.15)  # convert has two trees of them
 
 
 def cuts(chance: random.Random, sample: int) -> Iterator[Hostile]:
