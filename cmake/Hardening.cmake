@@ -21,7 +21,7 @@ if(NOT DLP_SANITIZE)
 endif()
 # Under the sanitizers a program at a fixed place starts in three quarters of the time, and every test case is a start.
 set(DLP_PLACE -pie)
-if(DLP_SANITIZE)
+if(DLP_SANITIZE MATCHES "address")
     set(DLP_PLACE -no-pie)
 endif()
 target_link_options(dlp_options INTERFACE -Wl,-z,relro,-z,now,-z,noexecstack

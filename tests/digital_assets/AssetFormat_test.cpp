@@ -145,8 +145,9 @@ TEST_F(AssetFormat, EveryNumberIsReadForItsTypesOnly) {
                 CSettingsStore::Current().FindOne(KindOf(*pFormat), AssetColumn::SUBJECT, SubjectOf(*pFormat));
             ASSERT_NE(pRow, nullptr);
             for (const auto& [strName, iColumn] : lstNumbers) {
-                const bool bCarried = std::any_of(type.aNumbers.begin(), type.aNumbers.end(),
-                                                  [&](const SNumber& number) { return number.iColumn == iColumn; });
+                const bool bCarried =
+                    std::any_of(type.aNumbers.begin(), type.aNumbers.end(),
+                                [iWanted = iColumn](const SNumber& number) { return number.iColumn == iWanted; });
                 EXPECT_EQ(pRow->GetNumber(iColumn), bCarried ? 7 : 0) << type.pName << ' ' << strName;
             }
         }

@@ -204,7 +204,7 @@ TEST_F(TemplateCheck, StoreThatCannotAnswerThrows) {
     CStoreFaults faults;
     CSettingsStore::Open(TemplateStore::MEMORY);
     for (const std::string& strXml : {Policy(Template(Rule(Block("ENTITY", "Card")))), std::string("no document")}) {
-        for (const std::size_t iOperation : {1, 2}) {
+        for (const std::size_t iOperation : {1U, 2U}) {
             faults.FailAt(iOperation);
             Names vecImported;
             Names vecInvalid;

@@ -521,7 +521,7 @@ TEST_F(TemplateExport, UnreadableAssetNamesFailBeforeAnyTemplate) {
     CStoreFaults faults;
     CSettingsStore::Open(TemplateStore::MEMORY);
     for (const Names& vecNames : {Names{}, Names{L"T"}}) {
-        for (const std::size_t iOperation : {2, 3}) {
+        for (const std::size_t iOperation : {2U, 3U}) {
             faults.FailAt(iOperation);
             CLogRecorder log;
             EXPECT_EQ(Export(vecNames), "");

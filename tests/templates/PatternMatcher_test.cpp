@@ -198,7 +198,7 @@ TEST(PatternMatcher, SearchesGoOnAtTheEndOfAMatch) {
 TEST(PatternMatcher, EarlierSearchesDoNotSpoilLaterOnes) {
     const CPattern pattern(L"{(a*)*}{b?}");
     CPatternMatcher matcher(pattern, L"aaab");
-    for (const std::size_t iStart : {0, 2, 4, 3, 0, 1}) {
+    for (const std::size_t iStart : {0U, 2U, 4U, 3U, 0U, 1U}) {
         ASSERT_TRUE(matcher.Search(iStart));
         EXPECT_EQ(matcher.GetMatch().iStart, iStart);
         EXPECT_EQ(matcher.GetMatch().iEnd, 4U);

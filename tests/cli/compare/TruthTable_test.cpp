@@ -27,7 +27,7 @@ CTruthTable Only(std::size_t iConditions, std::size_t iWay) {
 
 TEST(TruthTable, AgreesWithEachWayAlone) {
     std::mt19937 random(1);
-    for (const std::size_t iConditions : {0, 1, 2, 5, 6, 7, 9}) {
+    for (const std::size_t iConditions : {0U, 1U, 2U, 5U, 6U, 7U, 9U}) {
         const std::size_t iWays = std::size_t{1} << iConditions;
         for (int iRound = 0; iRound < 20; ++iRound) {
             const bool bStart = random() % 2 == 0;

@@ -112,7 +112,7 @@ class SqliteStore : public testing::Test {
 };
 
 TEST_F(SqliteStore, FilesAndFoldersAreTheOwnersAloneWhateverTheUmask) {
-    for (const mode_t iMask : {0000, 0022, 0277}) {
+    for (const mode_t iMask : {0000U, 0022U, 0277U}) {
         const mode_t iOldMask = ::umask(iMask);
         const std::string strTop = "mask" + std::to_string(iMask);
         CSqliteStore store(m_folder.Path(strTop + "/made too/settings.db"));
@@ -472,8 +472,9 @@ TEST_F(SqliteStore, OpenedForReadingItMakesNothing) {
     };
     const auto mapBefore = Files();
     for (const auto& [strPath, strWhy] : aRefused) {
-        EXPECT_EQ(Opening(strPath, strWhy),
-                  ExceptionText([&] { CSettingsStore::Make("sqlite:" + strPath, EUnitOfWork::READ); }));
+        EXPECT_EQ(Opening(strPath, strWhy), ExceptionText([&strFile = strPath] {
+                      CSettingsStore::Make("sqlite:" + strFile, EUnitOfWork::READ);
+                  }));
     }
     EXPECT_TRUE(mapBefore == Files());
 }
