@@ -107,6 +107,7 @@ class CReader {
 
     void ReadLine(const std::wstring& strLine) {
         m_strLine = strLine;
+        CountFromStart();
         const View strTrimmed = OS::Trim(m_strLine);
         if (strTrimmed.empty() || strTrimmed.front() == COMMENT) {
             return;
@@ -164,7 +165,7 @@ class CReader {
     }
 
     /** Where they are in the whole text. */
-    std::vector<SJoinSlip> FindSlips(View strPart) const {
+    std::vector<SJoinSlip> FindSlips(View strPart) {
         std::vector<SJoinSlip> vecSlips = FindJoinSlips(strPart);
         for (SJoinSlip& slip : vecSlips) {
             slip.iAt = Find(strPart.data() + slip.iAt);
@@ -203,17 +204,25 @@ class CReader {
                Text::Quoted(bExpression ? "K:" + strName : "P:" + strName + "(1)");
     }
 
-    /** @return the byte of the whole text that a character of the line stands for */
-    std::size_t Find(const wchar_t* pCharacter) const {
+    /** @return the byte of the whole text that a character of the line stands for; counted from the last one asked */
+    std::size_t Find(const wchar_t* pCharacter) {
         const auto iBefore = static_cast<std::size_t>(pCharacter - m_strLine.data());
-        return m_iLine + OS::Utf8Lenient(View(m_strLine).substr(0, iBefore)).size();
+        if (iBefore < m_iCounted) {
+            CountFromStart();
+        }
+        m_iBytes += OS::Utf8Lenient(View(m_strLine).substr(m_iCounted, iBefore - m_iCounted)).size();
+        m_iCounted = iBefore;
+        return m_iLine + m_iBytes;
     }
+    void CountFromStart() { m_iCounted = m_iBytes = 0; }
     void Add(const wchar_t* pCharacter, const std::string& strWhy) { AddAt(Find(pCharacter), strWhy); }
     void AddAt(std::size_t iOffset, const std::string& strWhy) { m_vecFaults.emplace_back(iOffset, strWhy); }
 
     const std::string& m_strText;
     std::size_t m_iLine = 0;  ///< where the line that is read begins
     std::wstring m_strLine;
+    std::size_t m_iCounted = 0;  ///< characters of the line
+    std::size_t m_iBytes = 0;    ///< that those are
     std::vector<SMatchRule> m_vecRules;
     std::vector<SReference> m_vecReferences;
     std::vector<std::pair<std::size_t, std::string>> m_vecFaults;

@@ -133,6 +133,7 @@ class Filled(Tool):
     def __init__(self, path: str, folder: Path) -> None:
         self.out = folder / "out"
         self._filled: bytes | None = None
+        self.settings: tuple[str, ...] = ()  # of the environment, for the commands that are tried
         super().__init__(path, folder)
         self.run(("import", str(ROOT / "examples" / "starter-policy.xml")))
         self._filled = (folder / "store.db").read_bytes()
@@ -168,7 +169,7 @@ class Trial:
         print(f"{what}: {wrong.rstrip()}", flush=True)
 
     def _run(self, what: str, words: tuple[str, ...], document: Hostile, codes: tuple[int, ...]) -> int:
-        code, seconds, peak, err = self._tool.run(words)
+        code, seconds, peak, err = self._tool.run(words, ("env", *self._tool.settings))
         self.runs += 1
         if code not in codes:
             self._complain(what, f"exit {code}: {err}")
@@ -190,7 +191,6 @@ class Trial:
         tool.clear()
         tool.file.write_bytes(document.data)
         code = self._run(what, words, document, document.codes if codes is None else codes)
-        os.environ.pop("XDG_CONFIG_HOME", None)  # the settings are for the command alone
         if (code > 1 or not changes) and tool.dump() != tool.before:
             self._complain(what, f"exit {code}, and the store has changed")
 
@@ -258,16 +258,18 @@ def try_all(trial: Trial, tool: Filled, chance: random.Random, sample: int, size
     if "settings" in names:
         (tool.folder / "settings" / "dlpctl").mkdir(parents=True)
         (tool.folder / "settings" / "dlpctl" / "config.toml").symlink_to(tool.file)
+        tool.settings = (f"XDG_CONFIG_HOME={tool.folder}/settings",)
         for document in chain(texts(SETTINGS, chance, sample, few, USAGE), settings(few)):
             for words in (("config",), ("list", "templates")):
-                os.environ["XDG_CONFIG_HOME"] = str(tool.folder / "settings")
                 trial.read(" ".join(words), words, document, changes=False)
+        tool.settings = ()
     if "rules" in names:
-        os.environ["EDITOR"] = f"cp {tool.file}"
+        tool.settings = (f"EDITOR=cp {tool.file}",)
         for document in chain(texts(RULE_LINES, chance, sample, few, RULES), rules(few)):
             trial.read("template set", ("template", "set", "bank-accounts", "--rules-from", "{in}"), document, RULES)
             trial.read("template edit", ("template", "edit", "bank-accounts"), document, RULES)
             trial.read("expression set", ("expression", "set", "bic", "--pattern-from", "{in}"), document, RULES)
+        tool.settings = ()
     if "documents" in names:
         documents = chain(doctypes(), encodings(), cuts(chance, sample), flips(chance, sample), large(few // 4))
         older = (ROOT / "examples" / "older-layout.xml").read_bytes()
@@ -305,6 +307,7 @@ def main() -> int:
         trial = Trial(tool, measures=arguments.measure)
         try_all(trial, tool, random.Random(arguments.seed), arguments.sample, int(arguments.size * MEBIBYTE),
                 arguments.kinds.split(","), arguments.step)
+        tool.close()
     print(f"{trial.runs} runs, {trial.wrong} wrong; dearest per 15 MiB: {trial.slowest[0]:.2f} s ({trial.slowest[1]}), "
           f"{trial.largest[0]:.0f} MiB ({trial.largest[1]}); {time.monotonic() - begun:.0f} s")
     return 1 if trial.wrong or trial.runs == 0 else 0
