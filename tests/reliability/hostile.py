@@ -159,7 +159,7 @@ def large(size: int) -> Iterator[Hostile]:
     yield Hostile("blanks after the document", SMALL + b" " * size, TAKEN)
     yield Hostile("older layout, many templates",
                   (HEAD + "<SAPolicy><complianceTemplates>" + '<template name="t" displayName="t"/>' * (many // 2)
-                   + "</complianceTemplates></SAPolicy>").encode(), EITHER, memory=1.15)  # convert has two trees of them
+                   + "</complianceTemplates></SAPolicy>").encode(), EITHER, memory=1.25)  # convert has two trees of them
 
 
 def cuts(chance: random.Random, sample: int) -> Iterator[Hostile]:
