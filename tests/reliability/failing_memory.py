@@ -22,7 +22,7 @@ COMMANDS = ("template set", "keywords import", "keywords export -o", "import --r
             "store backup", "store restore", "store restore, no store", "store restore, damaged store", "store check",
             "expression set", "keywords add", "template new", "check", "check, a folder", "export",
             "export -o, replacing", "export -o, long", "assets export -o", "store load", "store dump -o", "rename", "delete", "diff",
-            "refs")
+            "refs", "list, store of the first version")
 
 
 def requests(world: World, scenario, library: str, folder: Path) -> int:
