@@ -139,9 +139,11 @@ CSqliteConnection::CSqliteConnection(const std::string& strPath, int iBusyMillis
     }
     if (!bEmpty) {
         BringUp();
+        OpenJournal();
     }
     Execute(CONNECTION_SETTINGS);
     OpenSchema(bRead);
+    m_pDb.get_deleter().bOwnJournal = !m_fixed && !HasMoved();
 }
 
 /** The journal may know more than the header has told, also that nobody has finished making the store. */
@@ -168,6 +170,8 @@ void CSqliteConnection::Open(const std::string& strName, int iFlags) {
     const int iCode =
         sqlite3_open_v2(strName.c_str(), &pDb, iFlags | SQLITE_OPEN_NOMUTEX, SqlitePageSums::GetVfsName());
     m_pDb.reset(pDb);
+    m_pDb.get_deleter().bOwnJournal = false;
+    m_iFlags = iFlags;
     if (iCode != SQLITE_OK) {
         Throw(iCode, StoreDoing::OPENING);
     }
@@ -194,10 +198,48 @@ void CSqliteConnection::BringUp() {
             ThrowStoreError(m_strUrl, StoreDoing::OPENING,
                             OLDER_IN_USE + (strWriter.empty() ? "" : " (" + strWriter + ')'), SQLITE_BUSY);
         }
-        sqlite3_close(m_pDb.release());  // and nothing more: what stands beside the path may be another file's
-        sqlite3_sleep(STEP_MILLISECONDS);
-        Open(m_strPath, SQLITE_OPEN_READWRITE);
+        OpenAnew();
     }
+}
+
+/** What stands beside the path may be another file's, so it is left alone. */
+void CSqliteConnection::OpenAnew() {
+    sqlite3_close(m_pDb.release());
+    sqlite3_sleep(STEP_MILLISECONDS);
+    Open(m_strPath, m_iFlags);
+}
+
+/** With its first look into the file the engine opens the journal at the path, for as long as it has the file open. */
+void CSqliteConnection::OpenJournal() {
+    for (int iWaited = 0; !m_fixed && !HasOwnJournal(); iWaited += STEP_MILLISECONDS) {
+        if (iWaited >= m_iBusyMilliseconds || CSettingsStore::IsWaitEnded()) {
+            ThrowBusy(m_strUrl, StoreDoing::OPENING, m_note.Read(), SQLITE_BUSY);
+        }
+        OpenAnew();
+        BringUp();
+    }
+}
+
+/**
+ * Whoever puts another file in the place of this one has it reserved meanwhile, and moves its journal first: one that
+ * was made then, or after it, lies beside the other file.
+ */
+bool CSqliteConnection::HasOwnJournal() const {
+    const int iCode = sqlite3_exec(Get(), COUNT_PAGES, nullptr, nullptr, nullptr);
+    sqlite3_file* pFile = nullptr;
+    sqlite3_file_control(Get(), nullptr, SQLITE_FCNTL_FILE_POINTER, &pFile);
+    int iReserved = 0;
+    pFile->pMethods->xCheckReservedLock(pFile, &iReserved);
+    if (HasMoved()) {
+        if (!CanLook()) {
+            Refuse(std::generic_category().message(errno));
+        }
+        return false;
+    }
+    if (iCode != SQLITE_OK) {
+        Throw(iCode, StoreDoing::OPENING);
+    }
+    return iReserved == 0;
 }
 
 /**
@@ -252,12 +294,20 @@ int CSqliteConnection::Wait(void* pConnection, int iTries) noexcept {
 /**
  * The engine leaves the journal where it is when another file stands at the path by then, and the next to open that
  * file would take it for that file's own. So what it holds goes to the file that is open before, and nothing of it
- * stays, unless somebody else is reading it.
+ * stays, unless somebody else is reading it. Then the engine removes the journal by its name, which may be that file's
+ * by then; nobody puts a file in the place of one that is locked.
  */
 void CSqliteConnection::SClose::operator()(sqlite3* pDb) const noexcept {
-    if (sqlite3_total_changes(pDb) != 0 || ::HasMoved(pDb)) {
-        sqlite3_busy_handler(pDb, nullptr, nullptr);
-        sqlite3_wal_checkpoint_v2(pDb, nullptr, SQLITE_CHECKPOINT_TRUNCATE, nullptr, nullptr);
+    if (bOwnJournal) {
+        if (sqlite3_total_changes(pDb) != 0 || ::HasMoved(pDb)) {
+            sqlite3_busy_handler(pDb, nullptr, nullptr);
+            sqlite3_wal_checkpoint_v2(pDb, nullptr, SQLITE_CHECKPOINT_TRUNCATE, nullptr, nullptr);
+        }
+        sqlite3_file* pFile = nullptr;
+        sqlite3_file_control(pDb, nullptr, SQLITE_FCNTL_FILE_POINTER, &pFile);
+        if (pFile->pMethods->xLock(pFile, SQLITE_LOCK_EXCLUSIVE) != SQLITE_OK || ::HasMoved(pDb)) {
+            sqlite3_db_config(pDb, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
+        }
     }
     sqlite3_close(pDb);
 }

@@ -67,6 +67,8 @@ class CSqliteConnection {
   private:
     struct SClose {
         void operator()(sqlite3* pDb) const noexcept;
+
+        bool bOwnJournal;  ///< the journal that the engine has open is known to be that of the file
     };
 
     static int Wait(void* pConnection, int iTries) noexcept;
@@ -75,6 +77,9 @@ class CSqliteConnection {
     /** @return the version of the schema */
     int CheckHeader() const;
     void BringUp();
+    void OpenJournal();
+    bool HasOwnJournal() const;
+    void OpenAnew();
     bool ShutOthersOut();
     void GiveUpFile() noexcept;
     void CheckOwner(std::int64_t iApplication) const;
@@ -90,7 +95,8 @@ class CSqliteConnection {
     std::optional<FileState> m_fixed;  ///< of a file that is read without a lock: when it was opened
     CWriterNote m_note;
     int m_iBusyMilliseconds;
-    std::unique_ptr<sqlite3, SClose> m_pDb;
+    int m_iFlags = 0;  ///< with which the file was opened
+    std::unique_ptr<sqlite3, SClose> m_pDb{nullptr, SClose{false}};
     int m_iVersion = 0;
     int m_iWaited = 0;  ///< milliseconds, for the lock that is wanted now
 };

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <array>
 #include <cctype>
+#include <cerrno>
 #include <climits>
 #include <ctime>
 #include <exception>
@@ -19,7 +20,7 @@ constexpr mode_t OWN_MODE = 0600;
 constexpr mode_t SHARED_BITS = 0666;
 constexpr int TRIES = 10;
 constexpr unsigned TRY_MICROSECONDS = 500;
-constexpr std::size_t LONGEST_NOTE = 512;
+constexpr off_t LONGEST_NOTE = 512;
 constexpr char BEGINNING[] = "process ";
 
 std::string MakeNote() {
@@ -72,7 +73,8 @@ int CWriterNote::Take() const {
     const int iFile = ::open(GetPath().c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, OWN_MODE);
     struct stat status {};
     if (iFile >= 0 && ::flock(iFile, LOCK_EX | LOCK_NB) == 0 && ::fstat(iFile, &status) == 0 &&
-        S_ISREG(status.st_mode) && status.st_nlink == 1 && (status.st_size == 0 || IsLeftBehind(ReadNote(iFile)))) {
+        S_ISREG(status.st_mode) && status.st_nlink == 1 &&
+        (status.st_size == 0 || (status.st_size <= LONGEST_NOTE && IsLeftBehind(ReadNote(iFile))))) {
         return iFile;
     }
     if (iFile >= 0) {
@@ -125,4 +127,14 @@ std::string CWriterNote::Read() const {
     const std::string strNote = bLeftBehind ? std::string() : ReadNote(iFile);
     ::close(iFile);
     return IsNote(strNote) ? strNote : std::string();
+}
+
+bool CWriterNote::IsHeld() const {
+    const int iFile = ::open(GetPath().c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK);
+    if (iFile < 0) {
+        return false;
+    }
+    const bool bHeld = ::flock(iFile, LOCK_SH | LOCK_NB) != 0 && errno == EWOULDBLOCK;
+    ::close(iFile);
+    return bHeld;
 }

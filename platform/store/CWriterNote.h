@@ -20,6 +20,8 @@ class CWriterNote {
     bool IsLeft() const { return m_iFile >= 0; }
     /** @return such as "process 12 on host-a, since 2026-03-01T08:00:00Z"; "" when nobody says so */
     std::string Read() const;
+    /** Whether a note keeps this one from being left: another's, which may have no text yet. */
+    bool IsHeld() const;
 
   private:
     std::string GetPath() const;

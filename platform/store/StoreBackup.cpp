@@ -1,12 +1,14 @@
 #include "platform/store/StoreBackup.h"
 
 #include <fcntl.h>
+#include <sqlite3.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstdio>
 #include <filesystem>
+#include <memory>
 #include <optional>
 #include <system_error>
 #include <utility>
@@ -36,6 +38,7 @@ constexpr char INDEX[] = "-shm";
 constexpr const char* SIDE_FILES[] = {JOURNAL, INDEX, ROLLBACK_JOURNAL, "-writer"};
 constexpr int STEP_MILLISECONDS = 25;
 constexpr mode_t MODE_BITS = 0777;
+constexpr mode_t GROUP_BITS = 0070;
 constexpr char IN_PLACE[] = "it is in its place, but a power cut may undo that: ";
 constexpr char UNFINISHED[] = "it is a store that nobody has finished making, and no backup";
 
@@ -153,14 +156,17 @@ class CTemporaryFile {
 
     const std::string& GetPath() const { return m_strPath; }
 
-    /** The new file belongs to whom the old one belonged to, as far as this user may give it away. */
+    /**
+     * The new file belongs to whom the old one belonged to, as far as this user may give it away. Where its group is
+     * another one, that one may do nothing.
+     */
     void TakeOwner(const std::string& strFormer) const {
         struct stat status {};
         if (::stat(strFormer.c_str(), &status) == 0) {
-            ::chmod(m_strPath.c_str(), status.st_mode & MODE_BITS);
             constexpr auto SAME_USER = static_cast<uid_t>(-1);
-            [[maybe_unused]] const bool bGiven = ::chown(m_strPath.c_str(), status.st_uid, status.st_gid) == 0 ||
-                                                 ::chown(m_strPath.c_str(), SAME_USER, status.st_gid) == 0;
+            const bool bGroup = ::chown(m_strPath.c_str(), status.st_uid, status.st_gid) == 0 ||
+                                ::chown(m_strPath.c_str(), SAME_USER, status.st_gid) == 0;
+            ::chmod(m_strPath.c_str(), status.st_mode & (bGroup ? MODE_BITS : MODE_BITS & ~GROUP_BITS));
         }
     }
 
@@ -321,16 +327,52 @@ void LeaveNote(CWriterNote& note, const std::string& strPath) {
     note.Leave();
     for (int iWaited = 0; !note.IsLeft(); iWaited += STEP_MILLISECONDS) {
         const std::string strWriter = note.Read();
-        if (strWriter.empty()) {
-            return;  // nobody keeps it from being left, but the folder or what stands there
-        }
         if (iWaited >= CSqliteStore::BUSY_MILLISECONDS || CSettingsStore::IsWaitEnded()) {
             ThrowBusy(CSqliteStore::SCHEME + strPath, StoreDoing::RESTORING, strWriter, EBUSY);
         }
-        ::usleep(STEP_MILLISECONDS * 1000);
+        const bool bHeld = note.IsHeld();
+        ::usleep(bHeld ? STEP_MILLISECONDS * 1000 : 0);
         note.Leave();
+        if (!bHeld && !note.IsHeld()) {
+            return;  // nobody keeps it from being left, but the folder or what stands there
+        }
     }
 }
+
+/** A file in whose place another one is put: whoever had it open goes on, and nobody else opens it meanwhile. */
+class CReservedFile {
+  public:
+    explicit CReservedFile(const std::string& strPath) {
+        sqlite3* pDb = nullptr;
+        const int iCode = sqlite3_open_v2(strPath.c_str(), &pDb, SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX, nullptr);
+        m_pDb.reset(pDb);
+        if (iCode != SQLITE_OK) {
+            ThrowStoreError(CSqliteStore::SCHEME + strPath, StoreDoing::RESTORING, sqlite3_errstr(iCode), iCode);
+        }
+        sqlite3_file_control(pDb, nullptr, SQLITE_FCNTL_FILE_POINTER, &m_pFile);
+    }
+
+    /** @return false when somebody else has reserved the file, or put another one in its place */
+    bool Reserve() {
+        for (const int iLock : {SQLITE_LOCK_SHARED, SQLITE_LOCK_RESERVED}) {
+            if (m_pFile->pMethods->xLock(m_pFile, iLock) != SQLITE_OK) {
+                return false;
+            }
+        }
+        // When others have it open this fails, but keeps those out who would open it from now on.
+        m_pFile->pMethods->xLock(m_pFile, SQLITE_LOCK_EXCLUSIVE);
+        int iMoved = 1;
+        sqlite3_file_control(m_pDb.get(), nullptr, SQLITE_FCNTL_HAS_MOVED, &iMoved);
+        return iMoved == 0;
+    }
+
+  private:
+    struct SClose {
+        void operator()(sqlite3* pDb) const noexcept { sqlite3_close(pDb); }
+    };
+    std::unique_ptr<sqlite3, SClose> m_pDb;
+    sqlite3_file* m_pFile = nullptr;
+};
 
 /** Whether restoring has begun to put the file aside, and was cut short. */
 bool IsHalfAside(const std::string& strPath) {
@@ -357,6 +399,10 @@ std::optional<SRestored> ReplaceDamaged(CSettingsStore& backup, const std::strin
         CWriterNote note(strPath);
         LeaveNote(note, strPath);
         if (OpenWhole(strPath, EUnitOfWork::WRITE) != nullptr) {
+            return false;
+        }
+        CReservedFile former(strPath);
+        if (!former.Reserve()) {
             return false;
         }
         const CFolder folder(strPath);

@@ -1,8 +1,10 @@
 #include "platform/store/StoreBackup.h"
 
+#include <grp.h>
 #include <gtest/gtest.h>
 #include <sqlite3.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <set>
@@ -217,6 +219,34 @@ TEST_F(StoreBackupTest, PutsADamagedStoreAside) {
     }
 }
 
+TEST_F(StoreBackupTest, OtherGroupThanTheStoresMayDoNothing) {
+    if (::geteuid() != 0) {
+        GTEST_SKIP() << "takes a user who may become others";
+    }
+    {
+        CSqliteStore store(Path());
+        StoreBackup::Save(store, BackupPath(), NoStep);
+    }
+    Damage(Path(), 0);
+    const std::string strFolder = fs::path(Path()).parent_path().string();
+    for (const std::string& strShared : {strFolder, fs::path(strFolder).parent_path().string()}) {
+        ::chmod(strShared.c_str(), 0777);
+    }
+    ::chmod(Path().c_str(), 0666);
+    ::chmod(BackupPath().c_str(), 0666);
+    ASSERT_EQ(0, ::chown(Path().c_str(), 1001, 2000));
+    ASSERT_EQ(0, ::setgroups(0, nullptr));
+    ASSERT_EQ(0, ::setegid(1002));
+    ASSERT_EQ(0, ::seteuid(1002));
+    EXPECT_TRUE(StoreBackup::Restore(*StoreBackup::Open(BackupPath()), Path(), false, NoStep).bDamaged);
+    struct stat status {};
+    ASSERT_EQ(0, ::stat(Path().c_str(), &status));
+    EXPECT_EQ(1002u, status.st_uid);
+    EXPECT_EQ(1002u, status.st_gid);
+    EXPECT_EQ(0606u, status.st_mode & 07777);
+    ASSERT_EQ(0, ::seteuid(0));  // who removes the folder
+}
+
 TEST_F(StoreBackupTest, DamagedStoreThatIsHalfPutAsideIsPutAsideWhole) {
     {
         CSqliteStore store(Path());
@@ -273,6 +303,9 @@ TEST_F(StoreBackupTest, DamagedStoreIsNotPutAsideWhileSomebodyWrites) {
     CSettingsStore::SetWaitEnder([] { return true; });
     EXPECT_EQ("settings store sqlite:" + Path() + ", restoring it: another process is writing to it (" + writer.Read() +
                   "); try again",
+              ExceptionText([&] { StoreBackup::Restore(*pBackup, Path(), false, NoStep); }));
+    fs::resize_file(Path() + "-writer", 0);  // it has the note, and is about to write it
+    EXPECT_EQ("settings store sqlite:" + Path() + ", restoring it: another process is writing to it; try again",
               ExceptionText([&] { StoreBackup::Restore(*pBackup, Path(), false, NoStep); }));
     CSettingsStore::SetWaitEnder(nullptr);
     EXPECT_EQ(setBefore, Names());

@@ -1,7 +1,9 @@
 // Loaded before the C library (LD_PRELOAD), it counts the calls of a program to the system and lets one of them fail:
 //   DLP_FAULT_CALL=N      the N-th call fails (counted from 1)
 //   DLP_FAULT_ERROR=E     with the number of an error, or "short": it carries half of what it was given
-//   DLP_FAULT_MOVED=FILE  instead of failing it finds FILE gone to FILE.moved, and FILE.other, if there is one, as FILE
+//   DLP_FAULT_MOVED=FILE  instead of failing it finds FILE gone to FILE.moved, and FILE.other, if there is one, as
+//   FILE;
+//                         if there is a FILE.other-wal, FILE-wal goes and comes with them
 //   DLP_FAULT_LASTING=1   and so does every later call of the same function
 //   DLP_FAULT_TRACE=FILE  every call is appended to FILE: function, tab, path or descriptor
 // The headers that declare these functions are left out, since some of them define them as well.
@@ -73,19 +75,32 @@ void Trace(int iFile, const char* pFunction, const char* pDetail) {
     errno = iErrorBefore;
 }
 
+struct SName {
+    SName(const char* pFile, const char* pSuffix, const char* pEnd) {
+        std::size_t iSize = 0;
+        for (const char* pPart : {pFile, pSuffix, pEnd}) {
+            for (; *pPart != '\0' && iSize + 1 < sizeof(aText); ++pPart) {
+                aText[iSize++] = *pPart;
+            }
+        }
+    }
+
+    char aText[4096] = {};
+};
+
 void Move(const char* pFile) {
     const int iErrorBefore = errno;
-    char aMoved[4096] = {};
-    char aOther[4096] = {};
-    const std::size_t iSize = std::strlen(pFile);
-    if (iSize + sizeof(".moved") <= sizeof(aMoved)) {
-        std::memcpy(aMoved, pFile, iSize);
-        std::memcpy(aOther, pFile, iSize);
-        std::memcpy(aMoved + iSize, ".moved", sizeof(".moved"));
-        std::memcpy(aOther + iSize, ".other", sizeof(".other"));
-        syscall(SYS_rename, pFile, aMoved);
-        syscall(SYS_rename, aOther, pFile);
+    const auto fnMove = [pFile](const char* pEnd) {
+        const SName other(pFile, ".other", pEnd);
+        syscall(SYS_rename, SName(pFile, "", pEnd).aText, SName(pFile, ".moved", pEnd).aText);
+        syscall(SYS_rename, other.aText, SName(pFile, "", pEnd).aText);
+    };
+    constexpr int TO_READ = 4;
+    if (syscall(SYS_access, SName(pFile, ".other", "-wal").aText, TO_READ) == 0) {
+        fnMove("-wal");
+        syscall(SYS_unlink, SName(pFile, "", "-shm").aText);
     }
+    fnMove("");
     errno = iErrorBefore;
 }
 
