@@ -15,6 +15,7 @@ from dataclasses import dataclass
 from pathlib import Path
 
 SECTOR = 512
+STANDARD_OUTPUT = 1
 FOLDER = -1  # stands for a file's number
 KEPT, DROPPED, ZEROS, TORN = range(4)
 MAPPED = "-shm"  # is written through memory, and made anew by whoever opens the store next
@@ -76,7 +77,12 @@ class Synchronised:
     folder: str | None = None
 
 
-Change = Write | Length | Names | Synchronised
+@dataclass(frozen=True, eq=False)
+class Told:
+    """A line of standard output has come to its end."""
+
+
+Change = Write | Length | Names | Synchronised | Told
 Pick = Callable[[Change], int]
 
 
@@ -168,6 +174,8 @@ class Record:
     def _change_opened(self, function: str, descriptor: int, number: int, data: bytes) -> None:
         found = self._opened.get(descriptor)
         if found is None:
+            if function == "write" and descriptor == STANDARD_OUTPUT and data.endswith(b"\n"):
+                self.changes.append(Told())
             return
         if function == "sync":
             self.changes.append(Synchronised(folder=found) if isinstance(found, str) else Synchronised(found))
@@ -221,6 +229,8 @@ class Disk:
             self._names.append(change)
         elif isinstance(change, (Write, Length)):
             self._bytes.setdefault(change.file, []).append(change)
+        elif isinstance(change, Told):
+            return
         elif change.file is not None:
             self._contents[change.file] = self._content(change.file, lambda _: KEPT, random.Random())
             self._bytes.pop(change.file, None)

@@ -3,7 +3,7 @@
 
 On each of them a fresh process must find the store as it was before the command or as it is after, and sound; every
 other file is the whole old or the whole new one; and the command must then succeed. What a command did that has ended
-stays: the last disks must have all of it.
+stays: the last disks must have all of it. So does what it has reported before, where it reports each file by itself.
 """
 
 from __future__ import annotations
@@ -24,7 +24,7 @@ sys.dont_write_bytecode = True
 sys.path.insert(0, str(Path(__file__).resolve().parent))
 
 from disks import (DROPPED, KEPT, MAPPED, TORN, ZEROS, Change, Disk, Names, Pick, Record, State,  # noqa: E402
-                   Synchronised, clear)
+                   Synchronised, Told, Write, clear)
 from scenarios import (BACKUP, DONE, EXAMPLES, FIXABLE, OUTPUT, POLICY, SIDE_FILES, STORE, Scenario,  # noqa: E402
                        World, scenarios)
 
@@ -43,6 +43,9 @@ PAGE = 8192
 DAMAGED = "exit 4: "
 EVERYTHING = "all"
 CERTAIN = "what was synchronised"
+LAST, ALL_BUT_LAST, BYTES = "the last change", "all but the last change", "bytes"
+TELLING = (LAST, ALL_BUT_LAST, BYTES)  # ways in which it shows that something was not synchronised in time
+NOTHING, FIRST, WHOLE = range(3)  # of what a command does
 MOST_TOLD = 5  # of a command
 READER = """import sqlite3, sys
 store = sqlite3.connect(sys.argv[1], isolation_level=None)
@@ -60,12 +63,14 @@ class Cut:
     logged: bool = False  # another import is in the log alone
     read: bool = False  # another process reads the store all the time, so that the log stays
     store: str = STORE
+    first: Scenario | None = None  # what is done for certain at its first report; None: it has but the last one
     points: int = 0  # how many moments are drawn; 0: every one
 
 
 def cuts(sampled: bool) -> list[Cut]:
     """The commands, also where a process before has lost its power; sampled: one of each kind."""
     plain = (POLICY % "").encode()
+    other = plain.replace(b"fresh", b"other")
     made = ("--store", "sqlite:{folder}/made/here/" + STORE)
     found = [Cut(scenario) for scenario in scenarios()
              if (scenario.name in SAMPLED if sampled else scenario.name not in LEFT_OUT)]
@@ -75,7 +80,9 @@ def cuts(sampled: bool) -> list[Cut]:
                      (EXAMPLES / "digital-assets.xml").read_bytes())),
         Cut(Scenario("check --fix, two files", ("check", "--no-store", "--fix", "{out}", "{in}"), FIXABLE.encode(),
                      old_output=FIXABLE.encode(), in_place=True)),
-        Cut(Scenario("import, a log", ("import", "{in}"), plain.replace(b"fresh", b"other")), logged=True),
+        Cut(Scenario("import --json, two files", ("--json", "import", "{in}", "{out}"), plain, old_output=other),
+            first=Scenario("import", ("import", "{in}"), plain, old_output=other)),
+        Cut(Scenario("import, a log", ("import", "{in}"), other), logged=True),
         Cut(Scenario("import, a reader", ("import", "{in}"), plain), read=True),
         Cut(Scenario("export -o, a log", ("export", "--all", "-o", "{out}")), logged=True),
         Cut(Scenario("store restore, a log", ("store", "restore", "{in}"), BACKUP), logged=True),
@@ -91,9 +98,9 @@ def picks(change: Change, seed: str) -> list[tuple[str, Pick]]:
         (CERTAIN, lambda _: DROPPED),
         ("names", lambda other: KEPT if isinstance(other, Names) else DROPPED),
         ("names and zeros", lambda other: KEPT if isinstance(other, Names) else ZEROS),
-        ("bytes", lambda other: DROPPED if isinstance(other, Names) else KEPT),
-        ("the last change", lambda other: KEPT if other is change else DROPPED),
-        ("all but the last change", lambda other: DROPPED if other is change else KEPT),
+        (BYTES, lambda other: DROPPED if isinstance(other, Names) else KEPT),
+        (LAST, lambda other: KEPT if other is change else DROPPED),
+        (ALL_BUT_LAST, lambda other: DROPPED if other is change else KEPT),
     ]
     for number, share in enumerate((0.2, 0.5, 0.8)):
         found.append((f"{share:.0%} of it", drawn(random.Random(f"{seed} {number}"), share)))
@@ -147,11 +154,14 @@ class Trial:
         if self._whole.code not in DONE:
             raise RuntimeError(f"{cut.scenario.name}: exit {self._whole.code} undisturbed: {self._whole.err}")
         self._after = self._dump(self._end)
+        self._reports = cut.first is not None
+        self._first = self._start_next(cut.first) if cut.first else self._end
+        self._after_first = self._dump(self._first)
         self._record = Record(world.work, self.start, trace.read_bytes())
         self.changes = self._record.changes
         self._require_all()
         self._checks: dict[str, tuple[int, bytes, str]] = {}
-        self.judged: dict[str, tuple[str, bool]] = {}
+        self.judged: dict[str, tuple[str, int]] = {}
 
     def _start(self, cut: Cut, logged: State | None) -> State:
         clear(self._world.work)
@@ -168,6 +178,12 @@ class Trial:
             place += PAGE
         return found
 
+    def _start_next(self, scenario: Scenario) -> State:
+        """What it leaves of the start of the command."""
+        self.start.put(self._world.work)
+        self._world.again(scenario, {})
+        return State.of(self._world.work)
+
     def _dump(self, state: State) -> str:
         state.put(self._world.work)
         return self._world.dump(Path(self._store))
@@ -181,6 +197,19 @@ class Trial:
         shown = {path for path in made.paths if not path.endswith(MAPPED)}
         if shown != set(self._end.paths) or any(made.get(path) != self._end.get(path) for path in shown):
             raise RuntimeError(f"{self._scenario.name}: the record does not lead to the files that are there")
+
+    def turns(self) -> list[int]:
+        """The moments at which the store's own file has got something, and at which files of the store lose a name."""
+        found = []
+        for moment, (change, following) in enumerate(zip(self.changes, [*self.changes[1:], None]), 1):
+            if isinstance(change, Write) and self._record.called[change.file] == self._store:
+                if not isinstance(following, Write) or following.file != change.file:
+                    found.append(moment)
+            elif isinstance(change, Names):
+                gone = {path for path, file in change.files.items() if file is None}
+                if any(not path.endswith((WRITER, MAPPED)) for path in gone):
+                    found.append(moment)
+        return found
 
     def disks(self, chosen: set[tuple[int, int]] | None, seed: int) -> Iterator[tuple[int, str, State]]:
         """After each change, in each way; or those that are chosen."""
@@ -197,26 +226,35 @@ class Trial:
         kind = type(change).__name__.lower()
         if isinstance(change, Names):
             return f"{kind} {', '.join(path if file is not None else f'{path} goes' for path, file in change.files.items())}"
+        if isinstance(change, Told):
+            return "a report"
         if isinstance(change, Synchronised) and change.file is None:
             return f"{kind} folder {change.folder}"
         return f"{kind} {self._record.called[change.file]}"
 
-    def fault(self, state: State, ended: bool) -> str:
-        """What is wrong with a disk; empty when nothing is."""
+    def fault(self, state: State, moment: int) -> str:
+        """What is wrong with a disk of that moment; empty when nothing is."""
         mark = state.mark()
         if mark not in self.judged:
             self.judged[mark] = self._find_fault(state)
-        found, whole = self.judged[mark]
-        return found or ("" if whole or not ended else "what the command did is lost")
+        found, done = self.judged[mark]
+        return found or ("" if done >= self._required(moment) else "what the command has said to be done is lost")
 
-    def _find_fault(self, state: State) -> tuple[str, bool]:
-        """And whether it has all that the command did."""
+    def _required(self, moment: int) -> int:
+        """How much must be there then."""
+        if moment == len(self.changes):
+            return WHOLE
+        return FIRST if self._reports and any(isinstance(change, Told) for change in self.changes[:moment]) else NOTHING
+
+    def _find_fault(self, state: State) -> tuple[str, int]:
+        """And how much it has of what the command did."""
         dump = self._dump(state)
-        if dump != self._after and not self._is_before(dump):
-            return f"the store is neither as before nor as after: {dump[:300]}", False
+        if dump not in (self._after_first, self._after) and not self._is_before(dump):
+            return f"the store is neither as before nor as after: {dump[:300]}", NOTHING
         found = self._find_fault_of_check(state, dump) or self._find_fault_of_files(state, dump)
         whole = dump == self._after and all(state.get(path) == self._end.get(path) for path in self._others(state))
-        return found or self._find_fault_of_next(state, dump), whole
+        done = WHOLE if whole else FIRST if dump in (self._after_first, self._after) else NOTHING
+        return found or self._find_fault_of_next(state, dump), done
 
     def has_effect(self, state: State) -> bool:
         """Whether the store is as after."""
@@ -237,7 +275,8 @@ class Trial:
             return ""
         found = self._check()
         if dump not in self._checks:
-            self._dump(self.start if dump == self._before and self.start.get(self._store) else self._end)
+            before = dump == self._before and self.start.get(self._store)
+            self._dump(self.start if before else self._first if dump == self._after_first else self._end)
             self._checks[dump] = self._check()
         return "" if found == self._checks[dump] else f"store check: {found}"
 
@@ -268,7 +307,15 @@ class Trial:
             return f"the next run leaves {left}"
         if not self._scenario.reports and following.output != self._whole.output:
             return "the next run writes something else"
+        if self._scenario.damaged and not self._is_kept(made):
+            return f"the next run loses what was damaged: {sorted(made.paths)}"
         return ""
+
+    def _is_kept(self, made: State) -> bool:
+        """The damaged file and its log: as they were, or with the log in the file as the whole run puts it."""
+        kept = [(self._end.get(path), self._end.get(path + LOG)) for path in {*self._end.paths} - {*self.start.paths}]
+        kept.append((self.start.get(self._store), self.start.get(self._store + LOG)))
+        return any((made.get(path), made.get(path + LOG)) in kept for path in made.paths)
 
 
 def leave_log(world: World, library: str) -> State:
@@ -286,8 +333,9 @@ def choose(trial: Trial, cut: Cut, sample: int, chance: random.Random) -> set[tu
     names = [name for name, _ in picks(trial.changes[-1], "")]
     ways = range(len(names))
     if sample:
-        ended = {(moments[-1], names.index(CERTAIN)), (moments[-1], chance.choice(ways))}
-        return ended | {*((chance.choice(moments), chance.choice(ways)) for _ in range(sample - len(ended)))}
+        always = {(moments[-1], names.index(CERTAIN)), (moments[-1], chance.choice(ways))}
+        drawn_ones = {(chance.choice(moments), chance.choice(ways)) for _ in range(sample - len(always))}
+        return always | drawn_ones | {(moment, names.index(way)) for moment in trial.turns() for way in TELLING}
     if cut.points:
         return {(moment, way) for moment in (*chance.sample(moments, cut.points), moments[-1]) for way in ways}
     return None
@@ -317,7 +365,7 @@ def main() -> int:
             chosen = choose(trial, cut, arguments.sample, random.Random(f"{arguments.seed} {cut.scenario.name}"))
             wrong = 0
             for moment, way, state in trial.disks(chosen, arguments.seed):
-                found = trial.fault(state, moment == len(trial.changes))
+                found = trial.fault(state, moment)
                 figures["disks"] += 1
                 wrong += bool(found)
                 if found and wrong <= MOST_TOLD:

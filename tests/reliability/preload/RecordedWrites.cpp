@@ -49,6 +49,20 @@ void Record(const char* pFunction, long iFirst, long iSecond, const char* pPath,
     errno = iErrorBefore;
 }
 
+/** As writev has it. */
+struct SPart {
+    const void* pBytes;
+    std::size_t iSize;
+};
+
+std::string Join(const SPart* pParts, int iParts, long iSize) {
+    std::string strBytes;
+    for (int i = 0; i < iParts; ++i) {
+        strBytes.append(static_cast<const char*>(pParts[i].pBytes), pParts[i].iSize);
+    }
+    return strBytes.substr(0, static_cast<std::size_t>(iSize));
+}
+
 /** Where the next write to the file goes; less than 0 when it has no places. */
 long Tell(int iFile) {
     constexpr int FROM_HERE = 1;
@@ -98,3 +112,5 @@ RECORDED(ISize, pwrite, (int iFile, const void* pBytes, std::size_t iSize, IOffs
          "write", iFile, iTo, "", "", pBytes, iResult)
 RECORDED(ISize, pwrite64, (int iFile, const void* pBytes, std::size_t iSize, IOffset iTo), (iFile, pBytes, iSize, iTo),
          "write", iFile, iTo, "", "", pBytes, iResult)
+RECORDED(ISize, writev, (int iFile, const SPart* pParts, int iParts), (iFile, pParts, iParts), "write", iFile,
+         Tell(iFile) - iResult, "", "", Join(pParts, iParts, iResult).c_str(), iResult)
