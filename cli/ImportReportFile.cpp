@@ -157,7 +157,7 @@ void CImportReportFile::Add(const SImportReport& report, const SPolicyFile& file
         m_pOutput->Write(ShowsEveryItem() ? MakeJson(report) : MakeText(report));
     } else {
         SCheckChoice choice;
-        choice.bAll = true;
+        choice.bKeepAll = true;
         m_report.vecFiles.push_back(MakeFileReport(report, file, choice));
     }
 }

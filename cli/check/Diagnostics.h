@@ -45,6 +45,7 @@ struct SDiagnostic {
 struct SCheckChoice {
     bool bStrict = false;         ///< every warning is an error
     bool bAll = false;            ///< however many there are
+    bool bKeepAll = false;        ///< those too that text does not show: each may have a fix, or a row in a report
     std::vector<ECode> vecAllow;  ///< not to be told
 };
 
@@ -54,7 +55,7 @@ using SeverityCounts = std::array<std::size_t, 3>;
 /** Collects what is found in one file. */
 class CDiagnostics {
   public:
-    /** Of one code no more than this are kept unless all are wanted; the others are counted. */
+    /** Of one code no more than this are kept unless all are to be; the others are counted. */
     static constexpr std::size_t MAX_OF_CODE = 1000;
     /** Text shows no more than this unless all are wanted, so no others get an excerpt. */
     static constexpr std::size_t MAX_SHOWN = 100;

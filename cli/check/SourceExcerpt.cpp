@@ -1,6 +1,7 @@
 #include "cli/check/SourceExcerpt.h"
 
 #include <algorithm>
+#include <utility>
 #include <vector>
 
 #include "cli/Text.h"
@@ -28,34 +29,37 @@ bool ContinuesCharacter(char c) {
     return (static_cast<unsigned char>(c) & 0xC0U) == 0x80U;
 }
 
-std::vector<SCell> MakeCells(std::string_view strPart) {
+SCell MakeCell(wchar_t c) {
+    if (c == BYTE_ORDER_MARK) {
+        return {{}, 0};
+    }
+    if (c >= L' ' && c <= L'~') {
+        return {std::string(1, static_cast<char>(c)), 1};
+    }
+    const std::string strCell = Text::Printable(OS::Utf8Lenient(c == L'\t' ? TAB : std::wstring_view(&c, 1)));
+    return {strCell, GetTextWidth(OS::WideLenient(strCell))};
+}
+
+/** The characters of a text, from one end on, that find room. */
+struct STaken {
     std::vector<SCell> vecCells;
-    for (const wchar_t c : OS::WideLenient(strPart)) {
-        if (c != BYTE_ORDER_MARK) {
-            const std::string strCell = Text::Printable(OS::Utf8Lenient(c == L'\t' ? TAB : std::wstring_view(&c, 1)));
-            vecCells.push_back({strCell, GetTextWidth(OS::WideLenient(strCell))});
+    std::size_t iWidth = 0;
+    bool bCut = false;  ///< whether some are left
+};
+
+/** Looks at no more of them than it takes: of a long line each excerpt shows a few. */
+template <class ITERATOR>
+STaken Take(ITERATOR it, ITERATOR itEnd, std::size_t iMax) {
+    STaken taken;
+    for (; it != itEnd && !taken.bCut; ++it) {
+        SCell cell = MakeCell(*it);
+        taken.bCut = taken.iWidth + cell.iWidth > iMax;
+        if (!taken.bCut) {
+            taken.iWidth += cell.iWidth;
+            taken.vecCells.push_back(std::move(cell));
         }
     }
-    return vecCells;
-}
-
-/** Takes cells from the end on until they would be wider than iMax. @return whether some are left */
-bool TakeLast(const std::vector<SCell>& vecCells, std::size_t iMax, std::string& strText, std::size_t& iWidth) {
-    auto itFirst = vecCells.end();
-    while (itFirst != vecCells.begin() && iWidth + std::prev(itFirst)->iWidth <= iMax) {
-        iWidth += (--itFirst)->iWidth;
-    }
-    std::for_each(itFirst, vecCells.end(), [&](const SCell& cell) { strText += cell.strText; });
-    return itFirst != vecCells.begin();
-}
-
-bool TakeFirst(const std::vector<SCell>& vecCells, std::size_t iMax, std::string& strText, std::size_t& iWidth) {
-    auto itEnd = vecCells.begin();
-    while (itEnd != vecCells.end() && iWidth + itEnd->iWidth <= iMax) {
-        iWidth += itEnd->iWidth;
-        strText += (itEnd++)->strText;
-    }
-    return itEnd != vecCells.end();
+    return taken;
 }
 
 std::string_view BeforeCaret(std::string_view strBytes, std::size_t iOffset) {
@@ -81,19 +85,15 @@ std::string_view FromCaret(std::string_view strBytes, std::size_t iOffset) {
 
 SExcerpt MakeExcerpt(std::string_view strBytes, std::size_t iOffset) {
     iOffset = std::min(iOffset, strBytes.size());
-    const std::vector<SCell> vecBefore = MakeCells(BeforeCaret(strBytes, iOffset));
-    const std::vector<SCell> vecBehind = MakeCells(FromCaret(strBytes, iOffset));
-    std::string strBehind;
-    std::size_t iBehind = 0;
-    if (TakeFirst(vecBehind, MAX_BEHIND, strBehind, iBehind)) {
-        strBehind += ELLIPSIS;
-    }
-    SExcerpt excerpt;
-    if (TakeLast(vecBefore, MAX_COLUMNS - iBehind, excerpt.strLine, excerpt.iCaret)) {
-        excerpt.strLine.insert(0, ELLIPSIS);
-        ++excerpt.iCaret;
-    }
-    excerpt.strLine += strBehind;
+    const std::wstring strBefore = OS::WideLenient(BeforeCaret(strBytes, iOffset));
+    const std::wstring strBehind = OS::WideLenient(FromCaret(strBytes, iOffset));
+    const STaken behind = Take(strBehind.begin(), strBehind.end(), MAX_BEHIND);
+    const STaken before = Take(strBefore.rbegin(), strBefore.rend(), MAX_COLUMNS - behind.iWidth);
+    SExcerpt excerpt{before.bCut ? ELLIPSIS : "", before.iWidth + (before.bCut ? 1 : 0)};
+    const auto fnAdd = [&](const SCell& cell) { excerpt.strLine += cell.strText; };
+    std::for_each(before.vecCells.rbegin(), before.vecCells.rend(), fnAdd);
+    std::for_each(behind.vecCells.begin(), behind.vecCells.end(), fnAdd);
+    excerpt.strLine += behind.bCut ? ELLIPSIS : "";
     return excerpt;
 }
 
