@@ -6,7 +6,8 @@ the store sound must be right, and after a restore the store holds what the back
 
 A store whose last unit of work is in the log alone may also be as before that unit when the log is damaged. A store of the
 first version has no checksums: damage that leaves the file's structure whole may change its content before it is brought up,
-which nothing can tell; from then on it is held as all others.
+which nothing can tell; from then on it is held as all others. One of the second version has checksums of records, and is
+held as all others at once.
 """
 import argparse
 import collections
@@ -127,6 +128,8 @@ def first_version(path, _):
 FILES = (foreign_database, other_version, changed_by_sql, first_version)
 JOURNAL = (flip, flip, cut, zeros, noise, append)  # of the log that holds a unit of work, whose frames are chained
 LOGGED, UNSUMMED, RENEWED = 0.15, 0.15, 0.1  # how often it is that log, a store of the first version, or one brought up
+SECOND = 0.1  # how often one of the second version
+SECOND_VERSION = "second version, "
 REFUSED, RIGHT, UNTOLD = "refused", "read right", "changed, with nothing to tell by"
 WRONG = "wrong"
 PLAIN = (flip, flip_in_page, cut, cut_pages, swap_pages, copy_page, zeros, noise, append)
@@ -161,6 +164,11 @@ class Trial:
         shutil.copy(self.whole, unsummed)
         stores.make_first_version(unsummed)
         self.unsummed = unsummed.read_bytes()
+        second = folder / "second.db"
+        shutil.copy(self.whole, second)
+        stores.make_second_version(second)
+        self.second = second.read_bytes()
+        tool.get(second, "store", "dump")
         tool.get(unsummed, "store", "dump")
         self.renewed = unsummed.read_bytes()
 
@@ -252,16 +260,20 @@ class Trial:
             return f"{' '.join(command)} ended with {code}: {out[:200]!r} {err[:300]!r}"
         return None if ADVICE.search(err) or ADVICE.search(out) else f"{' '.join(command)}: no advice in {err[:300]!r}"
 
-    def try_one(self, store, seed):
-        """Returns (how, verdict, list of what is wrong)."""
+    def try_one(self, store, seed, second=False):
+        """Returns (how, verdict, list of what is wrong); second: it is a store of the second version."""
         stores.remove(store)
-        kind = random.Random(f"kind {seed}").random()
+        kind = 1 if second else random.Random(f"kind {seed}").random()
         if kind < LOGGED:
             return self.try_logged(store, seed)
         if kind < LOGGED + UNSUMMED:
             return self.try_unsummed(store, seed)
-        renewed = kind < LOGGED + UNSUMMED + RENEWED
-        how = ("brought up, " if renewed else "") + self.damage(store, seed, self.renewed if renewed else self.bytes)
+        name, whole = "", self.bytes
+        if kind < LOGGED + UNSUMMED + RENEWED:
+            name, whole = "brought up, ", self.renewed
+        elif kind >= 1 - SECOND:
+            name, whole = SECOND_VERSION, self.second
+        how = name + self.damage(store, seed, whole)
         faults, refused = [], False
         for command in self.commands:
             code, out, err = self.answer(store, command)
@@ -301,18 +313,19 @@ def main():
     parser.add_argument("--tool", required=True)
     parser.add_argument("--count", type=int, default=100)
     parser.add_argument("--seed", type=int, default=1, help="the first one")
+    parser.add_argument("--second", action="store_true", help="stores of the second version alone")
     arguments = parser.parse_args()
-    verdicts = {"": collections.Counter(), "first version, ": collections.Counter(), "brought up, ": collections.Counter()}
+    verdicts = {kind: collections.Counter() for kind in ("", "first version, ", SECOND_VERSION, "brought up, ")}
     with stores.scratch() as folder:
         folder = pathlib.Path(folder)
         trial = Trial(stores.Tool(arguments.tool), folder)
         for seed in range(arguments.seed, arguments.seed + arguments.count):
-            how, verdict, faults = trial.try_one(folder / "damaged.db", seed)
+            how, verdict, faults = trial.try_one(folder / "damaged.db", seed, arguments.second)
             kind = next(kind for kind in reversed(verdicts) if how.startswith(kind))
             verdicts[kind][WRONG if faults else verdict] += 1
             for fault in faults:
                 print(f"seed {seed} ({how}): {fault}")
-    for kind, counts in verdicts.items():
+    for kind, counts in ((kind, counts) for kind, counts in verdicts.items() if counts):
         print(f"{kind}{counts.total()} damaged stores: " + ", ".join(f"{counts[verdict]} {verdict}" for verdict in (
             REFUSED, RIGHT, UNTOLD, WRONG) if counts[verdict] or verdict == WRONG))
     return 1 if any(counts[WRONG] for counts in verdicts.values()) else 0

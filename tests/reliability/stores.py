@@ -70,16 +70,34 @@ def remove(store):
 
 
 def make_first_version(path):
-    """The same records as the first version of the schema kept them."""
+    """The same records as the first version of the schema kept them: without checksums."""
     with sqlite3.connect(path) as database:
-        schema = [(name, sql.replace(", checksum INTEGER NOT NULL", "")) for kind, name, sql in database.execute(
-            "SELECT type, name, sql FROM sqlite_schema WHERE sql IS NOT NULL AND name <> 'totals' ORDER BY type DESC")]
+        schema = [(name, sql.replace(", checksum INTEGER NOT NULL", "")) for name, sql in read_schema(database)
+                  if name != "totals"]
         rows = {name: [row[:-1] for row in database.execute(f"SELECT * FROM {name}")]
                 for name, sql in schema if sql.startswith("CREATE TABLE")}
     database.close()
+    make_anew(path, 1, schema, rows)
+
+
+def make_second_version(path):
+    """The same records as the second version kept them: with checksums of records, but none of pages."""
+    with sqlite3.connect(path) as database:
+        schema = read_schema(database)
+        rows = {name: list(database.execute(f"SELECT * FROM {name}"))
+                for name, sql in schema if sql.startswith("CREATE TABLE")}
+    database.close()
+    make_anew(path, 2, schema, rows)
+
+
+def read_schema(database):
+    return [*database.execute("SELECT name, sql FROM sqlite_schema WHERE sql IS NOT NULL ORDER BY type DESC")]
+
+
+def make_anew(path, version, schema, rows):
     path.unlink()
     with sqlite3.connect(path) as database:
-        for pragma in (f"page_size = {PAGE}", "application_id = 0x444C5053", "user_version = 1"):
+        for pragma in (f"page_size = {PAGE}", "application_id = 0x444C5053", f"user_version = {version}"):
             database.execute(f"PRAGMA {pragma}")
         for name, sql in schema:
             database.execute(sql)
