@@ -315,7 +315,8 @@ class Trial:
         """The damaged file and its log: as they were, or with the log in the file as the whole run puts it."""
         kept = [(self._end.get(path), self._end.get(path + LOG)) for path in {*self._end.paths} - {*self.start.paths}]
         kept.append((self.start.get(self._store), self.start.get(self._store + LOG)))
-        return any((made.get(path), made.get(path + LOG)) in kept for path in made.paths)
+        return any(made.get(path) == file and log in (None, made.get(path + LOG))
+                   for path in made.paths for file, log in kept)
 
 
 def leave_log(world: World, library: str) -> State:
