@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <ctime>
 #include <fstream>
 #include <iterator>
 #include <map>
@@ -193,25 +192,6 @@ TEST_F(CheckCommand, AFixLeavesNothingOutHoweverManyThereAre) {
     const std::string strFile = m_dir.Write("p.xml", Documents::Policy(strAssets, ""));
     EXPECT_EQ(Run({"check", "--assets", "--fix", strFile}).iCode, 0);
     EXPECT_EQ(m_dir.Read("p.xml").find("\"no\""), std::string::npos);
-}
-
-/** Of one line that holds them all each excerpt shows a few columns. */
-TEST_F(CheckCommand, ManyFindingsInOneLineAreShownInTimeByTheirNumber) {
-    constexpr std::size_t ELEMENTS = 60000;
-    constexpr double SECONDS = 2.5;  // with a thousand bytes of the line looked at for each it would be five
-    std::string strRest;
-    for (std::size_t i = 0; i < ELEMENTS; ++i) {
-        strRest += "<x/>";
-    }
-    const std::string strFile = m_dir.Write("p.xml", Documents::Policy("", "", strRest));
-    const std::clock_t iStart = std::clock();
-    const std::string strOut = Run({"check", "--all", strFile}).strOut;
-    EXPECT_LT(static_cast<double>(std::clock() - iStart) / CLOCKS_PER_SEC, SECONDS);
-    std::size_t iCarets = 0;
-    for (std::size_t i = strOut.find("  ^\n"); i != std::string::npos; i = strOut.find("  ^\n", i + 1)) {
-        ++iCarets;
-    }
-    EXPECT_GE(iCarets, ELEMENTS);
 }
 
 TEST_F(CheckCommand, AFixChangesNoMeaningAndHidesNoMistake) {

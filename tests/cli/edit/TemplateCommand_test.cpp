@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <ctime>
 #include <filesystem>
 
 #include "platform/store/CSettingsStore.h"
@@ -384,15 +383,12 @@ TEST_F(TemplateCommand, EditorMayBeAWholeCommand) {
 }
 
 TEST_F(TemplateCommand, ManyPartsOfOneRuleTakeTimeByTheirNumber) {
-    constexpr int PARTS = 60000;
-    constexpr double SECONDS = 3;  // by the square of the number it would be ten
+    constexpr int PARTS = 400000;  // by the square of the number it would take longer than a case may
     std::string strRule = "P:one(1)";
     for (int i = 1; i < PARTS; ++i) {
         strRule += " AND P:one(1)";
     }
-    const std::clock_t iStart = std::clock();
     EXPECT_EQ(Run({"template", "set", "cards", "--rules-from", "-"}, strRule).iCode, 0);
-    EXPECT_LT(static_cast<double>(std::clock() - iStart) / CLOCKS_PER_SEC, SECONDS);
 }
 
 TEST_F(TemplateCommand, TextThatIsLeftAsItWasChangesNothing) {
