@@ -29,8 +29,8 @@ class CPredefinedList {
         std::vector<OS::x_wstring> vecNames;
         std::vector<OS::x_wstring> vecDisplayNames;
         (metadata.*fnRead)(vecNames, vecDisplayNames);
-        m_vecNames = TakeTexts(vecNames);
-        m_vecDisplayNames = TakeTexts(vecDisplayNames);
+        TakeTexts(vecNames, m_vecNames);
+        TakeTexts(vecDisplayNames, m_vecDisplayNames);
         m_setNames.insert(m_vecNames.begin(), m_vecNames.end());
     }
 
@@ -46,12 +46,10 @@ class CPredefinedList {
     }
 
   private:
-    static std::vector<std::string> TakeTexts(const std::vector<OS::x_wstring>& vecTexts) {
-        std::vector<std::string> vecTaken;
+    static void TakeTexts(const std::vector<OS::x_wstring>& vecTexts, std::vector<std::string>& vecTaken) {
         for (const OS::x_wstring& strText : vecTexts) {
             vecTaken.push_back(Text::Unescaped(OS::Utf8Lenient(strText)));
         }
-        return vecTaken;
     }
 
     /** The nearest name, else those that the word is a part of, as they are written or as people read them. */

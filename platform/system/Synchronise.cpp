@@ -22,18 +22,23 @@ int Try(const char* pPath) {
     return iError;
 }
 
-}  // namespace
-
-int SYS::Synchronise(const std::string& strFile) {
-    int iError = Try(strFile.c_str());
+int TryAgain(const char* pPath) {
+    int iError = Try(pPath);
     for (int iTries = 1; iError == EINTR && iTries < MOST_TRIES; ++iTries) {
-        iError = Try(strFile.c_str());
+        iError = Try(pPath);
     }
     return iError;
 }
 
+}  // namespace
+
+int SYS::Synchronise(const std::string& strFile) {
+    return TryAgain(strFile.c_str());
+}
+
+/** Without a request for memory: it comes after what it makes last. */
 int SYS::SynchroniseFolder(const std::string& strFolder) {
-    const int iError = Synchronise(strFolder.empty() ? "." : strFolder);
+    const int iError = TryAgain(strFolder.empty() ? "." : strFolder.c_str());
     const bool bImpossible = std::find(std::begin(IMPOSSIBLE), std::end(IMPOSSIBLE), iError) != std::end(IMPOSSIBLE);
     return bImpossible ? 0 : iError;
 }
