@@ -291,9 +291,9 @@ SRestored Replace(CSettingsStore& backup, CSettingsStore& store, const std::stri
         });
         store.ReplaceAll(eKind, vecRows);
     }
-    writing.Commit();
-    names.Keep();
     reading.Commit();
+    writing.Commit();  // last: what follows it could fail, and say so
+    names.Keep();
     return restored;
 }
 

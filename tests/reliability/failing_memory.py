@@ -24,6 +24,8 @@ COMMANDS = ("template set", "keywords import", "keywords export -o", "import --r
             "export -o, replacing", "export -o, long", "assets export -o", "store load", "store dump -o", "rename", "delete", "diff",
             "refs", "list, store of the first version")
 
+END = 100  # requests
+
 
 def requests(world: World, scenario, library: str, folder: Path) -> int:
     """How often the undisturbed command asks for memory."""
@@ -56,7 +58,9 @@ def main() -> int:
             total += count
             numbers = range(1, count + 1)
             if arguments.sample:
-                numbers = sorted(chance.sample(numbers, min(arguments.sample, count)))
+                # Half of them at the end, where something may be done already.
+                late = chance.sample(numbers[-END:], min(arguments.sample // 2, END, count))
+                numbers = sorted({*late, *chance.sample(numbers, min(arguments.sample - len(late), count))})
             for number in numbers:
                 fault = {"LD_PRELOAD": library, "DLP_FAULT_MEMORY": str(number)}
                 if chance.random() < 0.2:
