@@ -342,22 +342,27 @@ void LeaveNote(CWriterNote& note, const std::string& strPath) {
 /** A file in whose place another one is put: whoever had it open goes on, and nobody else opens it meanwhile. */
 class CReservedFile {
   public:
-    explicit CReservedFile(const std::string& strPath) {
+    explicit CReservedFile(const std::string& strPath) : m_strUrl(CSqliteStore::SCHEME + strPath) {
         sqlite3* pDb = nullptr;
         const int iCode = sqlite3_open_v2(strPath.c_str(), &pDb, SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX, nullptr);
         m_pDb.reset(pDb);
         if (iCode != SQLITE_OK) {
-            ThrowStoreError(CSqliteStore::SCHEME + strPath, StoreDoing::RESTORING, sqlite3_errstr(iCode), iCode);
+            ThrowStoreError(m_strUrl, StoreDoing::RESTORING, sqlite3_errstr(iCode), iCode);
         }
         sqlite3_file_control(pDb, nullptr, SQLITE_FCNTL_FILE_POINTER, &m_pFile);
     }
 
-    /** @return false when somebody else has reserved the file, or put another one in its place */
+    /**
+     * Waits for whoever has reserved the file.
+     * @return false when another file stands in its place by then
+     */
     bool Reserve() {
-        for (const int iLock : {SQLITE_LOCK_SHARED, SQLITE_LOCK_RESERVED}) {
-            if (m_pFile->pMethods->xLock(m_pFile, iLock) != SQLITE_OK) {
-                return false;
+        for (int iWaited = 0; !TryToReserve(); iWaited += STEP_MILLISECONDS) {
+            if (iWaited >= CSqliteStore::BUSY_MILLISECONDS || CSettingsStore::IsWaitEnded()) {
+                ThrowBusy(m_strUrl, StoreDoing::RESTORING, "", SQLITE_BUSY);
             }
+            m_pFile->pMethods->xUnlock(m_pFile, SQLITE_LOCK_NONE);
+            ::usleep(STEP_MILLISECONDS * 1000);
         }
         // When others have it open this fails, but keeps those out who would open it from now on.
         m_pFile->pMethods->xLock(m_pFile, SQLITE_LOCK_EXCLUSIVE);
@@ -370,6 +375,21 @@ class CReservedFile {
     struct SClose {
         void operator()(sqlite3* pDb) const noexcept { sqlite3_close(pDb); }
     };
+
+    bool TryToReserve() {
+        for (const int iLock : {SQLITE_LOCK_SHARED, SQLITE_LOCK_RESERVED}) {
+            const int iCode = m_pFile->pMethods->xLock(m_pFile, iLock);
+            if (iCode != SQLITE_OK && (iCode & 0xFF) != SQLITE_BUSY) {
+                ThrowStoreError(m_strUrl, StoreDoing::RESTORING, sqlite3_errstr(iCode), iCode);
+            }
+            if (iCode != SQLITE_OK) {
+                return false;
+            }
+        }
+        return true;
+    }
+
+    std::string m_strUrl;
     std::unique_ptr<sqlite3, SClose> m_pDb;
     sqlite3_file* m_pFile = nullptr;
 };

@@ -314,6 +314,29 @@ TEST_F(StoreBackupTest, DamagedStoreIsNotPutAsideWhileSomebodyWrites) {
     EXPECT_FALSE(fs::exists(Path() + "-writer"));
 }
 
+TEST_F(StoreBackupTest, DamagedStoreThatStaysReservedIsNotWaitedForWithoutEnd) {
+    {
+        CSqliteStore store(Path());
+        StoreBackup::Save(store, BackupPath(), NoStep);
+    }
+    Damage(Path(), 0);
+    const auto pBackup = StoreBackup::Open(BackupPath());
+    sqlite3* pDb = nullptr;
+    ASSERT_EQ(SQLITE_OK, sqlite3_open_v2(Path().c_str(), &pDb, SQLITE_OPEN_READWRITE, "unix"));
+    sqlite3_file* pFile = nullptr;
+    sqlite3_file_control(pDb, nullptr, SQLITE_FCNTL_FILE_POINTER, &pFile);
+    ASSERT_EQ(SQLITE_OK, pFile->pMethods->xLock(pFile, SQLITE_LOCK_SHARED));
+    ASSERT_EQ(SQLITE_OK, pFile->pMethods->xLock(pFile, SQLITE_LOCK_RESERVED));
+    const std::set<std::string> setBefore = Names();
+    CSettingsStore::SetWaitEnder([] { return true; });
+    EXPECT_EQ("settings store sqlite:" + Path() + ", restoring it: another process is writing to it; try again",
+              ExceptionText([&] { StoreBackup::Restore(*pBackup, Path(), false, NoStep); }));
+    CSettingsStore::SetWaitEnder(nullptr);
+    EXPECT_EQ(setBefore, Names());
+    sqlite3_close(pDb);
+    EXPECT_TRUE(StoreBackup::Restore(*pBackup, Path(), false, NoStep).bDamaged);
+}
+
 TEST_F(StoreBackupTest, AnotherProgramsDatabaseStays) {
     {
         CSqliteStore store(Path());
