@@ -118,6 +118,12 @@ CSettingsRow WithElementName(CSettingsRow&& row, const std::string& strPath) {
 
 }  // namespace
 
+SKeyword ReadKeyword(const CXMLView& element) {
+    return {element.Text(), std::string(element.Attribute(TagUtf8::DESCRIPTION)),
+            OS::TextToInt(element.Attribute(TagUtf8::SCORE)),
+            OS::EqualsNoCase(element.Attribute(TagUtf8::CASE_SENSITIVE), Value::TRUE_TEXT)};
+}
+
 std::vector<SKeyword> ReadKeywords(const CSettingsRow& row) {
     std::vector<SKeyword> vecKeywords;
     CXMLParser document;
@@ -126,9 +132,7 @@ std::vector<SKeyword> ReadKeywords(const CSettingsRow& row) {
     }
     for (CXMLView view = document.RootView().FirstChild(TagUtf8::KEYWORD); view;
          view = view.NextSibling(TagUtf8::KEYWORD)) {
-        vecKeywords.push_back({view.Text(), std::string(view.Attribute(TagUtf8::DESCRIPTION)),
-                               OS::TextToInt(view.Attribute(TagUtf8::SCORE)),
-                               OS::EqualsNoCase(view.Attribute(TagUtf8::CASE_SENSITIVE), Value::TRUE_TEXT)});
+        vecKeywords.push_back(ReadKeyword(view));
     }
     return vecKeywords;
 }

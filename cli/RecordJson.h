@@ -7,6 +7,7 @@
 #include <nlohmann/json_fwd.hpp>
 
 #include "platform/store/CSettingsRow.h"
+#include "platform/xml/CXMLView.h"
 #include "templates/MatchRule.h"
 
 /** One keyword of a keyword list, as stored. */
@@ -19,6 +20,8 @@ struct SKeyword {
     bool operator==(const SKeyword&) const = default;
 };
 
+/** @param element of a keyword */
+SKeyword ReadKeyword(const CXMLView& element);
 /** @return the keywords of a keyword list's row in stored order; none when its text is no dictionary */
 std::vector<SKeyword> ReadKeywords(const CSettingsRow& row);
 /** @return the match rules of a template's row, as the library reads them */

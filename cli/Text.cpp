@@ -11,19 +11,30 @@
 
 namespace Text {
 
+namespace {
+/** So many bytes of what is not plain ASCII become wide text at a time. */
+constexpr std::ptrdiff_t WIDENED = 4096;
+/** No character goes on for more bytes. */
+constexpr std::ptrdiff_t CONTINUED = 3;
+}  // namespace
+
 std::string Printable(std::string_view strText) {
-    // A backslash stays one: patterns are full of them, and nobody reads these texts back.
+    const auto fnIsPlain = [](char c) { return c >= ' ' && c <= '~'; };
+    const auto fnContinues = [](char c) { return (static_cast<unsigned char>(c) & 0xC0U) == 0x80U; };
     std::string strPrintable;
-    for (std::size_t iStart = 0;;) {
-        const std::size_t iEnd = std::min(strText.find('\\', iStart), strText.size());
-        const OS::x_wstring strPart = OS::WideLenient(strText.substr(iStart, iEnd - iStart));
-        strPrintable += OS::Utf8Lenient(DBG::EscapeControls(strPart));
-        if (iEnd == strText.size()) {
-            return strPrintable;
-        }
-        strPrintable += '\\';
-        iStart = iEnd + 1;
+    strPrintable.reserve(strText.size());
+    for (auto it = strText.begin(); it != strText.end();) {
+        // A backslash stays one: patterns are full of them, and nobody reads these texts back.
+        const auto itPlainEnd = std::find_if_not(it, strText.end(), fnIsPlain);
+        strPrintable.append(it, itPlainEnd);
+        // The rest is widened piece by piece, whole characters each.
+        const auto itMost = itPlainEnd + std::min(WIDENED, strText.end() - itPlainEnd);
+        const auto itWhole =
+            std::find_if_not(itMost, itMost + std::min(CONTINUED, strText.end() - itMost), fnContinues);
+        it = std::find_if(itPlainEnd, itWhole, fnIsPlain);
+        strPrintable += OS::Utf8Lenient(DBG::EscapeControls(OS::WideLenient({itPlainEnd, it})));
     }
+    return strPrintable;
 }
 
 std::string Quoted(std::string_view strText) {

@@ -1,8 +1,11 @@
 #include <algorithm>
 #include <cstdint>
+#include <functional>
 #include <string>
-#include <unordered_map>
+#include <string_view>
+#include <vector>
 
+#include "cli/CTextIndex.h"
 #include "cli/Text.h"
 #include "cli/check/CheckedDocument.h"
 #include "digital_assets/AssetFormat.h"
@@ -13,35 +16,69 @@ namespace {
 constexpr const char THRESHOLD_TYPE[] = "Threshold";
 constexpr const char DISTANCE_TYPE[] = "Distance";
 
-std::string Fold(std::string strText) {
-    std::transform(strText.begin(), strText.end(), strText.begin(),
-                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
-    return strText;
+constexpr std::hash<std::string_view> Hash;
+
+char Fold(char c) {
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
 }
 
-/** The keywords of one list that were met so far. */
+std::string Fold(std::string_view strText) {
+    std::string strFolded(strText);
+    std::transform(strFolded.begin(), strFolded.end(), strFolded.begin(), [](char c) { return Fold(c); });
+    return strFolded;
+}
+
+/** The keywords of one list that were met so far, each text once. */
 class CKeywords {
   public:
     /** @return the offset of one that is the same; npos, with this one added, when there is none */
-    std::size_t FindOrAdd(const std::string& strKeyword, bool bCaseSensitive, std::size_t iOffset) {
-        const auto [itFolded, bNewFolded] =
-            m_mapFolded.try_emplace(Fold(strKeyword), SFolded{iOffset, !bCaseSensitive});
-        const auto [itExact, bNewExact] = m_mapExact.try_emplace(strKeyword, iOffset);
-        SFolded& folded = itFolded->second;
-        const bool bOther = bNewFolded || (bCaseSensitive && !folded.bAnyCase && bNewExact);
-        folded.bAnyCase = folded.bAnyCase || !bCaseSensitive;
-        return bOther ? std::string::npos : bNewExact ? folded.iOffset : itExact->second;
+    std::size_t FindOrAdd(std::string_view strKeyword, bool bCaseSensitive, std::size_t iOffset) {
+        const auto iNew = static_cast<Number>(m_vecKeywords.size());
+        Number& iExact =
+            m_exact.Find(Hash(strKeyword), [&](Number i) { return GetText(m_vecKeywords[i]) == strKeyword; });
+        Number& iFolded = m_folded.Find(Hash(Fold(strKeyword)), [&](Number i) {
+            const std::string_view strText = GetText(m_vecKeywords[i]);
+            return std::equal(strText.begin(), strText.end(), strKeyword.begin(), strKeyword.end(),
+                              [](char c1, char c2) { return Fold(c1) == Fold(c2); });
+        });
+        const bool bNewExact = iExact == CTextIndex::NONE;
+        const bool bNewFolded = iFolded == CTextIndex::NONE;
+        if (bNewExact) {
+            m_vecKeywords.push_back({m_strTexts.size(), strKeyword.size(), iOffset, false});
+            m_strTexts += strKeyword;
+            iExact = iNew;
+        }
+        iFolded = bNewFolded ? iNew : iFolded;
+        SKeyword& first = m_vecKeywords[iFolded];
+        const bool bOther = bNewFolded || (bCaseSensitive && !first.bAnyCase && bNewExact);
+        first.bAnyCase = first.bAnyCase || !bCaseSensitive;
+        const std::size_t iSame = bNewExact ? first.iOffset : m_vecKeywords[iExact].iOffset;
+        if (bNewExact) {
+            m_exact.NoteAdded([this](Number i) { return Hash(GetText(m_vecKeywords[i])); });
+        }
+        if (bNewFolded) {
+            m_folded.NoteAdded([this](Number i) { return Hash(Fold(GetText(m_vecKeywords[i]))); });
+        }
+        return bOther ? std::string::npos : iSame;
     }
 
   private:
-    /** The first keyword of these letters, and whether one of them is found in any case. */
-    struct SFolded {
+    using Number = CTextIndex::Number;
+    struct SKeyword {
+        std::size_t iText;  ///< within m_strTexts
+        std::size_t iLength;
         std::size_t iOffset;
-        bool bAnyCase;
+        bool bAnyCase;  ///< of the first of its letters, whether one of them is found in any case
     };
 
-    std::unordered_map<std::string, SFolded> m_mapFolded;
-    std::unordered_map<std::string, std::size_t> m_mapExact;
+    std::string_view GetText(const SKeyword& keyword) const {
+        return std::string_view(m_strTexts).substr(keyword.iText, keyword.iLength);
+    }
+
+    std::string m_strTexts;
+    std::vector<SKeyword> m_vecKeywords;
+    CTextIndex m_exact;
+    CTextIndex m_folded;  ///< the first of its letters
 };
 
 /** What the keywords of a list come to. */

@@ -111,20 +111,20 @@ class CChangeText {
         }
     }
 
-    void AddKeyword(EChange eChange, const std::optional<SKeyword>& keyword) {
-        if (keyword) {
-            AddDetail(eChange, "keyword " + Text::Quoted(keyword->strKeyword) + ", score " +
-                                   std::to_string(keyword->iScore) + (keyword->bCaseSensitive ? ", case matters" : "") +
-                                   (keyword->strDescription.empty() ? "" : ": ") +
-                                   Text::Printable(keyword->strDescription));
+    void AddKeyword(EChange eChange, const SKeyword* pKeyword) {
+        if (pKeyword != nullptr) {
+            AddDetail(eChange,
+                      "keyword " + Text::Quoted(pKeyword->strKeyword) + ", score " + std::to_string(pKeyword->iScore) +
+                          (pKeyword->bCaseSensitive ? ", case matters" : "") +
+                          (pKeyword->strDescription.empty() ? "" : ": ") + Text::Printable(pKeyword->strDescription));
         }
     }
 
     void AddKeywords() {
-        for (const SKeywordChange& keyword : m_change.vecKeywords) {
-            AddKeyword(EChange::REMOVED, keyword.before);
-            AddKeyword(EChange::ADDED, keyword.after);
-        }
+        m_change.keywords.ForEach([this](const SKeyword* pBefore, const SKeyword* pAfter) {
+            AddKeyword(EChange::REMOVED, pBefore);
+            AddKeyword(EChange::ADDED, pAfter);
+        });
     }
 
     /** Rules at the start and the end that are alike on both sides are shown once. */
@@ -163,11 +163,11 @@ class CChangeText {
     std::string m_strText;
 };
 
-Json KeywordToJson(const std::optional<SKeyword>& keyword) {
-    return keyword ? Json{{"description", keyword->strDescription},
-                          {"score", keyword->iScore},
-                          {"case_sensitive", keyword->bCaseSensitive}}
-                   : Json();
+Json KeywordToJson(const SKeyword* pKeyword) {
+    return pKeyword != nullptr ? Json{{"description", pKeyword->strDescription},
+                                      {"score", pKeyword->iScore},
+                                      {"case_sensitive", pKeyword->bCaseSensitive}}
+                               : Json();
 }
 
 Json ExampleToJson(const std::optional<std::vector<SCondition>>& example) {
@@ -199,13 +199,13 @@ Json FieldsToJson(const SItemChange& change) {
     return list;
 }
 
-Json KeywordsToJson(const std::vector<SKeywordChange>& vecKeywords) {
+Json KeywordsToJson(const SKeywordsChange& keywords) {
     Json list = Json::array();
-    for (const SKeywordChange& change : vecKeywords) {
-        list.push_back({{"keyword", (change.before ? change.before : change.after)->strKeyword},
-                        {"before", KeywordToJson(change.before)},
-                        {"after", KeywordToJson(change.after)}});
-    }
+    keywords.ForEach([&list](const SKeyword* pBefore, const SKeyword* pAfter) {
+        list.push_back({{"keyword", (pBefore != nullptr ? pBefore : pAfter)->strKeyword},
+                        {"before", KeywordToJson(pBefore)},
+                        {"after", KeywordToJson(pAfter)}});
+    });
     return list;
 }
 
@@ -236,12 +236,10 @@ std::string MakeChangeText(const SItemChange& change, bool bColour) {
 }
 
 Json MakeChangeJson(const SItemChange& change) {
-    Json item = {{"kind", GetKind(change.eKind).pSingular},
-                 {"name", change.strName},
-                 {"change", Row(GetChange(change)).pCode},
-                 {"fields", FieldsToJson(change)},
-                 {"keywords", KeywordsToJson(change.vecKeywords)},
-                 {"rules", change.rules ? RulesToJson(*change.rules) : Json()}};
+    Json item = {
+        {"kind", GetKind(change.eKind).pSingular},     {"name", change.strName},
+        {"change", Row(GetChange(change)).pCode},      {"fields", FieldsToJson(change)},
+        {"keywords", KeywordsToJson(change.keywords)}, {"rules", change.rules ? RulesToJson(*change.rules) : Json()}};
     if (!change.strNewName.empty()) {
         item["new_name"] = change.strNewName;
     }

@@ -46,43 +46,42 @@ bool IsLess(const SKeyword& left, const SKeyword& right) {
            std::tie(right.strKeyword, right.strDescription, right.iScore, right.bCaseSensitive);
 }
 
-/** @return the first list, which is sorted, without what the second one holds as well */
-std::vector<SKeyword> Without(const std::vector<SKeyword>& vecFirst, const std::vector<SKeyword>& vecSecond) {
-    std::vector<SKeyword> vecRest;
-    std::set_difference(vecFirst.begin(), vecFirst.end(), vecSecond.begin(), vecSecond.end(),
-                        std::back_inserter(vecRest), IsLess);
-    return vecRest;
-}
-
-/** Pairs what is left on both sides by the keyword. */
-std::vector<SKeywordChange> Pair(const std::vector<SKeyword>& vecBefore, const std::vector<SKeyword>& vecAfter) {
-    std::vector<SKeywordChange> vecChanges;
-    auto itBefore = vecBefore.begin();
-    auto itAfter = vecAfter.begin();
-    while (itBefore != vecBefore.end() || itAfter != vecAfter.end()) {
-        const bool bOnlyBefore = itAfter == vecAfter.end();
-        const bool bOnlyAfter = itBefore == vecBefore.end();
-        SKeywordChange& change = vecChanges.emplace_back();
-        const int iOrder = bOnlyBefore ? -1 : bOnlyAfter ? 1 : itBefore->strKeyword.compare(itAfter->strKeyword);
-        if (iOrder <= 0) {
-            change.before = *itBefore++;
+/** Drops what both sorted lists hold. */
+void DropCommon(std::vector<SKeyword>& vecFirst, std::vector<SKeyword>& vecSecond) {
+    auto itFirst = vecFirst.begin();
+    auto itSecond = vecSecond.begin();
+    auto itFirstKept = itFirst;
+    auto itSecondKept = itSecond;
+    const auto fnKeep = [](auto& itKept, auto& it) {
+        if (itKept != it) {
+            *itKept = std::move(*it);
         }
-        if (iOrder >= 0) {
-            change.after = *itAfter++;
+        ++itKept;
+        ++it;
+    };
+    while (itFirst != vecFirst.end() && itSecond != vecSecond.end()) {
+        if (IsLess(*itFirst, *itSecond)) {
+            fnKeep(itFirstKept, itFirst);
+        } else if (IsLess(*itSecond, *itFirst)) {
+            fnKeep(itSecondKept, itSecond);
+        } else {
+            ++itFirst;
+            ++itSecond;
         }
     }
-    return vecChanges;
+    vecFirst.erase(itFirstKept, itFirst);
+    vecSecond.erase(itSecondKept, itSecond);
 }
 
-std::vector<SKeywordChange> CompareKeywords(const CSettingsRow& before, const CSettingsRow& after) {
-    if (before.GetText(KeywordColumn::TEXT) == after.GetText(KeywordColumn::TEXT)) {
-        return {};
+SKeywordsChange CompareKeywords(const CSettingsRow& before, const CSettingsRow& after) {
+    SKeywordsChange change;
+    if (before.GetText(KeywordColumn::TEXT) != after.GetText(KeywordColumn::TEXT)) {
+        change = {ReadKeywords(before), ReadKeywords(after)};
+        std::sort(change.vecBefore.begin(), change.vecBefore.end(), IsLess);
+        std::sort(change.vecAfter.begin(), change.vecAfter.end(), IsLess);
+        DropCommon(change.vecBefore, change.vecAfter);
     }
-    std::vector<SKeyword> vecBefore = ReadKeywords(before);
-    std::vector<SKeyword> vecAfter = ReadKeywords(after);
-    std::sort(vecBefore.begin(), vecBefore.end(), IsLess);
-    std::sort(vecAfter.begin(), vecAfter.end(), IsLess);
-    return Pair(Without(vecBefore, vecAfter), Without(vecAfter, vecBefore));
+    return change;
 }
 
 std::optional<SRulesChange> CompareTemplates(const CSettingsRow& before, const CSettingsRow& after,
@@ -145,11 +144,22 @@ void CompareItems(const SPolicy::Items& before, const SPolicy::Items& after, con
 
 }  // namespace
 
+void SKeywordsChange::ForEach(const std::function<void(const SKeyword*, const SKeyword*)>& fnPair) const {
+    auto itBefore = vecBefore.begin();
+    auto itAfter = vecAfter.begin();
+    while (itBefore != vecBefore.end() || itAfter != vecAfter.end()) {
+        const int iOrder = itAfter == vecAfter.end()     ? -1
+                           : itBefore == vecBefore.end() ? 1
+                                                         : itBefore->strKeyword.compare(itAfter->strKeyword);
+        fnPair(iOrder <= 0 ? &*itBefore++ : nullptr, iOrder >= 0 ? &*itAfter++ : nullptr);
+    }
+}
+
 bool SItemChange::IsDifference() const {
     const bool bRules =
         rules && rules->comparison.eRelation != ERelation::SAME && rules->comparison.eRelation != ERelation::REORDERED;
-    return pBefore == nullptr || pAfter == nullptr || !strNewName.empty() || !vecColumns.empty() ||
-           !vecKeywords.empty() || bRules;
+    return pBefore == nullptr || pAfter == nullptr || !strNewName.empty() || !vecColumns.empty() || keywords.IsAny() ||
+           bRules;
 }
 
 SItemChange CompareItem(const std::string& strName, const CSettingsRow* pBefore, const CSettingsRow* pAfter,
@@ -161,7 +171,7 @@ SItemChange CompareItem(const std::string& strName, const CSettingsRow* pBefore,
     }
     change.vecColumns = FindColumns(*pBefore, *pAfter);
     if (change.eKind == ESettingsKind::KEYWORD) {
-        change.vecKeywords = CompareKeywords(*pBefore, *pAfter);
+        change.keywords = CompareKeywords(*pBefore, *pAfter);
     } else if (change.eKind == ESettingsKind::TEMPLATE) {
         change.rules = CompareTemplates(*pBefore, *pAfter, renames);
     }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -10,10 +11,14 @@
 #include "cli/compare/Policy.h"
 #include "cli/compare/RuleComparison.h"
 
-/** A keyword that is not the same on both sides; of those that stand there several times, each is compared. */
-struct SKeywordChange {
-    std::optional<SKeyword> before;
-    std::optional<SKeyword> after;
+/** Keywords that are not the same on both sides, sorted; of those that stand there several times, each is compared. */
+struct SKeywordsChange {
+    std::vector<SKeyword> vecBefore;
+    std::vector<SKeyword> vecAfter;
+
+    bool IsAny() const { return !vecBefore.empty() || !vecAfter.empty(); }
+    /** Pairs them by their texts. @param fnPair is given what stands on either side; not null both */
+    void ForEach(const std::function<void(const SKeyword* pBefore, const SKeyword* pAfter)>& fnPair) const;
 };
 
 /** Rules that are written otherwise, one text per rule with its operator before it, and what that means. */
@@ -30,7 +35,7 @@ struct SItemChange {
     const CSettingsRow* pBefore = nullptr;  ///< null: it was added
     const CSettingsRow* pAfter = nullptr;   ///< null: it was removed
     std::vector<std::size_t> vecColumns{};  ///< those that differ
-    std::vector<SKeywordChange> vecKeywords{};
+    SKeywordsChange keywords{};
     std::optional<SRulesChange> rules{};
     std::string strNewName{};  ///< "" unless it was renamed
 

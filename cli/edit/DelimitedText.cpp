@@ -19,32 +19,39 @@ constexpr const char STRAY_RETURN[] = "a carriage return needs quotation marks a
 
 class CReader {
   public:
-    CReader(std::string_view strText, char cSeparator) : m_strText(strText), m_cSeparator(cSeparator) {}
+    CReader(std::string_view strText, std::size_t iStart, char cSeparator, std::size_t iMost)
+        : m_strText(strText), m_cSeparator(cSeparator), m_vecUnquoted(iMost), m_iAt(iStart) {}
 
-    std::vector<std::vector<SCell>> Read() {
-        std::vector<std::vector<SCell>> vecRows;
-        while (m_iAt < m_strText.size()) {
-            if (!SkipRowEnd()) {
-                vecRows.push_back(ReadRow());
-            }
+    /** @return false when there are no more rows */
+    bool Next(SRow& row) {
+        while (m_iAt < m_strText.size() && SkipRowEnd()) {
         }
-        return vecRows;
+        const bool bThere = m_iAt < m_strText.size();
+        if (bThere) {
+            ReadRow(row);
+        }
+        return bThere;
     }
 
   private:
-    std::vector<SCell> ReadRow() {
-        std::vector<SCell> vecCells = {ReadCell()};
-        while (m_iAt < m_strText.size() && m_strText[m_iAt] == m_cSeparator) {
-            ++m_iAt;
-            vecCells.push_back(ReadCell());
-        }
+    void ReadRow(SRow& row) {
+        row.vecCells.clear();
+        row.iCells = 0;
+        do {
+            m_iAt += row.iCells == 0 ? 0 : 1;
+            const SCell cell = ReadCell(row.iCells);
+            if (row.iCells++ < m_vecUnquoted.size()) {
+                row.vecCells.push_back(cell);
+            }
+        } while (m_iAt < m_strText.size() && m_strText[m_iAt] == m_cSeparator);
         if (m_iAt < m_strText.size() && !SkipRowEnd()) {
             throw CFault(m_strText[m_iAt] == '\r' ? STRAY_RETURN : BEHIND_QUOTE, m_iAt);
         }
-        return vecCells;
     }
 
-    SCell ReadCell() { return m_iAt < m_strText.size() && m_strText[m_iAt] == QUOTE ? ReadQuoted() : ReadPlain(); }
+    SCell ReadCell(std::size_t iCell) {
+        return m_iAt < m_strText.size() && m_strText[m_iAt] == QUOTE ? ReadQuoted(iCell) : ReadPlain();
+    }
 
     SCell ReadPlain() {
         const std::size_t iStart = m_iAt;
@@ -55,23 +62,37 @@ class CReader {
             }
             ++m_iAt;
         }
-        return {std::string(m_strText.substr(iStart, m_iAt - iStart)), iStart};
+        return {m_strText.substr(iStart, m_iAt - iStart), iStart};
     }
 
-    SCell ReadQuoted() {
-        SCell cell{{}, m_iAt};
+    SCell ReadQuoted(std::size_t iCell) {
+        const std::size_t iStart = m_iAt;
+        bool bDoubled = false;
         for (;;) {
             const std::size_t iEnd = m_strText.find(QUOTE, m_iAt + 1);
             if (iEnd == std::string_view::npos) {
-                throw CFault(OPEN_QUOTE, cell.iOffset);
+                throw CFault(OPEN_QUOTE, iStart);
             }
-            cell.strText += m_strText.substr(m_iAt + 1, iEnd - m_iAt - 1);
             m_iAt = iEnd + 1;
             if (m_iAt == m_strText.size() || m_strText[m_iAt] != QUOTE) {
-                return cell;
+                break;
             }
-            cell.strText += QUOTE;
+            bDoubled = true;
         }
+        const std::string_view strQuoted = m_strText.substr(iStart + 1, m_iAt - iStart - 2);
+        return {bDoubled && iCell < m_vecUnquoted.size() ? Unquote(strQuoted, m_vecUnquoted[iCell]) : strQuoted,
+                iStart};
+    }
+
+    /** @return the text with one of each two quotation marks, kept in strUnquoted */
+    static std::string_view Unquote(std::string_view strQuoted, std::string& strUnquoted) {
+        strUnquoted.clear();
+        while (!strQuoted.empty()) {
+            const std::size_t iQuote = std::min(strQuoted.find(QUOTE), strQuoted.size());
+            strUnquoted += strQuoted.substr(0, iQuote + 1);
+            strQuoted.remove_prefix(std::min(iQuote + 2, strQuoted.size()));
+        }
+        return strUnquoted;
     }
 
     bool SkipRowEnd() {
@@ -83,7 +104,8 @@ class CReader {
 
     std::string_view m_strText;
     char m_cSeparator;
-    std::size_t m_iAt = 0;
+    std::vector<std::string> m_vecUnquoted;  ///< of a row, cells that differ from what is written between their quotes
+    std::size_t m_iAt;
 };
 
 std::string QuoteCell(const std::string& strText, char cSeparator) {
@@ -100,15 +122,19 @@ std::string QuoteCell(const std::string& strText, char cSeparator) {
 }
 
 /** @return whether a formula's start follows the apostrophes, if any */
-bool StartsFormula(const std::string& strText) {
+bool StartsFormula(std::string_view strText) {
     const std::size_t iFirst = strText.find_first_not_of(DISARMED);
-    return iFirst != std::string::npos && FORMULA_STARTS.find(strText[iFirst]) != std::string_view::npos;
+    return iFirst != std::string_view::npos && FORMULA_STARTS.find(strText[iFirst]) != std::string_view::npos;
 }
 
 }  // namespace
 
-std::vector<std::vector<SCell>> Read(std::string_view strText, char cSeparator) {
-    return CReader(strText, cSeparator).Read();
+void Read(std::string_view strText, std::size_t iStart, char cSeparator, std::size_t iMost,
+          const std::function<void(const SRow&)>& fnRow) {
+    CReader reader(strText, iStart, cSeparator, iMost);
+    for (SRow row; reader.Next(row);) {
+        fnRow(row);
+    }
 }
 
 std::string Write(const std::vector<std::string>& vecCells, char cSeparator) {
@@ -124,7 +150,7 @@ std::string Disarm(const std::string& strText) {
     return StartsFormula(strText) ? DISARMED + strText : strText;
 }
 
-std::string Rearm(const std::string& strText) {
+std::string_view Rearm(std::string_view strText) {
     return !strText.empty() && strText.front() == DISARMED && StartsFormula(strText) ? strText.substr(1) : strText;
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -10,8 +11,13 @@
 namespace DelimitedText {
 
 struct SCell {
-    std::string strText;
+    std::string_view strText;
     std::size_t iOffset = 0;  ///< where it begins, its quotation mark included
+};
+
+struct SRow {
+    std::vector<SCell> vecCells;  ///< the first ones, as many as were asked for
+    std::size_t iCells = 0;       ///< how many there are
 };
 
 /** A text that is no such table. */
@@ -24,8 +30,15 @@ class CFault : public std::runtime_error {
     std::size_t m_iOffset;
 };
 
-/** @return every row; lines with nothing in them are no rows @throws CFault */
-std::vector<std::vector<SCell>> Read(std::string_view strText, char cSeparator);
+/**
+ * Hands over every row, one at a time; lines with nothing in them are no rows.
+ * @param iStart where the table begins in the text, from whose start places count
+ * @param iMost no more cells of a row are handed over
+ * @param fnRow what it is given is valid until it returns; what it throws passes
+ * @throws CFault
+ */
+void Read(std::string_view strText, std::size_t iStart, char cSeparator, std::size_t iMost,
+          const std::function<void(const SRow&)>& fnRow);
 
 /** @return one row with its end, CR LF */
 std::string Write(const std::vector<std::string>& vecCells, char cSeparator);
@@ -36,6 +49,6 @@ std::string Write(const std::vector<std::string>& vecCells, char cSeparator);
  */
 std::string Disarm(const std::string& strText);
 /** @return the text that Disarm was given */
-std::string Rearm(const std::string& strText);
+std::string_view Rearm(std::string_view strText);
 
 }  // namespace DelimitedText

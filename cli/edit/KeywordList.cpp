@@ -1,7 +1,11 @@
 #include "cli/edit/KeywordList.h"
 
+#include <functional>
+#include <limits>
+#include <new>
 #include <utility>
 
+#include "cli/RecordJson.h"
 #include "digital_assets/AssetFormat.h"
 #include "digital_assets/KeywordText.h"
 #include "platform/xml/CXMLWriter.h"
@@ -11,85 +15,104 @@
 namespace {
 
 constexpr int NEW_SCORE = 1;
-
-void WriteKeyword(const SKeyword& keyword, CXMLWriter& writer) {
-    writer.StartElement(TagUtf8::KEYWORD);
-    writer.Attribute(TagUtf8::DESCRIPTION, keyword.strDescription);
-    writer.Attribute(TagUtf8::SCORE, keyword.iScore);
-    writer.Attribute(TagUtf8::CASE_SENSITIVE, XmlHelpers::FlagText(keyword.bCaseSensitive));
-    writer.Text(keyword.strKeyword);
-    writer.EndElement();
-}
+constexpr std::hash<std::string_view> Hash;
 
 }  // namespace
 
 CKeywordList::CKeywordList(const CSettingsRow& row) {
     m_document.LoadUtf8(row.GetText(KeywordColumn::TEXT));
-    CXMLView node = DigitalAssets::FindDictionary(m_document).FirstChild(TagUtf8::KEYWORD);
-    for (SKeyword& keyword : ReadKeywords(row)) {
-        m_vecEntries.push_back({std::move(keyword), node});
-        node = node.NextSibling(TagUtf8::KEYWORD);
+    for (CXMLView node = DigitalAssets::FindDictionary(m_document).FirstChild(TagUtf8::KEYWORD); node;
+         node = node.NextSibling(TagUtf8::KEYWORD)) {
+        const SKeyword keyword = ReadKeyword(node);
+        Add({.node = node,
+             .keyword = Keep(keyword.strKeyword),
+             .description = Keep(keyword.strDescription),
+             .iScore = keyword.iScore,
+             .bCaseSensitive = keyword.bCaseSensitive});
     }
-    Index();
 }
 
-void CKeywordList::Index() {
-    m_index.clear();
-    for (std::size_t i = 0; i < m_vecEntries.size(); ++i) {
-        m_index[m_vecEntries[i].keyword.strKeyword].push_back(i);
+CKeywordList::SText CKeywordList::Keep(std::string_view strText) {
+    if (m_strTexts.size() + strText.size() > std::numeric_limits<std::uint32_t>::max()) {
+        throw std::bad_alloc();
     }
+    const SText text{static_cast<std::uint32_t>(m_strTexts.size()), static_cast<std::uint32_t>(strText.size())};
+    m_strTexts += strText;
+    return text;
+}
+
+CKeywordList::Number& CKeywordList::Find(const std::vector<SEntry>& vecEntries, std::string_view strKeyword) {
+    return m_index.Find(Hash(strKeyword),
+                        [&](Number iEntry) { return GetText(vecEntries[iEntry].keyword) == strKeyword; });
+}
+
+void CKeywordList::Add(const SEntry& entry) {
+    const auto iEntry = static_cast<Number>(m_vecEntries.size());
+    Number& iFirst = Find(m_vecEntries, GetText(entry.keyword));
+    m_vecEntries.push_back(entry);
+    if (iFirst != CTextIndex::NONE) {
+        m_vecEntries.back().iNext = std::exchange(m_vecEntries[iFirst].iNext, iEntry);
+        return;
+    }
+    iFirst = iEntry;
+    m_index.NoteAdded([this](Number iAdded) { return Hash(GetText(m_vecEntries[iAdded].keyword)); });
+}
+
+CKeywordList::SEntry CKeywordList::MakeNew(std::string_view strKeyword) {
+    return {.keyword = Keep(strKeyword), .iScore = NEW_SCORE};
 }
 
 void CKeywordList::Apply(const SKeywordEdit& edit, SEntry& entry) {
-    SKeyword changed = entry.keyword;
-    changed.strDescription = edit.strDescription.value_or(changed.strDescription);
-    changed.iScore = edit.iScore.value_or(changed.iScore);
-    changed.bCaseSensitive = edit.bCaseSensitive.value_or(changed.bCaseSensitive);
-    if (changed != entry.keyword) {
-        entry = {std::move(changed), CXMLView()};
+    if (edit.strDescription && *edit.strDescription != GetText(entry.description)) {
+        entry.description = Keep(*edit.strDescription);
+        entry.node = CXMLView();
+    }
+    const int iScore = edit.iScore.value_or(entry.iScore);
+    const bool bCaseSensitive = edit.bCaseSensitive.value_or(entry.bCaseSensitive);
+    if (iScore != entry.iScore || bCaseSensitive != entry.bCaseSensitive) {
+        entry.iScore = iScore;
+        entry.bCaseSensitive = bCaseSensitive;
+        entry.node = CXMLView();
     }
 }
 
 void CKeywordList::Put(const SKeywordEdit& edit) {
-    const auto [itEntries, bNew] = m_index.try_emplace(edit.strKeyword);
-    if (bNew) {
-        itEntries->second.push_back(m_vecEntries.size());
-        m_vecEntries.push_back({{edit.strKeyword, {}, NEW_SCORE, false}, CXMLView()});
+    Number iEntry = Find(m_vecEntries, edit.strKeyword);
+    if (iEntry == CTextIndex::NONE) {
+        iEntry = static_cast<Number>(m_vecEntries.size());
+        Add(MakeNew(edit.strKeyword));
     }
-    for (const std::size_t iEntry : itEntries->second) {
+    for (; iEntry != CTextIndex::NONE; iEntry = m_vecEntries[iEntry].iNext) {
         Apply(edit, m_vecEntries[iEntry]);
     }
 }
 
-bool CKeywordList::Remove(const std::string& strKeyword) {
-    const auto itEntries = m_index.find(strKeyword);
-    if (itEntries == m_index.end()) {
+bool CKeywordList::Remove(std::string_view strKeyword) {
+    Number iEntry = Find(m_vecEntries, strKeyword);
+    if (iEntry == CTextIndex::NONE || m_vecEntries[iEntry].bRemoved) {
         return false;
     }
-    for (const std::size_t iEntry : itEntries->second) {
+    for (; iEntry != CTextIndex::NONE; iEntry = m_vecEntries[iEntry].iNext) {
         m_vecEntries[iEntry].bRemoved = true;
     }
-    m_index.erase(itEntries);
     return true;
 }
 
-void CKeywordList::Replace(const std::vector<SKeywordEdit>& vecEdits) {
-    std::vector<SEntry> vecEntries;
-    for (const SKeywordEdit& edit : vecEdits) {
-        const auto itEntries = m_index.find(edit.strKeyword);
-        vecEntries.push_back(itEntries != m_index.end() ? m_vecEntries[itEntries->second.front()]
-                                                        : SEntry{{edit.strKeyword, {}, NEW_SCORE, false}, CXMLView()});
-        Apply(edit, vecEntries.back());
-    }
-    m_vecEntries = std::move(vecEntries);
-    Index();
+void CKeywordList::Clear() {
+    m_vecFormer = std::exchange(m_vecEntries, {});
+}
+
+void CKeywordList::Place(const SKeywordEdit& edit) {
+    const Number iFormer = Find(m_vecFormer, edit.strKeyword);
+    m_vecEntries.push_back(iFormer == CTextIndex::NONE ? MakeNew(edit.strKeyword) : m_vecFormer[iFormer]);
+    Apply(edit, m_vecEntries.back());
 }
 
 std::vector<std::string> CKeywordList::GetTexts() const {
     std::vector<std::string> vecTexts;
     for (const SEntry& entry : m_vecEntries) {
         if (!entry.bRemoved) {
-            vecTexts.push_back(entry.keyword.strKeyword);
+            vecTexts.emplace_back(GetText(entry.keyword));
         }
     }
     return vecTexts;
@@ -106,6 +129,19 @@ bool CKeywordList::IsChanged() const {
     return static_cast<bool>(node);
 }
 
+void CKeywordList::Write(const SEntry& entry, CXMLWriter& writer) const {
+    if (entry.node) {
+        writer.Node(entry.node);
+        return;
+    }
+    writer.StartElement(TagUtf8::KEYWORD);
+    writer.Attribute(TagUtf8::DESCRIPTION, GetText(entry.description));
+    writer.Attribute(TagUtf8::SCORE, entry.iScore);
+    writer.Attribute(TagUtf8::CASE_SENSITIVE, XmlHelpers::FlagText(entry.bCaseSensitive));
+    writer.Text(GetText(entry.keyword));
+    writer.EndElement();
+}
+
 void CKeywordList::Store(CSettingsRow& row) const {
     if (IsChanged() || row.GetText(KeywordColumn::TEXT).empty()) {
         Write(row);
@@ -119,13 +155,8 @@ void CKeywordList::Write(CSettingsRow& row) const {
     const DigitalAssets::SAssetFormat& format = DigitalAssets::KEYWORD_FORMAT;
     DigitalAssets::WriteAttributes(format, row, DigitalAssets::FindStoredType(format, row), writer);
     for (const SEntry& entry : m_vecEntries) {
-        if (entry.bRemoved) {
-            continue;
-        }
-        if (entry.node) {
-            writer.Node(entry.node);
-        } else {
-            WriteKeyword(entry.keyword, writer);
+        if (!entry.bRemoved) {
+            Write(entry, writer);
         }
     }
     writer.EndElement();

@@ -19,6 +19,7 @@ namespace KeywordTable {
 namespace {
 
 using DelimitedText::SCell;
+using DelimitedText::SRow;
 
 constexpr SForm FORMS[] = {{"csv", ','}, {"tsv", '\t'}};
 constexpr std::string_view BYTE_ORDER_MARK = "\xEF\xBB\xBF";
@@ -31,12 +32,12 @@ constexpr const char NO_NUMBER[] = "a whole number of 32 bits is needed here";
 constexpr const char NO_FLAG[] = "true or false is needed here";
 
 /** An empty cell leaves what it is about as it is. Each returns what is wrong, or null. */
-const char* TakeKeyword(const std::string& strCell, SKeywordEdit& edit) {
+const char* TakeKeyword(std::string_view strCell, SKeywordEdit& edit) {
     edit.strKeyword = DelimitedText::Rearm(strCell);
-    return OS::Trim(std::string_view(strCell)).empty() ? BLANK : nullptr;
+    return OS::Trim(strCell).empty() ? BLANK : nullptr;
 }
 
-const char* TakeScore(const std::string& strCell, SKeywordEdit& edit) {
+const char* TakeScore(std::string_view strCell, SKeywordEdit& edit) {
     if (strCell.empty()) {
         return nullptr;
     }
@@ -46,7 +47,7 @@ const char* TakeScore(const std::string& strCell, SKeywordEdit& edit) {
     return eError == std::errc() && pEnd == strCell.data() + strCell.size() ? nullptr : NO_NUMBER;
 }
 
-const char* TakeCase(const std::string& strCell, SKeywordEdit& edit) {
+const char* TakeCase(std::string_view strCell, SKeywordEdit& edit) {
     if (strCell.empty()) {
         return nullptr;
     }
@@ -54,14 +55,14 @@ const char* TakeCase(const std::string& strCell, SKeywordEdit& edit) {
     return *edit.bCaseSensitive || OS::EqualsNoCase(strCell, std::string_view(Value::FALSE_TEXT)) ? nullptr : NO_FLAG;
 }
 
-const char* TakeDescription(const std::string& strCell, SKeywordEdit& edit) {
+const char* TakeDescription(std::string_view strCell, SKeywordEdit& edit) {
     edit.strDescription = DelimitedText::Rearm(strCell);
     return nullptr;
 }
 
 struct SColumnForm {
     const char* pName;
-    const char* (*fnTake)(const std::string& strCell, SKeywordEdit& edit);
+    const char* (*fnTake)(std::string_view strCell, SKeywordEdit& edit);
     std::string (*fnGive)(const SKeyword& keyword);
 };
 constexpr SColumnForm COLUMNS[] = {
@@ -73,84 +74,82 @@ constexpr SColumnForm COLUMNS[] = {
      [](const SKeyword& keyword) { return DelimitedText::Disarm(keyword.strDescription); }},
 };
 
-class CTableReader {
+using Column = const SColumnForm*;
+
+/** A row that holds more is wrong, whatever is in it. */
+constexpr std::size_t MOST_CELLS = std::size(COLUMNS) + 1;
+
+/** Reads the rows of a text, places counted from its start, behind a byte order mark that it may begin with. */
+void ForEachRow(std::string_view strBytes, const SForm& form, const std::function<void(const SRow&)>& fnRow) {
+    const std::size_t iStart =
+        strBytes.substr(0, BYTE_ORDER_MARK.size()) == BYTE_ORDER_MARK ? BYTE_ORDER_MARK.size() : 0;
+    DelimitedText::Read(strBytes, iStart, form.cSeparator, MOST_CELLS, fnRow);
+}
+
+Column FindColumn(std::string_view strName) {
+    return std::find_if(std::begin(COLUMNS), std::end(COLUMNS), [&](const SColumnForm& column) {
+        return OS::EqualsNoCase(strName, std::string_view(column.pName));
+    });
+}
+
+/** Reads a table row by row: the first one names the columns. */
+class CRowReader {
   public:
-    CTableReader(const std::string& strFile, const std::string& strBytes, const SForm& form)
-        : m_strFile(strFile), m_strBytes(strBytes), m_form(form) {
-        if (m_strBytes.compare(0, BYTE_ORDER_MARK.size(), BYTE_ORDER_MARK) == 0) {
-            m_iStart = BYTE_ORDER_MARK.size();
-        }
-    }
+    CRowReader(const std::string& strFile, const std::string& strBytes) : m_strFile(strFile), m_strBytes(strBytes) {}
 
-    std::vector<SKeywordEdit> Read() {
-        const std::size_t iInvalid = OS::FindInvalidUtf8(m_strBytes);
-        if (iInvalid != std::string::npos) {
-            Refuse(NOT_UTF8, iInvalid);
-        }
-        std::vector<std::vector<SCell>> vecRows = ReadRows();
-        if (vecRows.empty()) {
-            throw CInputError(m_strFile, EMPTY);
-        }
-        ReadHead(vecRows.front());
-        std::vector<SKeywordEdit> vecEdits;
-        std::transform(std::next(vecRows.begin()), vecRows.end(), std::back_inserter(vecEdits),
-                       [this](const std::vector<SCell>& vecRow) { return ReadKeyword(vecRow); });
-        return vecEdits;
-    }
-
-  private:
     [[noreturn]] void Refuse(const std::string& strWhy, std::size_t iOffset) const {
         throw CInputError(m_strFile, strWhy, CSourcePlaces(m_strBytes).Find(iOffset));
     }
 
-    std::vector<std::vector<SCell>> ReadRows() const {
-        try {
-            return DelimitedText::Read(std::string_view(m_strBytes).substr(m_iStart), m_form.cSeparator);
-        } catch (const DelimitedText::CFault& fault) {
-            Refuse(fault.what(), m_iStart + fault.GetOffset());
+    /** @return whether the row was a keyword's, which edit then holds */
+    bool Take(const SRow& row, SKeywordEdit& edit) {
+        const bool bHead = m_vecColumns.empty();
+        if (bHead) {
+            ReadHead(row);
+        } else {
+            ReadKeyword(row, edit);
         }
+        return !bHead;
     }
 
-    void ReadHead(const std::vector<SCell>& vecHead) {
-        for (const SCell& cell : vecHead) {
-            const auto itColumn = std::find_if(std::begin(COLUMNS), std::end(COLUMNS), [&](const SColumnForm& column) {
-                return OS::EqualsNoCase(cell.strText, std::string_view(column.pName));
-            });
-            if (itColumn == std::end(COLUMNS)) {
+    bool HasHead() const { return !m_vecColumns.empty(); }
+
+  private:
+    void ReadHead(const SRow& head) {
+        for (const SCell& cell : head.vecCells) {
+            const Column pColumn = FindColumn(cell.strText);
+            if (pColumn == std::end(COLUMNS)) {
                 Refuse("there is no column " + Text::Quoted(cell.strText) +
                            "; write keyword, score, case_sensitive or description",
-                       m_iStart + cell.iOffset);
+                       cell.iOffset);
             }
-            if (std::find(m_vecColumns.begin(), m_vecColumns.end(), itColumn) != m_vecColumns.end()) {
-                Refuse("the column " + Text::Quoted(cell.strText) + " stands twice", m_iStart + cell.iOffset);
+            if (std::find(m_vecColumns.begin(), m_vecColumns.end(), pColumn) != m_vecColumns.end()) {
+                Refuse("the column " + Text::Quoted(cell.strText) + " stands twice", cell.iOffset);
             }
-            m_vecColumns.push_back(itColumn);
+            m_vecColumns.push_back(pColumn);
         }
         if (std::find(m_vecColumns.begin(), m_vecColumns.end(), std::begin(COLUMNS)) == m_vecColumns.end()) {
-            Refuse(NO_KEYWORD, m_iStart + vecHead.front().iOffset);
+            Refuse(NO_KEYWORD, head.vecCells.front().iOffset);
         }
     }
 
-    SKeywordEdit ReadKeyword(const std::vector<SCell>& vecRow) const {
-        if (vecRow.size() != m_vecColumns.size()) {
+    void ReadKeyword(const SRow& row, SKeywordEdit& edit) const {
+        if (row.iCells != m_vecColumns.size()) {
             Refuse(Text::Counted(m_vecColumns.size(), "cell is", "cells are") + " needed in this line, not " +
-                       std::to_string(vecRow.size()),
-                   m_iStart + vecRow.front().iOffset);
+                       std::to_string(row.iCells),
+                   row.vecCells.front().iOffset);
         }
-        SKeywordEdit edit;
-        for (std::size_t i = 0; i < vecRow.size(); ++i) {
-            if (const char* pFault = m_vecColumns[i]->fnTake(vecRow[i].strText, edit)) {
-                Refuse(pFault, m_iStart + vecRow[i].iOffset);
+        edit = {};
+        for (std::size_t i = 0; i < row.iCells; ++i) {
+            if (const char* pFault = m_vecColumns[i]->fnTake(row.vecCells[i].strText, edit)) {
+                Refuse(pFault, row.vecCells[i].iOffset);
             }
         }
-        return edit;
     }
 
     const std::string& m_strFile;
     const std::string& m_strBytes;
-    const SForm& m_form;
-    std::size_t m_iStart = 0;
-    std::vector<const SColumnForm*> m_vecColumns;
+    std::vector<Column> m_vecColumns;
 };
 
 }  // namespace
@@ -172,8 +171,34 @@ const SForm& FindForm(const std::string& strName, const std::string& strFile) {
     return FORMS[0];
 }
 
-std::vector<SKeywordEdit> Read(const std::string& strFile, const std::string& strBytes, const SForm& form) {
-    return CTableReader(strFile, strBytes, form).Read();
+CReader::CReader(const std::string& strFile, std::string strBytes, const SForm& form)
+    : m_strBytes(std::move(strBytes)), m_form(form) {
+    CRowReader rows(strFile, m_strBytes);
+    const std::size_t iInvalid = OS::FindInvalidUtf8(m_strBytes);
+    if (iInvalid != std::string::npos) {
+        rows.Refuse(NOT_UTF8, iInvalid);
+    }
+    try {
+        ForEachRow(m_strBytes, m_form, [](const SRow&) {});  // a text that is no table is called that
+    } catch (const DelimitedText::CFault& fault) {
+        rows.Refuse(fault.what(), fault.GetOffset());
+    }
+    SKeywordEdit edit;
+    ForEachRow(m_strBytes, m_form, [&](const SRow& row) { rows.Take(row, edit); });
+    if (!rows.HasHead()) {
+        throw CInputError(strFile, EMPTY);
+    }
+}
+
+void CReader::ForEach(const std::function<void(const SKeywordEdit&)>& fnKeyword) const {
+    const std::string strFile;  // nothing is refused any more
+    CRowReader rows(strFile, m_strBytes);
+    SKeywordEdit edit;
+    ForEachRow(m_strBytes, m_form, [&](const SRow& row) {
+        if (rows.Take(row, edit)) {
+            fnKeyword(edit);
+        }
+    });
 }
 
 std::string Write(const std::vector<SKeyword>& vecKeywords, const SForm& form) {

@@ -164,10 +164,12 @@ template <class F>
 EVerdict Change(CCommandContext& context, const SArguments& arguments, const char* pFormat, const F& fnChange) {
     CStoreEdit edit(context, pFormat, arguments.options);
     const CSettingsRow before = ReadOwn(Kind(), arguments.strName);
-    CKeywordList list(before);
-    fnChange(list);
     CSettingsRow after = before;
-    list.Store(after);
+    {
+        CKeywordList list(before);
+        fnChange(list);
+        list.Store(after);
+    }
     return FinishChange(context, edit, &before, std::move(after));
 }
 
@@ -268,13 +270,13 @@ EVerdict Remove(CCommandContext& context, const SArguments& arguments) {
 
 EVerdict Import(CCommandContext& context, const SArguments& arguments) {
     const KeywordTable::SForm& form = KeywordTable::FindForm(arguments.strFormat, arguments.strFile);
-    const std::vector<SKeywordEdit> vecEdits =
-        KeywordTable::Read(arguments.strFile, ReadBytes(context, arguments.strFile), form);
+    const KeywordTable::CReader table(arguments.strFile, ReadBytes(context, arguments.strFile), form);
     return Change(context, arguments, IMPORT.pFormat, [&](CKeywordList& list) {
         if (arguments.bReplace) {
-            list.Replace(vecEdits);
+            list.Clear();
+            table.ForEach([&](const SKeywordEdit& edit) { list.Place(edit); });
         } else {
-            std::for_each(vecEdits.begin(), vecEdits.end(), [&](const SKeywordEdit& edit) { list.Put(edit); });
+            table.ForEach([&](const SKeywordEdit& edit) { list.Put(edit); });
         }
     });
 }

@@ -148,7 +148,9 @@ EVerdict FinishChange(CCommandContext& context, CStoreEdit& edit, const CSetting
     }
     CheckRecord(context, edit, after);
     const SItemChange change = CompareItem(after.GetText(NAME_COLUMN), pBefore, &after);
-    return edit.Finish({{"change", MakeChangeJson(change)}},
-                       bChanged ? MakeChangeText(change, context.ColoursData())
-                                : Called(GetKind(after.GetKind()), after.GetText(NAME_COLUMN)) + NOTHING);
+    if (context.IsJson()) {
+        return edit.Finish({{"change", MakeChangeJson(change)}}, {});
+    }
+    return edit.Finish({}, bChanged ? MakeChangeText(change, context.ColoursData())
+                                    : Called(GetKind(after.GetKind()), after.GetText(NAME_COLUMN)) + NOTHING);
 }

@@ -4,7 +4,7 @@
 
 namespace {
 
-/** Code points are counted up front for every so many bytes, and the rest when asked. */
+/** Code points and lines are counted up front for every so many bytes, and the rest when asked. */
 constexpr std::size_t BLOCK = 256;
 
 /** Every byte but one that continues a sequence. */
@@ -15,18 +15,13 @@ std::size_t CountStarts(std::string_view strText) {
 
 }  // namespace
 
-CSourcePlaces::CSourcePlaces(std::string_view strText) : m_strText(strText), m_vecLines{0}, m_vecBlocks{0} {
-    // LF, CR and CR LF each end a line; what of them does not occur is looked for once.
-    std::size_t iLf = strText.find('\n');
-    std::size_t iCr = strText.find('\r');
-    while (std::min(iLf, iCr) != std::string_view::npos) {
-        const std::size_t iEnd = iCr < iLf && iCr + 1 != iLf ? iCr : iLf;
-        m_vecLines.push_back(iEnd + 1);
-        iLf = iLf <= iEnd ? strText.find('\n', iEnd + 1) : iLf;
-        iCr = iCr <= iEnd ? strText.find('\r', iEnd + 1) : iCr;
-    }
-    for (std::size_t i = 0; i + BLOCK <= strText.size(); i += BLOCK) {
-        m_vecBlocks.push_back(m_vecBlocks.back() + CountStarts(strText.substr(i, BLOCK)));
+CSourcePlaces::CSourcePlaces(std::string_view strText) : m_strText(strText) {
+    SPassed passed;
+    m_vecBlocks.reserve(strText.size() / BLOCK + 1);
+    m_vecBlocks.push_back(passed);
+    for (std::size_t i = BLOCK; i <= strText.size(); i += BLOCK) {
+        Pass(i - BLOCK, i, passed);
+        m_vecBlocks.push_back(passed);
     }
 }
 
@@ -34,12 +29,30 @@ SPlace CSourcePlaces::Find(std::size_t iOffset) const {
     if (iOffset > m_strText.size()) {
         return {};
     }
-    const auto itNext = std::upper_bound(m_vecLines.begin(), m_vecLines.end(), iOffset);
-    const std::size_t iLine = static_cast<std::size_t>(itNext - m_vecLines.begin());
-    return {iLine, CountCodePoints(iOffset) - CountCodePoints(m_vecLines[iLine - 1]) + 1};
+    const SPassed passed = GetPassed(iOffset);
+    return {passed.iLines + 1, passed.iCodePoints - CountCodePoints(passed.iLineStart) + 1};
 }
 
 std::size_t CSourcePlaces::CountCodePoints(std::size_t iOffset) const {
     const std::size_t iBlock = iOffset / BLOCK;
-    return m_vecBlocks[iBlock] + CountStarts(m_strText.substr(iBlock * BLOCK, iOffset % BLOCK));
+    return m_vecBlocks[iBlock].iCodePoints + CountStarts(m_strText.substr(iBlock * BLOCK, iOffset % BLOCK));
+}
+
+/** LF, CR and CR LF each end a line. */
+void CSourcePlaces::Pass(std::size_t iFrom, std::size_t iBehind, SPassed& passed) const {
+    passed.iCodePoints += CountStarts(m_strText.substr(iFrom, iBehind - iFrom));
+    for (std::size_t i = iFrom; i < iBehind; ++i) {
+        const char c = m_strText[i];
+        if (c == '\n' || (c == '\r' && m_strText.substr(i + 1, 1) != "\n")) {
+            ++passed.iLines;
+            passed.iLineStart = i + 1;
+        }
+    }
+}
+
+CSourcePlaces::SPassed CSourcePlaces::GetPassed(std::size_t iOffset) const {
+    const std::size_t iBlock = iOffset / BLOCK;
+    SPassed passed = m_vecBlocks[iBlock];
+    Pass(iBlock * BLOCK, iOffset, passed);
+    return passed;
 }

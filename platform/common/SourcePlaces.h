@@ -25,7 +25,16 @@ class DLP_PLATFORM_API CSourcePlaces {
     std::size_t CountCodePoints(std::size_t iOffset) const;
 
   private:
+    /** What a byte is behind. */
+    struct SPassed {
+        std::size_t iCodePoints = 0;
+        std::size_t iLines = 0;      ///< ends of lines
+        std::size_t iLineStart = 0;  ///< offset of the first byte of its line
+    };
+
+    void Pass(std::size_t iFrom, std::size_t iBehind, SPassed& passed) const;
+    SPassed GetPassed(std::size_t iOffset) const;
+
     std::string_view m_strText;
-    std::vector<std::size_t> m_vecLines;   ///< offset of each line's first byte
-    std::vector<std::size_t> m_vecBlocks;  ///< code points before each block
+    std::vector<SPassed> m_vecBlocks;  ///< of the first byte of each block
 };

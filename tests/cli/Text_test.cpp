@@ -11,6 +11,25 @@ TEST(Text, ControlCharactersAreShownAndBackslashesStay) {
     EXPECT_EQ(Text::Quoted("a\nb"), R"("a\u000Ab")");
 }
 
+TEST(Text, PrintableIsMadePieceByPiece) {
+    std::string strText;
+    std::string strPrintable;
+    for (int i = 0; i < 3000; ++i) {
+        strText += "€𐍈é\n\\a\xff";
+        strPrintable += "€𐍈é\\u000A\\a\xef\xbf\xbd";
+    }
+    EXPECT_EQ(Text::Printable(strText), strPrintable);
+    for (std::size_t i = 0; i < 4; ++i) {
+        std::string strLong(i, '\n');
+        std::string strWhole;
+        for (int iCharacter = 0; iCharacter < 3000; ++iCharacter) {
+            strLong += "𐍈";
+            strWhole += "𐍈";
+        }
+        ASSERT_EQ(Text::Printable(strLong).substr(6 * i), strWhole);
+    }
+}
+
 TEST(Text, CountsAgreeWithTheirWord) {
     EXPECT_EQ(Text::Counted(1, "list", "lists"), "1 list");
     EXPECT_EQ(Text::Counted(0, "list", "lists"), "0 lists");

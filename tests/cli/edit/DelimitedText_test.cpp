@@ -6,14 +6,17 @@ namespace {
 
 using Rows = std::vector<std::vector<std::string>>;
 
+constexpr std::size_t MOST = 9;
+
 Rows Read(std::string_view strText, char cSeparator = ',') {
     Rows vecRows;
-    for (const auto& vecRow : DelimitedText::Read(strText, cSeparator)) {
+    DelimitedText::Read(strText, 0, cSeparator, MOST, [&](const DelimitedText::SRow& row) {
+        EXPECT_EQ(row.vecCells.size(), row.iCells);
         auto& vecTexts = vecRows.emplace_back();
-        for (const DelimitedText::SCell& cell : vecRow) {
-            vecTexts.push_back(cell.strText);
+        for (const DelimitedText::SCell& cell : row.vecCells) {
+            vecTexts.emplace_back(cell.strText);
         }
-    }
+    });
     return vecRows;
 }
 
@@ -30,10 +33,27 @@ TEST(DelimitedText, CellsAreReadAsTheyStand) {
 }
 
 TEST(DelimitedText, PlacesAreThoseOfTheCells) {
-    const auto vecRows = DelimitedText::Read("a,\"b\"\n,c", ',');
-    EXPECT_EQ(vecRows[0][1].iOffset, 2U);
-    EXPECT_EQ(vecRows[1][0].iOffset, 6U);
-    EXPECT_EQ(vecRows[1][1].iOffset, 7U);
+    std::vector<std::size_t> vecOffsets;
+    DelimitedText::Read("##a,\"b\"\n,c", 2, ',', MOST, [&](const DelimitedText::SRow& row) {
+        for (const DelimitedText::SCell& cell : row.vecCells) {
+            vecOffsets.push_back(cell.iOffset);
+        }
+    });
+    EXPECT_EQ(vecOffsets, (std::vector<std::size_t>{2, 4, 8, 9}));
+}
+
+TEST(DelimitedText, CellsBeyondThoseThatAreAskedForAreCounted) {
+    Rows vecRows;
+    std::vector<std::size_t> vecCounts;
+    DelimitedText::Read("a,\"b\"\"c\",\"d\"\"e\",,\nx\n", 0, ',', 2, [&](const DelimitedText::SRow& row) {
+        auto& vecTexts = vecRows.emplace_back();
+        for (const DelimitedText::SCell& cell : row.vecCells) {
+            vecTexts.emplace_back(cell.strText);
+        }
+        vecCounts.push_back(row.iCells);
+    });
+    EXPECT_EQ(vecRows, Rows({{"a", "b\"c"}, {"x"}}));
+    EXPECT_EQ(vecCounts, (std::vector<std::size_t>{5, 1}));
 }
 
 TEST(DelimitedText, FaultsAreToldWithTheirPlace) {

@@ -51,3 +51,17 @@ TEST(SourcePlaces, BytesThatAreNoTextAreFine) {
     EXPECT_EQ(Find(places, 3), Place(1, 3));
     EXPECT_EQ(Find(CSourcePlaces(""), 0), Place(1, 1));
 }
+
+TEST(SourcePlaces, LinesAreCountedInBlocks) {
+    std::string strText;
+    for (int i = 0; i < 2000; ++i) {
+        strText += std::string(static_cast<std::size_t>(i % 5), 'x') + (i % 3 == 0 ? "\r" : i % 3 == 1 ? "\r\n" : "\n");
+    }
+    const CSourcePlaces places(strText);
+    Place expected(1, 1);
+    for (std::size_t i = 0; i <= strText.size(); ++i) {
+        ASSERT_EQ(Find(places, i), expected) << i;
+        const bool bEnd = strText[i] == '\n' || (strText[i] == '\r' && strText[i + 1] != '\n');
+        expected = bEnd ? Place(expected.first + 1, 1) : Place(expected.first, expected.second + 1);
+    }
+}
