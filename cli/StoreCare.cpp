@@ -58,9 +58,8 @@ constexpr SCommandHelp RESTORE = {
     "restore",
     "store restore FILE",
     "bring back what a backup holds",
-    "The backup is verified first. The former content stays beside the store: as STORE.before-restore, a backup too, "
-    "or,\n"
-    "when it was damaged, as STORE.damaged, the file as it was.\n",
+    "The backup is verified first, and stays as it is. The former content stays beside the store: as\n"
+    "STORE.before-restore, a backup too, or, when it was damaged, as STORE.damaged, the file as it was.\n",
     "  dlpctl store restore --dry-run backup.db\n"
     "  dlpctl store restore backup.db\n",
     "dlpctl-store-restore/1",

@@ -12,6 +12,7 @@
 #include <system_error>
 #include <vector>
 
+#include "platform/store/CMemoryStore.h"
 #include "platform/store/CSettingsStore.h"
 #include "platform/store/CSqliteStatement.h"
 #include "platform/store/CSqliteStore.h"
@@ -119,12 +120,12 @@ CSqliteConnection::CSqliteConnection(const std::string& strPath, int iBusyMillis
     : m_strUrl(CSqliteStore::SCHEME + strPath),
       m_strPath(FollowSqliteLinks(strPath, m_strUrl)),
       m_note(m_strPath),
-      m_iBusyMilliseconds(iBusyMilliseconds) {
-    const bool bRead = eUse == EUnitOfWork::READ;
-    const bool bWritable = !bRead || FindSqliteFile(m_strPath, m_strUrl);
-    bool bEmpty = !bRead && MakeSqliteFile(m_strPath, m_strUrl);
+      m_iBusyMilliseconds(iBusyMilliseconds),
+      m_bRead(eUse == EUnitOfWork::READ) {
+    const bool bWritable = !m_bRead || FindSqliteFile(m_strPath, m_strUrl);
+    bool bEmpty = !m_bRead && MakeSqliteFile(m_strPath, m_strUrl);
     // Who may write removes the engine's side files in the end, also when nothing is to be written.
-    if (bRead && IsSqliteFileFixed(m_strPath)) {
+    if (m_bRead && IsSqliteFileFixed(m_strPath)) {
         m_fixed = GetSqliteFileState(m_strPath);
         Open(MakeFixedName(m_strPath), SQLITE_OPEN_READONLY | SQLITE_OPEN_URI);
     } else {
@@ -142,27 +143,44 @@ CSqliteConnection::CSqliteConnection(const std::string& strPath, int iBusyMillis
         OpenJournal();
     }
     Execute(CONNECTION_SETTINGS);
-    OpenSchema(bRead);
+    OpenSchema();
     m_pDb.get_deleter().bOwnJournal = !m_fixed && !HasMoved();
 }
 
 /** The journal may know more than the header has told, also that nobody has finished making the store. */
-void CSqliteConnection::OpenSchema(bool bRead) {
-    if (bRead && Number(GET_APPLICATION) == 0 && Number(COUNT_PAGES) == 0) {
+void CSqliteConnection::OpenSchema() {
+    if (m_bRead && Number(GET_APPLICATION) == 0 && Number(COUNT_PAGES) == 0) {
         Open(IN_MEMORY, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE);
         CreateSchema();
     }
-    if (!bRead) {
+    if (!m_bRead) {
         CreateSchema();
     }
     CheckOwner(Number(GET_APPLICATION));
     CheckVersion(Number(GET_VERSION));
-    if (bRead) {
-        Execute(READING_SETTING);
-    } else {
+    if (!m_bRead) {
         ChangeJournal();
     }
-    m_iVersion = static_cast<int>(Number(GET_VERSION));
+    m_iVersion = static_cast<int>(Number(GET_VERSION));  // which opens the journal
+    if (m_bRead && m_iVersion < SETTINGS_SCHEMA_VERSION) {
+        CopyOlder();
+    }
+    if (m_bRead) {
+        Execute(READING_SETTING);
+    }
+}
+
+/** In one transaction, so that it is one state of the store. */
+void CSqliteConnection::CopyOlder() {
+    CMemoryStore records;
+    Execute(SqlText::BEGIN_READ);
+    ReadOlderSqliteFile(*this, records);
+    Execute(SqlText::COMMIT);
+    RequireUnchanged(StoreDoing::OPENING);
+    m_pDb.get_deleter().bOwnJournal = !m_fixed && !HasMoved();
+    m_fixed.reset();
+    Open(IN_MEMORY, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE);
+    CreateSchema(&records);
 }
 
 void CSqliteConnection::Open(const std::string& strName, int iFlags) {
@@ -179,16 +197,21 @@ void CSqliteConnection::Open(const std::string& strName, int iFlags) {
     sqlite3_busy_handler(Get(), Wait, this);
 }
 
+/** What is only read stays as it is. */
+bool CSqliteConnection::IsToBeReplaced(int iVersion) const {
+    return iVersion == MOVED_VERSION || (!m_bRead && iVersion < SETTINGS_SCHEMA_VERSION);
+}
+
 /**
  * Puts a store of this version in the place of an older one, which nobody else may have open meanwhile: what they wrote
  * would be lost. Whoever is shut out must not wait with the file open, for the others would wait for that.
  */
 void CSqliteConnection::BringUp() {
-    for (int iWaited = 0; CheckHeader() < SETTINGS_SCHEMA_VERSION; iWaited += STEP_MILLISECONDS) {
-        if (!HasMoved() && !IsSqliteFileReplaceable(m_strPath)) {
+    for (int iWaited = 0; IsToBeReplaced(CheckHeader()); iWaited += STEP_MILLISECONDS) {
+        if (!m_bRead && !HasMoved() && !IsSqliteFileReplaceable(m_strPath)) {
             Refuse(OLDER);
         }
-        if (ShutOthersOut()) {
+        if (!m_bRead && ShutOthersOut()) {
             m_note.Leave();
             RenewSqliteFile(*this, m_strPath);
             GiveUpFile();
@@ -394,7 +417,7 @@ void CSqliteConnection::CheckVersion(std::int64_t iVersion) const {
 }
 
 /** Comes before the change to WAL mode, so that the marks of a new store stand in the header that others look at. */
-void CSqliteConnection::CreateSchema() {
+void CSqliteConnection::CreateSchema(CSettingsStore* pRecords) {
     if (Number(GET_APPLICATION) != APPLICATION_ID) {
         SqlitePageSums::Reserve(Get());
         Execute(SqlText::BEGIN_WRITE);
@@ -402,7 +425,7 @@ void CSqliteConnection::CreateSchema() {
             for (const ESettingsKind eKind : ALL_SETTINGS_KINDS) {
                 Execute(SqlText::CreateTable(GetSettingsTable(eKind)));
             }
-            CreateTotals(*this, {});
+            CreateTotals(*this, pRecords != nullptr ? FillSqliteTables(*this, *pRecords) : AllStoreTotals{});
             Execute(GET_APPLICATION + (" = " + std::to_string(APPLICATION_ID)));
             Execute(GET_VERSION + (" = " + std::to_string(SETTINGS_SCHEMA_VERSION)));
         }

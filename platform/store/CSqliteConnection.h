@@ -18,7 +18,8 @@ class CSqliteConnection {
     /**
      * Opens the file; to WRITE, making it with its folders when it is missing or empty. One that was cut short while it
      * was made holds nothing. A file of another kind, of another program or of a newer version is refused and left as
-     * it is; in the place of one of an older version, which nobody else may have open, comes one of this version.
+     * it is; in the place of one of an older version, which nobody else may have open, comes one of this version. To
+     * READ, such a one is left as it is too, and is brought up in memory: what others write from then on is not seen.
      * @param strPath absolute
      * @param iBusyMilliseconds how long to wait for another writer
      * @throws OS::CException
@@ -49,7 +50,7 @@ class CSqliteConnection {
     void RequireUnchanged(const char* pDoing) const;
     /** Who writes, for those who wait. */
     CWriterNote& GetWriterNote() { return m_note; }
-    /** The version of the schema that the file has. */
+    /** The version of the schema that the file has, also where it was brought up in memory. */
     int GetSchemaVersion() const { return m_iVersion; }
     /** Runs statements that give nothing. */
     void Execute(const std::string& strSql);
@@ -76,6 +77,7 @@ class CSqliteConnection {
     bool HasNoHeader() const;
     /** @return the version of the schema */
     int CheckHeader() const;
+    bool IsToBeReplaced(int iVersion) const;
     void BringUp();
     void OpenJournal();
     bool HasOwnJournal() const;
@@ -85,8 +87,9 @@ class CSqliteConnection {
     void CheckOwner(std::int64_t iApplication) const;
     void CheckVersion(std::int64_t iVersion) const;
     void Open(const std::string& strName, int iFlags);
-    void OpenSchema(bool bRead);
-    void CreateSchema();
+    void OpenSchema();
+    void CreateSchema(CSettingsStore* pRecords = nullptr);
+    void CopyOlder();
     void ChangeJournal();
     [[noreturn]] void Refuse(const std::string& strWhy) const;
 
@@ -95,6 +98,7 @@ class CSqliteConnection {
     std::optional<FileState> m_fixed;  ///< of a file that is read without a lock: when it was opened
     CWriterNote m_note;
     int m_iBusyMilliseconds;
+    bool m_bRead;
     int m_iFlags = 0;  ///< with which the file was opened
     std::unique_ptr<sqlite3, SClose> m_pDb{nullptr, SClose{false}};
     int m_iVersion = 0;

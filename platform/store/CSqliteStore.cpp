@@ -61,7 +61,7 @@ constexpr SStatement STATEMENTS[] = {
     {StoreDoing::SAVING, nullptr, OfTable<SqlText::UpdateFound>},
     {StoreDoing::REMOVING, nullptr, OfTable<SqlText::Remove>},
     {StoreDoing::REPLACING, nullptr, OfTable<SqlText::RemoveAll>},
-    {StoreDoing::BEGINNING, "BEGIN", nullptr},
+    {StoreDoing::BEGINNING, SqlText::BEGIN_READ, nullptr},
     {StoreDoing::BEGINNING, "SAVEPOINT unit", nullptr},
     {StoreDoing::BEGINNING, SqlText::LOCK, nullptr},
     {StoreDoing::COMMITTING, SqlText::COMMIT, nullptr},

@@ -8,6 +8,7 @@
 /** The SQL of the settings tables, made from their descriptions. Values are parameters, never part of a text. */
 namespace SqlText {
 
+inline constexpr char BEGIN_READ[] = "BEGIN";
 /** Begins a transaction that writes, at once, so that two writers meet here and not at their first write. */
 inline constexpr char BEGIN_WRITE[] = "BEGIN IMMEDIATE";
 inline constexpr char COMMIT[] = "COMMIT";

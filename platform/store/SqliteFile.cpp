@@ -205,7 +205,7 @@ bool FindSqliteFile(const std::string& strPath, const std::string& strUrl) {
 
 bool IsSqliteFileFixed(const std::string& strPath) {
     const std::string strFolder = std::filesystem::path(strPath).parent_path().string();
-    return !IsAccessible(strPath, W_OK) && !IsAccessible(strFolder, W_OK) && !IsAccessible(strPath + JOURNAL, F_OK);
+    return !IsAccessible(strFolder, W_OK) && !IsAccessible(strPath + JOURNAL, F_OK);
 }
 
 bool IsSqliteFileReplaceable(const std::string& strPath) {

@@ -36,8 +36,8 @@ void CheckSqlitePlace(const std::string& strPath, const std::string& strUrl);
 bool FindSqliteFile(const std::string& strPath, const std::string& strUrl);
 
 /**
- * @return whether the caller may write neither the file nor into its folder, and no journal stands beside it: the
- * engine can then make none of the files by which it knows of writers
+ * @return whether the caller may not write into the file's folder, and no journal stands beside it: the engine can then
+ * make none of the files by which it knows of writers
  */
 bool IsSqliteFileFixed(const std::string& strPath);
 

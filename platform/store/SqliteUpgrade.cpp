@@ -17,6 +17,7 @@ namespace {
 constexpr char GET_VERSION[] = "PRAGMA user_version";
 
 [[noreturn]] void ThrowDamaged(const CSqliteConnection& older, const SStoreDamage& damage) {
+    older.RequireUnchanged(StoreDoing::OPENING);
     ThrowStoreError(older.GetUrl(), StoreDoing::OPENING, "it is damaged: " + ToText(damage) + StoreAdvice::DAMAGED,
                     StoreCode::DAMAGED);
 }
@@ -67,17 +68,38 @@ void CreateTotals(CSqliteConnection& connection, const AllStoreTotals& aTotals) 
     }
 }
 
-void RenewSqliteFile(CSqliteConnection& older, const std::string& strPath) {
+AllStoreTotals FillSqliteTables(CSqliteConnection& connection, CSettingsStore& records) {
+    AllStoreTotals aTotals{};
+    for (const ESettingsKind eKind : ALL_SETTINGS_KINDS) {
+        const STable& table = GetSettingsTable(eKind);
+        CSqliteStatement insert(connection, SqlText::Insert(table), StoreDoing::OPENING);
+        records.ReadAll(eKind, [&](CSettingsRow&& row) {
+            const std::uint64_t iChecksum = ChecksumOf(row);
+            CSqliteRun run(insert);
+            run->BindRow(row);
+            run->BindNumber(static_cast<int>(table.iColumns) + 1, static_cast<std::int64_t>(iChecksum));
+            run->Step();
+            aTotals[static_cast<std::size_t>(eKind)].Add(iChecksum);
+        });
+    }
+    return aTotals;
+}
+
+void ReadOlderSqliteFile(CSqliteConnection& older, CSettingsStore& records) {
     for (const std::string& strDamage : FindStructureDamage(older)) {
         ThrowDamaged(older, {"", "", strDamage});
     }
-    CMemoryStore records;
     const bool bSummed = older.Number(GET_VERSION) >= SchemaVersion::RECORD_SUMS;
     const AllStoreTotals aTotals = bSummed ? ReadTotals(older) : AllStoreTotals{};
     for (const ESettingsKind eKind : ALL_SETTINGS_KINDS) {
         const SStoreTotals* pExpected = bSummed ? &aTotals[static_cast<std::size_t>(eKind)] : nullptr;
         ReadTable(older, GetSettingsTable(eKind), pExpected, records);
     }
+}
+
+void RenewSqliteFile(CSqliteConnection& older, const std::string& strPath) {
+    CMemoryStore records;
+    ReadOlderSqliteFile(older, records);
     StoreBackup::Renew(records, strPath, [&] {
         if (older.HasMoved()) {
             ThrowStoreError(older.GetUrl(), StoreDoing::OPENING,

@@ -168,8 +168,7 @@ class Trial:
         shutil.copy(self.whole, second)
         stores.make_second_version(second)
         self.second = second.read_bytes()
-        tool.get(second, "store", "dump")
-        tool.get(unsummed, "store", "dump")
+        tool.get(unsummed, "store", "load", "-", data=self.dump.decode())
         self.renewed = unsummed.read_bytes()
 
     def make_logged(self, folder):
@@ -227,7 +226,8 @@ class Trial:
         return f"first version, {how.__name__}", verdict, faults
 
     def try_renewed(self, store):
-        """It has checksums of pages, and nothing that contradicts itself."""
+        """By what writes it, it has checksums of pages, and nothing that contradicts itself."""
+        self.tool.run(store, "-q", "import", self.more)
         check, dump = self.tool.run(store, "store", "check"), self.tool.run(store, "store", "dump")
         whole = check.returncode in (0, 1) and b"damaged: " not in check.stdout  # what it lacks is not damage
         sound = store.read_bytes()[20] == 8 and whole and dump.returncode == 0

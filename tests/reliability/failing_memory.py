@@ -19,7 +19,8 @@ from scenarios import Judge, World, scenarios  # noqa: E402
 
 COMMANDS = ("template set", "keywords import", "keywords export -o", "import --report", "fmt --write", "convert -o",
             "check --fix", "import, no store", "import", "import --json", "import, older layout", "assets import",
-            "store backup", "store restore", "store restore, no store", "store restore, damaged store", "store check",
+            "store backup", "store restore", "store restore, no store", "store restore, damaged store",
+            "store restore, backup of the first version", "store check",
             "expression set", "keywords add", "template new", "check", "check, a folder", "export",
             "export -o, replacing", "export -o, long", "assets export -o", "store load", "store dump -o", "rename", "delete", "diff",
             "refs", "list, store of the first version")

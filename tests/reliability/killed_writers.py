@@ -51,7 +51,7 @@ class Command:
         self.start = before
         store = folder / "measured.db"
         start_with(store, before)
-        self.before = dump(tool, store).stdout  # which brings a store of the first version up
+        self.before = dump(tool, store).stdout
         start_with(store, before)
         start = time.perf_counter()
         process = tool.start(store, *arguments)
@@ -84,7 +84,7 @@ def make_commands(tool, before, folder):
     stores.make_first_version(older)
     return ([Command(tool, before, folder, *line) for line in lines]
             + [Command(tool, missing, folder, *line) for line in first]
-            + [Command(tool, older, folder, *line) for line in (("store", "dump"), ("-q", "import", more))])
+            + [Command(tool, older, folder, *line) for line in (lines[4], lines[0])])
 
 
 def find_fault(tool, store, command):

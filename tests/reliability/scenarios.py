@@ -42,6 +42,7 @@ SKIPPED = """<template name="broken" display_name="Broken" description="" pre-de
 <buildingBlock sourceType="ENTITY" entityHits="1" sourceName="nowhere"/></matchRule></template>"""
 
 BACKUP = b"a backup"  # stands for the bytes of one
+OLDER_BACKUP = b"an older backup"  # for those of one of the first version
 LONG = (POLICY % ("""<template name="long" display_name="Long" description="" pre-defined="false"><matchRule>"""
                   + "".join(f"""<buildingBlock sourceType="ENTITY" sourceName="long {i}" entityHits="1"/>""" for i in range(10))
                   + "</matchRule></template>")).replace(
@@ -146,6 +147,7 @@ def scenarios() -> list[Scenario]:
         Scenario("store backup", ("store", "backup", "{out}"), in_place=True),
         Scenario("store backup, replacing", ("store", "backup", "{out}"), old_output=BACKUP, in_place=True),
         Scenario("store restore", ("store", "restore", "{in}"), BACKUP),
+        Scenario("store restore, backup of the first version", ("store", "restore", "{in}"), OLDER_BACKUP),
         Scenario("store restore, no store", ("store", "restore", "{in}"), BACKUP, store=False),
         Scenario("store restore, damaged store", ("store", "restore", "{in}"), BACKUP, damaged=True),
         Scenario("store restore --dry-run", ("store", "restore", "--dry-run", "{in}"), BACKUP),
@@ -165,6 +167,7 @@ class World:
         for name in ("PredefinedDLPPolicy.xml", "cfg_dlp_da_map.txt"):
             shutil.copy(ROOT / "config" / name, self._home / "config" / name)
         self._work.mkdir()
+        self._backup = self._older_backup = b""
         self.start(Scenario("", (), store=False))
         self._command(("import", str(EXAMPLES / "starter-policy.xml")), {})
         self._filled = (self._work / STORE).read_bytes()
@@ -177,6 +180,8 @@ class World:
         self.start(Scenario("", (), (POLICY % "").encode(), store=False))
         self._command(("import", f"{self._work}/in"), {})
         self._backup = (self._work / STORE).read_bytes()
+        stores.make_first_version(self._work / STORE)
+        self._older_backup = (self._work / STORE).read_bytes()
         self._make_policies()
         (self._folder / "editing").mkdir()
         (self._folder / "editing").chmod(0o777)  # for whoever runs commands
@@ -190,7 +195,9 @@ class World:
 
     def filled_in(self, scenario: Scenario) -> Scenario:
         """With the bytes that stand for a backup in place of its name."""
-        contents = {name: self._backup for name in ("document", "old_output") if getattr(scenario, name) == BACKUP}
+        backups = {BACKUP: self._backup, OLDER_BACKUP: self._older_backup}
+        contents = {name: backups[getattr(scenario, name)] for name in ("document", "old_output")
+                    if getattr(scenario, name) in backups}
         return replace(scenario, **contents)
 
     @property

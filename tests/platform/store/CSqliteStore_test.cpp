@@ -25,6 +25,7 @@
 #include "platform/store/StoreError.h"
 #include "tests/cli/Unprivileged.h"
 #include "tests/support/ExceptionText.h"
+#include "tests/support/OlderStores.h"
 #include "tests/support/StoreDump.h"
 #include "tests/support/TempDir.h"
 #include "tests/support/UndoneJournal.h"
@@ -45,14 +46,6 @@ CSettingsRow Expression(const std::string& strSubject, const std::string& strPat
 int Mode(const std::string& strPath) {
     struct stat status {};
     return ::stat(strPath.c_str(), &status) == 0 ? static_cast<int>(status.st_mode & 07777) : -1;
-}
-
-/** Runs SQL on a database file. @param pVfs null: as any other program would; else with checksums of pages */
-void RunSql(const std::string& strPath, const std::string& strSql, const char* pVfs = SqlitePageSums::GetVfsName()) {
-    sqlite3* pDb = nullptr;
-    ASSERT_EQ(SQLITE_OK, sqlite3_open_v2(strPath.c_str(), &pDb, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE, pVfs));
-    ASSERT_EQ(SQLITE_OK, sqlite3_exec(pDb, strSql.c_str(), nullptr, nullptr, nullptr)) << sqlite3_errmsg(pDb);
-    sqlite3_close(pDb);
 }
 
 /** Runs the function in a process of its own. @return its process id; the exit code is 0 when it returns */
@@ -508,6 +501,14 @@ TEST_F(SqliteStore, OpenedForReadingItNeedsNoPermissionToWrite) {
     if (bRoot) {
         ASSERT_EQ(0, ::seteuid(0));
     }
+}
+
+TEST_F(SqliteStore, OpenedForReadingItNeedsNoPermissionToWriteIntoItsFolder) {
+    CSqliteStore(Path()).Save(Expression("S"));
+    ::chmod(Path().c_str(), 0666);
+    ::chmod(m_folder.Path().c_str(), 0555);
+    const CUnprivileged unprivileged;
+    EXPECT_EQ("expressions subject=\"S\"\n", DumpStore(*CSettingsStore::Make("sqlite:" + Path(), EUnitOfWork::READ)));
 }
 
 TEST_F(SqliteStore, OpenedForReadingItSeesWhatOnlyTheJournalHolds) {
@@ -1184,24 +1185,6 @@ std::string Damaged(const std::string& strPath, const std::string& strWhat) {
     return "settings store sqlite:" + strPath + ", reading records: it is damaged: " + strWhat + ADVICE;
 }
 
-/** Makes a store of the first version, with one record of each of two tables. */
-void MakeFirstVersion(const std::string& strPath) {
-    std::string strSql = "PRAGMA page_size = 8192;";
-    for (const ESettingsKind eKind : ALL_SETTINGS_KINDS) {
-        const STable& table = GetSettingsTable(eKind);
-        std::string strTable = SqlText::CreateTable(table);
-        const std::string strChecksum = ", checksum INTEGER NOT NULL";
-        strSql += strTable.replace(strTable.find(strChecksum), strChecksum.size(), "");
-    }
-    RunSql(
-        strPath,
-        strSql +
-            "PRAGMA application_id = 0x444C5053; PRAGMA user_version = 1; PRAGMA journal_mode = WAL;"
-            "INSERT INTO expressions VALUES ('E', 'e', '', '', 1, 0, '', '', '', 0, 1, 2, 3, 4, 5, 6, 'p', '', '', '');"
-            "INSERT INTO templates VALUES ('T', NULL, '', '', 0, '', 'a' || char(10), '', '');",
-        nullptr);
-}
-
 /** @return the store's damages, a line each */
 std::string CheckText(CSettingsStore& store) {
     std::string strText;
@@ -1355,22 +1338,13 @@ TEST_F(SqliteStore, WalkThatChangesTheTableIsNotTakenForDamage) {
               DumpStore(store));
 }
 
-const char FIRST_VERSION_DUMP[] =
-    "expressions subject=\"E\" name=\"e\" pre_defined=1 min_length=1 max_length=2 suffix_length=3 min_left_radius=4 "
-    "max_left_radius=5 max_right_radius=6 pattern=\"p\"\n"
-    "templates subject=\"T\" industries=[\"a\"]\n";
-
 TEST_F(SqliteStore, StoreOfTheFirstVersionIsBroughtUp) {
-    for (const EUnitOfWork eUse : {EUnitOfWork::WRITE, EUnitOfWork::READ}) {
-        fs::remove(Path());
-        MakeFirstVersion(Path());
-        {
-            const std::unique_ptr<CSettingsStore> pStore = CSettingsStore::Make("sqlite:" + Path(), eUse);
-            EXPECT_EQ(FIRST_VERSION_DUMP, DumpStore(*pStore));
-            EXPECT_EQ(3, pStore->GetInfo().iSchemaVersion);
-            EXPECT_EQ(1u, pStore->Count(ESettingsKind::TEMPLATE));
-        }
+    MakeFirstVersion(Path());
+    {
         CSqliteStore store(Path());
+        EXPECT_EQ(FIRST_VERSION_DUMP, DumpStore(store));
+        EXPECT_EQ(3, store.GetInfo().iSchemaVersion);
+        EXPECT_EQ(1u, store.Count(ESettingsKind::TEMPLATE));
         store.Save(Expression("F"));
         EXPECT_TRUE(store.Remove(ESettingsKind::EXPRESSION, "E"));
         EXPECT_EQ("expressions subject=\"F\"\ntemplates subject=\"T\" industries=[\"a\"]\n", DumpStore(store));
@@ -1379,6 +1353,44 @@ TEST_F(SqliteStore, StoreOfTheFirstVersionIsBroughtUp) {
     CSqliteStore store(Path());
     EXPECT_EQ(Damaged(Path(), "the record \"T\" of the table templates is not as it was written"),
               ExceptionText([&] { DumpStore(store); }));
+}
+
+TEST_F(SqliteStore, OpenedForReadingAStoreOfAnOlderVersionStaysAsItIs) {
+    for (const int iVersion : {1, 2}) {
+        fs::remove(Path());
+        MakeFirstVersion(Path());
+        if (iVersion == 2) {
+            MakeSecondVersion(Path());
+        }
+        const std::string strBefore = m_folder.Read("settings.db");
+        {
+            CSqliteStore store(Path(), SHORT_WAIT, EUnitOfWork::READ);
+            EXPECT_EQ(FIRST_VERSION_DUMP, DumpStore(store));
+            EXPECT_EQ(iVersion, store.GetInfo().iSchemaVersion);
+            EXPECT_EQ("sqlite:" + Path(), store.GetInfo().strUrl);
+            EXPECT_EQ(1u, store.Count(ESettingsKind::TEMPLATE));
+            EXPECT_EQ("", CheckText(store));
+            EXPECT_EQ(
+                "settings store sqlite:" + Path() + ", beginning a unit of work: attempt to write a readonly database",
+                ExceptionText([&] { store.Save(Expression("F")); }));
+            CSqliteStore writer(Path(), SHORT_WAIT);  // which nobody keeps from bringing it up meanwhile
+            writer.Save(Expression("F"));
+            EXPECT_EQ(FIRST_VERSION_DUMP, DumpStore(store));
+            fs::remove(Path());
+            m_folder.Write("settings.db", strBefore);
+        }
+        EXPECT_EQ(strBefore, m_folder.Read("settings.db"));
+    }
+}
+
+TEST_F(SqliteStore, OpenedForReadingWhatOnlyTheJournalOfAnOlderVersionHoldsIsThere) {
+    MakeFirstVersion(Path());
+    sqlite3* pOther = nullptr;
+    ASSERT_EQ(SQLITE_OK, sqlite3_open(Path().c_str(), &pOther));
+    ASSERT_EQ(SQLITE_OK, sqlite3_exec(pOther, "UPDATE templates SET scope = 'x'", nullptr, nullptr, nullptr));
+    EXPECT_NE(std::string::npos,
+              DumpStore(*CSettingsStore::Make("sqlite:" + Path(), EUnitOfWork::READ)).find("scope=\"x\""));
+    sqlite3_close(pOther);
 }
 
 TEST_F(SqliteStore, EveryPageOfWhatWasBroughtUpHasItsChecksum) {
@@ -1416,32 +1428,6 @@ TEST_F(SqliteStore, DamagedStoreOfTheFirstVersionIsNotBroughtUp) {
     EXPECT_EQ(std::vector<std::string>{"settings.db"}, Names());
 }
 
-/** Makes a store of the second version, which had checksums of records, of the store of this version. */
-void MakeSecondVersion(const std::string& strPath) {
-    const std::string strOld = strPath + ".new";
-    MakeFirstVersion(strOld);
-    std::string strSql;
-    {
-        CSqliteStore store(strPath);
-        for (const ESettingsKind eKind : ALL_SETTINGS_KINDS) {
-            const std::string strTable = GetSettingsTable(eKind).pName;
-            SStoreTotals totals;
-            strSql += "ALTER TABLE " + strTable + " ADD COLUMN checksum INTEGER NOT NULL DEFAULT 0;";
-            store.ReadAll(eKind, [&](CSettingsRow&& row) {
-                totals.Add(ChecksumOf(row));
-                strSql += "UPDATE " + strTable +
-                          " SET checksum = " + std::to_string(static_cast<std::int64_t>(ChecksumOf(row))) +
-                          " WHERE subject = '" + row.GetSubject() + "';";
-            });
-            strSql += "INSERT INTO totals VALUES (" + std::to_string(static_cast<int>(eKind)) + ", " +
-                      std::to_string(totals.iRecords) + ", " +
-                      std::to_string(static_cast<std::int64_t>(totals.iChecksum)) + ");";
-        }
-    }
-    RunSql(strOld, SqlText::CREATE_TOTALS + (";" + strSql) + "PRAGMA user_version = 2", nullptr);
-    fs::rename(strOld, strPath);
-}
-
 TEST_F(SqliteStore, StoreOfTheSecondVersionIsVerifiedAndBroughtUp) {
     const std::pair<const char*, const char*> DAMAGES[] = {
         {"UPDATE templates SET scope = 'x'", "the record \"T\" of the table templates is not as it was written"},
@@ -1454,8 +1440,10 @@ TEST_F(SqliteStore, StoreOfTheSecondVersionIsVerifiedAndBroughtUp) {
         MakeFirstVersion(Path());
         MakeSecondVersion(Path());
         RunSql(Path(), pSql, nullptr);
-        EXPECT_EQ(Opening(Path(), std::string("it is damaged: ") + pWhat + ADVICE),
-                  ExceptionText([&] { CSqliteStore store(Path()); }));
+        for (const EUnitOfWork eUse : {EUnitOfWork::READ, EUnitOfWork::WRITE}) {
+            EXPECT_EQ(Opening(Path(), std::string("it is damaged: ") + pWhat + ADVICE),
+                      ExceptionText([&] { CSqliteStore store(Path(), SHORT_WAIT, eUse); }));
+        }
     }
     fs::remove(Path());
     MakeFirstVersion(Path());
@@ -1495,16 +1483,24 @@ TEST_F(SqliteStore, WhoeverHadOpenedTheFormerFileFindsItGivenUp) {
     EXPECT_EQ(std::vector<std::string>{"settings.db"}, Names());
 }
 
-TEST_F(SqliteStore, StoreOfTheFirstVersionThatCannotBeWrittenSaysWhatToDo) {
+TEST_F(SqliteStore, StoreOfAnOlderVersionIsReadWhereItCannotBeBroughtUp) {
     MakeFirstVersion(Path());
-    ::chmod(Path().c_str(), 0444);
-    ::chmod(m_folder.Path().c_str(), 0777);
+    const std::string strBefore = m_folder.Read("settings.db");
+    for (const auto& [iFile, iFolder] : {std::pair<mode_t, mode_t>{0444, 0555}, {0666, 0555}, {0444, 0777}}) {
+        ::chmod(Path().c_str(), iFile);
+        ::chmod(m_folder.Path().c_str(), iFolder);
+        const CUnprivileged unprivileged;
+        EXPECT_EQ(FIRST_VERSION_DUMP, DumpStore(*CSettingsStore::Make("sqlite:" + Path(), EUnitOfWork::READ)));
+        EXPECT_EQ(strBefore, m_folder.Read("settings.db"));
+    }
+    ::chmod(Path().c_str(), 0666);
+    ::chmod(m_folder.Path().c_str(), 0555);
     const CUnprivileged unprivileged;
     EXPECT_EQ(
         Opening(Path(),
                 "it was written by an older version and cannot be brought up where it is; copy it to where it can "
                 "be written, and open it there"),
-        ExceptionText([&] { CSettingsStore::Make("sqlite:" + Path(), EUnitOfWork::READ); }));
+        ExceptionText([&] { CSqliteStore store(Path()); }));
 }
 
 TEST_F(SqliteStore, BringingUpIsWholeOrNotAtAllWhereverMemoryRunsOut) {
@@ -1519,6 +1515,15 @@ TEST_F(SqliteStore, BringingUpIsWholeOrNotAtAllWhereverMemoryRunsOut) {
                            MakeFirstVersion(Path());
                        },
                        STEP);
+    EXPECT_GT(iTimes, 5);
+}
+
+TEST_F(SqliteStore, ReadingAnOlderVersionFailsCleanlyWhereverMemoryRunsOut) {
+    constexpr int STEP = 40000;
+    MakeFirstVersion(Path());
+    const auto mapBefore = Files();
+    const int iTimes = RunOutOfMemory([&] { CSqliteStore store(Path(), SHORT_WAIT, EUnitOfWork::READ); },
+                                      [&] { EXPECT_TRUE(mapBefore == Files()); }, STEP);
     EXPECT_GT(iTimes, 5);
 }
 

@@ -15,7 +15,9 @@
 #include "platform/store/CSqliteStore.h"
 #include "platform/store/CWriterNote.h"
 #include "platform/store/SqlitePageSums.h"
+#include "tests/cli/Unprivileged.h"
 #include "tests/support/ExceptionText.h"
+#include "tests/support/OlderStores.h"
 #include "tests/support/StoreDump.h"
 #include "tests/support/TempDir.h"
 #include "tests/support/UndoneJournal.h"
@@ -418,6 +420,39 @@ TEST_F(StoreBackupTest, PutsTheJournalOfAStoreThatWasCutToNothingAside) {
     EXPECT_TRUE(StoreBackup::Restore(*StoreBackup::Open(BackupPath()), Path(), false, NoStep).bDamaged);
     EXPECT_EQ("a journal", m_folder.Read("settings.db.damaged-wal"));
     EXPECT_EQ(KEPT, DumpFile(Path()));
+}
+
+TEST_F(StoreBackupTest, OlderBackupThatMayNotBeChangedIsRestoredFrom) {
+    m_folder.MakeFolder("old");
+    const std::string strBackup = m_folder.Path("old/backup.db");
+    MakeFirstVersion(strBackup);
+    const std::string strBytes = m_folder.Read("old/backup.db");
+    ::chmod(strBackup.c_str(), 0444);
+    ::chmod(m_folder.Path("old").c_str(), 0555);
+    ::chmod(m_folder.Path().c_str(), 0777);
+    ::chmod(Path().c_str(), 0666);
+    {
+        const CUnprivileged unprivileged;
+        StoreBackup::Restore(*StoreBackup::Open(strBackup), Path(), false, NoStep);
+        EXPECT_EQ(FIRST_VERSION_DUMP, DumpFile(Path()));
+    }
+    EXPECT_EQ(strBytes, m_folder.Read("old/backup.db"));
+    EXPECT_EQ(1, std::distance(fs::directory_iterator(m_folder.Path("old")), fs::directory_iterator()));
+    RunSql(strBackup, "UPDATE expressions SET pre_defined = 2", nullptr);
+    EXPECT_EQ("settings store sqlite:" + strBackup +
+                  ", opening it: it is damaged: the record \"E\" of the table expressions pre_defined is neither 0 "
+                  "nor 1; \"dlpctl store check\" says what else is, \"dlpctl store restore\" brings back a backup",
+              ExceptionText([&] { StoreBackup::Open(strBackup); }));
+}
+
+TEST_F(StoreBackupTest, OlderBackupStaysAsItIsWhenItIsRestoredFrom) {
+    MakeFirstVersion(BackupPath());
+    const std::string strBytes = m_folder.Read("backup.db");
+    for (const bool bTry : {true, false}) {
+        StoreBackup::Restore(*StoreBackup::Open(BackupPath()), Path(), bTry, NoStep);
+        EXPECT_EQ(bTry ? KEPT : FIRST_VERSION_DUMP, DumpFile(Path()));
+        EXPECT_EQ(strBytes, m_folder.Read("backup.db"));
+    }
 }
 
 TEST_F(StoreBackupTest, RestoresWhereNothingIs) {
