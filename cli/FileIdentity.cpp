@@ -8,6 +8,8 @@
 #include <string_view>
 #include <system_error>
 
+#include "platform/store/SqliteFile.h"
+
 namespace {
 
 namespace fs = std::filesystem;
@@ -15,8 +17,6 @@ namespace fs = std::filesystem;
 constexpr int MAX_LINKS = 40;
 /** SQLite's file format, 1.3 The Database Header: the first sixteen bytes, a zero among them. */
 constexpr std::string_view DATABASE_HEADER("SQLite format 3\0", 16);
-
-constexpr const char* SIDE_FILES[] = {"-wal", "-shm", "-journal", "-writer"};
 
 /** Two paths of one file that is not there yet have one place. */
 fs::path FindPlace(const std::string& strPath) {
@@ -58,14 +58,14 @@ bool IsOfStore(const std::string& strPath, const std::string& strStore) {
     const fs::path place = FindPlace(strPath);
     const std::string strTarget = FindPlace(strStore).string();
     return IsSameFile(strPath, strStore) ||
-           std::any_of(std::begin(SIDE_FILES), std::end(SIDE_FILES), [&](const char* pSideFile) {
+           std::any_of(std::begin(SqliteSuffix::ALL), std::end(SqliteSuffix::ALL), [&](const char* pSideFile) {
                return place == strTarget + pSideFile || strPath == strStore + pSideFile;
            });
 }
 
 bool IsBesideDatabase(const std::string& strPath) {
     const std::string strPlace = FindPlace(strPath).string();
-    return std::any_of(std::begin(SIDE_FILES), std::end(SIDE_FILES), [&](std::string_view strSideFile) {
+    return std::any_of(std::begin(SqliteSuffix::ALL), std::end(SqliteSuffix::ALL), [&](std::string_view strSideFile) {
         return strPlace.ends_with(strSideFile) && IsDatabase(strPlace.substr(0, strPlace.size() - strSideFile.size()));
     });
 }

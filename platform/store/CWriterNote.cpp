@@ -13,9 +13,10 @@
 #include <ctime>
 #include <exception>
 
+#include "platform/store/SqliteFile.h"
+
 namespace {
 
-constexpr char SUFFIX[] = "-writer";
 constexpr mode_t OWN_MODE = 0600;
 constexpr mode_t SHARED_BITS = 0666;
 constexpr int TRIES = 10;
@@ -62,7 +63,7 @@ bool IsLeftBehind(const std::string& strText) {
 }  // namespace
 
 std::string CWriterNote::GetPath() const {
-    return m_strStorePath + SUFFIX;
+    return m_strStorePath + SqliteSuffix::WRITER_NOTE;
 }
 
 /**

@@ -22,8 +22,6 @@ constexpr mode_t FOLDER_MODE = 0700;
 constexpr mode_t FILE_MODE = 0600;
 constexpr int MOST_LINKS = 40;
 constexpr int MOST_TRIES = 10;
-constexpr const char JOURNAL[] = "-wal";
-constexpr const char ROLLBACK_JOURNAL[] = "-journal";
 constexpr std::string_view JOURNAL_MAGIC = "\xd9\xd5\x05\xf9\x20\xa1\x63\xd7";
 constexpr std::size_t JOURNAL_PAGES = 16;  ///< where a journal says how many pages the file had before
 constexpr std::size_t JOURNAL_HEADER_SIZE = 20;
@@ -60,7 +58,7 @@ FileSystemProbe& GetProbe() {
     return s_fnProbe;
 }
 
-[[noreturn]] void ThrowSystemError(const std::string& strUrl, const std::string& strWhat, int iError) {
+[[noreturn]] void RefuseFor(const std::string& strUrl, const std::string& strWhat, int iError) {
     ThrowStoreError(strUrl, StoreDoing::OPENING, strWhat + ": " + std::generic_category().message(iError), iError);
 }
 
@@ -89,7 +87,7 @@ void RefuseNetwork(const std::string& strPath, const std::string& strUrl) {
     const long iAnswer = GetProbe()(place.string());
     const int iError = errno;
     if (iAnswer == UNKNOWN_FILE_SYSTEM) {
-        ThrowSystemError(strUrl, "cannot tell whether it is on a network file system", iError);
+        RefuseFor(strUrl, "cannot tell whether it is on a network file system", iError);
     }
     // The numbers have 32 bits, but for their sign.
     const long iKind = iAnswer & 0xFFFFFFFFL;
@@ -113,14 +111,14 @@ void MakeFolders(const std::filesystem::path& folder, const std::string& strUrl)
         if (::mkdir(made.c_str(), FOLDER_MODE) == 0) {
             ::chmod(made.c_str(), FOLDER_MODE);
             if (const int iSyncError = SYS::SynchroniseFolder(made.parent_path().string()); iSyncError != 0) {
-                ThrowSystemError(strUrl, CANNOT_MAKE_FOLDER + made.string(), iSyncError);
+                RefuseFor(strUrl, CANNOT_MAKE_FOLDER + made.string(), iSyncError);
             }
             continue;
         }
         const int iError = errno;
         std::error_code error;
         if (!std::filesystem::exists(made, error)) {
-            ThrowSystemError(strUrl, CANNOT_MAKE_FOLDER + made.string(), iError);
+            RefuseFor(strUrl, CANNOT_MAKE_FOLDER + made.string(), iError);
         }
     }
 }
@@ -142,7 +140,7 @@ std::string FollowSqliteLinks(const std::string& strPath, const std::string& str
                             "it is another user's symbolic link, which is not followed; name the file itself");
         }
         if (::stat(place.c_str(), &status) != 0) {
-            ThrowSystemError(strUrl, "it is a symbolic link that leads to no file", errno);
+            RefuseFor(strUrl, "it is a symbolic link that leads to no file", errno);
         }
         std::error_code error;
         place = place.parent_path() / std::filesystem::read_symlink(place, error);
@@ -156,7 +154,7 @@ bool MakeSqliteFile(const std::string& strPath, const std::string& strUrl) {
     if (::stat(strPath.c_str(), &status) == 0) {
         CheckFile(status, strPath, strUrl);
         if (!IsAccessible(strPath, R_OK | W_OK)) {
-            ThrowSystemError(strUrl, "cannot read and write the file", errno);
+            RefuseFor(strUrl, "cannot read and write the file", errno);
         }
         return status.st_size == 0;
     }
@@ -168,10 +166,10 @@ bool MakeSqliteFile(const std::string& strPath, const std::string& strUrl) {
         ::close(iFile);
         // The engine does that too, but is silent when it fails.
         if (const int iSyncError = SYS::SynchroniseFolder(folder.string()); iSyncError != 0) {
-            ThrowSystemError(strUrl, CANNOT_MAKE, iSyncError);
+            RefuseFor(strUrl, CANNOT_MAKE, iSyncError);
         }
     } else if (errno != EEXIST) {  // another process may have been faster
-        ThrowSystemError(strUrl, CANNOT_MAKE, errno);
+        RefuseFor(strUrl, CANNOT_MAKE, errno);
     }
     return true;
 }
@@ -186,7 +184,7 @@ void CheckSqlitePlace(const std::string& strPath, const std::string& strUrl) {
         bFolder = true;
     }
     if (!IsAccessible((made.parent_path() / ".").string(), W_OK | X_OK)) {
-        ThrowSystemError(strUrl, bFolder ? CANNOT_MAKE_FOLDER + made.string() : CANNOT_MAKE, errno);
+        RefuseFor(strUrl, bFolder ? CANNOT_MAKE_FOLDER + made.string() : CANNOT_MAKE, errno);
     }
 }
 
@@ -194,18 +192,18 @@ bool FindSqliteFile(const std::string& strPath, const std::string& strUrl) {
     RefuseNetwork(strPath, strUrl);
     struct stat status {};
     if (::stat(strPath.c_str(), &status) != 0) {
-        ThrowSystemError(strUrl, CANNOT_READ, errno);
+        RefuseFor(strUrl, CANNOT_READ, errno);
     }
     CheckFile(status, strPath, strUrl);
     if (!IsAccessible(strPath, R_OK)) {
-        ThrowSystemError(strUrl, CANNOT_READ, errno);
+        RefuseFor(strUrl, CANNOT_READ, errno);
     }
     return IsAccessible(strPath, W_OK);
 }
 
 bool IsSqliteFileFixed(const std::string& strPath) {
     const std::string strFolder = std::filesystem::path(strPath).parent_path().string();
-    return !IsAccessible(strFolder, W_OK) && !IsAccessible(strPath + JOURNAL, F_OK);
+    return !IsAccessible(strFolder, W_OK) && !IsAccessible(strPath + SqliteSuffix::JOURNAL, F_OK);
 }
 
 bool IsSqliteFileReplaceable(const std::string& strPath) {
@@ -221,16 +219,16 @@ bool IsSqliteFileEmpty(const std::string& strPath) {
 bool IsSqliteFileCut(const std::string& strPath) {
     std::error_code error;
     const std::string strTarget = std::filesystem::canonical(strPath, error).string();  // beside which the journal is
-    return IsSqliteFileEmpty(strPath) && HoldsBytes(strTarget + JOURNAL);
+    return IsSqliteFileEmpty(strPath) && HoldsBytes(strTarget + SqliteSuffix::JOURNAL);
 }
 
 bool HasSqliteJournal(const std::string& strPath) {
-    return HoldsBytes(strPath + JOURNAL) || HoldsBytes(strPath + ROLLBACK_JOURNAL);
+    return HoldsBytes(strPath + SqliteSuffix::JOURNAL) || HoldsBytes(strPath + SqliteSuffix::ROLLBACK_JOURNAL);
 }
 
 bool WasSqliteFileEmpty(const std::string& strPath) {
     std::array<char, JOURNAL_HEADER_SIZE> aHeader{};
-    std::ifstream journal(strPath + ROLLBACK_JOURNAL, std::ios::binary);
+    std::ifstream journal(strPath + SqliteSuffix::ROLLBACK_JOURNAL, std::ios::binary);
     return journal.read(aHeader.data(), aHeader.size()) &&
            std::equal(JOURNAL_MAGIC.begin(), JOURNAL_MAGIC.end(), aHeader.begin()) &&
            std::all_of(aHeader.begin() + JOURNAL_PAGES, aHeader.end(), [](char c) { return c == '\0'; });

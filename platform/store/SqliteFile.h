@@ -6,6 +6,15 @@
 #include <string>
 #include <vector>
 
+/** What stands beside a store's file is called as that, and one of these. */
+namespace SqliteSuffix {
+inline constexpr char JOURNAL[] = "-wal";
+inline constexpr char ROLLBACK_JOURNAL[] = "-journal";
+inline constexpr char INDEX[] = "-shm";
+inline constexpr char WRITER_NOTE[] = "-writer";
+inline constexpr const char* ALL[] = {JOURNAL, INDEX, ROLLBACK_JOURNAL, WRITER_NOTE};
+}  // namespace SqliteSuffix
+
 /**
  * Follows links at the path's end: the journal is beside the file itself.
  * @return the path of what they lead to

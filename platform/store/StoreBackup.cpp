@@ -1,7 +1,5 @@
 #include "platform/store/StoreBackup.h"
 
-#include <fcntl.h>
-#include <sqlite3.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -16,12 +14,15 @@
 
 #include "platform/common/CException.h"
 #include "platform/common/TextConversion.h"
+#include "platform/store/CFolder.h"
+#include "platform/store/CNewNames.h"
+#include "platform/store/CReservedFile.h"
 #include "platform/store/CSqliteConnection.h"
 #include "platform/store/CSqliteStore.h"
+#include "platform/store/CTemporaryFile.h"
 #include "platform/store/CWriterNote.h"
 #include "platform/store/SqliteFile.h"
 #include "platform/store/StoreError.h"
-#include "platform/system/Synchronise.h"
 
 namespace StoreBackup {
 
@@ -29,22 +30,11 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr char TEMPORARY[] = ".new-XXXXXX";
 constexpr char FORMER[] = ".before-restore";
 constexpr char DAMAGED[] = ".damaged";
-constexpr char JOURNAL[] = "-wal";
-constexpr char ROLLBACK_JOURNAL[] = "-journal";
-constexpr char INDEX[] = "-shm";
-constexpr const char* SIDE_FILES[] = {JOURNAL, INDEX, ROLLBACK_JOURNAL, "-writer"};
 constexpr int STEP_MILLISECONDS = 25;
-constexpr mode_t MODE_BITS = 0777;
-constexpr mode_t GROUP_BITS = 0070;
 constexpr char IN_PLACE[] = "it is in its place, but a power cut may undo that: ";
 constexpr char UNFINISHED[] = "it is a store that nobody has finished making, and no backup";
-
-[[noreturn]] void ThrowSystemError(const std::string& strPath, const char* pDoing, int iError) {
-    ThrowStoreError(CSqliteStore::SCHEME + strPath, pDoing, std::generic_category().message(iError), iError);
-}
 
 /** What cannot be looked at may be there. */
 bool Exists(const std::string& strPath) {
@@ -74,119 +64,6 @@ std::string FindFreePath(const std::string& strStore, const char* pSuffix) {
     }
     return strFree;
 }
-
-/** The folder of a file, found before the work: its end must not depend on memory that has run out. */
-class CFolder {
-  public:
-    explicit CFolder(const std::string& strFile)
-        : m_strFile(strFile), m_strFolder(fs::path(strFile).parent_path().string()) {}
-
-    /** From now on a power cut does not undo what was done to the names in it. */
-    void KeepNames(const char* pDoing, const char* pBefore = "") const {
-        if (const int iError = SYS::SynchroniseFolder(m_strFolder); iError != 0) {
-            ThrowStoreError(CSqliteStore::SCHEME + m_strFile, pDoing, pBefore + std::generic_category().message(iError),
-                            iError);
-        }
-    }
-
-  private:
-    std::string m_strFile;
-    std::string m_strFolder;
-};
-
-/** Names that go, or go back, in the end, unless they are kept. */
-class CNewNames {
-  public:
-    CNewNames() { m_vecNames.reserve(MOST); }
-    CNewNames(const CNewNames&) = delete;
-    CNewNames& operator=(const CNewNames&) = delete;
-    ~CNewNames() {
-        for (auto itName = m_vecNames.rbegin(); itName != m_vecNames.rend(); ++itName) {
-            if (itName->strFormer.empty()) {
-                ::unlink(itName->strName.c_str());
-            } else {
-                ::rename(itName->strName.c_str(), itName->strFormer.c_str());
-            }
-        }
-    }
-
-    /** @param strFormer what the file was called before; "" when that name is to go alone */
-    void Add(std::string&& strName, std::string&& strFormer = {}) noexcept {
-        m_vecNames.push_back({std::move(strName), std::move(strFormer)});
-    }
-    void Keep() noexcept { m_vecNames.clear(); }
-
-  private:
-    static constexpr std::size_t MOST = 3;
-    struct SName {
-        std::string strName;
-        std::string strFormer;
-    };
-    std::vector<SName> m_vecNames;
-};
-
-/** A file on its way to become a store beside it: gone unless it became one. */
-class CTemporaryFile {
-  public:
-    explicit CTemporaryFile(const std::string& strTarget) : m_strPath(strTarget + TEMPORARY) {
-        for (const char* pSideFile : SIDE_FILES) {
-            m_vecSideFiles.push_back(m_strPath + pSideFile);
-        }
-        const int iFile = ::mkostemp(m_strPath.data(), O_CLOEXEC);
-        if (iFile < 0) {
-            ThrowSystemError(strTarget, StoreDoing::BACKING_UP, errno);
-        }
-        ::close(iFile);
-        for (std::string& strSideFile : m_vecSideFiles) {
-            strSideFile.replace(0, m_strPath.size(), m_strPath);  // of the same length: without a request for memory
-        }
-    }
-    CTemporaryFile(const CTemporaryFile&) = delete;
-    CTemporaryFile& operator=(const CTemporaryFile&) = delete;
-    ~CTemporaryFile() { Remove(); }
-
-    /** @return whether nothing of it is left */
-    bool Remove() const {
-        bool bGone = IsGone(m_strPath);
-        for (const std::string& strSideFile : m_vecSideFiles) {
-            bGone = IsGone(strSideFile) && bGone;
-        }
-        return bGone;
-    }
-
-    const std::string& GetPath() const { return m_strPath; }
-
-    /**
-     * The new file belongs to whom the old one belonged to, as far as this user may give it away. Where its group is
-     * another one, that one may do nothing.
-     */
-    void TakeOwner(const std::string& strFormer) const {
-        struct stat status {};
-        if (::stat(strFormer.c_str(), &status) == 0) {
-            constexpr auto SAME_USER = static_cast<uid_t>(-1);
-            const bool bGroup = ::chown(m_strPath.c_str(), status.st_uid, status.st_gid) == 0 ||
-                                ::chown(m_strPath.c_str(), SAME_USER, status.st_gid) == 0;
-            ::chmod(m_strPath.c_str(), status.st_mode & (bGroup ? MODE_BITS : MODE_BITS & ~GROUP_BITS));
-        }
-    }
-
-    /** Until the names in the folder are kept a power cut may undo it. */
-    void Become(const std::string& strTarget) const {
-        int iError = SYS::Synchronise(m_strPath);
-        if (iError == 0 && ::rename(m_strPath.c_str(), strTarget.c_str()) != 0) {
-            iError = errno;
-        }
-        if (iError != 0) {
-            ThrowSystemError(strTarget, StoreDoing::BACKING_UP, iError);
-        }
-    }
-
-  private:
-    static bool IsGone(const std::string& strPath) { return ::unlink(strPath.c_str()) == 0 || errno == ENOENT; }
-
-    std::string m_strPath;
-    std::vector<std::string> m_vecSideFiles;  ///< removing them must not depend on memory that has run out
-};
 
 /** Runs what makes a store of a file beside it, and tells of one that could not be removed after a failure. */
 template <class Work>
@@ -234,7 +111,7 @@ Counts Fill(const CTemporaryFile& file, CSettingsStore& from, const Step& fnStep
         CSqliteStore store(file.GetPath());
         aCounts = Copy(from, store, fnStep);
     }
-    if (Exists(file.GetPath() + JOURNAL)) {
+    if (Exists(file.GetPath() + SqliteSuffix::JOURNAL)) {
         ThrowStoreError(CSqliteStore::SCHEME + file.GetPath(), StoreDoing::BACKING_UP, "it cannot be written whole");
     }
     Open(file.GetPath());
@@ -309,7 +186,7 @@ void PutAside(const std::string& strPath, const std::string& strAside, const CFo
         }
         names.Add(std::move(strName));
     }
-    for (const char* pJournal : {JOURNAL, ROLLBACK_JOURNAL}) {
+    for (const char* pJournal : {SqliteSuffix::JOURNAL, SqliteSuffix::ROLLBACK_JOURNAL}) {
         std::string strFormer = strPath + pJournal;
         strName = strAside + pJournal;
         if (::rename(strFormer.c_str(), strName.c_str()) == 0) {
@@ -318,7 +195,7 @@ void PutAside(const std::string& strPath, const std::string& strAside, const CFo
             ThrowSystemError(strPath, StoreDoing::RESTORING, errno);
         }
     }
-    ::unlink((strPath + INDEX).c_str());
+    ::unlink((strPath + SqliteSuffix::INDEX).c_str());
     folder.KeepNames(StoreDoing::RESTORING);
 }
 
@@ -338,61 +215,6 @@ void LeaveNote(CWriterNote& note, const std::string& strPath) {
         }
     }
 }
-
-/** A file in whose place another one is put: whoever had it open goes on, and nobody else opens it meanwhile. */
-class CReservedFile {
-  public:
-    explicit CReservedFile(const std::string& strPath) : m_strUrl(CSqliteStore::SCHEME + strPath) {
-        sqlite3* pDb = nullptr;
-        const int iCode = sqlite3_open_v2(strPath.c_str(), &pDb, SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX, nullptr);
-        m_pDb.reset(pDb);
-        if (iCode != SQLITE_OK) {
-            ThrowStoreError(m_strUrl, StoreDoing::RESTORING, sqlite3_errstr(iCode), iCode);
-        }
-        sqlite3_file_control(pDb, nullptr, SQLITE_FCNTL_FILE_POINTER, &m_pFile);
-    }
-
-    /**
-     * Waits for whoever has reserved the file.
-     * @return false when another file stands in its place by then
-     */
-    bool Reserve() {
-        for (int iWaited = 0; !TryToReserve(); iWaited += STEP_MILLISECONDS) {
-            if (iWaited >= CSqliteStore::BUSY_MILLISECONDS || CSettingsStore::IsWaitEnded()) {
-                ThrowBusy(m_strUrl, StoreDoing::RESTORING, "", SQLITE_BUSY);
-            }
-            m_pFile->pMethods->xUnlock(m_pFile, SQLITE_LOCK_NONE);
-            ::usleep(STEP_MILLISECONDS * 1000);
-        }
-        // When others have it open this fails, but keeps those out who would open it from now on.
-        m_pFile->pMethods->xLock(m_pFile, SQLITE_LOCK_EXCLUSIVE);
-        int iMoved = 1;
-        sqlite3_file_control(m_pDb.get(), nullptr, SQLITE_FCNTL_HAS_MOVED, &iMoved);
-        return iMoved == 0;
-    }
-
-  private:
-    struct SClose {
-        void operator()(sqlite3* pDb) const noexcept { sqlite3_close(pDb); }
-    };
-
-    bool TryToReserve() {
-        for (const int iLock : {SQLITE_LOCK_SHARED, SQLITE_LOCK_RESERVED}) {
-            const int iCode = m_pFile->pMethods->xLock(m_pFile, iLock);
-            if (iCode != SQLITE_OK && (iCode & 0xFF) != SQLITE_BUSY) {
-                ThrowStoreError(m_strUrl, StoreDoing::RESTORING, sqlite3_errstr(iCode), iCode);
-            }
-            if (iCode != SQLITE_OK) {
-                return false;
-            }
-        }
-        return true;
-    }
-
-    std::string m_strUrl;
-    std::unique_ptr<sqlite3, SClose> m_pDb;
-    sqlite3_file* m_pFile = nullptr;
-};
 
 /** Whether restoring has begun to put the file aside, and was cut short. */
 bool IsHalfAside(const std::string& strPath) {
@@ -441,7 +263,7 @@ std::optional<SRestored> ReplaceDamaged(CSettingsStore& backup, const std::strin
 }  // namespace
 
 Counts Save(CSettingsStore& store, const std::string& strPath, const Step& fnStep) {
-    if (Exists(strPath + JOURNAL)) {
+    if (Exists(strPath + SqliteSuffix::JOURNAL)) {
         ThrowStoreError(CSqliteStore::SCHEME + strPath, StoreDoing::BACKING_UP,
                         "it is a store that is in use; name another file");
     }

@@ -1,12 +1,19 @@
 #include "platform/store/StoreError.h"
 
+#include <system_error>
+
 #include "platform/common/CException.h"
 #include "platform/common/TextConversion.h"
 #include "platform/store/CSettingsStore.h"
+#include "platform/store/CSqliteStore.h"
 
 void ThrowStoreError(const std::string& strUrl, const char* pDoing, const std::string& strWhy, int iCode) {
     const std::string strMessage = "settings store " + strUrl + ", " + pDoing + ": " + strWhy;
     throw OS::CException(iCode, OS::WideLenient(strMessage), 0);
+}
+
+void ThrowSystemError(const std::string& strPath, const char* pDoing, int iError) {
+    ThrowStoreError(CSqliteStore::SCHEME + strPath, pDoing, std::generic_category().message(iError), iError);
 }
 
 void ThrowBusy(const std::string& strUrl, const char* pDoing, const std::string& strWriter, int iCode) {

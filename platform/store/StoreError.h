@@ -56,6 +56,13 @@ inline constexpr const char DAMAGED[] =
                                   int iCode = 0);
 
 /**
+ * @param strPath of the store's file
+ * @param iError the system's number, in whose words it fails
+ * @throws OS::CException, always
+ */
+[[noreturn]] void ThrowSystemError(const std::string& strPath, const char* pDoing, int iError);
+
+/**
  * @param strWriter who writes; "" when nobody says so
  * @throws OS::CException that another process is writing, always
  */

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+/** A file on its way to become a store beside it: gone unless it became one. All of it throws OS::CException. */
+class CTemporaryFile {
+  public:
+    /** @param strTarget absolute */
+    explicit CTemporaryFile(const std::string& strTarget);
+    CTemporaryFile(const CTemporaryFile&) = delete;
+    CTemporaryFile& operator=(const CTemporaryFile&) = delete;
+    ~CTemporaryFile() { Remove(); }
+
+    /** @return whether nothing of it is left */
+    bool Remove() const;
+
+    const std::string& GetPath() const { return m_strPath; }
+
+    /**
+     * The new file belongs to whom the old one belonged to, as far as this user may give it away. Where its group is
+     * another one, that one may do nothing.
+     */
+    void TakeOwner(const std::string& strFormer) const;
+
+    /** Until the names in the folder are kept a power cut may undo it. */
+    void Become(const std::string& strTarget) const;
+
+  private:
+    std::string m_strPath;
+    std::vector<std::string> m_vecSideFiles;  ///< removing them must not depend on memory that has run out
+};
