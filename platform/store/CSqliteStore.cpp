@@ -171,6 +171,7 @@ void CSqliteStore::Find(ESettingsKind eKind, std::size_t iColumn, const std::vec
         CSqliteRun run = Start(EStatement::SELECT_FIRST, eKind, iColumn);
         run->BindText(1, strValue);
         vecRows.push_back(run->Step() ? std::make_unique<CSettingsRow>(ReadVerified(*run, eKind)) : nullptr);
+        RequireLookedFor(eKind, vecRows.back() == nullptr || vecRows.back()->GetText(iColumn) == strValue);
         if (vecRows.back() != nullptr && m_units.IsWriting()) {
             const CSettingsRow& row = *vecRows.back();
             m_found = {eKind, row.GetSubject(), IndexedTexts(row), run->Place(eKind), run->Checksum(eKind), m_iChanges};
@@ -245,12 +246,13 @@ void CSqliteStore::Save(const CSettingsRow& row) {
         Change(row.GetKind()).Add(iChecksum);
         return;
     }
-    const std::uint64_t iOldChecksum = bFound ? m_found->iChecksum : ReadChecksum(row.GetKind(), row.GetSubject());
-    if (!Update(row, iChecksum)) {
+    const std::optional<std::uint64_t> oldChecksum =
+        bFound ? m_found->iChecksum : FindChecksum(row.GetKind(), row.GetSubject());
+    if (!oldChecksum || !Update(row, iChecksum)) {
         ThrowDamaged({GetSettingsTable(row.GetKind()).pName, row.GetSubject(), StoreDamage::VANISHED});
     }
     SStoreTotals& totals = Change(row.GetKind());
-    totals.Remove(iOldChecksum);
+    totals.Remove(*oldChecksum);
     totals.Add(iChecksum);
 }
 
@@ -267,13 +269,15 @@ bool CSqliteStore::Remove(ESettingsKind eKind, const std::string& strSubject) {
         unit.Commit();
         return bThere;
     }
+    const std::optional<std::uint64_t> checksum = FindChecksum(eKind, strSubject);
+    if (!checksum) {
+        return false;
+    }
     CSqliteRun run = Start(EStatement::REMOVE, eKind);
     run->BindText(1, strSubject);
-    const bool bThere = run->Step();
-    if (bThere) {
-        Change(eKind).Remove(static_cast<std::uint64_t>(run->Number(0)));
-    }
-    return bThere;
+    run->Step();
+    Change(eKind).Remove(*checksum);
+    return true;
 }
 
 void CSqliteStore::ReplaceAll(ESettingsKind eKind, const std::vector<CSettingsRow>& vecRows) {
@@ -311,11 +315,22 @@ bool CSqliteStore::Write(EStatement eStatement, const CSettingsRow& row, std::ui
     return sqlite3_changes(m_connection.Get()) > 0;
 }
 
-std::uint64_t CSqliteStore::ReadChecksum(ESettingsKind eKind, const std::string& strSubject) {
+/** @return that of the record, none when there is no such record */
+std::optional<std::uint64_t> CSqliteStore::FindChecksum(ESettingsKind eKind, const std::string& strSubject) {
     CSqliteRun run = Start(EStatement::SELECT_CHECKSUM, eKind);
     run->BindText(1, strSubject);
-    run->Step();
+    if (!run->Step()) {
+        return std::nullopt;
+    }
+    RequireLookedFor(eKind, run->Text(1) == strSubject);
     return static_cast<std::uint64_t>(run->Number(0));
+}
+
+/** The engine takes from the table whatever row an index names, and never looks whether it holds what was asked for. */
+void CSqliteStore::RequireLookedFor(ESettingsKind eKind, bool bLookedFor) const {
+    if (!bLookedFor) {
+        ThrowDamaged({GetSettingsTable(eKind).pName, "", StoreDamage::MISLED});
+    }
 }
 
 CSettingsRow CSqliteStore::ReadVerified(const CSqliteStatement& statement, ESettingsKind eKind) const {

@@ -60,7 +60,8 @@ class CSqliteStore : public CSettingsStore {
     bool IsHeld(ESettingsKind eKind, std::size_t iColumn, const std::string& strValue);
     void CheckTable(ESettingsKind eKind, const std::function<void(const SStoreDamage&)>& fnDamage);
     CSettingsRow ReadVerified(const CSqliteStatement& statement, ESettingsKind eKind) const;
-    std::uint64_t ReadChecksum(ESettingsKind eKind, const std::string& strSubject);
+    std::optional<std::uint64_t> FindChecksum(ESettingsKind eKind, const std::string& strSubject);
+    void RequireLookedFor(ESettingsKind eKind, bool bLookedFor) const;
     bool Write(EStatement eStatement, const CSettingsRow& row, std::uint64_t iChecksum,
                std::optional<std::int64_t> place = {});
     bool Update(const CSettingsRow& row, std::uint64_t iChecksum);

@@ -115,7 +115,9 @@ std::string SelectFirst(const STable& table, std::size_t iColumn) {
 }
 
 std::string SelectChecksum(const STable& table) {
-    return std::string("SELECT ") + CHECKSUM + From(table) + Where(table, 0);
+    // Of a row that it finds by an index the engine takes from the index whatever stands there.
+    return std::string("SELECT ") + CHECKSUM + ", " + Key(table) + From(table) + " WHERE " + PLACE + " = (SELECT " +
+           PLACE + From(table) + Where(table, 0) + ")";
 }
 
 std::string SelectHeld(const STable& table, std::size_t iColumn) {
@@ -127,7 +129,7 @@ std::string SelectColumn(const STable& table, std::size_t iColumn) {
 }
 
 std::string Remove(const STable& table) {
-    return "DELETE" + From(table) + Where(table, 0) + " RETURNING " + CHECKSUM;
+    return "DELETE" + From(table) + Where(table, 0);
 }
 
 std::string RemoveAll(const STable& table) {

@@ -38,13 +38,13 @@ std::string SelectUnsummed(const STable& table);
 /** All columns, then the checksum and the place, of the first row, in the order of keys, whose column equals the
  * parameter. */
 std::string SelectFirst(const STable& table, std::size_t iColumn);
-/** The checksum of the row whose key is the parameter. */
+/** The checksum of the row that the index of keys names for the parameter, and the key that this row itself holds. */
 std::string SelectChecksum(const STable& table);
 /** A row when the column of any row equals the parameter. */
 std::string SelectHeld(const STable& table, std::size_t iColumn);
 /** One column of every row, in the order of keys. */
 std::string SelectColumn(const STable& table, std::size_t iColumn);
-/** Removes the row whose key is the parameter, and gives its checksum. */
+/** Removes the row whose key is the parameter. */
 std::string Remove(const STable& table);
 std::string RemoveAll(const STable& table);
 

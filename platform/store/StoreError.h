@@ -38,6 +38,7 @@ inline constexpr const char ELSEWHERE[] = "what was written is in the file that 
 namespace StoreDamage {
 inline constexpr const char ALTERED[] = "is not as it was written";
 inline constexpr const char VANISHED[] = "records are missing";
+inline constexpr const char MISLED[] = "an index leads to another record";
 }  // namespace StoreDamage
 
 /** What to do about a failure; ends a message. */

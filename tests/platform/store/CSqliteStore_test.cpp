@@ -1291,6 +1291,38 @@ TEST_F(SqliteStore, RecordThatVanishedOrCameInIsNoticed) {
               }));
 }
 
+/** Puts a text of the file in the place of another one, as long, that stands in it once; the checksum of its page fits.
+ */
+void Forge(std::string& strFile, const std::string& strFrom, const std::string& strTo) {
+    constexpr std::size_t PAGE = SqlitePageSums::PAGE_SIZE;
+    const std::size_t iPlace = strFile.find(strFrom);
+    ASSERT_NE(std::string::npos, iPlace);
+    ASSERT_EQ(std::string::npos, strFile.find(strFrom, iPlace + 1));
+    strFile.replace(iPlace, strTo.size(), strTo);
+    const std::size_t iPage = iPlace / PAGE * PAGE;
+    auto* const pPage = reinterpret_cast<unsigned char*>(strFile.data()) + iPage;
+    SqlitePageSums::MakeSum(pPage, static_cast<std::int64_t>(iPage), pPage + PAGE - SqlitePageSums::SUM_SIZE);
+}
+
+TEST_F(SqliteStore, IndexThatLeadsToAnotherRecordIsNoticed) {
+    for (const char* pSubject : {"A", "B", "C"}) {
+        CSqliteStore(Path()).Save(Expression(pSubject));
+    }
+    // An entry of the index: its head, the key, the number of the row.
+    const std::string strHead("\x03\x0f\x01", 3);
+    std::string strFile = m_folder.Read("settings.db");
+    ASSERT_NO_FATAL_FAILURE(Forge(strFile, strHead + "B\x02", strHead + "B\x03"));
+    m_folder.Write("settings.db", strFile);
+    CSqliteStore store(Path());
+    const std::string strMisled = Damaged(Path(), "the table expressions: an index leads to another record");
+    EXPECT_EQ(strMisled, ExceptionText([&] { store.Save(Expression("B", "p")); }));
+    EXPECT_EQ(strMisled, ExceptionText([&] { store.Remove(ESettingsKind::EXPRESSION, "B"); }));
+    EXPECT_EQ(Damaged(Path(), "the record \"B\" of the table expressions is not as it was written"),
+              ExceptionText([&] { store.FindOne(ESettingsKind::EXPRESSION, 0, "B"); }));
+    EXPECT_EQ("C", store.FindOne(ESettingsKind::EXPRESSION, 0, "C")->GetSubject());
+    EXPECT_EQ(strFile, m_folder.Read("settings.db"));
+}
+
 TEST_F(SqliteStore, TotalsFollowEveryChange) {
     CSqliteStore store(Path());
     const auto fnKeep = [&](const std::function<void()>& fnChange, bool bKeep) {
