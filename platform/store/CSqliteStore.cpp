@@ -55,7 +55,7 @@ constexpr SStatement STATEMENTS[] = {
     {StoreDoing::READING, "SELECT 1 FROM sqlite_schema LIMIT 1", nullptr},
     {StoreDoing::COUNTING, SqlText::SELECT_TOTALS, nullptr},
     {StoreDoing::COMMITTING, SqlText::UPDATE_TOTALS, nullptr},
-    {StoreDoing::SAVING, nullptr, OfTable<SqlText::SelectChecksum>},
+    {StoreDoing::READING, nullptr, OfTable<SqlText::SelectChecksum>},
     {StoreDoing::SAVING, nullptr, OfTable<SqlText::Insert>},
     {StoreDoing::SAVING, nullptr, OfTable<SqlText::Update>},
     {StoreDoing::SAVING, nullptr, OfTable<SqlText::UpdateFound>},
@@ -269,11 +269,11 @@ bool CSqliteStore::Remove(ESettingsKind eKind, const std::string& strSubject) {
         unit.Commit();
         return bThere;
     }
+    CSqliteRun run = Start(EStatement::REMOVE, eKind);
     const std::optional<std::uint64_t> checksum = FindChecksum(eKind, strSubject);
     if (!checksum) {
         return false;
     }
-    CSqliteRun run = Start(EStatement::REMOVE, eKind);
     run->BindText(1, strSubject);
     run->Step();
     Change(eKind).Remove(*checksum);
