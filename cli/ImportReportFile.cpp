@@ -82,7 +82,7 @@ void CheckIsNoPolicy(CCommandContext& context, const std::string& strFile) {
 }
 
 bool IsWrittenAtOnce(const SCheckFormat& format) {
-    return format.fnMake == MakeCheckText || format.fnMake == MakeCheckJson;
+    return format.fnWrite == WriteCheckText || format.fnWrite == WriteCheckJson;
 }
 
 std::string MakeText(const SImportReport& report) {
@@ -97,11 +97,11 @@ std::string MakeJson(const SImportReport& report) {
 }
 
 void TellRefusal(const SImportReport& report, CDiagnostics& diagnostics) {
-    SDiagnostic* pRefusal = diagnostics.Add(report.eRefusal, std::string::npos);
-    pRefusal->strMessage = report.strReason;
-    pRefusal->strAdvice = SaysWhatWasWritten(report.strReason) ? "" : NOTHING_WRITTEN;
-    pRefusal->place = report.place;
-    pRefusal->related = report.related;
+    SDiagnostic& refusal = diagnostics.Spell(*diagnostics.Add(report.eRefusal, std::string::npos));
+    refusal.strMessage = report.strReason;
+    refusal.strAdvice = SaysWhatWasWritten(report.strReason) ? "" : NOTHING_WRITTEN;
+    refusal.place = report.place;
+    refusal.related = report.related;
 }
 
 /** What a file's report says, as a check would. */
@@ -146,7 +146,7 @@ CImportReportFile::CImportReportFile(CCommandContext& context, const SImportDoor
 CImportReportFile::~CImportReportFile() = default;
 
 bool CImportReportFile::ShowsEveryItem() const {
-    return m_pFormat != nullptr && m_pFormat->fnMake == MakeCheckJson;
+    return m_pFormat != nullptr && m_pFormat->fnWrite == WriteCheckJson;
 }
 
 void CImportReportFile::Add(const SImportReport& report, const SPolicyFile& file) {
@@ -169,7 +169,7 @@ void CImportReportFile::Finish(EVerdict eVerdict) {
     m_report.verdict = eVerdict;
     try {
         if (!IsWrittenAtOnce(*m_pFormat)) {
-            m_pOutput->Write(m_pFormat->fnMake(m_report));
+            m_pFormat->fnWrite(m_report, [this](std::string_view strPiece) { m_pOutput->Write(strPiece); });
         }
         m_pOutput->Commit();
     } catch (const CToolError& error) {

@@ -63,7 +63,7 @@ const SCheckFormat& ChooseFormat(const CCommandContext& context, const std::stri
     const SCheckFormat& format = FindCheckFormat("--format", !strFormat.empty() ? strFormat
                                                              : context.IsJson() ? CHECK_JSON
                                                                                 : CHECK_TEXT);
-    if (context.IsJson() && format.fnMake != MakeCheckJson) {
+    if (context.IsJson() && format.fnWrite != WriteCheckJson) {
         throw CToolError(EVerdict::USAGE, "write either --json or --format " + strFormat);
     }
     return format;
@@ -127,7 +127,7 @@ EVerdict Check(CCommandContext& context, SArguments& arguments) {
     report.eFailOn = eFailOn;
     report.bColour = context.ColoursData();
     report.bQuiet = context.Options().bQuiet;
-    context.Write(format.fnMake(report));
+    format.fnWrite(report, [&context](std::string_view strPiece) { context.Write(strPiece); });
     return report.GetVerdict();
 }
 

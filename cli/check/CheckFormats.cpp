@@ -8,8 +8,8 @@
 namespace {
 
 constexpr SCheckFormat FORMATS[] = {
-    {CHECK_TEXT, MakeCheckText}, {CHECK_JSON, MakeCheckJson}, {"sarif", MakeCheckSarif},
-    {"junit", MakeCheckJunit},   {"github", MakeCheckGithub},
+    {CHECK_TEXT, WriteCheckText}, {CHECK_JSON, WriteCheckJson}, {"sarif", WriteCheckSarif},
+    {"junit", WriteCheckJunit},   {"github", WriteCheckGithub},
 };
 
 }  // namespace

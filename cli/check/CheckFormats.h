@@ -1,13 +1,18 @@
 #pragma once
 
+#include <functional>
 #include <string>
+#include <string_view>
 
 #include "cli/check/CheckReport.h"
+
+/** Takes a report piece by piece. */
+using ReportTaker = std::function<void(std::string_view strPiece)>;
 
 /** A way to write a report. */
 struct SCheckFormat {
     const char* pName;  ///< on the command line
-    std::string (*fnMake)(const SCheckReport& report);
+    void (*fnWrite)(const SCheckReport& report, const ReportTaker& fnTake);
 };
 
 inline constexpr const char CHECK_JSON[] = "json";
@@ -19,11 +24,11 @@ inline constexpr const char CHECK_JSON_FORMAT[] = "dlpctl-check/1";
 const SCheckFormat& FindCheckFormat(const char* pOption, const std::string& strName);
 
 /** For people: at most 100 diagnostics unless all are wanted. */
-std::string MakeCheckText(const SCheckReport& report);
-std::string MakeCheckJson(const SCheckReport& report);
+void WriteCheckText(const SCheckReport& report, const ReportTaker& fnTake);
+void WriteCheckJson(const SCheckReport& report, const ReportTaker& fnTake);
 /** SARIF 2.1.0. */
-std::string MakeCheckSarif(const SCheckReport& report);
+void WriteCheckSarif(const SCheckReport& report, const ReportTaker& fnTake);
 /** A suite for each file, a case for each diagnostic; those that the check fails on are failures. */
-std::string MakeCheckJunit(const SCheckReport& report);
+void WriteCheckJunit(const SCheckReport& report, const ReportTaker& fnTake);
 /** Workflow commands that annotate changes. */
-std::string MakeCheckGithub(const SCheckReport& report);
+void WriteCheckGithub(const SCheckReport& report, const ReportTaker& fnTake);

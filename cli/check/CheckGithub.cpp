@@ -39,12 +39,10 @@ std::string MakeLine(const std::string& strFile, const SDiagnostic& diagnostic) 
 
 }  // namespace
 
-std::string MakeCheckGithub(const SCheckReport& report) {
-    std::string strLines;
+void WriteCheckGithub(const SCheckReport& report, const ReportTaker& fnTake) {
     for (const SFileReport& file : report.vecFiles) {
-        for (const SDiagnostic& diagnostic : file.vecDiagnostics) {
-            strLines += diagnostic.bFixed ? std::string() : MakeLine(file.strFile, diagnostic);
+        for (const SDiagnostic& diagnostic : file.findings) {
+            fnTake(diagnostic.bFixed ? std::string() : MakeLine(file.strFile, diagnostic));
         }
     }
-    return strLines;
 }

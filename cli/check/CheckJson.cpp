@@ -30,27 +30,33 @@ Json MakeDiagnostic(const SDiagnostic& diagnostic) {
     return object;
 }
 
-Json MakeFile(const SFileReport& file) {
-    Json diagnostics = Json::array();
-    for (const SDiagnostic& diagnostic : file.vecDiagnostics) {
-        diagnostics.push_back(MakeDiagnostic(diagnostic));
+/** On one line, without the brackets at its ends. */
+std::string MembersOf(const Json& object) {
+    const std::string strText = object.dump(-1, ' ', false, Json::error_handler_t::replace);
+    return strText.substr(1, strText.size() - 2);
+}
+
+void WriteFile(const SFileReport& file, const ReportTaker& fnTake) {
+    const Json head = {{"file", file.strFile}, {"layout", file.pLayout == nullptr ? Json() : Json(file.pLayout)}};
+    fnTake('{' + MembersOf(head) + ",\"diagnostics\":[");
+    const char* pBefore = "{";
+    for (const SDiagnostic& diagnostic : file.findings) {
+        fnTake(pBefore + MembersOf(MakeDiagnostic(diagnostic)) + '}');
+        pBefore = ",{";
     }
-    return {{"file", file.strFile},
-            {"layout", file.pLayout == nullptr ? Json() : Json(file.pLayout)},
-            {"diagnostics", std::move(diagnostics)},
-            {"omitted", file.CountOmitted()}};
+    fnTake("]," + MembersOf({{"omitted", file.CountOmitted()}}) + '}');
 }
 
 }  // namespace
 
-std::string MakeCheckJson(const SCheckReport& report) {
+void WriteCheckJson(const SCheckReport& report, const ReportTaker& fnTake) {
     const auto aCounts = report.Count();
-    Json files = Json::array();
+    const Json head = {{"format", CHECK_JSON_FORMAT}, {"verdict", GetVerdictName(report.GetVerdict())}};
+    const Json counts = {{"errors", aCounts[0]}, {"warnings", aCounts[1]}, {"notes", aCounts[2]}};
+    fnTake('{' + MembersOf(head) + ",\"files\":[");
     for (const SFileReport& file : report.vecFiles) {
-        files.push_back(MakeFile(file));
+        fnTake(&file == report.vecFiles.data() ? "" : ",");
+        WriteFile(file, fnTake);
     }
-    const Json object = {{"format", CHECK_JSON_FORMAT}, {"verdict", GetVerdictName(report.GetVerdict())},
-                         {"files", std::move(files)},   {"errors", aCounts[0]},
-                         {"warnings", aCounts[1]},      {"notes", aCounts[2]}};
-    return object.dump(-1, ' ', false, Json::error_handler_t::replace) + '\n';
+    fnTake("]," + MembersOf(counts) + "}\n");
 }

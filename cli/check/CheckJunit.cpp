@@ -37,12 +37,12 @@ std::string Clean(const std::string& strText) {
 
 SCounts CountCases(const SCheckReport& report, const SFileReport& file) {
     SCounts counts;
-    for (const SDiagnostic& diagnostic : file.vecDiagnostics) {
-        const bool bInvalid = IsAboutNoDocument(diagnostic.eCode);
-        counts.iTests += diagnostic.bFixed ? 0 : 1;
+    file.findings.ForEachHead([&](const SFindingHead& finding) {
+        const bool bInvalid = IsAboutNoDocument(finding.eCode);
+        counts.iTests += finding.bFixed ? 0 : 1;
         counts.iErrors += bInvalid ? 1 : 0;
-        counts.iFailures += !bInvalid && Fails(report, diagnostic) ? 1 : 0;
-    }
+        counts.iFailures += !bInvalid && Fails(report, finding) ? 1 : 0;
+    });
     counts.iTests = std::max<std::size_t>(counts.iTests, 1);
     return counts;
 }
@@ -67,7 +67,7 @@ void WriteCase(CXMLWriter& writer, const SCheckReport& report, const std::string
     const std::string strText = strPlace + ": " + GetSeverityName(diagnostic.eSeverity) + ": " +
                                 Clean(diagnostic.strMessage) + "; " + Clean(diagnostic.strAdvice);
     StartCase(writer, strFile, std::string(row.pCode) + ' ' + row.pName + ' ' + strPlace);
-    if (Fails(report, diagnostic) || IsAboutNoDocument(diagnostic.eCode)) {
+    if (Fails(report, diagnostic.GetHead()) || IsAboutNoDocument(diagnostic.eCode)) {
         writer.StartElement(IsAboutNoDocument(diagnostic.eCode) ? "error" : "failure");
         writer.Attribute("message", Clean(diagnostic.strMessage));
         writer.Attribute("type", row.pCode);
@@ -85,7 +85,7 @@ void WriteSuite(CXMLWriter& writer, const SCheckReport& report, const SFileRepor
     WriteCounts(writer, CountCases(report, file));
     writer.Attribute("time", "0");
     bool bAny = false;
-    for (const SDiagnostic& diagnostic : file.vecDiagnostics) {
+    for (const SDiagnostic& diagnostic : file.findings) {
         if (!diagnostic.bFixed) {
             WriteCase(writer, report, file.strFile, diagnostic);
             bAny = true;
@@ -100,7 +100,7 @@ void WriteSuite(CXMLWriter& writer, const SCheckReport& report, const SFileRepor
 
 }  // namespace
 
-std::string MakeCheckJunit(const SCheckReport& report) {
+void WriteCheckJunit(const SCheckReport& report, const ReportTaker& fnTake) {
     SCounts total;
     for (const SFileReport& file : report.vecFiles) {
         const SCounts counts = CountCases(report, file);
@@ -118,5 +118,5 @@ std::string MakeCheckJunit(const SCheckReport& report) {
         WriteSuite(writer, report, file);
     }
     writer.EndElement();
-    return FormatXml(strXml);
+    fnTake(FormatXml(strXml));
 }

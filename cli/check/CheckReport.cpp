@@ -5,8 +5,7 @@
 #include <numeric>
 
 bool SFileReport::IsInvalid() const {
-    return std::any_of(vecDiagnostics.begin(), vecDiagnostics.end(),
-                       [](const SDiagnostic& diagnostic) { return IsAboutNoDocument(diagnostic.eCode); });
+    return findings.CountIf([](const SFindingHead& finding) { return IsAboutNoDocument(finding.eCode); }) != 0;
 }
 
 std::size_t SFileReport::CountOmitted() const {
@@ -17,9 +16,9 @@ SeverityCounts SCheckReport::Count() const {
     SeverityCounts aCounts{};
     for (const SFileReport& file : vecFiles) {
         std::transform(aCounts.begin(), aCounts.end(), file.aOmitted.begin(), aCounts.begin(), std::plus<>());
-        for (const SDiagnostic& diagnostic : file.vecDiagnostics) {
-            aCounts[static_cast<std::size_t>(diagnostic.eSeverity)] += diagnostic.bFixed ? 0 : 1;
-        }
+        file.findings.ForEachHead([&aCounts](const SFindingHead& finding) {
+            aCounts[static_cast<std::size_t>(finding.eSeverity)] += finding.bFixed ? 0 : 1;
+        });
     }
     return aCounts;
 }
@@ -27,9 +26,7 @@ SeverityCounts SCheckReport::Count() const {
 std::size_t SCheckReport::CountFixed() const {
     std::size_t iFixed = 0;
     for (const SFileReport& file : vecFiles) {
-        iFixed +=
-            static_cast<std::size_t>(std::count_if(file.vecDiagnostics.begin(), file.vecDiagnostics.end(),
-                                                   [](const SDiagnostic& diagnostic) { return diagnostic.bFixed; }));
+        iFixed += file.findings.CountIf([](const SFindingHead& finding) { return finding.bFixed; });
     }
     return iFixed;
 }
@@ -37,9 +34,8 @@ std::size_t SCheckReport::CountFixed() const {
 std::size_t SCheckReport::CountLeft() const {
     std::size_t iLeft = 0;
     for (const SFileReport& file : vecFiles) {
-        for (const SDiagnostic& diagnostic : file.vecDiagnostics) {
-            iLeft += bFix && IsAboutValue(diagnostic.eCode) && !diagnostic.fix ? 1 : 0;
-        }
+        iLeft += file.findings.CountIf(
+            [this](const SFindingHead& finding) { return bFix && IsAboutValue(finding.eCode) && !finding.bFix; });
     }
     return iLeft;
 }
@@ -53,12 +49,11 @@ EVerdict SCheckReport::GetVerdict() const {
         if (file.IsInvalid()) {
             return EVerdict::INVALID;
         }
-        bFails = bFails || std::any_of(file.vecDiagnostics.begin(), file.vecDiagnostics.end(),
-                                       [this](const SDiagnostic& diagnostic) { return Fails(*this, diagnostic); });
+        bFails = bFails || file.findings.CountIf([this](const SFindingHead& finding) { return Fails(*this, finding); });
     }
     return bFails ? EVerdict::FINDINGS : EVerdict::DONE;
 }
 
-bool Fails(const SCheckReport& report, const SDiagnostic& diagnostic) {
-    return !diagnostic.bFixed && diagnostic.eSeverity <= report.eFailOn;
+bool Fails(const SCheckReport& report, const SFindingHead& finding) {
+    return !finding.bFixed && finding.eSeverity <= report.eFailOn;
 }

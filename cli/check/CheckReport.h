@@ -13,7 +13,7 @@
 struct SFileReport {
     std::string strFile;
     const char* pLayout = nullptr;  ///< null when the file is no policy
-    std::vector<SDiagnostic> vecDiagnostics;
+    CFindings findings;
     SeverityCounts aOmitted{};  ///< found, but not kept
 
     /** @return whether the file is no document at all */
@@ -41,5 +41,5 @@ struct SCheckReport {
     EVerdict GetVerdict() const;
 };
 
-/** @return whether a diagnostic is one that the check fails on */
-bool Fails(const SCheckReport& report, const SDiagnostic& diagnostic);
+/** @return whether a finding is one that the check fails on */
+bool Fails(const SCheckReport& report, const SFindingHead& finding);

@@ -15,6 +15,11 @@ using Json = nlohmann::ordered_json;
 constexpr const char SCHEMA[] = "https://json.schemastore.org/sarif-2.1.0.json";
 constexpr const char VERSION[] = "2.1.0";
 constexpr const char TOOL[] = "dlpctl";
+constexpr int INDENT = 2;
+/** Of a result: it stands in a list of a run, which stands in a list. */
+constexpr int RESULT_INDENT = 4 * INDENT;
+/** How a log without results ends, from them on. */
+constexpr std::string_view NO_RESULTS = "[]\n    }\n  ]\n}\n";
 constexpr std::string_view PLAIN = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789-._~/";
 
 /** A path as a URI: absolute ones as file:, relative ones as relative references. */
@@ -30,6 +35,10 @@ std::string MakeUri(const std::string& strPath) {
         }
     }
     return strUri;
+}
+
+std::string ToText(const Json& value) {
+    return value.dump(INDENT, ' ', false, Json::error_handler_t::replace);
 }
 
 Json MakeText(const std::string& strText) {
@@ -91,17 +100,8 @@ Json MakeResult(const std::string& strFile, const SDiagnostic& diagnostic) {
     return result;
 }
 
-}  // namespace
-
-std::string MakeCheckSarif(const SCheckReport& report) {
-    Json results = Json::array();
-    for (const SFileReport& file : report.vecFiles) {
-        for (const SDiagnostic& diagnostic : file.vecDiagnostics) {
-            if (!diagnostic.bFixed) {
-                results.push_back(MakeResult(file.strFile, diagnostic));
-            }
-        }
-    }
+/** @return the log without its results, which are the last there is to write */
+std::string MakeFrame(const SCheckReport& report) {
     const Json driver = {{"name", TOOL}, {"version", DLP_VERSION}, {"rules", MakeRules()}};
     const EVerdict eVerdict = report.GetVerdict();
     const Json invocation = {{"executionSuccessful", eVerdict <= EVerdict::FINDINGS},
@@ -109,7 +109,37 @@ std::string MakeCheckSarif(const SCheckReport& report) {
     const Json run = {{"tool", {{"driver", driver}}},
                       {"columnKind", "unicodeCodePoints"},
                       {"invocations", Json::array({invocation})},
-                      {"results", std::move(results)}};
+                      {"results", Json::array()}};
     const Json log = {{"$schema", SCHEMA}, {"version", VERSION}, {"runs", Json::array({run})}};
-    return log.dump(2, ' ', false, Json::error_handler_t::replace) + '\n';
+    return ToText(log) + '\n';
+}
+
+/** @return the text with blanks before each line */
+std::string Indented(const std::string& strText, std::size_t iBlanks) {
+    const std::string strBlanks(iBlanks, ' ');
+    std::string strIndented = strBlanks;
+    for (const char c : strText) {
+        strIndented += c;
+        strIndented += c == '\n' ? strBlanks : "";
+    }
+    return strIndented;
+}
+
+}  // namespace
+
+void WriteCheckSarif(const SCheckReport& report, const ReportTaker& fnTake) {
+    const std::string strFrame = MakeFrame(report);
+    const std::size_t iResults = strFrame.size() - NO_RESULTS.size() + 1;
+    fnTake(std::string_view(strFrame).substr(0, iResults));
+    bool bAny = false;
+    for (const SFileReport& file : report.vecFiles) {
+        for (const SDiagnostic& diagnostic : file.findings) {
+            if (!diagnostic.bFixed) {
+                fnTake((bAny ? ",\n" : "\n") + Indented(ToText(MakeResult(file.strFile, diagnostic)), RESULT_INDENT));
+                bAny = true;
+            }
+        }
+    }
+    fnTake(bAny ? '\n' + std::string(RESULT_INDENT - INDENT, ' ') : std::string());
+    fnTake(std::string_view(strFrame).substr(iResults));
 }

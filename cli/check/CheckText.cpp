@@ -63,29 +63,30 @@ std::string MakeLeft(std::size_t iLeft) {
 
 }  // namespace
 
-std::string MakeCheckText(const SCheckReport& report) {
-    std::string strText;
+void WriteCheckText(const SCheckReport& report, const ReportTaker& fnTake) {
     std::size_t iRows = 0;
     std::size_t iMore = 0;
     for (const SFileReport& file : report.vecFiles) {
-        iMore += file.CountOmitted();
-        for (const SDiagnostic& diagnostic : file.vecDiagnostics) {
-            if (iRows == CDiagnostics::MAX_SHOWN && !report.bAll) {
-                ++iMore;
-            } else {
-                strText += MakeRow(file.strFile, diagnostic, report.bColour);
-                ++iRows;
-            }
+        const std::size_t iShown =
+            report.bAll ? file.findings.size() : std::min(file.findings.size(), CDiagnostics::MAX_SHOWN - iRows);
+        for (std::size_t i = 0; i < iShown; ++i) {
+            fnTake(MakeRow(file.strFile, file.findings.Get(i), report.bColour));
         }
+        iRows += iShown;
+        iMore += file.findings.size() - iShown + file.CountOmitted();
     }
+    const std::size_t iFixed = report.CountFixed();
+    const std::size_t iLeft = report.CountLeft();
     if (iMore != 0) {
-        strText += std::to_string(iMore) + " more; --all shows them\n";
+        fnTake(std::to_string(iMore) + " more; --all shows them\n");
     }
-    if (report.CountFixed() != 0) {
-        strText += Text::Counted(report.CountFixed(), "value was", "values were") + " fixed\n";
+    if (iFixed != 0) {
+        fnTake(Text::Counted(iFixed, "value was", "values were") + " fixed\n");
     }
-    if (report.CountLeft() != 0) {
-        strText += MakeLeft(report.CountLeft());
+    if (iLeft != 0) {
+        fnTake(MakeLeft(iLeft));
     }
-    return report.bQuiet && strText.empty() ? std::string() : strText + MakeSummary(report);
+    if (!report.bQuiet || iRows + iMore + iFixed + iLeft != 0) {
+        fnTake(MakeSummary(report));
+    }
 }

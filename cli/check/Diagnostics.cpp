@@ -43,17 +43,44 @@ bool CDiagnostics::IsAllowed(ECode eCode) const {
 
 SDiagnostic* CDiagnostics::Tell(ECode eCode, std::size_t iOffset, const std::vector<std::string>& vecWhat,
                                 const std::vector<std::string>& vecAdvice) {
-    const SCodeRow& row = GetCodeRow(eCode);
-    m_vecDiagnostics.push_back({.eCode = eCode,
-                                .eSeverity = Judge(row.eSeverity, m_choice.bStrict),
-                                .strMessage = FillSentence(row.pWhat, vecWhat),
-                                .strAdvice = FillSentence(row.pAdvice, vecAdvice),
-                                .iOffset = iOffset == std::string::npos ? iOffset : iOffset + m_iStart,
-                                .place = {},
-                                .excerpt = {},
-                                .related = {},
-                                .fix = {}});
-    return &m_vecDiagnostics.back();
+    KeepLast();
+    m_bLast = true;
+    m_bSpelled = false;
+    m_last = {.eCode = eCode,
+              .eSeverity = Judge(GetCodeRow(eCode).eSeverity, m_choice.bStrict),
+              .strMessage = {},
+              .strAdvice = {},
+              .iOffset = iOffset == std::string::npos ? iOffset : iOffset + m_iStart,
+              .place = {},
+              .excerpt = {},
+              .related = {},
+              .fix = {}};
+    m_blanks = {vecWhat, vecAdvice};
+    return &m_last;
+}
+
+bool CDiagnostics::TellAgain(std::size_t iTold, std::size_t iOffset) {
+    const bool bLast = CountTold() == iTold;
+    if (bLast) {
+        KeepLast();
+        m_findings.AddAgain(iOffset + m_iStart);
+    }
+    return bLast;
+}
+
+SDiagnostic& CDiagnostics::Spell(SDiagnostic& diagnostic) {
+    const SCodeRow& row = GetCodeRow(diagnostic.eCode);
+    diagnostic.strMessage = FillSentence(row.pWhat, m_blanks.vecWhat);
+    diagnostic.strAdvice = FillSentence(row.pAdvice, m_blanks.vecAdvice);
+    m_bSpelled = true;
+    return diagnostic;
+}
+
+void CDiagnostics::KeepLast() {
+    if (m_bLast) {
+        m_findings.Add(m_last, m_bSpelled ? nullptr : &m_blanks);
+        m_bLast = false;
+    }
 }
 
 void CDiagnostics::CountError(std::size_t iOffset) {
@@ -98,34 +125,9 @@ void CDiagnostics::Fix(SDiagnostic* pDiagnostic, std::size_t iOffset, std::size_
     }
 }
 
-std::vector<SDiagnostic> CDiagnostics::Finish(std::string_view strBytes) {
-    std::stable_sort(m_vecDiagnostics.begin(), m_vecDiagnostics.end(),
-                     [](const SDiagnostic& left, const SDiagnostic& right) {
-                         return left.iOffset + 1 < right.iOffset + 1;  // the file as a whole comes first
-                     });
-    Locate(m_vecDiagnostics, strBytes);
-    return std::move(m_vecDiagnostics);
-}
-
-void CDiagnostics::Locate(std::vector<SDiagnostic>& vecDiagnostics, std::string_view strBytes) const {
-    std::optional<CSourcePlaces> places;
-    for (SDiagnostic& diagnostic : vecDiagnostics) {
-        if (diagnostic.iOffset == std::string::npos) {
-            continue;
-        }
-        if (!places) {
-            places.emplace(strBytes);
-        }
-        diagnostic.place = places->Find(diagnostic.iOffset);
-        if (m_choice.bAll || &diagnostic < vecDiagnostics.data() + MAX_SHOWN) {
-            diagnostic.excerpt = MakeExcerpt(strBytes, diagnostic.iOffset);
-        }
-        if (diagnostic.fix) {
-            diagnostic.fix->place = places->Find(diagnostic.fix->iOffset);
-            diagnostic.fix->end = places->Find(diagnostic.fix->iOffset + diagnostic.fix->iLength);
-        }
-        if (diagnostic.related) {
-            diagnostic.related->place = places->Find(diagnostic.related->iOffset);
-        }
-    }
+CFindings CDiagnostics::Finish(std::string_view strBytes) {
+    KeepLast();
+    m_findings.Sort();
+    m_findings.Locate(strBytes);
+    return std::move(m_findings);
 }

@@ -2,44 +2,13 @@
 
 #include <array>
 #include <cstddef>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "cli/check/CFindings.h"
 #include "cli/check/DiagnosticCodes.h"
-#include "cli/check/SourceExcerpt.h"
-#include "platform/common/SourcePlaces.h"
-
-/** Another place that a diagnostic speaks of. */
-struct SRelated {
-    std::size_t iOffset = std::string::npos;
-    std::string strMessage;
-    SPlace place;
-};
-
-/** A replacement of bytes that changes no meaning. */
-struct SFix {
-    std::size_t iOffset = 0;
-    std::size_t iLength = 0;
-    std::string strReplacement;
-    SPlace place{};
-    SPlace end{};  ///< behind what is replaced
-};
-
-/** Something found in a file. Texts are printable; offsets count the bytes of the file. */
-struct SDiagnostic {
-    ECode eCode;
-    ESeverity eSeverity;
-    std::string strMessage;
-    std::string strAdvice;
-    std::size_t iOffset = std::string::npos;  ///< npos: the file as a whole
-    SPlace place;
-    SExcerpt excerpt;
-    std::optional<SRelated> related;
-    std::optional<SFix> fix;
-    bool bFixed = false;
-};
+#include "cli/check/SDiagnostic.h"
 
 /** What the user asked to see. */
 struct SCheckChoice {
@@ -58,7 +27,7 @@ class CDiagnostics {
     /** Of one code no more than this are kept unless all are to be; the others are counted. */
     static constexpr std::size_t MAX_OF_CODE = 1000;
     /** Text shows no more than this unless all are wanted, so no others get an excerpt. */
-    static constexpr std::size_t MAX_SHOWN = 100;
+    static constexpr std::size_t MAX_SHOWN = CFindings::MAX_SHOWN;
 
     explicit CDiagnostics(const SCheckChoice& choice);
 
@@ -68,7 +37,8 @@ class CDiagnostics {
     /**
      * @param iOffset npos: the file as a whole
      * @param vecWhat, vecAdvice what stands for each {} of the code's sentences, printable
-     * @return what was added, to be completed at once; null when it is not kept
+     * @return what was added, to be completed before the next one; its texts are empty, unless it is spelled; null when
+     *         it is not kept
      */
     SDiagnostic* Add(ECode eCode, std::size_t iOffset, const std::vector<std::string>& vecWhat = {},
                      const std::vector<std::string>& vecAdvice = {});
@@ -79,18 +49,25 @@ class CDiagnostics {
     bool Count(ECode eCode, std::size_t iOffset);
     SDiagnostic* Tell(ECode eCode, std::size_t iOffset, const std::vector<std::string>& vecWhat,
                       const std::vector<std::string>& vecAdvice);
+    /**
+     * The same for what was told last, but for its place.
+     * @param iTold what CountTold gave then @return whether it is still the last one, and was told again
+     */
+    bool TellAgain(std::size_t iTold, std::size_t iOffset);
+    /** @return how many are kept so far */
+    std::size_t CountTold() const { return m_findings.size() + (m_bLast ? 1 : 0); }
     /** So many more were found of a code that is no error, and whoever found them keeps nothing else of them. */
     void Omit(ECode eCode, std::size_t iMore);
     /** Both places. @param pDiagnostic may be null */
     void Relate(SDiagnostic* pDiagnostic, std::size_t iOffset, const std::string& strMessage) const;
+    /** Makes the texts of what was added, so that they can be changed. */
+    SDiagnostic& Spell(SDiagnostic& diagnostic);
     /** A note becomes heavier. */
     void Raise(SDiagnostic* pDiagnostic, ESeverity eSeverity);
     void Fix(SDiagnostic* pDiagnostic, std::size_t iOffset, std::size_t iLength, std::string strReplacement) const;
 
-    /** @return what was kept, in the order of the file, with places and excerpts */
-    std::vector<SDiagnostic> Finish(std::string_view strBytes);
-    /** Gives each of what was kept its places and its excerpt in that text. */
-    void Locate(std::vector<SDiagnostic>& vecDiagnostics, std::string_view strBytes) const;
+    /** @return what was kept, in the order of the file, with places and the excerpts that are shown */
+    CFindings Finish(std::string_view strBytes);
     /** @return how many errors were found, those that are not told included */
     std::size_t GetErrors() const { return m_iErrors; }
     /** @return whether an error was found at such an offset, told or not */
@@ -99,6 +76,7 @@ class CDiagnostics {
     const SeverityCounts& GetOmitted() const { return m_aOmitted; }
 
   private:
+    void KeepLast();
     void CountError(std::size_t iOffset);
     bool IsAllowed(ECode eCode) const;
 
@@ -108,5 +86,9 @@ class CDiagnostics {
     std::size_t m_iErrors = 0;
     std::vector<bool> m_vecErrors;  ///< whether one is at an offset, as handed in
     SeverityCounts m_aOmitted{};
-    std::vector<SDiagnostic> m_vecDiagnostics;
+    CFindings m_findings;
+    bool m_bLast = false;  ///< whether there is one that may yet be completed
+    SDiagnostic m_last;
+    CFindings::SBlanks m_blanks;  ///< of its sentences, unless it is spelled
+    bool m_bSpelled = false;
 };

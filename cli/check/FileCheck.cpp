@@ -51,10 +51,13 @@ class CFileCheck {
         if (Read()) {
             CheckDocument();
         }
-        m_report.vecDiagnostics = m_diagnostics.Finish(m_file.strBytes);
+        m_report.findings = m_diagnostics.Finish(m_file.strBytes);
         m_report.aOmitted = m_diagnostics.GetOmitted();
         if (m_check.bFix && !m_report.IsInvalid()) {
             Fix();
+        }
+        if (m_choice.bAll) {
+            m_report.findings.KeepText(std::move(m_file.strBytes));
         }
         return std::move(m_report);
     }
@@ -115,7 +118,7 @@ class CFileCheck {
         const SOlderWords& words = GetOlderWords(eLook);
         SDiagnostic* pOlder = m_diagnostics.Add(ECode::OLDER_LAYOUT, root.Offset(), {words.pWhat}, {words.pAdvice});
         if (eLook == EOlderLook::FORGOTTEN && pOlder != nullptr) {
-            pOlder->strAdvice += AS_IF;
+            m_diagnostics.Spell(*pOlder).strAdvice += AS_IF;
             m_diagnostics.Raise(pOlder, ESeverity::ERROR);
             // What follows from it would be told as if it were the fault.
             parser.GetRootElement()->SetAttribute(Tag::TEMPLATE_VERSION, DigitalAssets::STANDARD_VERSION);
@@ -198,38 +201,17 @@ class CFileCheck {
 
     /** Writes the file anew. Places are those of what stands there then. */
     void Fix() {
-        std::vector<SFix> vecFixes;
-        for (SDiagnostic& diagnostic : m_report.vecDiagnostics) {
-            if (diagnostic.fix) {
-                vecFixes.push_back(*diagnostic.fix);
-                diagnostic.bFixed = !m_check.bDryRun;
-            }
-        }
-        if (vecFixes.empty() || m_check.bDryRun) {
+        CFindings& findings = m_report.findings;
+        if (m_check.bDryRun || findings.CountIf([](const SFindingHead& finding) { return finding.bFix; }) == 0) {
             return;
         }
-        const CFixedText fixed(m_file.strBytes, vecFixes);
+        CFixedText fixed(m_file.strBytes, findings);
         COutputFile file(m_context.GetAbsolute(m_report.strFile), Text::Printable(m_report.strFile));
         file.Write(fixed.GetText());
         file.Commit();
-        for (SDiagnostic& diagnostic : m_report.vecDiagnostics) {
-            Move(fixed, diagnostic);
-        }
-        m_diagnostics.Locate(m_report.vecDiagnostics, fixed.GetText());
-    }
-
-    static void Move(const CFixedText& fixed, SDiagnostic& diagnostic) {
-        const auto fnMove = [&](std::size_t& iOffset) {
-            iOffset = iOffset == std::string::npos ? iOffset : fixed.Find(iOffset);
-        };
-        fnMove(diagnostic.iOffset);
-        if (diagnostic.fix) {
-            fnMove(diagnostic.fix->iOffset);
-            diagnostic.fix->iLength = diagnostic.fix->strReplacement.size();
-        }
-        if (diagnostic.related) {
-            fnMove(diagnostic.related->iOffset);
-        }
+        findings.NoteFixed([&fixed](std::size_t iOffset) { return fixed.Find(iOffset); });
+        m_file.strBytes = fixed.TakeText();
+        findings.Locate(m_file.strBytes);
     }
 
     CCommandContext& m_context;

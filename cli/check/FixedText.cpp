@@ -3,15 +3,16 @@
 #include <algorithm>
 #include <iterator>
 
-CFixedText::CFixedText(std::string_view strText, const std::vector<SFix>& vecFixes) {
+CFixedText::CFixedText(std::string_view strText, const CFindings& findings) {
     std::size_t iCopied = 0;
-    for (const SFix& fix : vecFixes) {
-        m_strText += strText.substr(iCopied, fix.iOffset - iCopied);
+    m_strText.reserve(strText.size());
+    findings.ForEachFix([&](std::size_t iOffset, std::size_t iLength, std::string_view strReplacement) {
+        m_strText += strText.substr(iCopied, iOffset - iCopied);
         const std::size_t iNow = m_strText.size();
-        m_strText += fix.strReplacement;
-        iCopied = fix.iOffset + fix.iLength;
-        m_vecReplaced.push_back({fix.iOffset, iCopied, iNow, m_strText.size()});
-    }
+        m_strText += strReplacement;
+        iCopied = iOffset + iLength;
+        m_vecReplaced.push_back({iOffset, iCopied, iNow, m_strText.size()});
+    });
     m_strText += strText.substr(iCopied);
 }
 

@@ -74,7 +74,7 @@ bool TellItem(const SReportItem& item, std::string_view strText, CDiagnostics& d
                             {bText ? AdviseTemplate(item.Details().strNearest)
                                    : AdviseElement(item.Details().strDetail, item.strName, item.Details().strNearest)});
         if (pDiagnostic != nullptr && item.FollowsFromVersion()) {
-            pDiagnostic->strAdvice = AdviseVersion();
+            diagnostics.Spell(*pDiagnostic).strAdvice = AdviseVersion();
         }
     }
     return item.eReason != EReason::UNSUPPORTED_ASSETS;

@@ -156,20 +156,33 @@ class CShapeCheck {
         }
         const bool bOfTemplates = IsOneOf(parent, OF_TEMPLATES);
         // An import tells of what else stands there that it was passed over.
-        if (IsOneOf(parent, OF_ASSETS) || (bOfTemplates && !m_document.bAssetsOnly)) {
-            if (m_document.diagnostics.Count(ECode::LOST_ELEMENT, iTag)) {
-                m_document.diagnostics.Tell(ECode::LOST_ELEMENT, iTag,
-                                            {Text::Quoted(strName), Text::Quoted(parent.strName)},
-                                            {Advise(parent, strName)});
-            }
-        } else if (m_shape.Find(strName) != nullptr) {
-            m_document.diagnostics.Add(ECode::MISPLACED_ELEMENT, iTag,
-                                       {Text::Quoted(strName), Text::Quoted(parent.strName)});
-        } else if (m_document.diagnostics.Count(ECode::UNKNOWN_ELEMENT, iTag)) {
-            m_document.diagnostics.Tell(
-                ECode::UNKNOWN_ELEMENT, iTag, {Text::Quoted(strName)},
-                {bOfTemplates ? Advise(parent, strName) : Suggest(parent, strName, parent.vecChildren)});
+        const bool bLost = IsOneOf(parent, OF_ASSETS) || (bOfTemplates && !m_document.bAssetsOnly);
+        const ECode eCode = bLost                              ? ECode::LOST_ELEMENT
+                            : m_shape.Find(strName) != nullptr ? ECode::MISPLACED_ELEMENT
+                                                               : ECode::UNKNOWN_ELEMENT;
+        if (!m_document.diagnostics.Count(eCode, iTag)) {
+            return;
         }
+        const bool bAlike = m_pToldIn == &parent && m_strTold == strName;
+        if (!bAlike || !m_document.diagnostics.TellAgain(m_iTold, iTag)) {
+            TellElement(eCode, parent, strName, iTag);
+        }
+        m_pToldIn = &parent;
+        m_strTold = strName;
+        m_iTold = m_document.diagnostics.CountTold();
+    }
+
+    void TellElement(ECode eCode, const SShape& parent, std::string_view strName, std::size_t iTag) {
+        std::vector<std::string> vecWhat = {Text::Quoted(strName)};
+        std::vector<std::string> vecAdvice;
+        if (eCode != ECode::UNKNOWN_ELEMENT) {
+            vecWhat.push_back(Text::Quoted(parent.strName));
+        }
+        if (eCode != ECode::MISPLACED_ELEMENT) {
+            const bool bSuggested = eCode == ECode::UNKNOWN_ELEMENT && !IsOneOf(parent, OF_TEMPLATES);
+            vecAdvice.push_back(bSuggested ? Suggest(parent, strName, parent.vecChildren) : Advise(parent, strName));
+        }
+        m_document.diagnostics.Tell(eCode, iTag, vecWhat, vecAdvice);
     }
 
     std::string Advise(const SShape& parent, std::string_view strName) {
@@ -203,6 +216,9 @@ class CShapeCheck {
     CDocumentShape m_shape;
     std::vector<SOpen> m_vecOpen;
     CMeantNames m_meant;
+    const SShape* m_pToldIn = nullptr;  ///< where the element stands that was told last
+    std::string_view m_strTold;         ///< its name
+    std::size_t m_iTold = 0;            ///< how many were told with it
 };
 
 }  // namespace

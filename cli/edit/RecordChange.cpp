@@ -102,9 +102,11 @@ std::vector<SDiagnostic> FindFaults(const std::string& strDocument) {
     for (const auto fnCheck : CHECKS) {
         fnCheck(checked);
     }
-    std::vector<SDiagnostic> vecFaults = diagnostics.Finish(strDocument);
-    if (!bAssetsOnly) {
-        std::erase_if(vecFaults, [&](const SDiagnostic& fault) { return IsOfAssets(root, fault.iOffset); });
+    std::vector<SDiagnostic> vecFaults;
+    for (const SDiagnostic& fault : diagnostics.Finish(strDocument)) {
+        if (bAssetsOnly || !IsOfAssets(root, fault.iOffset)) {
+            vecFaults.push_back(fault);
+        }
     }
     return vecFaults;
 }

@@ -5,7 +5,7 @@
 namespace {
 
 /** Code points and lines are counted up front for every so many bytes, and the rest when asked. */
-constexpr std::size_t BLOCK = 256;
+constexpr std::size_t BLOCK = 64;
 
 /** Every byte but one that continues a sequence. */
 std::size_t CountStarts(std::string_view strText) {

@@ -27,21 +27,29 @@ SDiagnostic Make(ECode eCode, SPlace place, const std::string& strMessage, const
 SCheckReport MakeReport() {
     SCheckReport report;
     SFileReport file{"a b/100%,\xC3\xA4.xml", "standard", {}, {}};
-    file.vecDiagnostics.push_back(Make(ECode::DUPLICATE_NAME, {3, 4}, "100%: <twice>", "rename"));
-    file.vecDiagnostics.back().related = {0, "the first one is here", {2, 4}};
-    file.vecDiagnostics.push_back(Make(ECode::UNCLEAR_FLAG, {5, 6}, "flag", "write true"));
-    file.vecDiagnostics.back().fix = {0, 3, "false", {5, 12}, {5, 15}};
-    file.vecDiagnostics.push_back(Make(ECode::UNUSED_ASSET, {7, 8}, "unused", "use it"));
+    SDiagnostic twice = Make(ECode::DUPLICATE_NAME, {3, 4}, "100%: <twice>", "rename");
+    twice.related = {0, "the first one is here", {2, 4}};
+    file.findings.Add(twice);
+    SDiagnostic flag = Make(ECode::UNCLEAR_FLAG, {5, 6}, "flag", "write true");
+    flag.fix = {0, 3, "false", {5, 12}, {5, 15}};
+    file.findings.Add(flag);
+    file.findings.Add(Make(ECode::UNUSED_ASSET, {7, 8}, "unused", "use it"));
     report.vecFiles = {file, {"clean.xml", "standard", {}, {}}, {"/bad.xml", nullptr, {}, {}}};
-    report.vecFiles[2].vecDiagnostics.push_back(Make(ECode::NOT_XML, {}, "no XML", "correct it"));
+    report.vecFiles[2].findings.Add(Make(ECode::NOT_XML, {}, "no XML", "correct it"));
     return report;
+}
+
+std::string Write(void (*fnWrite)(const SCheckReport&, const ReportTaker&), const SCheckReport& report) {
+    std::string strText;
+    fnWrite(report, [&strText](std::string_view strPiece) { strText += strPiece; });
+    return strText;
 }
 
 }  // namespace
 
 /** What the published schema demands of a log: the members that are required, their types and their bounds. */
 TEST(CheckFormats, SarifKeepsTheRulesOfItsSchema) {
-    const Json log = Json::parse(MakeCheckSarif(MakeReport()));
+    const Json log = Json::parse(Write(WriteCheckSarif, MakeReport()));
     EXPECT_EQ(log["version"], "2.1.0");
     ASSERT_EQ(log["runs"].size(), 1U);
     const Json& run = log["runs"][0];
@@ -87,7 +95,7 @@ TEST(CheckFormats, SarifKeepsTheRulesOfItsSchema) {
 }
 
 TEST(CheckFormats, JunitHasASuiteForEachFileAndACaseForEachDiagnostic) {
-    EXPECT_EQ(MakeCheckJunit(MakeReport()),
+    EXPECT_EQ(Write(WriteCheckJunit, MakeReport()),
               R"(<?xml version="1.0" encoding="UTF-8"?>
 <testsuites name="dlpctl check" tests="5" failures="1" errors="1">
   <testsuite name="a b/100%,ä.xml" tests="3" failures="1" errors="0" time="0">
@@ -117,7 +125,7 @@ TEST(CheckFormats, JunitCountsWhatItHolds) {
     SCheckReport report = MakeReport();
     report.eFailOn = ESeverity::NOTE;
     CXMLParser document;
-    ASSERT_TRUE(document.LoadUtf8(MakeCheckJunit(report)));
+    ASSERT_TRUE(document.LoadUtf8(Write(WriteCheckJunit, report)));
     const CXMLView root = document.RootView();
     EXPECT_EQ(root.Attribute("failures"), "3");
     for (CXMLView suite = root.FirstChild("testsuite"); suite; suite = suite.NextSibling("testsuite")) {
@@ -134,7 +142,7 @@ TEST(CheckFormats, JunitCountsWhatItHolds) {
 
 TEST(CheckFormats, GithubHasOneCommandForEachDiagnostic) {
     EXPECT_EQ(
-        MakeCheckGithub(MakeReport()),
+        Write(WriteCheckGithub, MakeReport()),
         "::error file=a b/100%25%2C\xC3\xA4.xml,line=3,col=4,title=DLP024 duplicate-name::100%25: <twice>; rename\n"
         "::warning file=a b/100%25%2C\xC3\xA4.xml,line=5,col=6,title=DLP026 unclear-flag::flag; write true\n"
         "::notice file=a b/100%25%2C\xC3\xA4.xml,line=7,col=8,title=DLP035 unused-asset::unused; use it\n"

@@ -24,9 +24,9 @@ class FileCheck : public CToolTest {
 /** @return how many were told, and how many of them with their line */
 std::pair<std::size_t, std::size_t> CountTold(const SFileReport& report) {
     const auto iExcerpts =
-        std::count_if(report.vecDiagnostics.begin(), report.vecDiagnostics.end(),
+        std::count_if(report.findings.begin(), report.findings.end(),
                       [](const SDiagnostic& diagnostic) { return !diagnostic.excerpt.strLine.empty(); });
-    return {report.vecDiagnostics.size(), static_cast<std::size_t>(iExcerpts)};
+    return {report.findings.size(), static_cast<std::size_t>(iExcerpts)};
 }
 
 using Told = std::pair<std::size_t, std::size_t>;
