@@ -18,6 +18,7 @@
 #include <utility>
 
 #include "platform/common/CException.h"
+#include "platform/store/CReservedFile.h"
 #include "platform/store/CWriterNote.h"
 #include "platform/store/SqlText.h"
 #include "platform/store/SqliteFile.h"
@@ -712,6 +713,43 @@ TEST_F(SqliteStore, FileThatIsReplacedTakesWhatItsJournalHolds) {
     }
     EXPECT_EQ("expressions subject=\"S\"\n", DumpStore(*CSettingsStore::Make("sqlite:" + strFormer)));
     EXPECT_EQ("expressions subject=\"O\"\n", DumpStore(*CSettingsStore::Make("sqlite:" + Path())));
+}
+
+/**
+ * Whether the file could be reserved, for another to be put in its place, after each look at what stands there while it
+ * has its log.
+ */
+std::vector<bool> s_vecReservable;
+
+void LetEngineLookBy(int (*fnStat)(const char*, struct stat*)) {
+    sqlite3_vfs* pVfs = sqlite3_vfs_find(nullptr);
+    pVfs->xSetSystemCall(pVfs, "stat", reinterpret_cast<sqlite3_syscall_ptr>(fnStat));
+}
+
+int StatAndTryToReserve(const char* pPath, struct stat* pStatus) {
+    const int iResult = ::stat(pPath, pStatus);
+    if (!fs::exists(pPath + std::string("-wal"))) {
+        return iResult;
+    }
+    const pid_t iOther = StartProcess([&] {
+        LetEngineLookBy(nullptr);
+        CSettingsStore::SetWaitEnder([] { return true; });
+        CReservedFile(pPath).Reserve();
+    });
+    s_vecReservable.push_back(WaitFor(iOther) == 0);
+    return iResult;
+}
+
+TEST_F(SqliteStore, NobodyPutsAnotherFileInItsPlaceWhileItsLogIsRemoved) {
+    auto pStore = std::make_unique<CSqliteStore>(Path());
+    pStore->Save(Expression("S"));
+    ASSERT_TRUE(fs::exists(Path() + "-wal"));
+    LetEngineLookBy(StatAndTryToReserve);
+    pStore.reset();
+    LetEngineLookBy(nullptr);
+    ASSERT_FALSE(s_vecReservable.empty());
+    EXPECT_FALSE(s_vecReservable.back());
+    EXPECT_FALSE(fs::exists(Path() + "-wal"));
 }
 
 TEST_F(SqliteStore, WriterLeavesItsNoteWhileItWrites) {
