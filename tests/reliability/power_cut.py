@@ -24,7 +24,7 @@ sys.dont_write_bytecode = True
 sys.path.insert(0, str(Path(__file__).resolve().parent))
 
 from disks import (DROPPED, KEPT, MAPPED, TORN, ZEROS, Change, Disk, Names, Pick, Record, State,  # noqa: E402
-                   Synchronised, Told, Write, clear)
+                   Synchronised, Told, Write, clear, grow)
 from scenarios import (BACKUP, DONE, EXAMPLES, FIXABLE, OUTPUT, POLICY, SIDE_FILES, STORE, Scenario,  # noqa: E402
                        World, scenarios)
 
@@ -40,6 +40,9 @@ MUCH = (POLICY % "").replace("</digitalAssets>", "".join(
 LOG = "-wal"
 WRITER = "-writer"
 PAGE = 8192
+LOG_HEADER = 32
+FRAME_HEADER = 24
+SUM = 8  # at the end of a page
 DAMAGED = "exit 4: "
 EVERYTHING = "all"
 CERTAIN = "what was synchronised"
@@ -61,6 +64,7 @@ class Cut:
 
     scenario: Scenario
     logged: bool = False  # another import is in the log alone
+    beginning: bool = False  # it is damaged where it begins, so that nobody takes what is in the log
     read: bool = False  # another process reads the store all the time, so that the log stays
     store: str = STORE
     first: Scenario | None = None  # what is done for certain at its first report; None: it has but the last one
@@ -88,6 +92,8 @@ def cuts(sampled: bool) -> list[Cut]:
         Cut(Scenario("store restore, a log", ("store", "restore", "{in}"), BACKUP), logged=True),
         Cut(Scenario("store restore, damaged store, a log", ("store", "restore", "{in}"), BACKUP, damaged=True),
             logged=True),
+        Cut(Scenario("store restore, damaged beginning, a log", ("store", "restore", "{in}"), BACKUP, damaged=True),
+            logged=True, beginning=True),
     ] + ([] if sampled else [Cut(Scenario("import, much", ("import", "{in}"), MUCH), points=30)])
 
 
@@ -127,6 +133,16 @@ def numbered(files: dict[str, bytes]) -> State:
     return State({path: number for number, path in enumerate(files)}, dict(enumerate(files.values())))
 
 
+def pages(file: bytes, log: bytes = b"") -> list[bytes]:
+    """Those of the file, or of its log, which holds none that was given up; without the checksums, which it lacks."""
+    content = bytearray(file)
+    for frame in range(LOG_HEADER, len(log), FRAME_HEADER + PAGE):
+        place = (int.from_bytes(log[frame:frame + 4], "big") - 1) * PAGE
+        grow(content, place + PAGE)
+        content[place:place + PAGE] = log[frame + FRAME_HEADER:frame + FRAME_HEADER + PAGE]
+    return [bytes(content[place:place + PAGE - SUM]) for place in range(0, len(content), PAGE)]
+
+
 @contextlib.contextmanager
 def reading(store: Path) -> Iterator[None]:
     """In a process of its own: whoever looks at the file in this one would take away its locks."""
@@ -160,6 +176,8 @@ class Trial:
         self._record = Record(world.work, self.start, trace.read_bytes())
         self.changes = self._record.changes
         self._require_all()
+        if self._scenario.damaged and not self._is_kept(self._end):
+            raise RuntimeError(f"{self._scenario.name}: what was damaged is lost: {sorted(self._end.paths)}")
         self._checks: dict[str, tuple[int, bytes, str]] = {}
         self.judged: dict[str, tuple[str, int]] = {}
 
@@ -172,7 +190,7 @@ class Trial:
         files = {path: start.get(path) or b"" for path in start.paths} | {STORE + LOG: logged.get(STORE + LOG) or b""}
         sound = logged.get(STORE) or b""
         found = numbered(files | {STORE: sound})
-        place = PAGE // 2
+        place = 0 if cut.beginning else PAGE // 2
         while cut.scenario.damaged and not self._dump(found).startswith(DAMAGED):  # the log may have that page anew
             found = numbered(files | {STORE: sound[:place] + b"damaged" + sound[place + 7:]})
             place += PAGE
@@ -312,11 +330,11 @@ class Trial:
         return ""
 
     def _is_kept(self, made: State) -> bool:
-        """The damaged file and its log: as they were, or with the log in the file as the whole run puts it."""
-        kept = [(self._end.get(path), self._end.get(path + LOG)) for path in {*self._end.paths} - {*self.start.paths}]
-        kept.append((self.start.get(self._store), self.start.get(self._store + LOG)))
-        return any(made.get(path) == file and log in (None, made.get(path + LOG))
-                   for path in made.paths for file, log in kept)
+        """The damaged file and its log: as they were, or with the log in the file. It may have got a log."""
+        file, log = self.start.get(self._store) or b"", self.start.get(self._store + LOG) or b""
+        return any(made.get(path) == file and log in (b"", made.get(path + LOG))
+                   or pages(made.get(path) or b"") == pages(file, log)
+                   for path in made.paths if path != self._store)
 
 
 def leave_log(world: World, library: str) -> State:
