@@ -202,14 +202,23 @@ bool CSqliteConnection::IsToBeReplaced(int iVersion) const {
     return iVersion == MOVED_VERSION || (!m_bRead && iVersion < SETTINGS_SCHEMA_VERSION);
 }
 
+void CSqliteConnection::RequireReplaceable() const {
+    if (IsSqliteFileAnothersToReplace(m_strPath)) {
+        ThrowSystemError(m_strPath, StoreDoing::OPENING, EPERM);
+    }
+    if (!IsSqliteFileReplaceable(m_strPath)) {
+        Refuse(OLDER);
+    }
+}
+
 /**
  * Puts a store of this version in the place of an older one, which nobody else may have open meanwhile: what they wrote
  * would be lost. Whoever is shut out must not wait with the file open, for the others would wait for that.
  */
 void CSqliteConnection::BringUp() {
     for (int iWaited = 0; IsToBeReplaced(CheckHeader()); iWaited += STEP_MILLISECONDS) {
-        if (!m_bRead && !HasMoved() && !IsSqliteFileReplaceable(m_strPath)) {
-            Refuse(OLDER);
+        if (!m_bRead && !HasMoved()) {
+            RequireReplaceable();
         }
         if (!m_bRead && ShutOthersOut()) {
             m_note.Leave();

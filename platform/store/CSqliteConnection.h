@@ -78,6 +78,7 @@ class CSqliteConnection {
     /** @return the version of the schema */
     int CheckHeader() const;
     bool IsToBeReplaced(int iVersion) const;
+    void RequireReplaceable() const;
     void BringUp();
     void OpenJournal();
     bool HasOwnJournal() const;

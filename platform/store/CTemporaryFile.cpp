@@ -24,13 +24,14 @@ bool IsGone(const std::string& strPath) {
 
 }  // namespace
 
-CTemporaryFile::CTemporaryFile(const std::string& strTarget) : m_strPath(strTarget + TEMPORARY) {
+CTemporaryFile::CTemporaryFile(const std::string& strTarget, const char* pDoing)
+    : m_pDoing(pDoing), m_strPath(strTarget + TEMPORARY) {
     for (const char* pSideFile : SqliteSuffix::ALL) {
         m_vecSideFiles.push_back(m_strPath + pSideFile);
     }
     const int iFile = ::mkostemp(m_strPath.data(), O_CLOEXEC);
     if (iFile < 0) {
-        ThrowSystemError(strTarget, StoreDoing::BACKING_UP, errno);
+        ThrowSystemError(strTarget, m_pDoing, errno);
     }
     ::close(iFile);
     for (std::string& strSideFile : m_vecSideFiles) {
@@ -62,6 +63,6 @@ void CTemporaryFile::Become(const std::string& strTarget) const {
         iError = errno;
     }
     if (iError != 0) {
-        ThrowSystemError(strTarget, StoreDoing::BACKING_UP, iError);
+        ThrowSystemError(strTarget, m_pDoing, iError);
     }
 }

@@ -6,8 +6,11 @@
 /** A file on its way to become a store beside it: gone unless it became one. All of it throws OS::CException. */
 class CTemporaryFile {
   public:
-    /** @param strTarget absolute */
-    explicit CTemporaryFile(const std::string& strTarget);
+    /**
+     * @param strTarget absolute
+     * @param pDoing what it is for, one of StoreDoing
+     */
+    CTemporaryFile(const std::string& strTarget, const char* pDoing);
     CTemporaryFile(const CTemporaryFile&) = delete;
     CTemporaryFile& operator=(const CTemporaryFile&) = delete;
     ~CTemporaryFile() { Remove(); }
@@ -27,6 +30,7 @@ class CTemporaryFile {
     void Become(const std::string& strTarget) const;
 
   private:
+    const char* m_pDoing;
     std::string m_strPath;
     std::vector<std::string> m_vecSideFiles;  ///< removing them must not depend on memory that has run out
 };

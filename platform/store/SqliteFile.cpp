@@ -211,6 +211,15 @@ bool IsSqliteFileReplaceable(const std::string& strPath) {
     return IsAccessible(strPath, W_OK) && IsAccessible(strFolder, W_OK | X_OK);
 }
 
+bool IsSqliteFileAnothersToReplace(const std::string& strPath) {
+    const std::string strFolder = std::filesystem::path(strPath).parent_path().string();
+    struct stat folder {};
+    struct stat file {};
+    return ::stat(strFolder.c_str(), &folder) == 0 && (folder.st_mode & S_ISVTX) != 0 &&
+           ::stat(strPath.c_str(), &file) == 0 && ::geteuid() != 0 && ::geteuid() != file.st_uid &&
+           ::geteuid() != folder.st_uid;
+}
+
 bool IsSqliteFileEmpty(const std::string& strPath) {
     struct stat status {};
     return ::stat(strPath.c_str(), &status) == 0 && status.st_size == 0;

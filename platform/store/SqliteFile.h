@@ -53,6 +53,9 @@ bool IsSqliteFileFixed(const std::string& strPath);
 /** @return whether the caller may write the file and into its folder, where another is to take its place */
 bool IsSqliteFileReplaceable(const std::string& strPath);
 
+/** @return whether the sticky bit of the folder lets others alone replace the file */
+bool IsSqliteFileAnothersToReplace(const std::string& strPath);
+
 /** @return whether the file has no bytes: the store is still to be made */
 bool IsSqliteFileEmpty(const std::string& strPath);
 

@@ -67,8 +67,8 @@ std::string FindFreePath(const std::string& strStore, const char* pSuffix) {
 
 /** Runs what makes a store of a file beside it, and tells of one that could not be removed after a failure. */
 template <class Work>
-auto WithTemporary(const std::string& strTarget, Work&& fnWork) {
-    const CTemporaryFile file(strTarget);
+auto WithTemporary(const std::string& strTarget, const char* pDoing, Work&& fnWork) {
+    const CTemporaryFile file(strTarget, pDoing);
     try {
         return fnWork(file);
     } catch (const OS::CException& error) {
@@ -229,6 +229,9 @@ std::unique_ptr<CSettingsStore> OpenWhole(const std::string& strPath, EUnitOfWor
 /** @return nothing when the store is not damaged by now */
 std::optional<SRestored> ReplaceDamaged(CSettingsStore& backup, const std::string& strPath, bool bTry,
                                         const Step& fnStep) {
+    if (IsSqliteFileAnothersToReplace(strPath)) {  // whose second name could not be taken back either
+        ThrowSystemError(strPath, StoreDoing::RESTORING, EPERM);
+    }
     SRestored restored;
     restored.bDamaged = true;
     restored.aRestored = CountRecords(backup);
@@ -236,7 +239,7 @@ std::optional<SRestored> ReplaceDamaged(CSettingsStore& backup, const std::strin
         restored.strFormer = FindFreePath(strPath, DAMAGED);
         return restored;
     }
-    const bool bReplaced = WithTemporary(strPath, [&](const CTemporaryFile& file) {
+    const bool bReplaced = WithTemporary(strPath, StoreDoing::RESTORING, [&](const CTemporaryFile& file) {
         Fill(file, backup, fnStep);
         CWriterNote note(strPath);
         LeaveNote(note, strPath);
@@ -275,7 +278,7 @@ Counts Save(CSettingsStore& store, const std::string& strPath, const Step& fnSte
         ThrowStoreError(CSqliteStore::SCHEME + strPath, StoreDoing::BACKING_UP,
                         "it is no settings store, and is left as it is; name another file");
     }
-    return WithTemporary(strPath, [&](const CTemporaryFile& file) {
+    return WithTemporary(strPath, StoreDoing::BACKING_UP, [&](const CTemporaryFile& file) {
         const CFolder folder(strPath);
         const Counts aCounts = Fill(file, store, fnStep);
         file.Become(strPath);
@@ -285,7 +288,7 @@ Counts Save(CSettingsStore& store, const std::string& strPath, const Step& fnSte
 }
 
 void Renew(CSettingsStore& records, const std::string& strPath, const std::function<void()>& fnLook) {
-    WithTemporary(strPath, [&](const CTemporaryFile& file) {
+    WithTemporary(strPath, StoreDoing::OPENING, [&](const CTemporaryFile& file) {
         const CFolder folder(strPath);
         Fill(file, records, [] {});
         file.TakeOwner(strPath);

@@ -1,11 +1,21 @@
 #include "platform/store/StoreError.h"
 
+#include <cerrno>
 #include <system_error>
 
 #include "platform/common/CException.h"
 #include "platform/common/TextConversion.h"
 #include "platform/store/CSettingsStore.h"
 #include "platform/store/CSqliteStore.h"
+#include "platform/store/SqliteFile.h"
+
+namespace {
+
+constexpr char STICKY[] =
+    "; the file is another user's, and the sticky bit of its folder lets nobody else replace it: have its owner do "
+    "this";
+
+}  // namespace
 
 void ThrowStoreError(const std::string& strUrl, const char* pDoing, const std::string& strWhy, int iCode) {
     const std::string strMessage = "settings store " + strUrl + ", " + pDoing + ": " + strWhy;
@@ -13,7 +23,11 @@ void ThrowStoreError(const std::string& strUrl, const char* pDoing, const std::s
 }
 
 void ThrowSystemError(const std::string& strPath, const char* pDoing, int iError) {
-    ThrowStoreError(CSqliteStore::SCHEME + strPath, pDoing, std::generic_category().message(iError), iError);
+    std::string strWhy = std::generic_category().message(iError);
+    if (iError == EPERM && IsSqliteFileAnothersToReplace(strPath)) {
+        strWhy += STICKY;
+    }
+    ThrowStoreError(CSqliteStore::SCHEME + strPath, pDoing, strWhy, iError);
 }
 
 void ThrowBusy(const std::string& strUrl, const char* pDoing, const std::string& strWriter, int iCode) {

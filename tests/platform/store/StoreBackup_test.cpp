@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <filesystem>
+#include <functional>
 #include <set>
 #include <stdexcept>
 
@@ -453,6 +454,39 @@ TEST_F(StoreBackupTest, OlderBackupStaysAsItIsWhenItIsRestoredFrom) {
         EXPECT_EQ(bTry ? KEPT : FIRST_VERSION_DUMP, DumpFile(Path()));
         EXPECT_EQ(strBytes, m_folder.Read("backup.db"));
     }
+}
+
+TEST_F(StoreBackupTest, StoreThatTheStickyBitKeepsIsNotReplaced) {
+    const std::string strWhy =
+        ": Operation not permitted; the file is another user's, and the sticky bit of its folder lets nobody else "
+        "replace it: have its owner do this";
+    {
+        CSqliteStore store(Path());
+        StoreBackup::Save(store, BackupPath(), NoStep);
+    }
+    ::chmod(BackupPath().c_str(), 0444);
+    m_folder.MakeFolder("shared");
+    ::chmod(m_folder.Path().c_str(), 0755);
+    ::chmod(m_folder.Path("shared").c_str(), 01777);
+    const std::string strStore = m_folder.Path("shared/settings.db");
+    const auto fnRefusal = [&](const char* pDoing, const std::function<void()>& fnRun) {
+        ::chmod(strStore.c_str(), 0666);
+        const std::string strBytes = m_folder.Read("shared/settings.db");
+        const CUnprivileged unprivileged;
+        EXPECT_EQ("settings store sqlite:" + strStore + ", " + pDoing + strWhy, ExceptionText(fnRun));
+        EXPECT_TRUE(strBytes == m_folder.Read("shared/settings.db")) << pDoing;
+        for (const auto& entry : fs::directory_iterator(m_folder.Path("shared"))) {
+            EXPECT_EQ(strStore, entry.path().string()) << pDoing;
+        }
+    };
+    MakeFirstVersion(strStore);
+    fnRefusal("opening it", [&] { CSqliteStore store(strStore); });
+    m_folder.Write("shared/settings.db", m_folder.Read("backup.db"));
+    fnRefusal("writing a backup", [&] { StoreBackup::Save(*StoreBackup::Open(BackupPath()), strStore, NoStep); });
+    std::string strDamaged = m_folder.Read("backup.db");
+    strDamaged[0] ^= 1;
+    m_folder.Write("shared/settings.db", strDamaged);
+    fnRefusal("restoring it", [&] { StoreBackup::Restore(*StoreBackup::Open(BackupPath()), strStore, false, NoStep); });
 }
 
 TEST_F(StoreBackupTest, RestoresWhereNothingIs) {
