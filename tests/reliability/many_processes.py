@@ -4,8 +4,7 @@ Each worker owns items of its own, which it imports again and again, each time a
 renames or deletes one and imports anew. Every export and every backup must show each worker's items in one version (it is
 one state), and in one that is not older than what that worker had imported before it began; every check must find the
 store whole. In the end every item has its last version. A command may fail with 4 only when it says that another process
-is writing. Nobody restores a backup: what the others did meanwhile would be lost, as it should, and nothing could be told
-from that.
+is writing. Nobody restores a backup: what the others did meanwhile would go, as it should; bringing_up.py has that.
 """
 import argparse
 import collections
