@@ -4,6 +4,9 @@
 On each of them a fresh process must find the store as it was before the command or as it is after, and sound; every
 other file is the whole old or the whole new one; and the command must then succeed. What a command did that has ended
 stays: the last disks must have all of it. So does what it has reported before, where it reports each file by itself.
+
+Of some disks the recovery is cut too: what a dump, a check or the command again changes there. All that holds for the
+disks that this leaves, and what the first cut has left of the command's work is not lost by the second.
 """
 
 from __future__ import annotations
@@ -30,8 +33,7 @@ from scenarios import (BACKUP, DONE, EXAMPLES, FIXABLE, OUTPUT, POLICY, SIDE_FIL
 
 # One of each kind.
 SAMPLED = ("import, no store", "import", "store load", "rename", "export -o, replacing", "import --report",
-           "store backup, replacing", "store restore", "store restore, damaged store", "fmt --write",
-           "import, store of the first version")
+           "store backup, replacing", "store restore", "fmt --write", "import, store of the first version")
 # A log and standard output are promised by nobody; an editor has files of its own.
 LEFT_OUT = ("import --log", "import --json, into a file", "template edit")
 MUCH = (POLICY % "").replace("</digitalAssets>", "".join(
@@ -50,6 +52,8 @@ LAST, ALL_BUT_LAST, BYTES = "the last change", "all but the last change", "bytes
 TELLING = (LAST, ALL_BUT_LAST, BYTES)  # ways in which it shows that something was not synchronised in time
 NOTHING, FIRST, WHOLE = range(3)  # of what a command does
 MOST_TOLD = 5  # of a command
+AGAIN = ()  # the command itself
+RECOVERIES = (("store", "dump"), ("store", "check"), AGAIN)
 READER = """import sqlite3, sys
 store = sqlite3.connect(sys.argv[1], isolation_level=None)
 store.execute("BEGIN")
@@ -158,14 +162,15 @@ class Trial:
         self._world = world
         self._scenario = world.filled_in(cut.scenario)
         self._store = cut.store
+        self._trace = world.work.parent / "trace"
+        self._recording = {"LD_PRELOAD": library, "DLP_RECORD_FILE": str(self._trace)}
         start = self._start(cut, logged)
         self._before = self._dump(start)
         start.put(world.work)
-        trace = world.work.parent / "trace"
-        trace.unlink(missing_ok=True)
+        self._trace.unlink(missing_ok=True)
         with reading(world.work / cut.store) if cut.read else contextlib.nullcontext():
             self.start = State.of(world.work)
-            self._whole = world.again(self._scenario, {"LD_PRELOAD": library, "DLP_RECORD_FILE": str(trace)})
+            self._whole = world.again(self._scenario, self._recording)
             self._end = State.of(world.work)
         if self._whole.code not in DONE:
             raise RuntimeError(f"{cut.scenario.name}: exit {self._whole.code} undisturbed: {self._whole.err}")
@@ -173,7 +178,7 @@ class Trial:
         self._reports = cut.first is not None
         self._first = self._start_next(cut.first) if cut.first else self._end
         self._after_first = self._dump(self._first)
-        self._record = Record(world.work, self.start, trace.read_bytes())
+        self._record = Record(world.work, self.start, self._trace.read_bytes())
         self.changes = self._record.changes
         self._require_all()
         if self._scenario.damaged and not self._is_kept(self._end):
@@ -231,12 +236,7 @@ class Trial:
 
     def disks(self, chosen: set[tuple[int, int]] | None, seed: int) -> Iterator[tuple[int, str, State]]:
         """After each change, in each way; or those that are chosen."""
-        disk = Disk(self.start)
-        for number, change in enumerate(self.changes, 1):
-            disk.change(change)
-            for way, (name, pick) in enumerate(picks(change, f"{seed} {number}")):
-                if chosen is None or (number, way) in chosen:
-                    yield number, name, disk.state(pick, random.Random(f"{seed} {number} {way}"))
+        return disks(self.start, self.changes, chosen, seed)
 
     def describe(self, moment: int) -> str:
         """The change before it, for people."""
@@ -257,6 +257,33 @@ class Trial:
             self.judged[mark] = self._find_fault(state)
         found, done = self.judged[mark]
         return found or ("" if done >= self._required(moment) else "what the command has said to be done is lost")
+
+    def second_fault(self, chance: random.Random, seed: str) -> tuple[str, str]:
+        """Where the power was cut twice, and what is wrong with the disk; no place when the recovery changes nothing."""
+        moment, name, first = draw(self.start, self.changes, chance, seed)
+        found = self.fault(first, moment)
+        # A report of the next run is another one.
+        words = chance.choice([words for words in RECOVERIES if words != AGAIN or not self._scenario.reports])
+        scenario = replace(self._scenario, words=self._on_store(*words)) if words else self._scenario
+        first.put(self._world.work)
+        start = State.of(self._world.work)
+        self._trace.unlink(missing_ok=True)
+        recovery = self._world.again(scenario, self._recording)
+        changes = Record(self._world.work, start, self._trace.read_bytes()).changes if self._trace.exists() else []
+        if not changes or found:
+            return "", ""
+        second_moment, second_name, second = draw(start, changes, chance, seed)
+        place = (f"change {moment} of {len(self.changes)} ({self.describe(moment)}), {name}, then change {second_moment} of "
+                 f"{len(changes)} of {' '.join(words) or 'the command'}, {second_name}")
+        found = self.fault(second, moment)
+        done, done_before = self.judged[second.mark()][1], self.judged[first.mark()][1]
+        ended = words == AGAIN and recovery.code in DONE and second_moment == len(changes)
+        if not found and done < (WHOLE if ended else done_before):
+            found = "what was done is lost by the second cut"
+        return place, found
+
+    def _on_store(self, *words: str) -> tuple[str, ...]:
+        return "--store", f"sqlite:{self._world.work}/{self._store}", *words
 
     def _required(self, moment: int) -> int:
         """How much must be there then."""
@@ -282,8 +309,7 @@ class Trial:
         return dump == self._before or self._scenario.damaged and dump.startswith(DAMAGED)
 
     def _check(self) -> tuple[int, bytes, str]:
-        words = ("--store", f"sqlite:{self._world.work}/{self._store}", "store", "check")
-        check = self._world.again(replace(self._scenario, words=words), {})
+        check = self._world.again(replace(self._scenario, words=self._on_store("store", "check")), {})
         return check.code, check.out, check.err
 
     def _find_fault_of_check(self, state: State, dump: str) -> str:
@@ -337,6 +363,22 @@ class Trial:
                    for path in made.paths if path != self._store)
 
 
+def disks(start: State, changes: list[Change], chosen: set[tuple[int, int]] | None, seed: object) -> Iterator[tuple[int, str, State]]:
+    """After each change, in each way; or those that are chosen."""
+    disk = Disk(start)
+    for number, change in enumerate(changes, 1):
+        disk.change(change)
+        for way, (name, pick) in enumerate(picks(change, f"{seed} {number}")):
+            if chosen is None or (number, way) in chosen:
+                yield number, name, disk.state(pick, random.Random(f"{seed} {number} {way}"))
+
+
+def draw(start: State, changes: list[Change], chance: random.Random, seed: str) -> tuple[int, str, State]:
+    """One of them."""
+    chosen = {(chance.randint(1, len(changes)), chance.randrange(len(picks(changes[-1], ""))))}
+    return next(disks(start, changes, chosen, seed))
+
+
 def leave_log(world: World, library: str) -> State:
     """A store whose last import is in the log alone."""
     trial = Trial(world, Cut(Scenario("import, to leave a log", ("import", "{in}"), (POLICY % "").encode())), library, None)
@@ -367,6 +409,7 @@ def main() -> int:
     parser.add_argument("--library", required=True, type=Path, help="path of what records the changes")
     parser.add_argument("--seed", type=int, default=1, help="what draws")
     parser.add_argument("--sample", type=int, default=0, help="how many disks of each command; 0: every one")
+    parser.add_argument("--again", type=int, default=0, help="how many recoveries of each command are cut too")
     parser.add_argument("--only", default="", help="one command, by its name here")
     arguments = parser.parse_args()
     library = str(arguments.library.resolve())
@@ -390,12 +433,19 @@ def main() -> int:
                 if found and wrong <= MOST_TOLD:
                     print(f"{cut.scenario.name}, change {moment} of {len(trial.changes)} "
                           f"({trial.describe(moment)}), {way}: {found.rstrip()}", flush=True)
+            chance = random.Random(f"{arguments.seed} {cut.scenario.name} again")
+            for number in range(arguments.again):
+                place, found = trial.second_fault(chance, f"{arguments.seed} again {number}")
+                figures["again"] += bool(place)
+                wrong += bool(found)
+                if found and wrong <= MOST_TOLD:
+                    print(f"{cut.scenario.name}, {place}: {found.rstrip()}", flush=True)
             figures.update(wrong=wrong, changes=len(trial.changes), commands=1, different=len(trial.judged))
             if wrong > MOST_TOLD:
                 print(f"{cut.scenario.name}: {wrong} wrong")
         clear(world.work)
     print(f"{figures['disks']} disks ({figures['different']} different) after {figures['changes']} changes of "
-          f"{figures['commands']} commands, {figures['wrong']} wrong; {time.monotonic() - begun:.0f} s")
+          f"{figures['commands']} commands, {figures['again']} after a recovery that was cut too, {figures['wrong']} wrong; {time.monotonic() - begun:.0f} s")
     return 1 if figures["wrong"] or not figures["disks"] else 0
 
 
