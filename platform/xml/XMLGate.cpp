@@ -158,8 +158,13 @@ SXMLLoadError MakeError(std::string strMessage, std::string_view strText, std::s
 }  // namespace
 
 SXMLGateResult CheckXml(std::string_view strText) {
-    if (ProveXml(strText).bWellFormed) {
+    const SXMLProof proof = ProveXml(strText);
+    if (proof.bWellFormed) {
         return {true, false, false, {}};
+    }
+    if (proof.iTwice != std::string_view::npos) {
+        // The engine would tell the same, but for millions of attributes takes its time.
+        return {false, false, false, MakeError(XML_ErrorString(XML_ERROR_DUPLICATE_ATTRIBUTE), strText, proof.iTwice)};
     }
     if (LooksLikeUtf16(strText)) {
         return {false, false, false, MakeError(NOT_UTF8, strText, 0)};

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <utility>
 #include <vector>
 
 #include "platform/common/TextConversion.h"
@@ -84,7 +85,8 @@ constexpr std::array<EName, 256> NAME_BYTES = [] {
 
 class CProver {
   public:
-    explicit CProver(std::string_view strText) : m_pNext(strText.data()), m_pEnd(strText.data() + strText.size()) {}
+    explicit CProver(std::string_view strText)
+        : m_pStart(strText.data()), m_pNext(strText.data()), m_pEnd(strText.data() + strText.size()) {}
 
     SXMLProof Prove() {
         m_proof.bAsWritten = !PassDeclaration();
@@ -228,13 +230,48 @@ class CProver {
         return Pass("=\"") && PassRun(VALUE_BYTES, &SReference::bWrittenInValue) && Pass('"');
     }
 
+    /** Looks again at the attributes of a tag, of which two have names of one hash, for the first that is there twice.
+     */
+    void FindTwice(const char* pAttributes, std::size_t iAttributes) {
+        using Name = std::pair<XXH64_hash_t, std::string_view>;
+        std::vector<Name> vecNames(iAttributes);
+        m_pNext = pAttributes;
+        for (auto& [iHash, strName] : vecNames) {
+            PassBlanks();
+            strName = PassName();
+            iHash = XXH3_64bits(strName.data(), strName.size());
+            Pass("=\"");
+            PassRun(VALUE_BYTES, &SReference::bWrittenInValue);
+            Pass('"');
+        }
+        std::sort(vecNames.begin(), vecNames.end(), [](const Name& left, const Name& right) {
+            return left.first != right.first ? left.first < right.first : left.second.data() < right.second.data();
+        });
+        const char* pTwice = m_pEnd;
+        for (std::size_t i = 1; i < vecNames.size(); ++i) {
+            if (vecNames[i].first != vecNames[i - 1].first) {
+                continue;
+            }
+            if (vecNames[i].second != vecNames[i - 1].second) {
+                return;  // names of one hash, of which others may stand there twice
+            }
+            pTwice = std::min(pTwice, vecNames[i].second.data());
+        }
+        m_proof.iTwice = static_cast<std::size_t>(pTwice - m_pStart);
+    }
+
     /** What follows the name in a start tag, up to its end, which is not passed. */
     bool PassAttributes() {
+        const char* const pStart = m_pNext;
         for (std::size_t i = 0;; ++i) {
             const bool bSpace = Pass(' ');
             const bool bBlanks = PassBlanks();
             if (IsAt('>') || IsAt('/')) {
-                return AreDistinct(i) && (!bSpace || Unwritten());
+                const bool bDistinct = AreDistinct(i);
+                if (!bDistinct && (IsAt('>') || Rest().substr(0, 2) == "/>")) {
+                    FindTwice(pStart, i);
+                }
+                return bDistinct && (!bSpace || Unwritten());
             }
             if ((!bSpace && !bBlanks) || !PassAttribute(i)) {
                 return false;
@@ -295,6 +332,7 @@ class CProver {
         return true;
     }
 
+    const char* m_pStart;
     const char* m_pNext;
     const char* m_pEnd;
     SXMLProof m_proof;

@@ -6,6 +6,11 @@
 /** What one quick look has proven about a text. */
 struct SXMLProof {
     bool bWellFormed = false;
+    /**
+     * Where an attribute's name stands for the second time in a tag of many; npos: not told. All before the tag's end
+     * is well-formed but for that.
+     */
+    std::size_t iTwice = std::string_view::npos;
     /** It is one element as XmlMarkup::Append would write it again, byte for byte, and declares no namespace. */
     bool bAsWritten = false;
     std::size_t iDepth = 0;         ///< how deep its elements nest

@@ -97,6 +97,15 @@ bool ReadWithExpat(std::string_view strText, SExpatNode& root) {
     return bRead;
 }
 
+std::size_t FindTwiceWithExpat(std::string_view strText) {
+    const XML_Parser parser = XML_ParserCreate("UTF-8");
+    XML_Parse(parser, strText.data(), static_cast<int>(strText.size()), 1);
+    const bool bTwice = XML_GetErrorCode(parser) == XML_ERROR_DUPLICATE_ATTRIBUTE;
+    const auto iOffset = static_cast<std::size_t>(XML_GetCurrentByteIndex(parser));
+    XML_ParserFree(parser);
+    return bTwice ? iOffset : std::string::npos;
+}
+
 void DropBlanksBetweenElements(SExpatNode& node) {
     using E = SExpatNode;
     std::vector<E>& vecChildren = node.vecChildren;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -21,6 +22,10 @@ struct SExpatNode {
  * @return false for text that is not well-formed
  */
 bool ReadWithExpat(std::string_view strText, SExpatNode& root);
+
+/** @return where the engine finds an attribute's name for the second time; npos when nothing or something else is wrong
+ */
+std::size_t FindTwiceWithExpat(std::string_view strText);
 
 /** Takes out blank text between elements: where there are elements and no other text beside it. */
 void DropBlanksBetweenElements(SExpatNode& node);

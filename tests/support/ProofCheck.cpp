@@ -36,6 +36,9 @@ std::string FindFalseWriting(std::string_view strText, const SXMLProof& proof) {
 std::string FindFalseProof(std::string_view strText) {
     const SXMLProof proof = ProveXml(strText);
     SExpatNode root;
+    if (proof.iTwice != std::string_view::npos && proof.iTwice != FindTwiceWithExpat(strText)) {
+        return "another attribute twice";
+    }
     if (!proof.bWellFormed) {
         return proof.bAsWritten ? "as written, but not well-formed" : "";
     }

@@ -188,6 +188,51 @@ TEST(XmlProof, NothingIsProvenOfAnyOtherText) {
     }
 }
 
+TEST(XmlProof, TellsWhichOfManyAttributesStandsTwice) {
+    const std::string strTwo = Renamed(Renamed(WithAttributes(2000), "b1500", "b7"), "b900", "b1999");
+    const std::string strBehind = "<a>t<b c=\"\"/>" + strTwo;
+    std::string strOften = "<a b0=\"\"";
+    for (int i = 0; i < 100; ++i) {
+        strOften += "\n b0=\"&amp;\"";
+    }
+    const struct {
+        std::string strText;
+        std::size_t iTwice;
+    } ROWS[] = {
+        {strTwo, strTwo.find("b7=", strTwo.find("b1499"))},
+        {strBehind, strBehind.find("b7=", strBehind.find("b1499"))},
+        {strOften + ">", std::string::npos},  // told as of a few
+        {strTwo.substr(0, strTwo.size() - 2) + ">\x01", strTwo.find("b7=", strTwo.find("b1499"))},
+        {strTwo.substr(0, strTwo.size() - 2), std::string::npos},
+        {strTwo.substr(0, strTwo.size() - 2) + "/ >", std::string::npos},
+        {strTwo.substr(0, strTwo.size() - 2) + " b=\"<\"/>", std::string::npos},
+        {strTwo.substr(0, strTwo.size() - 2) + " c/>", std::string::npos},
+        {"<a></b>" + strTwo, std::string::npos},
+        {WithAttributes(2000), std::string::npos},
+    };
+    for (const auto& row : ROWS) {
+        EXPECT_EQ(ProveXml(row.strText).iTwice, row.iTwice) << row.strText.substr(0, 20);
+        EXPECT_EQ("", FindFalseProof(row.strText)) << row.strText.substr(0, 20);
+    }
+}
+
+TEST(XmlProof, HoldsForDamagedTagsOfManyAttributes) {
+    std::mt19937 random(21);
+    int iTwice = 0;
+    for (int iRound = 0; iRound < 5000; ++iRound) {
+        std::string strText = "<a><b/>" + WithAttributes(40) + "</a>";
+        for (auto i = 1 + random() % 4; i > 0; --i) {
+            const std::string strName = "b" + std::to_string(random() % 40) + "=";
+            const std::size_t iPlace = strText.find(strName);
+            const std::string strOther = "b" + std::to_string(random() % 40) + "=";
+            strText.replace(std::min(iPlace, strText.size() - 9), strName.size(), random() % 9 == 0 ? "/>" : strOther);
+        }
+        iTwice += ProveXml(strText).iTwice != std::string::npos ? 1 : 0;
+        ASSERT_EQ("", FindFalseProof(strText)) << strText;
+    }
+    EXPECT_GT(iTwice, 300);
+}
+
 TEST(XmlProof, HoldsForDamagedTexts) {
     const std::string SOUND =
         "<?xml version=\"1.0\"?><a b=\"1\" c=\"&lt;&#9;\">t&amp;\n<d>\xC3\xA4 &gt;&#13;</d><d/><e f=\"\">x</e></a>";
