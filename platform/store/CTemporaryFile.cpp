@@ -7,6 +7,8 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <exception>
+#include <filesystem>
 
 #include "platform/store/SqliteFile.h"
 #include "platform/store/StoreError.h"
@@ -14,7 +16,12 @@
 
 namespace {
 
-constexpr char TEMPORARY[] = ".new-XXXXXX";
+namespace fs = std::filesystem;
+
+constexpr char TEMPORARY[] = ".new-";
+constexpr char PATTERN[] = "XXXXXX";
+constexpr char MAKER[] = "-maker";
+constexpr int MOST_TRIES = 5;
 constexpr mode_t MODE_BITS = 0777;
 constexpr mode_t GROUP_BITS = 0070;
 
@@ -22,20 +29,79 @@ bool IsGone(const std::string& strPath) {
     return ::unlink(strPath.c_str()) == 0 || errno == ENOENT;
 }
 
+/** The note comes last: what it tells of is gone by then. */
+std::vector<std::string> SideFilesOf(const std::string& strPath) {
+    std::vector<std::string> vecPaths;
+    for (const char* pSideFile : SqliteSuffix::ALL) {
+        vecPaths.push_back(strPath + pSideFile);
+    }
+    vecPaths.push_back(strPath + MAKER);
+    return vecPaths;
+}
+
+/** @return the files on their way to become the target that have a note beside them */
+std::vector<std::string> FindNoted(const std::string& strTarget) {
+    std::vector<std::string> vecPaths;
+    const std::string strStart = strTarget + TEMPORARY;
+    const std::size_t iSize = strStart.size() + sizeof(PATTERN) - 1;
+    for (const auto& entry : fs::directory_iterator(fs::path(strTarget).parent_path())) {
+        const std::string strPath = entry.path().string();
+        if (strPath.compare(0, strStart.size(), strStart) == 0 && strPath.size() > iSize &&
+            strPath.compare(iSize, std::string::npos, MAKER) == 0) {
+            vecPaths.push_back(strPath.substr(0, iSize));
+        }
+    }
+    return vecPaths;
+}
+
+/** A folder that may not be read keeps what is left. */
+void RemoveLeft(const std::string& strTarget) {
+    try {
+        for (const std::string& strPath : FindNoted(strTarget)) {
+            CWriterNote note(strPath, MAKER);
+            note.Leave();
+            if (!note.IsLeft()) {
+                continue;  // its maker lives
+            }
+            ::unlink(strPath.c_str());
+            for (const std::string& strSideFile : SideFilesOf(strPath)) {
+                ::unlink(strSideFile.c_str());
+            }
+        }
+    } catch (const std::exception&) {
+        // The next one removes it.
+    }
+}
+
 }  // namespace
 
-CTemporaryFile::CTemporaryFile(const std::string& strTarget, const char* pDoing)
-    : m_pDoing(pDoing), m_strPath(strTarget + TEMPORARY) {
-    for (const char* pSideFile : SqliteSuffix::ALL) {
-        m_vecSideFiles.push_back(m_strPath + pSideFile);
-    }
-    const int iFile = ::mkostemp(m_strPath.data(), O_CLOEXEC);
-    if (iFile < 0) {
-        ThrowSystemError(strTarget, m_pDoing, errno);
-    }
-    ::close(iFile);
-    for (std::string& strSideFile : m_vecSideFiles) {
-        strSideFile.replace(0, m_strPath.size(), m_strPath);  // of the same length: without a request for memory
+/** From here on what was made is removed, also when the making fails. */
+CTemporaryFile::CTemporaryFile(const std::string& strTarget, const char* pDoing) : CTemporaryFile(pDoing) {
+    RemoveLeft(strTarget);
+    Make(strTarget);
+}
+
+/** Whoever removes what is left may have come between the file and its note. */
+void CTemporaryFile::Make(const std::string& strTarget) {
+    for (int iTries = 0; iTries < MOST_TRIES; ++iTries) {
+        m_strPath = strTarget + TEMPORARY + PATTERN;
+        m_vecSideFiles = SideFilesOf(m_strPath);
+        const int iFile = ::mkostemp(m_strPath.data(), O_CLOEXEC);
+        if (iFile < 0) {
+            const int iError = errno;
+            m_strPath.clear();
+            m_vecSideFiles.clear();
+            ThrowSystemError(strTarget, m_pDoing, iError);
+        }
+        ::close(iFile);
+        for (std::string& strSideFile : m_vecSideFiles) {
+            strSideFile.replace(0, m_strPath.size(), m_strPath);  // of the same length: without a request for memory
+        }
+        m_optNote.emplace(m_strPath, MAKER);
+        m_optNote->Leave();
+        if (::access(m_strPath.c_str(), F_OK) == 0) {
+            return;
+        }
     }
 }
 

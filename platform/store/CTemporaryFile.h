@@ -1,9 +1,16 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
-/** A file on its way to become a store beside it: gone unless it became one. All of it throws OS::CException. */
+#include "platform/store/CWriterNote.h"
+
+/**
+ * A file on its way to become a store beside it: gone unless it became one, or its maker was killed; then it goes with
+ * the next one. A note beside it, "-maker", says that it is one and whether its maker lives. All of it throws
+ * OS::CException.
+ */
 class CTemporaryFile {
   public:
     /**
@@ -30,7 +37,11 @@ class CTemporaryFile {
     void Become(const std::string& strTarget) const;
 
   private:
+    explicit CTemporaryFile(const char* pDoing) : m_pDoing(pDoing) {}
+    void Make(const std::string& strTarget);
+
     const char* m_pDoing;
     std::string m_strPath;
+    std::optional<CWriterNote> m_optNote;
     std::vector<std::string> m_vecSideFiles;  ///< removing them must not depend on memory that has run out
 };

@@ -13,8 +13,6 @@
 #include <ctime>
 #include <exception>
 
-#include "platform/store/SqliteFile.h"
-
 namespace {
 
 constexpr mode_t OWN_MODE = 0600;
@@ -63,7 +61,7 @@ bool IsLeftBehind(const std::string& strText) {
 }  // namespace
 
 std::string CWriterNote::GetPath() const {
-    return m_strStorePath + SqliteSuffix::WRITER_NOTE;
+    return m_strStorePath + m_pSuffix;
 }
 
 /**

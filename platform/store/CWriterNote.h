@@ -2,6 +2,8 @@
 
 #include <string>
 
+#include "platform/store/SqliteFile.h"
+
 /**
  * Says who writes to a store: a file beside the store's, "-writer", that a process leaves while its unit of work lasts,
  * for those who wait in vain. It only informs: a note that cannot be left is done without, and one whose process is
@@ -9,8 +11,12 @@
  */
 class CWriterNote {
   public:
-    /** @param strStorePath absolute */
-    explicit CWriterNote(const std::string& strStorePath) : m_strStorePath(strStorePath) {}
+    /**
+     * @param strStorePath absolute
+     * @param pSuffix of the note's name
+     */
+    explicit CWriterNote(const std::string& strStorePath, const char* pSuffix = SqliteSuffix::WRITER_NOTE)
+        : m_strStorePath(strStorePath), m_pSuffix(pSuffix) {}
     CWriterNote(const CWriterNote&) = delete;
     CWriterNote& operator=(const CWriterNote&) = delete;
     ~CWriterNote() { Remove(); }
@@ -28,5 +34,6 @@ class CWriterNote {
     int Take() const;
 
     std::string m_strStorePath;
+    const char* m_pSuffix;
     int m_iFile = -1;
 };

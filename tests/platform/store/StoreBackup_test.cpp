@@ -4,8 +4,10 @@
 #include <gtest/gtest.h>
 #include <sqlite3.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
+#include <csignal>
 #include <filesystem>
 #include <functional>
 #include <set>
@@ -94,6 +96,43 @@ TEST_F(StoreBackupTest, ReplacesAFileWholeOrNotAtAll) {
               ExceptionText([&] { StoreBackup::Save(store, m_folder.Path("used.db"), NoStep); }));
     EXPECT_EQ("settings store sqlite:/proc/none.db, writing a backup: No such file or directory",
               ExceptionText([&] { StoreBackup::Save(store, "/proc/none.db", NoStep); }));
+}
+
+TEST_F(StoreBackupTest, WhatAKilledOneHasLeftGoesWithTheNextAndWhatOthersMakeStays) {
+    const auto fnStart = [&](int iSignal) {
+        const pid_t iProcess = ::fork();
+        if (iProcess == 0) {
+            CSqliteStore store(Path());
+            StoreBackup::Save(store, BackupPath(), [&] { ::raise(iSignal); });
+            ::_exit(1);
+        }
+        int iStatus = 0;
+        ::waitpid(iProcess, &iStatus, WUNTRACED);
+        return iProcess;
+    };
+    const auto fnNew = [&] {
+        std::set<std::string> setNames;
+        for (const std::string& strName : Names()) {
+            if (strName.rfind("backup.db.new-", 0) == 0) {
+                setNames.insert(strName);
+            }
+        }
+        return setNames;
+    };
+    m_folder.Write("backup.db.new-laptop", "named so by somebody");
+    const pid_t iStopped = fnStart(SIGSTOP);
+    const auto setBefore = fnNew();
+    EXPECT_EQ(6u, setBefore.size());  // somebody's, and one with its notes, log and index
+    fnStart(SIGKILL);
+    EXPECT_LT(setBefore.size(), fnNew().size());
+    CSqliteStore store(Path());
+    StoreBackup::Save(store, BackupPath(), NoStep);
+    EXPECT_EQ(setBefore, fnNew());
+    ::kill(iStopped, SIGKILL);
+    ::waitpid(iStopped, nullptr, 0);
+    StoreBackup::Save(store, BackupPath(), NoStep);
+    EXPECT_EQ(std::set<std::string>{"backup.db.new-laptop"}, fnNew());
+    EXPECT_EQ(KEPT, DumpFile(BackupPath()));
 }
 
 TEST_F(StoreBackupTest, DamagedBackupIsRefusedWherever) {
