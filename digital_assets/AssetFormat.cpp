@@ -129,6 +129,16 @@ constexpr SAssetFormat KEYWORD_FORMAT = {
 };
 
 const SChild* ReadElement(const SAssetFormat& format, const CXMLView& element, CSettingsRow& row) {
+    const SChild* pMissing = ReadFields(format, element, row);
+    if (pMissing == nullptr && format.iMarkupColumn != AssetColumn::SUBJECT) {
+        std::string strMarkup;
+        element.AppendMarkup(strMarkup);
+        row.SetText(format.iMarkupColumn, std::move(strMarkup));
+    }
+    return pMissing;
+}
+
+const SChild* ReadFields(const SAssetFormat& format, const CXMLView& element, CSettingsRow& row) {
     const SType* pType = FindType(format, element.Attribute(TagUtf8::TYPE), false);
     const SType& type = pType != nullptr ? *pType : format.aTypes.front();
     for (const SAttribute& attribute : format.aAttributes) {
@@ -141,11 +151,6 @@ const SChild* ReadElement(const SAssetFormat& format, const CXMLView& element, C
             return &child;
         }
         row.SetText(child.iColumn, node.Text());
-    }
-    if (format.iMarkupColumn != AssetColumn::SUBJECT) {
-        std::string strMarkup;
-        element.AppendMarkup(strMarkup);
-        row.SetText(format.iMarkupColumn, std::move(strMarkup));
     }
     return nullptr;
 }

@@ -74,6 +74,8 @@ extern const SAssetFormat KEYWORD_FORMAT;
  * @return the child element that the element must have and has not, the row then filled in part; null when all is well
  */
 const SChild* ReadElement(const SAssetFormat& format, const CXMLView& element, CSettingsRow& row);
+/** The same but for the whole markup, which may be long. */
+const SChild* ReadFields(const SAssetFormat& format, const CXMLView& element, CSettingsRow& row);
 
 /** @return what keeps an element of any kind from being an item: NO_NAME, NO_DISPLAY_NAME, or NONE */
 EReason CheckNames(const CXMLView& element);

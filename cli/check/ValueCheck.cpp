@@ -83,7 +83,7 @@ class CValueCheck {
     /** What belongs to another type is not told of where it is not known which type is meant. */
     void CheckAsset(const SAssetFormat& format, const CXMLView& element) const {
         CSettingsRow row(format.eKind == EItemKind::EXPRESSION ? ESettingsKind::EXPRESSION : ESettingsKind::KEYWORD);
-        DigitalAssets::ReadElement(format, element, row);
+        DigitalAssets::ReadFields(format, element, row);
         const std::string& strType = row.GetText(format.iTypeColumn);
         bool bType = true;
         for (const DigitalAssets::SAttribute& attribute : format.aAttributes) {

@@ -156,6 +156,21 @@ TEST_F(Configuration, AFileThatIsNoTomlIsRefused) {
               "dlpctl: " + m_dir.Path("other/dlpctl/config.toml") + ": Is a directory\n");
 }
 
+TEST_F(Configuration, AFileThatTheParserCannotBearIsRefused) {
+    std::string strKey = "a";
+    for (int i = 0; i < 100000; ++i) {
+        strKey += ".a";
+    }
+    WriteFile("quiet = true\n" + strKey + " = 1\n");
+    EXPECT_EQ(Run({"list", "templates"}).strErr,
+              "dlpctl: " + m_strFile + ":2:1: this line has more than 32 dots, and no setting has\n");
+    WriteFile("quiet = true\n" + std::string(1 << 20, '#'));
+    EXPECT_EQ(Run({"list", "templates"}).strErr,
+              "dlpctl: " + m_strFile + ": it is larger than 1 MiB, and settings are not\n");
+    WriteFile("quiet = true # " + std::string(32, '.') + '\n' + std::string(1 << 19, '#'));
+    EXPECT_EQ(GetOption("quiet")[0], true);
+}
+
 TEST_F(Configuration, HelpNeedsNoSoundFile) {
     WriteFile("nonsense");
     EXPECT_EQ(Run({"config", "--help"}).iCode, 0);
