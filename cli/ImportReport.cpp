@@ -274,19 +274,22 @@ Json MakeReportHead(const SImportReport& report) {
     return {{"format", report.pFormat}, {"file", report.strFile}};
 }
 
-Json MakeReportJson(const SImportReport& report) {
+namespace {
+
+/** What stands before the items. */
+Json MakeReportFront(const SImportReport& report) {
     Json object = MakeReportHead(report);
     object["verdict"] = GetVerdictName(report.eVerdict);
     object["result"] = report.iResult ? Json(*report.iResult) : Json();
     object["imported"] = report.vecImported;
     object["skipped"] = report.vecSkipped;
     object["skipped_assets"] = report.vecSkippedAssets;
-    Json& items = object["items"] = Json::array();
-    for (const SReportItem& item : report.vecItems) {
-        items.push_back(MakeWholeItemJson(item));
-    }
-    object["dry_run"] = report.bDryRun;
-    object["passed_over"] = report.iNotChosen + report.iTemplatesLeft;
+    return object;
+}
+
+/** What stands behind them. */
+Json MakeReportBack(const SImportReport& report) {
+    Json object = {{"dry_run", report.bDryRun}, {"passed_over", report.iNotChosen + report.iTemplatesLeft}};
     Json& missing = object["not_found"] = Json::array();
     for (const SMissingName& name : report.vecMissing) {
         missing.push_back({{"name", name.strName}, {"nearest", TextOrNull(name.strNearest)}});
@@ -306,6 +309,34 @@ Json MakeReportJson(const SImportReport& report) {
         }
     }
     return object;
+}
+
+std::string OneLine(const Json& value) {
+    return value.dump(-1, ' ', false, Json::error_handler_t::replace);
+}
+
+}  // namespace
+
+Json MakeReportJson(const SImportReport& report) {
+    Json object = MakeReportFront(report);
+    Json& items = object["items"] = Json::array();
+    for (const SReportItem& item : report.vecItems) {
+        items.push_back(MakeWholeItemJson(item));
+    }
+    object.update(MakeReportBack(report));
+    return object;
+}
+
+void WriteReportJson(const SImportReport& report, const std::function<void(std::string_view strPiece)>& fnTake) {
+    std::string strFront = OneLine(MakeReportFront(report));
+    strFront.pop_back();
+    fnTake(strFront + ",\"items\":[");
+    bool bFirst = true;
+    for (const SReportItem& item : report.vecItems) {
+        fnTake((bFirst ? "" : ",") + OneLine(MakeWholeItemJson(item)));
+        bFirst = false;
+    }
+    fnTake("]," + OneLine(MakeReportBack(report)).substr(1) + '\n');
 }
 
 std::string ExplainItem(const SReportItem& item) {

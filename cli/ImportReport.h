@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <deque>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -111,6 +112,8 @@ struct SImportReport {
 nlohmann::ordered_json MakeReportHead(const SImportReport& report);
 /** @return the whole object, which begins with the head */
 nlohmann::ordered_json MakeReportJson(const SImportReport& report);
+/** Writes it on a line, an item at a time. */
+void WriteReportJson(const SImportReport& report, const std::function<void(std::string_view strPiece)>& fnTake);
 /** @return a table of what became of how many items, then the findings */
 std::string MakeReportText(const SImportReport& report, std::size_t iWidth = 0);
 /** @return lines of what was not taken, where, why and what to do */

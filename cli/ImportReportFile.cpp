@@ -7,8 +7,6 @@
 #include <system_error>
 #include <utility>
 
-#include <nlohmann/json.hpp>
-
 #include "cli/CommandContext.h"
 #include "cli/FileIdentity.h"
 #include "cli/FileImport.h"
@@ -92,10 +90,6 @@ std::string MakeText(const SImportReport& report) {
     return Text::Printable(report.strFile) + ":\n" + MakeReportText(report);
 }
 
-std::string MakeJson(const SImportReport& report) {
-    return MakeReportJson(report).dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + '\n';
-}
-
 void TellRefusal(const SImportReport& report, CDiagnostics& diagnostics) {
     SDiagnostic& refusal = diagnostics.Spell(*diagnostics.Add(report.eRefusal, std::string::npos));
     refusal.strMessage = report.strReason;
@@ -154,7 +148,11 @@ void CImportReportFile::Add(const SImportReport& report, const SPolicyFile& file
         return;
     }
     if (IsWrittenAtOnce(*m_pFormat)) {
-        m_pOutput->Write(ShowsEveryItem() ? MakeJson(report) : MakeText(report));
+        if (ShowsEveryItem()) {
+            WriteReportJson(report, [this](std::string_view strPiece) { m_pOutput->Write(strPiece); });
+        } else {
+            m_pOutput->Write(MakeText(report));
+        }
     } else {
         SCheckChoice choice;
         choice.bKeepAll = true;
