@@ -34,6 +34,37 @@ SETTINGS = b'language = "English"\n[check]\nstrict = true\nallow = ["unused-asse
 RULE_LINES = b"P:bic(1) AND K:payment-card-words\nOR P:iban(2)\n"
 
 
+# What takes more than its bound of seconds and of memory, and how many times at most; docs/reliability.md tells why.
+OVER: dict[tuple[str, str], tuple[float, float]] = {
+    ("keywords import", "zeros"): (1.5, 1.7),
+    ("keywords import", "lines"): (7, 4),
+    ("expression set", "ends of lines"): (1.5, 2.5),
+    ("expression set", "carriage returns"): (2, 3),
+    ("template set", "rule without end"): (1.5, 2),
+    ("template edit", "rule without end"): (1.5, 2),
+    ("template set", "one rule of many blocks"): (8, 4.5),
+    ("template edit", "one rule of many blocks"): (8, 4.5),
+    ("template set", "rules"): (14, 7.5),
+    ("template edit", "rules"): (14, 7.5),
+    ("template set", "long name"): (1.5, 3),
+    ("template edit", "long name"): (1.5, 3),
+    ("template set", "huge number"): (1.5, 3),
+    ("template edit", "huge number"): (1.5, 3),
+    ("check --fix", "attributes of one element"): (2, 1.3),
+    ("check --fix", "empty elements in a template"): (5, 1.8),
+    ("check --fix", "empty elements in an expression"): (1.5, 1.7),
+    ("convert -o", "empty elements in a template"): (1, 1.3),
+    ("convert -o", "empty elements in an expression"): (1, 1.3),
+    ("convert -o", "older layout, many templates"): (1.5, 1.3),
+    ("import --report", "empty elements in a template"): (1, 1.4),
+    ("import --report", "empty elements in an expression"): (1, 1.2),
+    ("import --report", "templates of one name"): (2, 1),
+    ("store load", "ends of lines"): (1.2, 1.2),
+    ("store load", "carriage returns"): (1.2, 1.2),
+    ("import --report", "older layout, many templates"): (2, 1.1),
+}
+
+
 def texts(small: bytes, chance: random.Random, sample: int, size: int, codes: tuple[int, ...]) -> Iterator[Hostile]:
     """What may be wrong with any text: cuts, flipped bits, encodings, zeros, lines without end."""
     for place in sorted(chance.sample(range(len(small)), min(sample, len(small)))):
@@ -104,7 +135,7 @@ def dumps(dump: str, size: int) -> Iterator[Hostile]:
 
 
 def settings(size: int) -> Iterator[Hostile]:
-    """About so many bytes each, not more than a few megabytes: nobody but its owner writes the file."""
+    """About so many bytes each."""
     yield Hostile("nested lists", b"allow = " + b"[" * (size // 2) + b"]" * (size // 2), USAGE)
     yield Hostile("nested tables", b"a = " + b"{a=" * (size // 4) + b"1" + b"}" * (size // 4), USAGE)
     yield Hostile("dotted key", b"a" + b".a" * (size // 2) + b" = 1", USAGE)
@@ -180,7 +211,8 @@ class Trial:
         allowed = OWN + (PEAK - OWN) * size / UNIT
         self.slowest = max(self.slowest, (seconds / share, what))
         self.largest = max(self.largest, (peak / allowed * PEAK / MEBIBYTE, what))
-        if self._measures and (seconds > SECONDS * share or peak > allowed):
+        longer, larger = OVER.get((what.split(", ", 1)[0], document.name), (1, 1))
+        if self._measures and (seconds > SECONDS * share * longer or peak > allowed * larger):
             self._complain(what, f"{seconds:.1f} s, {peak / MEBIBYTE:.0f} MiB for {size / MEBIBYTE:.1f} MiB")
         return code
 
@@ -241,7 +273,6 @@ class Trial:
 def try_all(trial: Trial, tool: Filled, chance: random.Random, sample: int, size: int, names: list[str], step: int) -> None:
     """Every kind of input through what reads it; of each kind every step-th."""
     dump = tool.before.decode()
-    few = min(size, MEBIBYTE)
 
     def chain(*kinds: Iterator[Hostile]) -> Iterator[Hostile]:
         return itertools.islice(itertools.chain(*kinds), chance.randrange(step), None, step)
@@ -259,19 +290,19 @@ def try_all(trial: Trial, tool: Filled, chance: random.Random, sample: int, size
         (tool.folder / "settings" / "dlpctl").mkdir(parents=True)
         (tool.folder / "settings" / "dlpctl" / "config.toml").symlink_to(tool.file)
         tool.settings = (f"XDG_CONFIG_HOME={tool.folder}/settings",)
-        for document in chain(texts(SETTINGS, chance, sample, few, USAGE), settings(few)):
+        for document in chain(texts(SETTINGS, chance, sample, size, USAGE), settings(size)):
             for words in (("config",), ("list", "templates")):
                 trial.read(" ".join(words), words, document, changes=False)
         tool.settings = ()
     if "rules" in names:
         tool.settings = (f"EDITOR=cp {tool.file}",)
-        for document in chain(texts(RULE_LINES, chance, sample, few, RULES), rules(few)):
+        for document in chain(texts(RULE_LINES, chance, sample, size, RULES), rules(size)):
             trial.read("template set", ("template", "set", "bank-accounts", "--rules-from", "{in}"), document, RULES)
             trial.read("template edit", ("template", "edit", "bank-accounts"), document, RULES)
             trial.read("expression set", ("expression", "set", "bic", "--pattern-from", "{in}"), document, RULES)
         tool.settings = ()
     if "documents" in names:
-        documents = chain(doctypes(), encodings(), cuts(chance, sample), flips(chance, sample), large(few // 4))
+        documents = chain(doctypes(), encodings(), cuts(chance, sample), flips(chance, sample), large(size))
         older = (ROOT / "examples" / "older-layout.xml").read_bytes()
         changed = texts(older, chance, sample, 1000, EITHER)
         for document in chain(documents, changed):
