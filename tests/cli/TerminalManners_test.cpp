@@ -16,7 +16,14 @@ class TerminalManners : public CToolTest {
 
     /** @return what the command shows on a terminal */
     static std::string OnTerminal(const std::string& strCommand) {
-        return CProgram::Shell("script -qec '" + strCommand + "' /dev/null").strOut;
+        return CProgram::Shell(Terminal(strCommand)).strOut;
+    }
+    static std::string Terminal(const std::string& strCommand) { return "script -qec '" + strCommand + "' /dev/null"; }
+
+    /** @return the beginning of a command line: a folder, its store, and pipes */
+    std::string In(const std::string& strFolder) const {
+        return "cd " + m_dir.Path(strFolder) + "; export DLP_STORE=" + Url(strFolder + "/store.db") +
+               "; mkfifo log in 2>/dev/null; ";
     }
 
     bool m_bTerminal = true;  ///< script(1) is there to make one
@@ -56,16 +63,23 @@ TEST_F(TerminalManners, LongWorkShowsHowFarItIs) {
     if (!m_bTerminal) {
         GTEST_SKIP() << NO_TERMINAL;
     }
-    m_dir.Write("big.xml", Big());
     Import(Big());
-    m_dir.Write("dump.json", Dump());
-    const std::string strEnter = "cd " + m_dir.Path("") + "; mkfifo log in 2>/dev/null; ";
+    const std::string strDump = Dump();
+    for (const char* pFolder : {"shown", "quiet"}) {
+        m_dir.Write(std::string(pFolder) + "/big.xml", Big());
+        m_dir.Write(std::string(pFolder) + "/dump.json", strDump);
+        RunOn(Url(std::string(pFolder) + "/store.db"), {"store", "load", "-"}, strDump);
+    }
     for (const SLongWork& work : LONG_WORK) {
-        const std::string strShown = OnTerminal(strEnter + work.pCommand);
+        // At the same time, since each waits.
+        const std::string strShown =
+            CProgram::Shell(Terminal("export DLPCTL_QUIET=1; " + In("quiet") + work.pCommand) + " >" +
+                            m_dir.Path("quiet.out") + " & " + Terminal(In("shown") + work.pCommand) + "; wait")
+                .strOut;
         const std::size_t iBar = strShown.find(std::string("\r\x1b[K") + work.pBar + " [");
         ASSERT_NE(iBar, std::string::npos) << work.pCommand << '\n' << strShown;
         EXPECT_NE(strShown.find("\r\x1b[K", strShown.rfind("%")), std::string::npos) << work.pCommand << strShown;
-        const std::string strQuiet = OnTerminal("export DLPCTL_QUIET=1; " + strEnter + work.pCommand);
+        const std::string strQuiet = m_dir.Read("quiet.out");
         EXPECT_EQ(strQuiet.find("\x1b[K"), std::string::npos) << work.pCommand << '\n' << strQuiet;
     }
 }

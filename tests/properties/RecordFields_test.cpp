@@ -13,6 +13,7 @@
 #include "settings/CCfgSettingDLPFilterExpression.h"
 #include "settings/CCfgSettingDLPFilterKeyword.h"
 #include "settings/CCfgSettingDLPFilterTemplate.h"
+#include "tests/support/Sanitized.h"
 #include "tests/support/StoreMakes.h"
 
 namespace {
@@ -23,13 +24,14 @@ using Keyword = CCfgSettingDLPFilterKeyword;
 using Template = CCfgSettingDLPFilterTemplate;
 using Texts = std::vector<OS::x_wstring>;
 
-constexpr std::size_t CHARACTERS_PER_TEXT = 100000;
+constexpr std::size_t CHARACTERS_PER_TEXT = SANITIZED ? 15000 : 100000;
+constexpr wchar_t STEP = SANITIZED ? 7 : 1;
 const int NUMBERS[] = {0, 1, -1, INT_MAX, INT_MIN, 255, 65536};
 
 /** Every Unicode scalar value that a store keeps, which is all but U+0000, in texts of some hundred KB. */
 Texts AllTexts() {
     Texts vecTexts = {L"", L" ", L"\r\n"};
-    for (wchar_t c = 1; c <= 0x10FFFF; ++c) {
+    for (wchar_t c = 1; c <= 0x10FFFF; c += STEP) {
         if (c < 0xD800 || c > 0xDFFF) {
             if (c == 1 || vecTexts.back().size() == CHARACTERS_PER_TEXT) {
                 vecTexts.emplace_back();

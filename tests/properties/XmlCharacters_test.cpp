@@ -2,11 +2,13 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/support/Sanitized.h"
 #include "tests/support/XmlText.h"
 
 namespace {
 
-constexpr wchar_t BLOCK = 0x4000;
+constexpr wchar_t BLOCK = 0x1000;
+constexpr wchar_t STEP = SANITIZED ? 13 * BLOCK : BLOCK;  // with the characters around the surrogates
 
 std::wstring BetweenBlanks(wchar_t c) {
     return {L' ', c, L' '};
@@ -61,17 +63,18 @@ std::size_t ReadBack(const CXMLParser& document, wchar_t iFirst) {
 }  // namespace
 
 TEST(XmlCharacters, EachIsReadBackAloneAndBetweenBlanks) {
+    std::size_t iWritten = 0;
     std::size_t iRead = 0;
-    for (wchar_t iFirst = 0; iFirst <= Xml::LAST_CHARACTER && !HasFailure(); iFirst += BLOCK) {
+    for (wchar_t iFirst = 0; iFirst <= Xml::LAST_CHARACTER && !HasFailure(); iFirst += STEP) {
         const CXMLParser document = Written(iFirst);
-        ReadBack(document, iFirst);
+        iWritten += ReadBack(document, iFirst);
         OS::x_wstring strText;
         ASSERT_TRUE(document.SaveXML(strText));
         CXMLParser loaded;
         ASSERT_TRUE(loaded.LoadXML(strText));
         iRead += ReadBack(loaded, iFirst);
     }
-    EXPECT_EQ(Xml::CARRIED_CHARACTERS, iRead);
+    EXPECT_EQ(SANITIZED ? iWritten : Xml::CARRIED_CHARACTERS, iRead);
 }
 
 TEST(XmlCharacters, WhatXmlCannotCarryIsRefusedWhenSetAndChangesNothing) {

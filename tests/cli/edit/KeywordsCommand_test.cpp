@@ -2,6 +2,7 @@
 
 #include "platform/store/CSettingsStore.h"
 #include "tests/cli/edit/EditRun.h"
+#include "tests/support/Sanitized.h"
 
 namespace {
 
@@ -303,11 +304,12 @@ TEST_F(KeywordsCommand, ScopeIsKeptWithWhatIsWritten) {
 }
 
 TEST_F(KeywordsCommand, ManyKeywordsTakeTheirTimeOnce) {
+    constexpr unsigned WORDS = SANITIZED ? 4000 : 20000;
     std::string strTable = "keyword\n";
-    for (int i = 0; i < 20000; ++i) {
+    for (unsigned i = 0; i < WORDS; ++i) {
         strTable += "word " + std::to_string(i) + '\n';
     }
     const SToolRun run = Run({"keywords", "import", "words", "-"}, strTable);
     EXPECT_EQ(run.iCode, 0) << run.strErr;
-    EXPECT_EQ(DumpJson()["keyword_lists"][0]["keywords"].size(), 20002U);
+    EXPECT_EQ(DumpJson()["keyword_lists"][0]["keywords"].size(), WORDS + 2U);
 }

@@ -5,6 +5,7 @@
 
 #include "platform/store/CSettingsStore.h"
 #include "tests/cli/edit/EditRun.h"
+#include "tests/support/Sanitized.h"
 
 namespace {
 
@@ -383,7 +384,8 @@ TEST_F(TemplateCommand, EditorMayBeAWholeCommand) {
 }
 
 TEST_F(TemplateCommand, ManyPartsOfOneRuleTakeTimeByTheirNumber) {
-    constexpr int PARTS = 400000;  // by the square of the number it would take longer than a case may
+    // By the square of the number it would take longer than a case may.
+    constexpr int PARTS = SANITIZED ? 40000 : 400000;
     std::string strRule = "P:one(1)";
     for (int i = 1; i < PARTS; ++i) {
         strRule += " AND P:one(1)";

@@ -3,15 +3,10 @@
 
 #include <fstream>
 
+#include "tests/support/Sanitized.h"
 #include "tests/support/XmlText.h"
 
 namespace {
-
-#ifdef DLP_SANITIZED
-constexpr bool SANITIZED = true;
-#else
-constexpr bool SANITIZED = false;
-#endif
 
 constexpr std::size_t MEBIBYTE = 1U << 20U;
 
