@@ -91,7 +91,7 @@ TEST(Findings, WhatIsAddedComesBackInTheOrderOfTheFile) {
 
 TEST(Findings, ThoseOfOneOffsetStayInTheirOrder) {
     CFindings findings;
-    for (const std::size_t iOffset : {3, 1, 3, 1}) {
+    for (const std::size_t iOffset : std::vector<std::size_t>{3, 1, 3, 1}) {
         SDiagnostic diagnostic = Make(ECode::NOT_XML, iOffset);
         diagnostic.strMessage = std::to_string(findings.size());
         findings.Add(diagnostic);
