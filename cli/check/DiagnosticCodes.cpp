@@ -82,3 +82,7 @@ bool IsAboutNoDocument(ECode eCode) {
 bool IsAboutValue(ECode eCode) {
     return eCode == ECode::UNKNOWN_TYPE || eCode == ECode::UNCLEAR_FLAG || eCode == ECode::UNCLEAR_NUMBER;
 }
+
+bool IsFixable(ECode eCode) {
+    return eCode == ECode::OTHER_SPELLING || IsAboutValue(eCode);
+}

@@ -110,3 +110,5 @@ const char* GetSeverityName(ESeverity eSeverity);
 bool IsAboutNoDocument(ECode eCode);
 /** @return whether the code says that a value is read as another one */
 bool IsAboutValue(ECode eCode);
+/** @return whether --fix replaces what such a code tells, or counts it as left */
+bool IsFixable(ECode eCode);

@@ -26,8 +26,8 @@ bool CDiagnostics::Count(ECode eCode, std::size_t iOffset) {
     if (IsAllowed(eCode)) {
         return false;
     }
-    const bool bKept =
-        ++m_aCounts[static_cast<std::size_t>(eCode)] <= MAX_OF_CODE || m_choice.bAll || m_choice.bKeepAll;
+    const bool bKept = ++m_aCounts[static_cast<std::size_t>(eCode)] <= MAX_OF_CODE || m_choice.bAll ||
+                       m_choice.bKeepAll || (m_choice.bKeepFixable && IsFixable(eCode));
     m_aOmitted[static_cast<std::size_t>(Judge(eSeverity, m_choice.bStrict))] += bKept ? 0 : 1;
     return bKept;
 }

@@ -14,7 +14,8 @@
 struct SCheckChoice {
     bool bStrict = false;         ///< every warning is an error
     bool bAll = false;            ///< however many there are
-    bool bKeepAll = false;        ///< those too that text does not show: each may have a fix, or a row in a report
+    bool bKeepAll = false;        ///< those too that text does not show: each has a row in a report
+    bool bKeepFixable = false;    ///< those too that text does not show, of codes that may have a fix
     std::vector<ECode> vecAllow;  ///< not to be told
 };
 

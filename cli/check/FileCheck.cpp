@@ -43,7 +43,7 @@ class CFileCheck {
   public:
     CFileCheck(CCommandContext& context, const SFileCheck& check, const std::string& strFile)
         : m_context(context), m_check(check), m_choice(check.choice), m_diagnostics(m_choice) {
-        m_choice.bKeepAll = check.bFix;  // whatever can be replaced is
+        m_choice.bKeepFixable = check.bFix;  // whatever can be replaced is
         m_report.strFile = strFile;
     }
 

@@ -51,3 +51,16 @@ TEST_F(FileCheck, AFixKeepsAllButMakesTheExcerptsThatAreShown) {
     EXPECT_EQ(CountTold(Check(check, "p.xml")), Told(VALUES, CDiagnostics::MAX_SHOWN));
     EXPECT_EQ(CountTold(Check(check, "p.xml")), Told(0, 0));  // nothing is left
 }
+
+TEST_F(FileCheck, AFixKeepsNoMoreOfWhatItCannotReplace) {
+    std::string strAttributes;
+    for (std::size_t i = 0; i < CDiagnostics::MAX_OF_CODE + 5; ++i) {
+        strAttributes += " a" + std::to_string(i) + "=\"1\"";
+    }
+    m_dir.Write("p.xml", Documents::Policy(Documents::Entity("e", strAttributes + " caseSensitive=\"no\""), ""));
+    SFileCheck check{.choice = {}, .bAssetsOnly = true, .bFix = true};
+    const SFileReport report = Check(check, "p.xml");
+    EXPECT_EQ(CountTold(report), Told(CDiagnostics::MAX_OF_CODE + 1, CDiagnostics::MAX_SHOWN));
+    EXPECT_EQ(report.CountOmitted(), 5U);
+    EXPECT_EQ(m_dir.Read("p.xml").find("\"no\""), std::string::npos);
+}
