@@ -3,9 +3,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <filesystem>
+#include <iterator>
 #include <memory>
 #include <optional>
 #include <system_error>
@@ -33,7 +35,10 @@ namespace fs = std::filesystem;
 constexpr char FORMER[] = ".before-restore";
 constexpr char DAMAGED[] = ".damaged";
 constexpr int STEP_MILLISECONDS = 25;
+/** What one of them says the engine does to the file beside it, whichever that is by then. */
+constexpr const char* JOURNALS[] = {SqliteSuffix::JOURNAL, SqliteSuffix::ROLLBACK_JOURNAL};
 constexpr char IN_PLACE[] = "it is in its place, but a power cut may undo that: ";
+constexpr char IN_USE[] = "it is a store that is in use; name another file";
 constexpr char UNFINISHED[] = "it is a store that nobody has finished making, and no backup";
 
 /** What cannot be looked at may be there. */
@@ -56,10 +61,24 @@ bool IsSame(const std::string& strLeft, const std::string& strRight) {
            left.st_dev == right.st_dev && left.st_ino == right.st_ino;
 }
 
+/** @throws OS::CException when the file at the path has a journal, or would take one for its own */
+void RequireNoJournal(const std::string& strPath) {
+    for (const char* pJournal : JOURNALS) {
+        if (Exists(strPath + pJournal)) {
+            ThrowStoreError(CSqliteStore::SCHEME + strPath, StoreDoing::BACKING_UP, IN_USE);
+        }
+    }
+}
+
+bool IsFree(const std::string& strPath) {
+    return !Exists(strPath) && std::none_of(std::begin(SqliteSuffix::ALL), std::end(SqliteSuffix::ALL),
+                                            [&](const char* pSideFile) { return Exists(strPath + pSideFile); });
+}
+
 /** @return a path beside the store that is not taken, or that is the store's own second name */
 std::string FindFreePath(const std::string& strStore, const char* pSuffix) {
     std::string strFree = strStore + pSuffix;
-    for (int i = 2; Exists(strFree) && !IsSame(strFree, strStore); ++i) {
+    for (int i = 2; !IsSame(strFree, strStore) && !IsFree(strFree); ++i) {
         strFree = strStore + pSuffix + '-' + std::to_string(i);
     }
     return strFree;
@@ -185,8 +204,9 @@ void PutAside(const std::string& strPath, const std::string& strAside, const CFo
             ThrowSystemError(strPath, StoreDoing::RESTORING, errno);
         }
         names.Add(std::move(strName));
+        folder.KeepNames(StoreDoing::RESTORING);  // by the second name its journals are found after a power cut
     }
-    for (const char* pJournal : {SqliteSuffix::JOURNAL, SqliteSuffix::ROLLBACK_JOURNAL}) {
+    for (const char* pJournal : JOURNALS) {
         std::string strFormer = strPath + pJournal;
         strName = strAside + pJournal;
         if (::rename(strFormer.c_str(), strName.c_str()) == 0) {
@@ -266,10 +286,7 @@ std::optional<SRestored> ReplaceDamaged(CSettingsStore& backup, const std::strin
 }  // namespace
 
 Counts Save(CSettingsStore& store, const std::string& strPath, const Step& fnStep) {
-    if (Exists(strPath + SqliteSuffix::JOURNAL)) {
-        ThrowStoreError(CSqliteStore::SCHEME + strPath, StoreDoing::BACKING_UP,
-                        "it is a store that is in use; name another file");
-    }
+    RequireNoJournal(strPath);
     std::error_code error;
     if (fs::exists(strPath, error) && !fs::is_regular_file(strPath, error)) {
         ThrowStoreError(CSqliteStore::SCHEME + strPath, StoreDoing::BACKING_UP, "it is no file; name another");
@@ -281,6 +298,7 @@ Counts Save(CSettingsStore& store, const std::string& strPath, const Step& fnSte
     return WithTemporary(strPath, StoreDoing::BACKING_UP, [&](const CTemporaryFile& file) {
         const CFolder folder(strPath);
         const Counts aCounts = Fill(file, store, fnStep);
+        RequireNoJournal(strPath);
         file.Become(strPath);
         folder.KeepNames(StoreDoing::BACKING_UP, IN_PLACE);
         return aCounts;

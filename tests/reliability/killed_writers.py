@@ -4,7 +4,7 @@ Every other one is killed while it writes, which the note beside the store tells
 ended before is not counted.
 
 A fresh process must find the store as it was before or as it is after the command, and sound; then the same command,
-run to its end, must succeed.
+run to its end, must succeed. A backup of another store into the same place must be refused, or stay there.
 """
 import argparse
 import collections
@@ -87,6 +87,20 @@ def make_commands(tool, before, folder):
             + [Command(tool, older, folder, *line) for line in (lines[4], lines[0])])
 
 
+def find_backup_fault(tool, store, other):
+    """What is wrong with a backup in the place of what a killed one has left: it is refused, or there to stay."""
+    target = store.parent.with_name("target") / store.name
+    shutil.rmtree(target.parent, ignore_errors=True)
+    shutil.copytree(store.parent, target.parent)
+    saved = tool.run(other, "store", "backup", target)
+    if saved.returncode != 0:
+        return None if b"it is a store that is in use" in saved.stderr else "backup: " + saved.stderr.decode()
+    check = tool.run(target, "store", "check")
+    if check.returncode != 0 or tool.get(target, "store", "dump") != tool.get(other, "store", "dump"):
+        return "a backup did not stay: " + (check.stdout + check.stderr).decode()
+    return None
+
+
 def find_fault(tool, store, command):
     """Returns (state, what is wrong with the store). A store that is still to be made is none yet, or an empty file."""
     found = dump(tool, store)
@@ -138,7 +152,8 @@ def main():
             process.communicate()
             killed += process.returncode != 0
             late += process.returncode == 0
-            state, fault = find_fault(tool, store, command)
+            backup_fault = find_backup_fault(tool, store, first)
+            state, fault = ("wrong", backup_fault) if backup_fault else find_fault(tool, store, command)
             if process.returncode != 0 or fault:
                 states[state] += 1
             if fault:

@@ -98,6 +98,42 @@ TEST_F(StoreBackupTest, ReplacesAFileWholeOrNotAtAll) {
               ExceptionText([&] { StoreBackup::Save(store, "/proc/none.db", NoStep); }));
 }
 
+TEST_F(StoreBackupTest, FileBesideWhichAJournalLiesIsNeitherMadeNorReplaced) {
+    CSqliteStore store(Path());
+    StoreBackup::Save(store, BackupPath(), NoStep);
+    for (const std::string strFile : {"backup.db", "new.db"}) {
+        for (const char* pJournal : {"-wal", "-journal"}) {
+            const std::string strWhy = "settings store sqlite:" + m_folder.Path(strFile) +
+                                       ", writing a backup: it is a store that is in use; name another file";
+            const auto fnMake = [&] { m_folder.Write(strFile + pJournal, JournalOfAnEmptyFile()); };
+            fnMake();
+            const std::set<std::string> setBefore = Names();
+            EXPECT_EQ(strWhy, ExceptionText([&] { StoreBackup::Save(store, m_folder.Path(strFile), NoStep); }));
+            fs::remove(m_folder.Path(strFile + pJournal));
+            EXPECT_EQ(strWhy, ExceptionText([&] { StoreBackup::Save(store, m_folder.Path(strFile), fnMake); }));
+            EXPECT_EQ(setBefore, Names());
+            fs::remove(m_folder.Path(strFile + pJournal));
+        }
+    }
+    EXPECT_EQ(KEPT, DumpFile(BackupPath()));
+}
+
+TEST_F(StoreBackupTest, WhatIsPutAsideComesBesideNobodysJournal) {
+    {
+        CSqliteStore store(Path());
+        StoreBackup::Save(store, BackupPath(), NoStep);
+    }
+    const auto pBackup = StoreBackup::Open(BackupPath());
+    m_folder.Write("settings.db.before-restore-journal", JournalOfAnEmptyFile());
+    const auto restored = StoreBackup::Restore(*pBackup, Path(), false, NoStep);
+    EXPECT_EQ(Path() + ".before-restore-2", restored.strFormer);
+    EXPECT_EQ(KEPT, DumpFile(restored.strFormer));
+    Damage(Path(), 0);
+    m_folder.Write("settings.db.damaged-wal", "of another time");
+    EXPECT_EQ(Path() + ".damaged-2", StoreBackup::Restore(*pBackup, Path(), false, NoStep).strFormer);
+    EXPECT_EQ("of another time", m_folder.Read("settings.db.damaged-wal"));
+}
+
 TEST_F(StoreBackupTest, WhatAKilledOneHasLeftGoesWithTheNextAndWhatOthersMakeStays) {
     const auto fnStart = [&](int iSignal) {
         const pid_t iProcess = ::fork();
@@ -222,13 +258,13 @@ TEST_F(StoreBackupTest, DamagedStoreThatCannotBeReplacedKeepsItsNames) {
     Damage(Path(), 0);
     m_folder.Write("settings.db-wal", "log");
     m_folder.Write("settings.db-journal", "hot");
+    fs::create_hard_link(Path(), Path() + ".damaged");
     m_folder.MakeFolder("settings.db.damaged-journal");
     const auto pBackup = StoreBackup::Open(BackupPath());
     const std::set<std::string> setBefore = Names();
     EXPECT_EQ("settings store sqlite:" + Path() + ", restoring it: Is a directory",
               ExceptionText([&] { StoreBackup::Restore(*pBackup, Path(), false, NoStep); }));
     EXPECT_EQ(setBefore, Names());
-    EXPECT_EQ(1U, fs::hard_link_count(Path()));
     EXPECT_EQ("log", m_folder.Read("settings.db-wal"));
 }
 
