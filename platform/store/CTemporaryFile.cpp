@@ -10,6 +10,7 @@
 #include <exception>
 #include <filesystem>
 
+#include "platform/store/CSqliteStore.h"
 #include "platform/store/SqliteFile.h"
 #include "platform/store/StoreError.h"
 #include "platform/system/Synchronise.h"
@@ -20,7 +21,6 @@ namespace fs = std::filesystem;
 
 constexpr char TEMPORARY[] = ".new-";
 constexpr char PATTERN[] = "XXXXXX";
-constexpr char MAKER[] = "-maker";
 constexpr int MOST_TRIES = 5;
 constexpr mode_t MODE_BITS = 0777;
 constexpr mode_t GROUP_BITS = 0070;
@@ -29,13 +29,12 @@ bool IsGone(const std::string& strPath) {
     return ::unlink(strPath.c_str()) == 0 || errno == ENOENT;
 }
 
-/** The note comes last: what it tells of is gone by then. */
+/** The maker's note comes last: what it tells of is gone by then. */
 std::vector<std::string> SideFilesOf(const std::string& strPath) {
     std::vector<std::string> vecPaths;
     for (const char* pSideFile : SqliteSuffix::ALL) {
         vecPaths.push_back(strPath + pSideFile);
     }
-    vecPaths.push_back(strPath + MAKER);
     return vecPaths;
 }
 
@@ -47,7 +46,7 @@ std::vector<std::string> FindNoted(const std::string& strTarget) {
     for (const auto& entry : fs::directory_iterator(fs::path(strTarget).parent_path())) {
         const std::string strPath = entry.path().string();
         if (strPath.compare(0, strStart.size(), strStart) == 0 && strPath.size() > iSize &&
-            strPath.compare(iSize, std::string::npos, MAKER) == 0) {
+            strPath.compare(iSize, std::string::npos, SqliteSuffix::MAKER_NOTE) == 0) {
             vecPaths.push_back(strPath.substr(0, iSize));
         }
     }
@@ -58,10 +57,10 @@ std::vector<std::string> FindNoted(const std::string& strTarget) {
 void RemoveLeft(const std::string& strTarget) {
     try {
         for (const std::string& strPath : FindNoted(strTarget)) {
-            CWriterNote note(strPath, MAKER);
-            note.Leave();
+            CWriterNote note(strPath, SqliteSuffix::MAKER_NOTE);
+            note.TakeOver();
             if (!note.IsLeft()) {
-                continue;  // its maker lives
+                continue;  // its maker lives, or nobody says that one has made it
             }
             ::unlink(strPath.c_str());
             for (const std::string& strSideFile : SideFilesOf(strPath)) {
@@ -81,7 +80,10 @@ CTemporaryFile::CTemporaryFile(const std::string& strTarget, const char* pDoing)
     Make(strTarget);
 }
 
-/** Whoever removes what is left may have come between the file and its note. */
+/**
+ * Whoever removes what is left may have come between the file and its note. While others hold the note they may be
+ * about to remove the file.
+ */
 void CTemporaryFile::Make(const std::string& strTarget) {
     for (int iTries = 0; iTries < MOST_TRIES; ++iTries) {
         m_strPath = strTarget + TEMPORARY + PATTERN;
@@ -97,12 +99,15 @@ void CTemporaryFile::Make(const std::string& strTarget) {
         for (std::string& strSideFile : m_vecSideFiles) {
             strSideFile.replace(0, m_strPath.size(), m_strPath);  // of the same length: without a request for memory
         }
-        m_optNote.emplace(m_strPath, MAKER);
+        m_optNote.emplace(m_strPath, SqliteSuffix::MAKER_NOTE);
         m_optNote->Leave();
-        if (::access(m_strPath.c_str(), F_OK) == 0) {
+        const bool bOthers = !m_optNote->IsLeft() && m_optNote->IsHeld();
+        if (!bOthers && ::access(m_strPath.c_str(), F_OK) == 0) {
             return;
         }
+        Remove();
     }
+    ThrowBusy(CSqliteStore::SCHEME + strTarget, m_pDoing, {}, EBUSY);
 }
 
 bool CTemporaryFile::Remove() const {

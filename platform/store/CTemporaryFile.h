@@ -8,8 +8,8 @@
 
 /**
  * A file on its way to become a store beside it: gone unless it became one, or its maker was killed; then it goes with
- * the next one. A note beside it, "-maker", says that it is one and whether its maker lives. All of it throws
- * OS::CException.
+ * the next one. A note beside it, "-maker", says that it is one and whether its maker lives; where none can be left it
+ * is done without. All of it throws OS::CException.
  */
 class CTemporaryFile {
   public:

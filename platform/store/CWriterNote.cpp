@@ -53,9 +53,9 @@ bool IsNote(const std::string& strText) {
     return strText.rfind(BEGINNING, 0) == 0 && IsPlain(strText);
 }
 
-/** A power cut may leave a note's length without its text. */
-bool IsLeftBehind(const std::string& strText) {
-    return IsNote(strText) || (!strText.empty() && strText.find_first_not_of('\0') == std::string::npos);
+/** Of a note a power cut may leave the length without the text. */
+bool IsWithoutText(const std::string& strText) {
+    return strText.find_first_not_of('\0') == std::string::npos;
 }
 
 }  // namespace
@@ -66,19 +66,25 @@ std::string CWriterNote::GetPath() const {
 
 /**
  * The lock on the note goes with the process, however it ends: that tells a note that counts from one left behind.
+ * @param bAnew to write it anew; else it must have its text, which proves whose file it is
  * @return the open file; -1 when another process has it
  */
-int CWriterNote::Take() const {
-    const int iFile = ::open(GetPath().c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, OWN_MODE);
+int CWriterNote::Take(bool bAnew) const {
+    const int iFlags = O_RDWR | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | (bAnew ? O_CREAT : 0);
+    const int iFile = ::open(GetPath().c_str(), iFlags, OWN_MODE);
+    if (iFile < 0) {
+        return -1;
+    }
     struct stat status {};
-    if (iFile >= 0 && ::flock(iFile, LOCK_EX | LOCK_NB) == 0 && ::fstat(iFile, &status) == 0 &&
-        S_ISREG(status.st_mode) && status.st_nlink == 1 &&
-        (status.st_size == 0 || (status.st_size <= LONGEST_NOTE && IsLeftBehind(ReadNote(iFile))))) {
-        return iFile;
+    if (::flock(iFile, LOCK_EX | LOCK_NB) == 0 && ::fstat(iFile, &status) == 0 && S_ISREG(status.st_mode) &&
+        status.st_nlink == 1) {
+        const std::string strText = ReadNote(iFile);
+        const bool bWhole = strText.size() == static_cast<std::size_t>(status.st_size);
+        if (bWhole && (IsNote(strText) || (bAnew && IsWithoutText(strText)))) {
+            return iFile;
+        }
     }
-    if (iFile >= 0) {
-        ::close(iFile);
-    }
+    ::close(iFile);
     return -1;
 }
 
@@ -88,7 +94,7 @@ void CWriterNote::Leave() noexcept {
         // The writer before may be about to remove its own.
         for (int iTries = 0; m_iFile < 0 && iTries < TRIES; ++iTries) {
             ::usleep(iTries == 0 ? 0 : TRY_MICROSECONDS);
-            m_iFile = Take();
+            m_iFile = Take(true);
         }
         if (m_iFile < 0) {
             return;
@@ -101,6 +107,14 @@ void CWriterNote::Leave() noexcept {
             ::ftruncate(m_iFile, 0) == 0 && ::write(m_iFile, strNote.data(), strNote.size()) > 0;
     } catch (const std::exception&) {
         // Without memory there is no note.
+    }
+}
+
+void CWriterNote::TakeOver() noexcept {
+    try {
+        m_iFile = Take(false);
+    } catch (const std::exception&) {
+        // Without memory it stays.
     }
 }
 

@@ -22,6 +22,8 @@ class CWriterNote {
     ~CWriterNote() { Remove(); }
 
     void Leave() noexcept;
+    /** Takes the note of a process that is gone; where none is, or one without a text, it makes and changes nothing. */
+    void TakeOver() noexcept;
     void Remove() noexcept;
     bool IsLeft() const { return m_iFile >= 0; }
     /** @return such as "process 12 on host-a, since 2026-03-01T08:00:00Z"; "" when nobody says so */
@@ -31,7 +33,7 @@ class CWriterNote {
 
   private:
     std::string GetPath() const;
-    int Take() const;
+    int Take(bool bAnew) const;
 
     std::string m_strStorePath;
     const char* m_pSuffix;

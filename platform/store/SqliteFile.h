@@ -12,7 +12,8 @@ inline constexpr char JOURNAL[] = "-wal";
 inline constexpr char ROLLBACK_JOURNAL[] = "-journal";
 inline constexpr char INDEX[] = "-shm";
 inline constexpr char WRITER_NOTE[] = "-writer";
-inline constexpr const char* ALL[] = {JOURNAL, INDEX, ROLLBACK_JOURNAL, WRITER_NOTE};
+inline constexpr char MAKER_NOTE[] = "-maker";
+inline constexpr const char* ALL[] = {JOURNAL, INDEX, ROLLBACK_JOURNAL, WRITER_NOTE, MAKER_NOTE};
 }  // namespace SqliteSuffix
 
 /**

@@ -68,7 +68,7 @@ std::string Long() {
 TEST_F(ExportCommand, FilesBesideTheStoreAreKept) {
     Import(Documents::Small());
     fs::create_symlink(m_dir.Path("store.db"), m_dir.Path("link.db"));
-    for (const char* pSideFile : {"-wal", "-shm", "-journal", "-writer"}) {
+    for (const char* pSideFile : {"-wal", "-shm", "-journal", "-writer", "-maker"}) {
         const std::string strFile = m_dir.Path("store.db") + pSideFile;
         const std::string strSaid = "dlpctl: " + strFile + ": is a file of the store; name another file\n";
         EXPECT_EQ(Run({"export", "--all", "-o", strFile}).strErr, strSaid);
@@ -82,7 +82,7 @@ TEST_F(ExportCommand, FilesBesideTheStoreAreKept) {
 TEST_F(ExportCommand, FilesBesideAnotherStoreAreKept) {
     Import(Documents::Small());
     ASSERT_EQ(Run({"store", "backup", m_dir.Path("other.db")}).iCode, 0);
-    for (const char* pSideFile : {"-wal", "-shm", "-journal", "-writer"}) {
+    for (const char* pSideFile : {"-wal", "-shm", "-journal", "-writer", "-maker"}) {
         const std::string strFile = m_dir.Path("other.db") + pSideFile;
         const std::string strLink = m_dir.Path("link");
         fs::create_symlink(strFile, strLink);
@@ -112,7 +112,7 @@ TEST_F(ExportCommand, FilesBesideTheStoreAreKeptFromLinksThatLeadNowhere) {
         {"store", "backup", strLink},
         {"--log", strLink, "list", "templates"},
     };
-    for (const char* pSideFile : {"-wal", "-shm", "-journal", "-writer"}) {
+    for (const char* pSideFile : {"-wal", "-shm", "-journal", "-writer", "-maker"}) {
         fs::create_symlink(std::string("store.db") + pSideFile, m_dir.Path("hop"));
         fs::create_symlink("hop", strLink);
         for (const std::vector<std::string>& vecCommand : vecCommands) {

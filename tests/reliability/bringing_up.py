@@ -102,10 +102,27 @@ class Round:
         self.find_imports("the store", tool.get(self.store, "store", "dump"), self.kept - saved)
         if self.trial.backup.read_bytes() != self.trial.backup_bytes:
             self.faults.append("the backup is changed")
-        left = {path.name for path in self.store.parent.iterdir()} - {self.store.name, former.name}
+        left = self.find_left()
         self.figures["left files of killed ones"] += bool(left)
-        if left and not self.maybe:
+        if left and self.maybe:
+            left = self.find_left_after_all()
+        if left:
             self.faults.append(f"left: {sorted(left)}")
+
+    def find_left(self):
+        return {path.name for path in self.store.parent.iterdir()
+                if path.name not in (self.store.name, f"{self.store.name}{BEFORE_RESTORE}")}
+
+    def find_left_after_all(self):
+        """One more writer, and one more that makes a file for the store, take all that is known for a killed one's."""
+        self.trial.tool.get(self.store, "-q", "import", self.trial.documents[0])
+        self.trial.tool.get(self.trial.backup, "store", "backup", self.store)
+        new = f"{self.store.name}.new-"
+        return {name for name in self.find_left() if not name.startswith(new) or self.has_note(name[:len(new) + 6])}
+
+    def has_note(self, name):
+        note = self.store.with_name(f"{name}-maker")
+        return note.exists() and note.stat().st_size > 0
 
 
 class Trial:
