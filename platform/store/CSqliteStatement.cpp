@@ -83,6 +83,10 @@ std::int64_t CSqliteStatement::Number(int iColumn) const {
     return sqlite3_column_int64(m_pStatement.get(), iColumn);
 }
 
+bool CSqliteStatement::IsNumber(int iColumn) const {
+    return sqlite3_column_type(m_pStatement.get(), iColumn) == SQLITE_INTEGER;
+}
+
 std::string CSqliteStatement::Text(int iColumn) const {
     const unsigned char* pText = sqlite3_column_text(m_pStatement.get(), iColumn);
     if (pText == nullptr) {

@@ -29,7 +29,9 @@ class CSqliteStatement {
     /** Ends the run, so that the statement can be run again. */
     void Reset() noexcept;
 
+    /** @return 0 for what is no number */
     std::int64_t Number(int iColumn) const;
+    bool IsNumber(int iColumn) const;
     /** @return "" for a null */
     std::string Text(int iColumn) const;
     /** @return the result row as a record; its columns are those of the record's table */

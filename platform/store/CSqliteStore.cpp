@@ -345,7 +345,8 @@ CSettingsRow CSqliteStore::ReadVerified(const CSqliteStatement& statement, ESett
 AllStoreTotals CSqliteStore::ReadTotals(CSqliteStatement& statement) const {
     AllStoreTotals aTotals;
     std::size_t iKind = 0;
-    while (iKind < SETTINGS_KINDS && statement.Step() && statement.Number(0) == static_cast<std::int64_t>(iKind)) {
+    while (iKind < SETTINGS_KINDS && statement.Step() && statement.Number(0) == static_cast<std::int64_t>(iKind) &&
+           statement.IsNumber(1) && statement.IsNumber(2)) {
         aTotals[iKind++] = {static_cast<std::uint64_t>(statement.Number(1)),
                             static_cast<std::uint64_t>(statement.Number(2))};
     }

@@ -13,7 +13,7 @@
 namespace {
 
 OS::CAutoObjPtr<CXMLNode> Wrap(const std::shared_ptr<CXMLTree>& pTree, CXMLView view) {
-    return view ? OS::CAutoObjPtr<CXMLNode>(new CXMLNode(pTree, view.Handle())) : nullptr;
+    return OS::CAutoObjPtr<CXMLNode>(view ? new CXMLNode(pTree, view.Handle()) : nullptr);
 }
 
 void RequireElement(pugi::xml_node node, const char* pWhat) {

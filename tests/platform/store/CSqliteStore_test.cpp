@@ -1361,6 +1361,17 @@ TEST_F(SqliteStore, IndexThatLeadsToAnotherRecordIsNoticed) {
     EXPECT_EQ(strFile, m_folder.Read("settings.db"));
 }
 
+TEST_F(SqliteStore, NumberOfRecordsThatIsNoneIsNoticed) {
+    CSqliteStore(Path()).Save(Expression("A"));
+    RunSql(Path(),
+           "PRAGMA writable_schema = ON;"
+           "UPDATE sqlite_schema SET sql = replace(sql, 'NOT NULL', '') WHERE name = 'totals';"
+           "PRAGMA writable_schema = RESET;"
+           "DELETE FROM expressions; UPDATE totals SET records = NULL, checksum = NULL WHERE kind = 0");
+    CSqliteStore store(Path());
+    EXPECT_EQ(Damaged(Path(), "how many records it holds is missing"), ExceptionText([&] { DumpStore(store); }));
+}
+
 TEST_F(SqliteStore, TotalsFollowEveryChange) {
     CSqliteStore store(Path());
     const auto fnKeep = [&](const std::function<void()>& fnChange, bool bKeep) {
