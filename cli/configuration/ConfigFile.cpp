@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
-#include <string_view>
 #include <system_error>
 #include <tuple>
 
@@ -19,11 +18,12 @@ namespace {
 constexpr const char FILE_BELOW_CONFIG[] = "/dlpctl/config.toml";
 constexpr const char BELOW_HOME[] = "/.config";
 
-/** The parser takes many times as much memory as the file, and calls itself for each part of a key. */
+/** The parser takes many times as much memory as the file, and what it makes of each part of a key holds the next one.
+ */
 constexpr std::size_t MOST_BYTES = std::size_t{1} << 20U;
 constexpr const char TOO_LARGE[] = "it is larger than 1 MiB, and settings are not";
-constexpr std::ptrdiff_t MOST_DOTS = 32;
-constexpr const char TOO_DEEP[] = "this line has more than 32 dots, and no setting has";
+constexpr std::ptrdiff_t MOST_DOTS = 5000;
+constexpr const char TOO_DEEP[] = "it has more than 5,000 dots, and settings have not";
 
 std::string GetVariable(const char* pName) {
     const char* pValue = std::getenv(pName);
@@ -59,28 +59,14 @@ void ReadValue(const toml::node& node, SConfigEntry& entry) {
     }
 }
 
-/** @return where a line begins whose keys may have more parts than the parser should see; npos when there is none */
-std::size_t FindDeepLine(std::string_view strText) {
-    for (std::size_t iLine = 0; iLine < strText.size();) {
-        const std::size_t iEnd = std::min(strText.find('\n', iLine), strText.size());
-        const std::string_view strLine = strText.substr(iLine, iEnd - iLine);
-        if (std::count(strLine.begin(), strLine.end(), '.') > MOST_DOTS) {
-            return iLine;
-        }
-        iLine = iEnd + 1;
-    }
-    return std::string_view::npos;
-}
-
 /** @throws CInputError for what the parser should not see */
 std::string ReadText(CCommandContext& context, const std::string& strPath) {
     std::string strText = ReadBytes(context, strPath);
     if (strText.size() > MOST_BYTES) {
         throw CInputError(strPath, TOO_LARGE);
     }
-    const std::size_t iDeep = FindDeepLine(strText);
-    if (iDeep != std::string::npos) {
-        throw CInputError(strPath, TOO_DEEP, CSourcePlaces(strText).Find(iDeep));
+    if (std::count(strText.begin(), strText.end(), '.') > MOST_DOTS) {
+        throw CInputError(strPath, TOO_DEEP);
     }
     return strText;
 }

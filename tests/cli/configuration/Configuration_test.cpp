@@ -158,17 +158,33 @@ TEST_F(Configuration, AFileThatIsNoTomlIsRefused) {
 
 TEST_F(Configuration, AFileThatTheParserCannotBearIsRefused) {
     std::string strKey = "a";
-    for (int i = 0; i < 100000; ++i) {
+    for (int i = 0; i < 5000; ++i) {
         strKey += ".a";
     }
-    WriteFile("quiet = true\n" + strKey + " = 1\n");
+    WriteFile(strKey + " = 1\n");
     EXPECT_EQ(Run({"list", "templates"}).strErr,
-              "dlpctl: " + m_strFile + ":2:1: this line has more than 32 dots, and no setting has\n");
+              "dlpctl: " + m_strFile + ":1:1: there is no table \"a\"; dlpctl config lists what there is\n");
+    WriteFile(strKey + ".a = 1\n");
+    EXPECT_EQ(Run({"list", "templates"}).strErr,
+              "dlpctl: " + m_strFile + ": it has more than 5,000 dots, and settings have not\n");
     WriteFile("quiet = true\n" + std::string(1 << 20, '#'));
     EXPECT_EQ(Run({"list", "templates"}).strErr,
               "dlpctl: " + m_strFile + ": it is larger than 1 MiB, and settings are not\n");
-    WriteFile("quiet = true # " + std::string(32, '.') + '\n' + std::string(1 << 19, '#'));
+    WriteFile("quiet = true\n" + std::string(1 << 19, '#'));
     EXPECT_EQ(GetOption("quiet")[0], true);
+}
+
+TEST_F(Configuration, DotsAreNoFault) {
+    std::string strUp;
+    for (int i = 0; i < 17; ++i) {
+        strUp += "../";
+    }
+    const std::string strRule = "# " + std::string(40, '.') + '\n';
+    for (const char* pQuote : {"'", "\"", "\"\"\""}) {
+        WriteFile(strRule + "quiet = true " + strRule + "scope = " + pQuote + strUp + pQuote + '\n' + strRule);
+        EXPECT_EQ(GetOption("quiet")[0], true) << pQuote;
+        EXPECT_EQ(GetOption("scope")[0], strUp) << pQuote;
+    }
 }
 
 TEST_F(Configuration, HelpNeedsNoSoundFile) {
