@@ -28,8 +28,9 @@ constexpr SCommandHelp HELP = {
     "find what is wrong in policies before anything is stored",
     "Tells with its place whatever an import would refuse, skip or silently replace, and what most likely is a\n"
     "mistake. Below a DIR every .xml file is checked. Each file is tried against the store by itself, and the\n"
-    "store is as it was afterwards. Exit codes: 0 nothing of the level of --fail-on, 1 something, 2 a file that\n"
-    "is no XML. dlpctl explain CODE says more about a code.\n",
+    "store holds what it held afterwards. For that it must be one that may be written, and one of an older version\n"
+    "is brought up, as with --dry-run elsewhere. Exit codes: 0 nothing of the level of --fail-on, 1 something, 2 a\n"
+    "file that is no XML. dlpctl explain CODE says more about a code.\n",
     "  dlpctl check policy.xml\n"
     "  dlpctl check --no-store --strict policies/\n"
     "  dlpctl check --format sarif policies/ > policies.sarif\n"

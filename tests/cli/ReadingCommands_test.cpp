@@ -7,8 +7,10 @@
 
 #include <nlohmann/json.hpp>
 
+#include "platform/store/SettingsSchema.h"
 #include "tests/cli/ToolRun.h"
 #include "tests/cli/Unprivileged.h"
+#include "tests/support/OlderStores.h"
 
 namespace {
 
@@ -112,6 +114,38 @@ TEST_F(ReadingCommands, AStoreThatMayOnlyBeReadIsRead) {
         }
     }
     fs::permissions(m_dir.Path(), fs::perms::owner_all);
+}
+
+TEST_F(ReadingCommands, WhatIsTriedBringsAnOlderStoreUpAndNeedsOneThatMayBeWritten) {
+    constexpr std::size_t VERSION = 63;  // the byte of the file that holds the version of the schema
+    const std::string strPolicy = m_dir.Write("policy.xml", Documents::Small());
+    const std::vector<std::vector<std::string>> vecCommands = {
+        {"check", strPolicy},
+        {"import", "--dry-run", strPolicy},
+        {"assets", "import", "--dry-run", strPolicy},
+        {"rename", "--dry-run", "expression", "e", "f"},
+        {"delete", "--dry-run", "expression", "e"},
+        {"keywords", "remove", "--dry-run", "list", "word"},
+    };
+    const std::string strStore = m_dir.Path("store.db");
+    for (const std::vector<std::string>& vecCommand : vecCommands) {
+        RemoveStore();
+        MakeFirstVersion(strStore);
+        const std::string strDump = Dump();
+        EXPECT_EQ(m_dir.Read("store.db")[VERSION], 1);
+        Run(vecCommand);
+        EXPECT_EQ(m_dir.Read("store.db")[VERSION], SETTINGS_SCHEMA_VERSION) << vecCommand.front();
+        EXPECT_EQ(Dump(), strDump) << vecCommand.front();
+    }
+    fs::permissions(m_dir.Path(), fs::perms(0755));
+    fs::permissions(strStore, fs::perms(0444));
+    const CUnprivileged unprivileged;
+    for (const std::vector<std::string>& vecCommand : vecCommands) {
+        const SToolRun run = Run(vecCommand);
+        EXPECT_EQ(run.iCode, 4) << vecCommand.front();
+        EXPECT_NE(run.strErr.find("cannot read and write the file: Permission denied"), std::string::npos)
+            << run.strErr;
+    }
 }
 
 TEST_F(ReadingCommands, AStoreOfNoKnownKindIsAMistakeOfTheCommandLine) {
