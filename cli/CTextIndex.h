@@ -2,7 +2,10 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string_view>
 #include <vector>
+
+#include "platform/common/TextHash.h"
 
 /**
  * Finds the numbers of texts by their hashes: a table of numbers alone, for where there may be millions of texts.
@@ -18,8 +21,8 @@ class CTextIndex {
      * @return the place of its number; one that is NONE, and may be given a number, when there is none
      */
     template <class F>
-    Number& Find(std::size_t iHash, const F& fnIs) {
-        for (std::size_t i = iHash;; ++i) {
+    Number& Find(std::string_view strText, const F& fnIs) {
+        for (std::size_t i = OS::STextHash()(strText);; ++i) {
             Number& iNumber = m_vecNumbers[i & (m_vecNumbers.size() - 1)];
             if (iNumber == NONE || fnIs(iNumber)) {
                 return iNumber;
@@ -27,9 +30,9 @@ class CTextIndex {
         }
     }
 
-    /** To be called once a place was given a number. @param fnHash the hash of a number's text */
+    /** To be called once a place was given a number. @param fnText the text of a number */
     template <class F>
-    void NoteAdded(const F& fnHash) {
+    void NoteAdded(const F& fnText) {
         if (++m_iAdded <= m_vecNumbers.size() / FREE_SHARE * (FREE_SHARE - 1)) {
             return;
         }
@@ -37,7 +40,7 @@ class CTextIndex {
         vecNumbers.swap(m_vecNumbers);
         std::erase(vecNumbers, NONE);
         for (const Number iNumber : vecNumbers) {
-            Find(fnHash(iNumber), [](Number) { return false; }) = iNumber;
+            Find(fnText(iNumber), [](Number) { return false; }) = iNumber;
         }
     }
 

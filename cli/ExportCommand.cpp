@@ -3,7 +3,6 @@
 #include <memory>
 #include <set>
 #include <string>
-#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -22,6 +21,7 @@
 #include "cli/edit/Referrers.h"
 #include "digital_assets/ExportObserver.h"
 #include "platform/common/TextConversion.h"
+#include "platform/common/TextHash.h"
 #include "platform/store/CSettingsStore.h"
 #include "templates/DLPTemplateMgr.h"
 #include "templates/MatchRule.h"
@@ -129,7 +129,7 @@ class CTemplateExportCommand : public CExportObserver {
         settings.ReadColumn(ESettingsKind::TEMPLATE, NAME_COLUMN, vecStored);
         settings.ReadColumn(ESettingsKind::TEMPLATE, DISPLAY_NAME_COLUMN, vecDisplayNames);
         std::vector<std::string> vecNames;
-        std::unordered_set<std::string> lstSeen;
+        OS::TextSet<std::string> lstSeen;
         for (std::size_t i = 0; i < vecStored.size(); ++i) {
             if (vecStored[i].empty()) {
                 LeaveOut(vecStored[i], NO_NAME, Text::Quoted(vecDisplayNames[i]));
@@ -219,7 +219,7 @@ class CTemplateExportCommand : public CExportObserver {
     CCommandContext& m_context;
     const SArguments& m_arguments;
     SExportReport m_report;
-    std::unordered_set<std::string> m_lstAsked;
+    OS::TextSet<std::string> m_lstAsked;
     std::string m_strFailed;  ///< subject identifier of the record over which the export failed
     std::string m_strMessage;
 };

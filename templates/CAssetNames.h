@@ -1,11 +1,9 @@
 #pragma once
 
-#include <cstddef>
-#include <functional>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 
+#include "platform/common/TextHash.h"
 #include "templates/MatchRule.h"
 
 /**
@@ -13,12 +11,7 @@
  * of all names is ever read.
  */
 class CAssetNames {
-    /** Lets views be looked up without a copy. */
-    struct SHash {
-        using is_transparent = void;
-        std::size_t operator()(std::string_view strName) const { return std::hash<std::string_view>()(strName); }
-    };
-    using Names = std::unordered_map<std::string, bool, SHash, std::equal_to<>>;
+    using Names = OS::TextMap<std::string, bool>;
 
   public:
     /** A name in UTF-8, and whether an asset of it is stored; stays in place while the object lives. */

@@ -3,11 +3,10 @@
 #include <cstddef>
 #include <string>
 #include <string_view>
-#include <unordered_map>
-#include <unordered_set>
 #include <vector>
 
 #include "digital_assets/ImportObserver.h"
+#include "platform/common/TextHash.h"
 #include "platform/common/x_wstring.h"
 #include "platform/xml/CXMLView.h"
 #include "templates/DLPTemplateMgr.h"
@@ -64,6 +63,6 @@ class CTemplateImport {
     CTemplateMgr::CategoryIndex m_industries;
     CTemplateMgr::CategoryIndex m_regions;
     std::vector<STemplateFinding> m_vecFindings;
-    std::unordered_map<std::string_view, const STemplateFinding*> m_invalid;  ///< by internal name
-    std::unordered_set<std::string> m_names;  ///< of the document's templates, for the observer
+    OS::TextMap<std::string_view, const STemplateFinding*> m_invalid;  ///< by internal name
+    OS::TextSet<std::string> m_names;  ///< of the document's templates, for the observer
 };

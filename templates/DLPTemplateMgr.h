@@ -4,11 +4,11 @@
 #include <map>
 #include <set>
 #include <string>
-#include <unordered_map>
 #include <vector>
 
 #include <boost/shared_ptr.hpp>
 
+#include "platform/common/TextHash.h"
 #include "platform/common/x_wstring.h"
 #include "settings/CCfgSettingDLPFilterTemplate.h"
 
@@ -28,7 +28,7 @@ class CTemplateMgr {
     /** For each internal name of a template the categories that name it, in document order. */
     using CategoryMap = std::map<std::wstring, std::vector<std::wstring>>;
     /** The same in UTF-8. */
-    using CategoryIndex = std::unordered_map<std::string, std::vector<std::string>>;
+    using CategoryIndex = OS::TextMap<std::string, std::vector<std::string>>;
 
     /** Fields that FindTemplate compares. */
     enum ESearchField : int { SEARCH_SUBJECT = 0, SEARCH_NAME = 1, SEARCH_ELEMENT_NAME = 2 };

@@ -102,8 +102,7 @@ void FindForeignChildren(const CXMLView& element, SImportItem& item) {
     });
 }
 
-void TellCategories(const CXMLView& root, const std::unordered_set<std::string>& setTemplates,
-                    CImportObserver& observer) {
+void TellCategories(const CXMLView& root, const OS::TextSet<std::string>& setTemplates, CImportObserver& observer) {
     const auto fnTell = [&](const CXMLView& category) {
         if (category.Attribute(TagUtf8::NAME).empty()) {
             TellCategory(category, EReason::NO_NAME, category.Offset(), {}, observer);

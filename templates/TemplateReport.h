@@ -2,10 +2,10 @@
 
 #include <string>
 #include <string_view>
-#include <unordered_set>
 #include <vector>
 
 #include "digital_assets/ImportObserver.h"
+#include "platform/common/TextHash.h"
 #include "platform/xml/CXMLView.h"
 #include "templates/MatchRule.h"
 #include "templates/STemplateFinding.h"
@@ -61,8 +61,7 @@ void FindForeignChildren(const CXMLView& element, SImportItem& item);
  * Tells of each industry and region without a name, and of each entry of one that names no template.
  * @param setTemplates names of the document's templates, taken or not
  */
-void TellCategories(const CXMLView& root, const std::unordered_set<std::string>& setTemplates,
-                    CImportObserver& observer);
+void TellCategories(const CXMLView& root, const OS::TextSet<std::string>& setTemplates, CImportObserver& observer);
 /** Tells of what stands among templates, categories or their entries and is none. @param pObserver may be null */
 void TellUnknownElements(CPolicyDocument& document, CImportObserver* pObserver);
 /** Says in the item's detail which building block or rule is to blame, and which reference is unknown. */

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <functional>
 #include <utility>
 
 // A wording is what findings may have in common: code, severity and marks, a byte each, and their texts, each with its
@@ -16,8 +15,6 @@ enum EMark : unsigned char { SPELLED = 1, FIX = 2, RELATED = 4 };
 constexpr std::size_t SEVERITY = 1;
 constexpr std::size_t MARKS = 2;
 constexpr std::size_t TEXTS = 3;
-
-constexpr std::hash<std::string_view> Hash;
 
 void Put(std::string& strWording, std::size_t iNumber) {
     const auto iSmall = static_cast<std::uint32_t>(iNumber);
@@ -131,7 +128,7 @@ void CFindings::AddAgain(std::size_t iOffset) {
 }
 
 CFindings::Number CFindings::FindWording(const std::string& strWording) {
-    Number& iWording = m_index.Find(Hash(strWording), [&](Number i) { return GetWording(i) == strWording; });
+    Number& iWording = m_index.Find(strWording, [&](Number i) { return GetWording(i) == strWording; });
     if (iWording != CTextIndex::NONE) {
         return iWording;
     }
@@ -139,7 +136,7 @@ CFindings::Number CFindings::FindWording(const std::string& strWording) {
     iWording = iNew;
     m_vecWordings.push_back(m_strWordings.size());
     m_strWordings += strWording;
-    m_index.NoteAdded([this](Number i) { return Hash(GetWording(i)); });
+    m_index.NoteAdded([this](Number i) { return GetWording(i); });
     return iNew;
 }
 

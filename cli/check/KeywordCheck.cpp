@@ -1,6 +1,5 @@
 #include <algorithm>
 #include <cstdint>
-#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -15,8 +14,6 @@ namespace {
 
 constexpr const char THRESHOLD_TYPE[] = "Threshold";
 constexpr const char DISTANCE_TYPE[] = "Distance";
-
-constexpr std::hash<std::string_view> Hash;
 
 char Fold(char c) {
     return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
@@ -34,9 +31,8 @@ class CKeywords {
     /** @return the offset of one that is the same; npos, with this one added, when there is none */
     std::size_t FindOrAdd(std::string_view strKeyword, bool bCaseSensitive, std::size_t iOffset) {
         const auto iNew = static_cast<Number>(m_vecKeywords.size());
-        Number& iExact =
-            m_exact.Find(Hash(strKeyword), [&](Number i) { return GetText(m_vecKeywords[i]) == strKeyword; });
-        Number& iFolded = m_folded.Find(Hash(Fold(strKeyword)), [&](Number i) {
+        Number& iExact = m_exact.Find(strKeyword, [&](Number i) { return GetText(m_vecKeywords[i]) == strKeyword; });
+        Number& iFolded = m_folded.Find(Fold(strKeyword), [&](Number i) {
             const std::string_view strText = GetText(m_vecKeywords[i]);
             return std::equal(strText.begin(), strText.end(), strKeyword.begin(), strKeyword.end(),
                               [](char c1, char c2) { return Fold(c1) == Fold(c2); });
@@ -54,10 +50,10 @@ class CKeywords {
         first.bAnyCase = first.bAnyCase || !bCaseSensitive;
         const std::size_t iSame = bNewExact ? first.iOffset : m_vecKeywords[iExact].iOffset;
         if (bNewExact) {
-            m_exact.NoteAdded([this](Number i) { return Hash(GetText(m_vecKeywords[i])); });
+            m_exact.NoteAdded([this](Number i) { return GetText(m_vecKeywords[i]); });
         }
         if (bNewFolded) {
-            m_folded.NoteAdded([this](Number i) { return Hash(Fold(GetText(m_vecKeywords[i]))); });
+            m_folded.NoteAdded([this](Number i) { return Fold(GetText(m_vecKeywords[i])); });
         }
         return bOther ? std::string::npos : iSame;
     }

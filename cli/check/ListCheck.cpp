@@ -1,6 +1,5 @@
 #include <map>
 #include <string>
-#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -9,6 +8,7 @@
 #include "cli/Text.h"
 #include "cli/check/CheckedDocument.h"
 #include "platform/common/TextConversion.h"
+#include "platform/common/TextHash.h"
 #include "platform/common/TextTools.h"
 
 namespace {
@@ -71,7 +71,7 @@ class CPredefinedList {
 
     std::vector<std::string> m_vecNames;
     std::vector<std::string> m_vecDisplayNames;  ///< of each name
-    std::unordered_set<std::string> m_setNames;
+    OS::TextSet<std::string> m_setNames;
     std::size_t m_iSuggestions = 0;
 };
 

@@ -1,10 +1,10 @@
 #include <string>
 #include <string_view>
-#include <unordered_map>
 
 #include "cli/RuleName.h"
 #include "cli/Text.h"
 #include "cli/check/CheckedDocument.h"
+#include "platform/common/TextHash.h"
 #include "platform/common/TextTools.h"
 #include "templates/DLPXmlNormalizer.h"
 #include "templates/MatchRule.h"
@@ -38,7 +38,7 @@ void CheckBlanks(const SCheckedDocument& document, const CXMLView& element) {
 /** Of one kind, those of one internal name aside: that these are one item is told already. */
 void CheckDisplayNames(const SCheckedDocument& document, const SNamed& named) {
     const char* pAttribute = document.bOlder ? CDLPXmlNormalizer::OLDER_DISPLAY_NAME : TagUtf8::DISPLAY_NAME;
-    std::unordered_map<std::string_view, CXMLView> mapFirst;
+    OS::TextMap<std::string_view, CXMLView> mapFirst;
     document.ForEach(named.pSection, named.pElement, [&](const CXMLView& element) {
         const std::string_view strDisplayName = element.Attribute(pAttribute);
         if (strDisplayName.empty()) {
@@ -61,7 +61,7 @@ void CheckNames(const SCheckedDocument& document) {
         document.ForEach(named.pSection, named.pElement,
                          [&](const CXMLView& element) { CheckBlanks(document, element); });
         CheckDisplayNames(document, named);
-        std::unordered_map<std::string_view, std::size_t> mapFirst;
+        OS::TextMap<std::string_view, std::size_t> mapFirst;
         document.ForEach(named.pSection, named.pElement, [&](const CXMLView& element) {
             const std::string_view strName = element.Attribute(TagUtf8::NAME);
             if (strName.empty()) {

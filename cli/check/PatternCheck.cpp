@@ -1,12 +1,12 @@
 #include <optional>
 #include <string>
-#include <unordered_map>
 
 #include "cli/Text.h"
 #include "cli/check/CheckedDocument.h"
 #include "cli/check/PatternProbe.h"
 #include "cli/check/PatternSample.h"
 #include "digital_assets/AssetFormat.h"
+#include "platform/common/TextHash.h"
 
 namespace {
 
@@ -100,8 +100,8 @@ class CPatternCheck {
 
     const SCheckedDocument& m_document;
     std::size_t m_iEffort = MAX_EFFORT;
-    std::unordered_map<std::string, std::optional<std::size_t>> m_mapTried;
-    std::unordered_map<std::string, CXMLView> m_mapFirst;  ///< the first expression of each meaning
+    OS::TextMap<std::string, std::optional<std::size_t>> m_mapTried;
+    OS::TextMap<std::string, CXMLView> m_mapFirst;  ///< the first expression of each meaning
     std::size_t m_iUntried = 0;
     CXMLView m_firstUntried;
 };

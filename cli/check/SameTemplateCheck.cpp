@@ -1,7 +1,5 @@
 #include <algorithm>
 #include <string>
-#include <unordered_map>
-#include <unordered_set>
 #include <vector>
 
 #include "cli/Kinds.h"
@@ -10,6 +8,7 @@
 #include "cli/Text.h"
 #include "cli/check/CheckedDocument.h"
 #include "cli/compare/RuleMeanings.h"
+#include "platform/common/TextHash.h"
 #include "platform/store/CSettingsStore.h"
 #include "templates/TemplateReport.h"
 #include "templates/TemplateXml.h"
@@ -102,8 +101,8 @@ class CSameTemplateCheck {
 
     const SCheckedDocument& m_document;
     CRuleMeanings m_meanings;
-    std::unordered_map<std::string, CXMLView> m_mapMeanings;  ///< the first template of each
-    std::unordered_set<std::string> m_setNames;
+    OS::TextMap<std::string, CXMLView> m_mapMeanings;  ///< the first template of each
+    OS::TextSet<std::string> m_setNames;
 };
 
 }  // namespace

@@ -1,14 +1,13 @@
 #include "cli/compare/CRenames.h"
 
 #include <string_view>
-#include <unordered_map>
-#include <unordered_set>
 
 #include "cli/Kinds.h"
 #include "cli/RecordJson.h"
 #include "cli/RecordText.h"
 #include "cli/compare/ItemContent.h"
 #include "platform/common/TextConversion.h"
+#include "platform/common/TextHash.h"
 
 struct CRenames::SCandidate {
     const std::string* pName;
@@ -50,7 +49,7 @@ std::vector<C> FindAlone(const SPolicy::Items& items, const SPolicy::Items& othe
 /** Leaves out what has no counterpart by what is known so far. */
 template <class C>
 void KeepMatching(std::vector<C>& vecCandidates, const std::vector<C>& vecOthers) {
-    std::unordered_set<std::string_view> setContents;
+    OS::TextSet<std::string_view> setContents;
     for (const C& other : vecOthers) {
         setContents.insert(other.strContent);
     }
@@ -96,7 +95,7 @@ void CRenames::Pair(ESettingsKind eKind, const std::vector<SCandidate>& vecGone,
     const auto fnKey = [&](const SCandidate& candidate) {
         return candidate.strContent + (bDisplayName ? candidate.pRow->GetText(DISPLAY_NAME_COLUMN) : std::string());
     };
-    std::unordered_map<std::string, SAlike> mapAlike;
+    OS::TextMap<std::string, SAlike> mapAlike;
     for (const SCandidate& candidate : vecGone) {
         if (FindNewName(eKind, *candidate.pName) == nullptr) {
             mapAlike[fnKey(candidate)].Add(&SAlike::pGone, *candidate.pName);

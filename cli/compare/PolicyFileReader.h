@@ -2,11 +2,11 @@
 
 #include <cstddef>
 #include <string>
-#include <unordered_set>
 #include <vector>
 
 #include "cli/compare/Policy.h"
 #include "digital_assets/ImportObserver.h"
+#include "platform/common/TextHash.h"
 #include "templates/PolicyFile.h"
 
 class CCommandContext;
@@ -45,6 +45,6 @@ class CPolicyFileReader : private CImportObserver {
     CCommandContext& m_context;
     SPolicy& m_policy;
     SPolicyFile m_file;
-    std::optional<EOlderLook> m_older;               ///< of a document that is read as one of the older layout
-    std::unordered_set<std::string> m_setTemplates;  ///< names of the document's, taken or not
+    std::optional<EOlderLook> m_older;        ///< of a document that is read as one of the older layout
+    OS::TextSet<std::string> m_setTemplates;  ///< names of the document's, taken or not
 };

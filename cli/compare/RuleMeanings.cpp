@@ -1,11 +1,11 @@
 #include "cli/compare/RuleMeanings.h"
 
 #include <cstdint>
-#include <functional>
 #include <string_view>
 
 #include "cli/compare/ConditionTables.h"
 #include "platform/common/TextConversion.h"
+#include "platform/common/TextHash.h"
 
 namespace {
 
@@ -25,7 +25,7 @@ std::string MakeText(const CConditionTables& tables, const RulesText& rules) {
     const std::vector<std::uint64_t>& vecWords = table.GetWords();
     const std::string_view strWords(reinterpret_cast<const char*>(vecWords.data()),
                                     vecWords.size() * sizeof(std::uint64_t));
-    return strMeaning + ' ' + std::to_string(std::hash<std::string_view>()(strWords));
+    return strMeaning + ' ' + std::to_string(OS::STextHash()(strWords));
 }
 
 }  // namespace

@@ -1,6 +1,5 @@
 #include "cli/edit/KeywordList.h"
 
-#include <functional>
 #include <limits>
 #include <new>
 #include <utility>
@@ -15,7 +14,6 @@
 namespace {
 
 constexpr int NEW_SCORE = 1;
-constexpr std::hash<std::string_view> Hash;
 
 }  // namespace
 
@@ -42,8 +40,7 @@ CKeywordList::SText CKeywordList::Keep(std::string_view strText) {
 }
 
 CKeywordList::Number& CKeywordList::Find(const std::vector<SEntry>& vecEntries, std::string_view strKeyword) {
-    return m_index.Find(Hash(strKeyword),
-                        [&](Number iEntry) { return GetText(vecEntries[iEntry].keyword) == strKeyword; });
+    return m_index.Find(strKeyword, [&](Number iEntry) { return GetText(vecEntries[iEntry].keyword) == strKeyword; });
 }
 
 void CKeywordList::Add(const SEntry& entry) {
@@ -55,7 +52,7 @@ void CKeywordList::Add(const SEntry& entry) {
         return;
     }
     iFirst = iEntry;
-    m_index.NoteAdded([this](Number iAdded) { return Hash(GetText(m_vecEntries[iAdded].keyword)); });
+    m_index.NoteAdded([this](Number iAdded) { return GetText(m_vecEntries[iAdded].keyword); });
 }
 
 CKeywordList::SEntry CKeywordList::MakeNew(std::string_view strKeyword) {

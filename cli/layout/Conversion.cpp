@@ -2,12 +2,12 @@
 
 #include <algorithm>
 #include <numeric>
-#include <unordered_map>
 #include <utility>
 
 #include "cli/Signals.h"
 #include "cli/check/SourceMarkup.h"
 #include "cli/layout/MarkupReader.h"
+#include "platform/common/TextHash.h"
 #include "templates/DLPXmlNormalizer.h"
 #include "xml/CPolicyDocument.h"
 #include "xml/Vocabulary.h"
@@ -176,7 +176,7 @@ class CLayoutComparison {
      */
     static std::vector<std::size_t> Pair(const Attributes& vecBefore, const Attributes& vecAfter) {
         std::vector<std::size_t> vecPartners(vecBefore.size(), NONE);
-        std::unordered_map<std::string_view, std::size_t> mapRest;
+        OS::TextMap<std::string_view, std::size_t> mapRest;
         std::size_t iAfter = 0;
         for (std::size_t i = 0; i < vecBefore.size(); ++i) {
             const auto fnIsNext = [&](std::size_t iNext) {

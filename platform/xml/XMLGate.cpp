@@ -3,12 +3,11 @@
 #include <expat.h>
 
 #include <algorithm>
-#include <cstdint>
 #include <memory>
 #include <new>
-#include <random>
 
 #include "platform/common/TextConversion.h"
+#include "platform/common/TextHash.h"
 #include "platform/common/TextTools.h"
 #include "platform/xml/XMLProof.hpp"
 
@@ -90,19 +89,13 @@ struct SFree {
 };
 using CParserPtr = std::unique_ptr<XML_ParserStruct, SFree>;
 
-std::uint64_t MakeSecret() {
-    std::random_device device;
-    return static_cast<std::uint64_t>(device()) << 32U | device();
-}
-
 CParserPtr MakeEngine() {
     CParserPtr parser(XML_ParserCreate("UTF-8"));
     if (parser == nullptr) {
         throw std::bad_alloc();
     }
     // Left to itself the engine asks the system for a secret with every text.
-    static const std::uint64_t s_iSecret = MakeSecret();
-    XML_SetHashSalt(parser.get(), s_iSecret);
+    XML_SetHashSalt(parser.get(), OS::ProcessSecret());
     return parser;
 }
 

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <set>
 #include <string_view>
-#include <unordered_set>
 
+#include "platform/common/TextHash.h"
 #include "platform/xml/FaultPoint.h"
 #include "platform/xml/XMLText.hpp"
 
@@ -93,7 +93,7 @@ CDeclarationRefs DeclarationsInScope(const CXMLTree& tree, pugi::xml_node node) 
         return vecInScope;
     }
     // The nearest declaration of a name holds, and an empty value takes back what an outer element declares.
-    std::unordered_set<std::string_view> lstSeen;
+    OS::TextSet<std::string_view> lstSeen;
     for (pugi::xml_node element = node; element; element = XmlTree::ParentElement(element)) {
         const CXMLTree::CDeclarations* const pDeclarations = tree.DeclarationsOf(element);
         if (pDeclarations == nullptr) {
