@@ -2,6 +2,8 @@
 
 from __future__ import annotations
 
+import functools
+import itertools
 import random
 from collections.abc import Iterator
 from dataclasses import dataclass
@@ -57,7 +59,47 @@ def dictionary(keywords: str) -> str:
     return f'<dictionary name="d" type="Any" display_name="d">{keywords}</dictionary>'
 
 
-BLOCK = '<buildingBlock sourceType="ENTITY" entityHits="1" sourceName="e" operation="AND"/>'
+def block(name: str) -> str:
+    """A building block that refers to an expression."""
+    return f'<buildingBlock sourceType="ENTITY" entityHits="1" sourceName="{name}" operation="AND"/>'
+
+
+BLOCK = block("e")
+
+
+FACTOR, SEED, WORD = 0xC6A4A7935BD1E995, 0xC70F6907, (1 << 64) - 1  # of the standard library's hash of texts
+INVERSE = pow(FACTOR, -1, 1 << 64)
+PLAIN = bytes(set(range(0x21, 0x7F)) - set(b"<>&\"',"))
+PARTS = 4
+
+
+@functools.cache
+def parts_of_one_hash(choices: int) -> tuple[tuple[str, ...], ...]:
+    """For each part of a text so many of 16 characters, whichever of which leaves the hash in the same state."""
+    chance = random.Random(1)
+    state = SEED ^ (PARTS * 16 * FACTOR & WORD)
+    parts = []
+    for _ in range(PARTS):
+        found: set[str] = set()
+        after = chance.getrandbits(64)
+        wanted = after * INVERSE & WORD
+        while len(found) < choices:
+            first = bytes(chance.choices(PLAIN, k=8))
+            mixed = int.from_bytes(first, "little") * FACTOR & WORD
+            between = (state ^ ((mixed ^ mixed >> 47) * FACTOR & WORD)) * FACTOR & WORD
+            mixed = (between ^ wanted) * INVERSE & WORD
+            second = ((mixed ^ mixed >> 47) * INVERSE & WORD).to_bytes(8, "little")
+            if not second.translate(None, PLAIN):
+                found.add((first + second).decode())
+        parts.append(tuple(sorted(found)))
+        state = after
+    return tuple(parts)
+
+
+def of_one_hash(count: int) -> Iterator[str]:
+    """Texts of 64 characters that are all in one place of a table whose hash has no secret."""
+    choices = next(choices for choices in itertools.count(1) if choices ** PARTS >= count)
+    return itertools.islice(map("".join, itertools.product(*parts_of_one_hash(choices))), count)
 
 
 def doctypes() -> Iterator[Hostile]:
@@ -153,6 +195,12 @@ def large(size: int) -> Iterator[Hostile]:
                   policy(entity("e"), template("t", f"<matchRule>{BLOCK}</matchRule>"),
                          "<industries>" + '<industry name="i"><template_id>t</template_id></industry>' * (size // 62)
                          + "</industries>"), TAKEN)
+    yield Hostile("keywords of one hash", policy(dictionary("".join(map(keyword, of_one_hash(size // 130))))), TAKEN)
+    yield Hostile("expressions of one hash", policy("".join(map(entity, of_one_hash(size // 220)))), TAKEN)
+    yield Hostile("templates of one hash",
+                  policy(templates="".join(f'<template name="{name}" display_name="t"/>' for name in of_one_hash(size // 100))), TAKEN)
+    yield Hostile("references of one hash",
+                  policy(templates=template("t", "".join(f"<matchRule>{block(name)}</matchRule>" for name in of_one_hash(size // 170)))), TAKEN)
     yield Hostile("noise", random.Random(1).randbytes(size))
     yield Hostile("opening brackets", b"<" * size)
     yield Hostile("blanks before the document", b" " * size + SMALL, EITHER)

@@ -23,7 +23,7 @@ from pathlib import Path
 sys.dont_write_bytecode = True
 sys.path.insert(0, str(Path(__file__).resolve().parent))
 
-from hostile import EITHER, Hostile, cuts, doctypes, encodings, flips, large  # noqa: E402
+from hostile import EITHER, Hostile, cuts, doctypes, encodings, flips, large, of_one_hash  # noqa: E402
 from hostile_documents import MEBIBYTE, OWN, PEAK, ROOT, SECONDS, UNIT, Tool  # noqa: E402
 
 LIST = "payment-card-words"
@@ -96,6 +96,7 @@ def tables(size: int) -> Iterator[Hostile]:
     yield Hostile("columns of a line", head + b"x" + b"," * size + b"\n", EITHER)
     yield Hostile("lines of one keyword", head + b"x,1\n" * (size // 4), EITHER)
     yield Hostile("lines", head + b"".join(b"k%d,1\n" % i for i in range(size // 9)), EITHER)
+    yield Hostile("keywords of one hash", head + "".join(f"{text},1\n" for text in of_one_hash(size // 67)).encode(), EITHER)
     yield Hostile("wrong lines", head + b"k,x\n" * (size // 4), EITHER)
     yield Hostile("empty keywords", head + b",1\n" * (size // 3), EITHER)
     yield Hostile("long keyword", head + b"x" * size + b",1\n", EITHER)
