@@ -78,8 +78,15 @@ class CFindings {
     void Sort();
     /** Gives each its places in that text, and the first ones their excerpts. */
     void Locate(std::string_view strText);
-    /** Keeps the text that they are located in, from which every excerpt is made when it is looked at. */
-    void KeepText(std::string strText) { m_strText = std::move(strText); }
+    /**
+     * Keeps the text that they are located in, from which every excerpt is made when it is looked at; not where all of
+     * them have one already.
+     */
+    void KeepText(std::string strText) {
+        if (size() > MAX_SHOWN) {
+            m_strText = std::move(strText);
+        }
+    }
 
     /** Hands over each replacement. */
     void ForEachFix(const std::function<void(std::size_t iOffset, std::size_t iLength,

@@ -128,6 +128,22 @@ TEST(Findings, ManyWordingsAreKeptApart) {
     }
 }
 
+TEST(Findings, NoTextIsKeptForSoFewThatAllHaveExcerpts) {
+    CFindings findings;
+    for (std::size_t i = 0; i < CFindings::MAX_SHOWN; ++i) {
+        findings.Add(Make(ECode::NOT_XML, i));
+    }
+    const std::string strText(CFindings::MAX_SHOWN, 'x');
+    const std::string strOther(CFindings::MAX_SHOWN, 'y');  // kept, it would be seen
+    findings.Locate(strText);
+    findings.KeepText(strOther);
+    EXPECT_EQ(findings.Get(CFindings::MAX_SHOWN - 1).excerpt.strLine, MakeExcerpt(strText, 99).strLine);
+    findings.Add(Make(ECode::NOT_XML, 0));
+    findings.Locate(strText);
+    findings.KeepText(strOther);
+    EXPECT_EQ(findings.Get(CFindings::MAX_SHOWN).excerpt.strLine, MakeExcerpt(strOther, 0).strLine);
+}
+
 TEST(Findings, TheFirstHaveExcerptsUnlessTheTextIsKept) {
     CFindings findings;
     const std::string strText(2 * CFindings::MAX_SHOWN, 'x');
