@@ -21,7 +21,8 @@ COMMANDS = ("template set", "keywords import", "keywords export -o", "import --r
             "check --fix", "import, no store", "import", "import --json", "import, older layout", "assets import",
             "store backup", "store restore", "store restore, no store", "store restore, damaged store",
             "store restore, backup of the first version", "store check",
-            "expression set", "keywords add", "template new", "check", "check, a folder", "export",
+            "expression set", "keywords add", "template new", "check", "check, a folder",
+            "check --json", "check --format sarif", "check --format junit", "check --format github", "export",
             "export -o, replacing", "export -o, long", "assets export -o", "store load", "store dump -o", "rename", "delete", "diff",
             "refs", "list, store of the first version")
 

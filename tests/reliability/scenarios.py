@@ -28,6 +28,8 @@ OLD_OUTPUT = b"what stood there before\n"
 TOO_LATE = "after the store was changed"
 UNSURE = "a power cut may undo that"  # what is done
 OUT_OF_MEMORY = "dlpctl: memory ran out\n"
+# What a check says of a file that it cannot read, in each format.
+UNREADABLE = (b": error: ", b'"code":"DLP001"', b'"ruleId": "DLP001"', b'name="DLP001 ', b"title=DLP001 ")
 EMPTY_STORE = json.dumps({"format": "dlpctl-dump/1", "expressions": [], "keyword_lists": [], "templates": []}) + "\n"
 
 POLICY = """<?xml version="1.0" encoding="UTF-8"?><SAPolicy template_version="3.0.1000"><digitalAssets>
@@ -139,6 +141,10 @@ def scenarios() -> list[Scenario]:
         Scenario("show", ("show", "expression", "bic")),
         Scenario("refs", ("refs",)),
         Scenario("check", ("check", "{in}"), plain),
+        Scenario("check --json", ("--json", "check", "{in}", "{policies}"), skipping),
+        Scenario("check --format sarif", ("check", "--format", "sarif", "{in}", "{policies}"), skipping),
+        Scenario("check --format junit", ("check", "--format", "junit", "{in}", "{policies}"), skipping),
+        Scenario("check --format github", ("check", "--format", "github", "{in}", "{policies}"), skipping),
         Scenario("diff", ("diff", "{in}", "store"), plain),
         Scenario("metadata", ("metadata",)),
         Scenario("check, a folder", ("check", "--no-store", "{policies}")),
@@ -335,7 +341,7 @@ class Judge:
         if run.code not in REFUSED:
             return f"exit {run.code}: {run.err}"
         # A check writes what it finds, an unreadable file too, to standard output.
-        if not run.err.startswith("dlpctl: ") and b": error: " not in run.out and not mute:
+        if not run.err.startswith("dlpctl: ") and not any(mark in run.out for mark in UNREADABLE) and not mute:
             return f"exit {run.code} without a word: {run.err}"
         late = run.code == 4 and (mute or TOO_LATE in run.err or UNSURE in run.err)
         if run.dump != self._before and not (late and run.dump == self._whole.dump):
