@@ -1,6 +1,5 @@
 #include "cli/CommandContext.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <iostream>
@@ -12,13 +11,13 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
-#include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
 #include "api/CDLPDigitalAssetsParser.h"
 #include "cli/Colours.h"
 #include "cli/FileIdentity.h"
 #include "cli/InputFile.h"
+#include "cli/JsonText.h"
 #include "cli/LogFile.h"
 #include "cli/OutputFile.h"
 #include "cli/Signals.h"
@@ -27,7 +26,6 @@
 #include "cli/Verdict.h"
 #include "platform/common/CException.h"
 #include "platform/common/TextConversion.h"
-#include "platform/logging/DebugLog.h"
 #include "platform/store/CSettingsStore.h"
 #include "platform/store/SqliteFile.h"
 #include "platform/system/InstallPath.h"
@@ -69,35 +67,6 @@ bool GoesToTerminal(const std::ostream& out) {
 bool IsColourWanted() {
     const char* pNoColour = std::getenv("NO_COLOR");
     return pNoColour == nullptr || *pNoColour == '\0';
-}
-
-void AppendEscape(wchar_t c, std::string& strLine) {
-    constexpr wchar_t FIRST_PAIR = 0x10000;
-    if (c >= FIRST_PAIR) {
-        AppendEscape(static_cast<wchar_t>(0xD800 + ((c - FIRST_PAIR) >> 10)), strLine);
-        c = static_cast<wchar_t>(0xDC00 + ((c - FIRST_PAIR) & 0x3FF));
-    }
-    strLine += fmt::format("\\u{:04X}", static_cast<unsigned>(c));
-}
-
-/** JSON leaves characters as they are that a terminal obeys; they stand inside texts alone. */
-std::string ToLine(const Json& object) {
-    std::string strLine = object.dump(-1, ' ', false, Json::error_handler_t::replace);
-    if (std::all_of(strLine.begin(), strLine.end(), [](char c) { return c >= 0 && c < 0x7F; })) {
-        return strLine;
-    }
-    std::string strPrintable;
-    std::wstring strPart;
-    for (const wchar_t c : OS::WideText(strLine)) {
-        if (DBG::IsControl(c)) {
-            strPrintable += OS::Utf8Lenient(strPart);
-            strPart.clear();
-            AppendEscape(c, strPrintable);
-        } else {
-            strPart += c;
-        }
-    }
-    return strPrintable + OS::Utf8Lenient(strPart);
 }
 
 }  // namespace
@@ -325,15 +294,15 @@ void CCommandContext::CheckOutput() const {
 }
 
 void CCommandContext::WriteJson(const Json& object) {
-    const std::string strLine = ToLine(object) + '\n';
-    const std::size_t iWritten = m_pHead == nullptr ? 0 : ToLine(*m_pHead).size() - 1;
+    const std::string strLine = ToJsonText(object) + '\n';
+    const std::size_t iWritten = m_pHead == nullptr ? 0 : ToJsonText(*m_pHead).size() - 1;
     m_pHead = nullptr;
     Put(std::string_view(strLine).substr(iWritten));
     Flush();
 }
 
 void CCommandContext::StartJson(const Json& head) {
-    const std::string strLine = ToLine(head);
+    const std::string strLine = ToJsonText(head);
     Put(std::string_view(strLine).substr(0, strLine.size() - 1));
     Flush();
     m_pHead = std::make_unique<Json>(head);
@@ -347,9 +316,9 @@ void CCommandContext::StartAnswer(std::string_view strHead, std::string strRest)
 }
 
 void CCommandContext::StartAnswer(const Json& head, const Json& whole) {
-    const std::string strLine = ToLine(whole) + '\n';
+    const std::string strLine = ToJsonText(whole) + '\n';
     m_pHead = std::make_unique<Json>(head);
-    const std::size_t iHead = ToLine(head).size() - 1;
+    const std::size_t iHead = ToJsonText(head).size() - 1;
     StartAnswer(std::string_view(strLine).substr(0, iHead), strLine.substr(iHead));
 }
 

@@ -7,6 +7,7 @@
 #include <nlohmann/json.hpp>
 
 #include "cli/InputFile.h"
+#include "cli/JsonText.h"
 #include "cli/Text.h"
 #include "cli/check/MeantName.h"
 #include "platform/store/StoreError.h"
@@ -311,10 +312,6 @@ Json MakeReportBack(const SImportReport& report) {
     return object;
 }
 
-std::string OneLine(const Json& value) {
-    return value.dump(-1, ' ', false, Json::error_handler_t::replace);
-}
-
 }  // namespace
 
 Json MakeReportJson(const SImportReport& report) {
@@ -328,15 +325,15 @@ Json MakeReportJson(const SImportReport& report) {
 }
 
 void WriteReportJson(const SImportReport& report, const std::function<void(std::string_view strPiece)>& fnTake) {
-    std::string strFront = OneLine(MakeReportFront(report));
+    std::string strFront = ToJsonText(MakeReportFront(report));
     strFront.pop_back();
     fnTake(strFront + ",\"items\":[");
     bool bFirst = true;
     for (const SReportItem& item : report.vecItems) {
-        fnTake((bFirst ? "" : ",") + OneLine(MakeWholeItemJson(item)));
+        fnTake((bFirst ? "" : ",") + ToJsonText(MakeWholeItemJson(item)));
         bFirst = false;
     }
-    fnTake("]," + OneLine(MakeReportBack(report)).substr(1) + '\n');
+    fnTake("]," + ToJsonText(MakeReportBack(report)).substr(1) + '\n');
 }
 
 std::string ExplainItem(const SReportItem& item) {

@@ -13,6 +13,7 @@
 #include "cli/Commands.h"
 #include "cli/InputFile.h"
 #include "cli/InstalledFiles.h"
+#include "cli/JsonText.h"
 #include "cli/Kinds.h"
 #include "cli/Output.h"
 #include "cli/Progress.h"
@@ -69,8 +70,7 @@ constexpr std::size_t STEPS_OF_LOADED = 2;  ///< a record is read, then stored
 
 /** @return the record's lines, indented below its list */
 std::string RecordLines(const CSettingsRow& row) {
-    const std::string strRecord =
-        RecordToJson(row).dump(RECORD_INDENT, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
+    const std::string strRecord = ToJsonText(RecordToJson(row), RECORD_INDENT);
     std::string strLines = FIELD_INDENT;
     for (const char c : strRecord) {
         strLines += c;

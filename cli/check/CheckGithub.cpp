@@ -1,5 +1,6 @@
 #include <utility>
 
+#include "cli/Text.h"
 #include "cli/check/CheckFormats.h"
 
 namespace {
@@ -28,7 +29,7 @@ std::string Escape(const std::string& strText, std::size_t iEscapes) {
 std::string MakeLine(const std::string& strFile, const SDiagnostic& diagnostic) {
     const SCodeRow& row = GetCodeRow(diagnostic.eCode);
     std::string strLine = std::string("::") + COMMANDS[static_cast<std::size_t>(diagnostic.eSeverity)] +
-                          " file=" + Escape(strFile, std::size(ESCAPES));
+                          " file=" + Text::Printable(Escape(strFile, std::size(ESCAPES)));
     if (diagnostic.place.iLine != 0) {
         strLine +=
             ",line=" + std::to_string(diagnostic.place.iLine) + ",col=" + std::to_string(diagnostic.place.iColumn);

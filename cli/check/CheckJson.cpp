@@ -1,5 +1,6 @@
 #include <nlohmann/json.hpp>
 
+#include "cli/JsonText.h"
 #include "cli/check/CheckFormats.h"
 
 namespace {
@@ -32,7 +33,7 @@ Json MakeDiagnostic(const SDiagnostic& diagnostic) {
 
 /** On one line, without the brackets at its ends. */
 std::string MembersOf(const Json& object) {
-    const std::string strText = object.dump(-1, ' ', false, Json::error_handler_t::replace);
+    const std::string strText = ToJsonText(object);
     return strText.substr(1, strText.size() - 2);
 }
 

@@ -4,6 +4,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "cli/JsonText.h"
 #include "cli/Text.h"
 #include "cli/check/CheckFormats.h"
 #include "cli/check/DiagnosticsPage.h"
@@ -35,10 +36,6 @@ std::string MakeUri(const std::string& strPath) {
         }
     }
     return strUri;
-}
-
-std::string ToText(const Json& value) {
-    return value.dump(INDENT, ' ', false, Json::error_handler_t::replace);
 }
 
 Json MakeText(const std::string& strText) {
@@ -111,7 +108,7 @@ std::string MakeFrame(const SCheckReport& report) {
                       {"invocations", Json::array({invocation})},
                       {"results", Json::array()}};
     const Json log = {{"$schema", SCHEMA}, {"version", VERSION}, {"runs", Json::array({run})}};
-    return ToText(log) + '\n';
+    return ToJsonText(log, INDENT) + '\n';
 }
 
 /** @return the text with blanks before each line */
@@ -135,7 +132,8 @@ void WriteCheckSarif(const SCheckReport& report, const ReportTaker& fnTake) {
     for (const SFileReport& file : report.vecFiles) {
         for (const SDiagnostic& diagnostic : file.findings) {
             if (!diagnostic.bFixed) {
-                fnTake((bAny ? ",\n" : "\n") + Indented(ToText(MakeResult(file.strFile, diagnostic)), RESULT_INDENT));
+                fnTake((bAny ? ",\n" : "\n") +
+                       Indented(ToJsonText(MakeResult(file.strFile, diagnostic), INDENT), RESULT_INDENT));
                 bAny = true;
             }
         }
