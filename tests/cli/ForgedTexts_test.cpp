@@ -19,9 +19,12 @@ using Json = nlohmann::ordered_json;
 
 constexpr const char MARK[] = "FORGED";
 
+/** U+2400 stands for the byte 0, which no store takes either. */
+constexpr const char ZERO[] = "a\u2400FORGED";
+
 struct SForgery {
     const char* pWhat;
-    const char* pText;      ///< \0 is written as U+2400, which no row needs for itself
+    const char* pText;
     bool bInXml = true;     ///< whether a document can carry it
     bool bFileName = true;  ///< whether a file can be named so
 };
@@ -43,7 +46,7 @@ const SForgery FORGERIES[] = {
     {"Delete",
      "a\x7f"
      "FORGED"},
-    {"Zero", "a\u2400FORGED", false, false},
+    {"Zero", ZERO, false, false},
     {"LeftToRightEmbedding", "a\u202aFORGED"},
     {"RightToLeftEmbedding", "a\u202bFORGED"},
     {"PopDirection", "a\u202cFORGED"},
@@ -286,11 +289,13 @@ class ForgedTexts : public CToolTest, public ::testing::WithParamInterface<SForg
         Fill();
     }
 
+    bool IsStorable() const { return m_strName.find('\0') == std::string::npos; }
+
     /** What no document can carry a program may have stored, as a dump is loaded. */
     void Fill() const {
         const std::string strPlain = m_dir.Write("plain.xml", MakeDocument("PLAIN"));
         Run({"import", GetParam().bInXml ? m_strFile : strPlain});
-        if (!GetParam().bInXml) {
+        if (IsStorable() && !GetParam().bInXml) {
             Json dump = Json::parse(Dump());
             dump["keyword_lists"] = dump["templates"] = Json::array();
             for (const char* pField : {"name", "display_name", "description", "validator"}) {
@@ -330,7 +335,7 @@ class ForgedTexts : public CToolTest, public ::testing::WithParamInterface<SForg
 TEST_P(ForgedTexts, NothingOfThemPassesRaw) {
     const Json stored = Json::parse(Dump());
     ASSERT_EQ(stored["expressions"].size(), 1U);
-    ASSERT_EQ(stored["expressions"][0]["name"], m_strName);
+    ASSERT_EQ(stored["expressions"][0]["name"] == m_strName, IsStorable());
     for (const SShown& shown : SHOWN) {
         Show(shown, false);
         // A table or a document has the standard output for itself.
