@@ -8,6 +8,9 @@ A store whose last unit of work is in the log alone may also be as before that u
 first version has no checksums: damage that leaves the file's structure whole may change its content before it is brought up,
 which nothing can tell; from then on it is held as all others. One of the second version has checksums of records, and is
 held as all others at once.
+
+A page that is put back to what an earlier unit of work left there fits its place and its checksum. What commands answer then
+is counted apart.
 """
 import argparse
 import collections
@@ -18,6 +21,7 @@ import shutil
 import sqlite3
 import sys
 
+import earlier_pages
 import stores
 from stores import PAGE
 
@@ -130,7 +134,10 @@ JOURNAL = (flip, flip, cut, zeros, noise, append)  # of the log that holds a uni
 LOGGED, UNSUMMED, RENEWED = 0.15, 0.15, 0.1  # how often it is that log, a store of the first version, or one brought up
 SECOND = 0.1  # how often one of the second version
 SECOND_VERSION = "second version, "
+EARLIER = 0.1  # how often a page of it is an earlier one
+EARLIER_PAGE = "earlier page, "
 REFUSED, RIGHT, UNTOLD = "refused", "read right", "changed, with nothing to tell by"
+PARTLY = "read as it was by a command"
 WRONG = "wrong"
 PLAIN = (flip, flip_in_page, cut, cut_pages, swap_pages, copy_page, zeros, noise, append)
 
@@ -153,7 +160,7 @@ class Trial:
             ("--json", "show", "expression", "number 17"): None, ("--json", "refs"): None, ("store", "check"): None,
         }
         for command in self.commands:
-            self.commands[command] = self.answer(self.whole, command)
+            self.commands[command] = self.tool.answer(self.whole, command)
         after = folder / "after.db"
         shutil.copy(self.whole, after)
         tool.get(after, "-q", "import", self.more)
@@ -170,6 +177,7 @@ class Trial:
         self.second = second.read_bytes()
         tool.get(unsummed, "store", "load", "-", data=self.dump.decode())
         self.renewed = unsummed.read_bytes()
+        self.earlier = earlier_pages.EarlierPages(tool, folder, self.bytes, ADVICE.search)
 
     def make_logged(self, folder):
         """A store whose last import is in its log alone, because somebody had it open."""
@@ -181,7 +189,7 @@ class Trial:
         self.logged = store.read_bytes(), pathlib.Path(f"{store}-wal").read_bytes()
         reader.kill()
         reader.communicate()
-        self.after_commands = {command: self.answer(store, command) for command in self.commands}
+        self.after_commands = {command: self.tool.answer(store, command) for command in self.commands}
 
     def try_logged(self, store, seed):
         """As before the unit in the log, as after it, or refused."""
@@ -194,7 +202,7 @@ class Trial:
             stores.remove(store)
             store.write_bytes(self.logged[0])
             pathlib.Path(f"{store}-wal").write_bytes(data)
-            code, out, err = self.answer(store, command)
+            code, out, err = self.tool.answer(store, command)
             refused |= code not in (0, 1)
             fault = None if (code, out) == self.after_commands[command][:2] else self.wrong(store, command, code, out, err)
             faults += [fault] if fault else []
@@ -210,7 +218,7 @@ class Trial:
         for command in self.commands:
             stores.remove(store)
             store.write_bytes(data)
-            code, out, err = self.answer(store, command)
+            code, out, err = self.tool.answer(store, command)
             refused = self.wrong(store, command, code, out, err)
             if (code, out) == self.commands[command][:2]:
                 verdicts.add(RIGHT)
@@ -233,9 +241,14 @@ class Trial:
         sound = store.read_bytes()[20] == 8 and whole and dump.returncode == 0
         return [] if sound else [f"brought up, and not sound: {check.stdout[:300]!r} {dump.stderr[:300]!r}"]
 
-    def answer(self, store, command):
-        run = self.tool.run(store, *command)
-        return run.returncode, run.stdout.replace(str(store).encode(), b"STORE"), run.stderr
+    def try_earlier(self, seed):
+        """One page of one change."""
+        dice = random.Random(seed)
+        name = dice.choice(list(earlier_pages.CHANGES))
+        verdicts = self.earlier.try_one(name, dice.choice(self.earlier.change(name).pages)).values()
+        return EARLIER_PAGE + name, next(word for verdict, word in (
+            (earlier_pages.WRONG, PARTLY), (earlier_pages.TOLD, PARTLY), (earlier_pages.REFUSED, REFUSED), (earlier_pages.RIGHT, RIGHT))
+            if verdict in verdicts), []
 
     def damage(self, store, seed, whole):
         """Returns what was done, in a word."""
@@ -273,10 +286,12 @@ class Trial:
             name, whole = "brought up, ", self.renewed
         elif kind >= 1 - SECOND:
             name, whole = SECOND_VERSION, self.second
+        elif kind >= 1 - SECOND - EARLIER:
+            return self.try_earlier(seed)
         how = name + self.damage(store, seed, whole)
         faults, refused = [], False
         for command in self.commands:
-            code, out, err = self.answer(store, command)
+            code, out, err = self.tool.answer(store, command)
             refused |= code != self.commands[command][0]
             fault = self.wrong(store, command, code, out, err)
             faults += [fault] if fault else []
@@ -308,17 +323,27 @@ class Trial:
         return [] if dump.stdout == self.dump else [f"restore gave another store: {dump.stdout[:200]!r}"]
 
 
+def tell_of_earlier(counts):
+    """Of each command, how often which became of it."""
+    for command, of in counts.items():
+        print(f"{command}: " + ", ".join(f"{of[verdict]} {verdict}" for verdict in earlier_pages.VERDICTS))
+    return 0 if counts else 1
+
+
 def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("--tool", required=True)
     parser.add_argument("--count", type=int, default=100)
     parser.add_argument("--seed", type=int, default=1, help="the first one")
     parser.add_argument("--second", action="store_true", help="stores of the second version alone")
+    parser.add_argument("--earlier", action="store_true", help="every page of some changes put back, alone")
     arguments = parser.parse_args()
-    verdicts = {kind: collections.Counter() for kind in ("", "first version, ", SECOND_VERSION, "brought up, ")}
+    verdicts = {kind: collections.Counter() for kind in ("", "first version, ", SECOND_VERSION, "brought up, ", EARLIER_PAGE)}
     with stores.scratch() as folder:
         folder = pathlib.Path(folder)
         trial = Trial(stores.Tool(arguments.tool), folder)
+        if arguments.earlier:
+            return tell_of_earlier(trial.earlier.try_all())
         for seed in range(arguments.seed, arguments.seed + arguments.count):
             how, verdict, faults = trial.try_one(folder / "damaged.db", seed, arguments.second)
             kind = next(kind for kind in reversed(verdicts) if how.startswith(kind))
@@ -327,7 +352,7 @@ def main():
                 print(f"seed {seed} ({how}): {fault}")
     for kind, counts in ((kind, counts) for kind, counts in verdicts.items() if counts):
         print(f"{kind}{counts.total()} damaged stores: " + ", ".join(f"{counts[verdict]} {verdict}" for verdict in (
-            REFUSED, RIGHT, UNTOLD, WRONG) if counts[verdict] or verdict == WRONG))
+            REFUSED, RIGHT, UNTOLD, PARTLY, WRONG) if counts[verdict] or verdict == WRONG))
     return 1 if any(counts[WRONG] for counts in verdicts.values()) else 0
 
 

@@ -45,6 +45,11 @@ class Tool:
         return subprocess.run(self.arguments(store, *arguments), env=self.environment, input=data.encode(),
                               capture_output=True, timeout=SECONDS)
 
+    def answer(self, store, command):
+        """Exit code, standard output without the store's path, and errors."""
+        run = self.run(store, *command)
+        return run.returncode, run.stdout.replace(str(store).encode(), b"STORE"), run.stderr
+
     def start(self, store, *arguments):
         return subprocess.Popen(self.arguments(store, *arguments), env=self.environment, stdin=subprocess.DEVNULL,
                                 stdout=subprocess.PIPE, stderr=subprocess.PIPE)
