@@ -109,6 +109,11 @@ def other_version(path, dice):
     database.close()
 
 
+def newer_version(path, dice):
+    """To be refused as such, and to be kept by whatever restores."""
+    stores.make_newer_version(path, stores.VERSION + dice.choice((1, 2, 1000)))
+
+
 def changed_by_sql(path, dice):
     """By a program that writes databases but knows nothing of checksums."""
     table = dice.choice(("expressions", "keyword_lists", "templates"))
@@ -129,7 +134,8 @@ def first_version(path, _):
     stores.make_first_version(path)
 
 
-FILES = (foreign_database, other_version, changed_by_sql, first_version)
+FILES = (foreign_database, other_version, newer_version, changed_by_sql, first_version)
+NEWER = b"newer version"
 JOURNAL = (flip, flip, cut, zeros, noise, append)  # of the log that holds a unit of work, whose frames are chained
 LOGGED, UNSUMMED, RENEWED = 0.15, 0.15, 0.1  # how often it is that log, a store of the first version, or one brought up
 SECOND = 0.1  # how often one of the second version
@@ -289,6 +295,8 @@ class Trial:
         elif kind >= 1 - SECOND - EARLIER:
             return self.try_earlier(seed)
         how = name + self.damage(store, seed, whole)
+        if how.endswith(newer_version.__name__) and whole is not self.second:
+            return how, REFUSED, self.try_newer(store)
         faults, refused = [], False
         for command in self.commands:
             code, out, err = self.tool.answer(store, command)
@@ -298,6 +306,17 @@ class Trial:
         faults += self.try_import(store)
         faults += self.try_restore(store)
         return how, REFUSED if refused else RIGHT, faults
+
+    def try_newer(self, store):
+        """Every command says that it is one, and leaves it as it is."""
+        before, faults = store.read_bytes(), []
+        for command in (*self.commands, ("-q", "import", self.more), ("store", "restore", self.backup),
+                        ("store", "backup", store.with_suffix(".backup"))):
+            code, out, err = self.tool.answer(store, command)
+            told = code == 4 and NEWER in err and (not out or NEWER in out)  # in JSON too
+            if not told or store.read_bytes() != before:
+                faults.append(f"{' '.join(map(str, command))} ended with {code}: {out[:200]!r} {err[:300]!r}")
+        return faults
 
     def try_import(self, store):
         copy = store.with_suffix(".import")

@@ -1,4 +1,7 @@
 """Small policies, stores made of them, and runs of dlpctl, for the programs that try to damage a store."""
+import ctypes
+import ctypes.util
+import functools
 import os
 import pathlib
 import sqlite3
@@ -6,6 +9,9 @@ import subprocess
 import tempfile
 
 PAGE = 8192
+SUM = 8  # bytes at a page's end
+RESERVED = 20  # where the header says how many bytes each page keeps free
+VERSION = 3  # of the schema
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 SECONDS = 120
 
@@ -93,6 +99,30 @@ def make_second_version(path):
                 for name, sql in schema if sql.startswith("CREATE TABLE")}
     database.close()
     make_anew(path, 2, schema, rows)
+
+
+def make_newer_version(path, version):
+    """The same records as a later version might keep them: under its number, with the checksums of pages if it has any."""
+    with sqlite3.connect(path) as database:
+        database.execute(f"PRAGMA user_version = {version}")
+    database.close()
+    data = bytearray(path.read_bytes())
+    if data[RESERVED] == SUM:
+        data[PAGE - SUM:PAGE] = page_sum(data[:PAGE], 1)
+        path.write_bytes(data)
+
+
+def page_sum(page, number):
+    """What stands at the end of that page, which counts from 1."""
+    return find_hash()(bytes(page[:PAGE - SUM]), PAGE - SUM, number).to_bytes(SUM, "big")
+
+
+@functools.cache
+def find_hash():
+    """The hash of pages: (bytes, their number, a seed)."""
+    hashes = ctypes.CDLL(ctypes.util.find_library("xxhash") or "libxxhash.so.0").XXH3_64bits_withSeed
+    hashes.restype, hashes.argtypes = ctypes.c_uint64, (ctypes.c_char_p, ctypes.c_size_t, ctypes.c_uint64)
+    return hashes
 
 
 def read_schema(database):
