@@ -16,7 +16,7 @@ from pathlib import Path
 sys.dont_write_bytecode = True
 sys.path.insert(0, str(Path(__file__).resolve().parent))
 
-from scenarios import Judge, World, scenarios  # noqa: E402
+from scenarios import Judge, World, of_name, scenarios  # noqa: E402
 
 SHORT = "short"
 OPENING = (errno.EACCES, errno.EMFILE, errno.ENOSPC, errno.EINTR, errno.EIO)
@@ -83,6 +83,7 @@ def main() -> int:
     parser.add_argument("--sample", type=int, default=0, help="how many faults of each command; 0: every one")
     parser.add_argument("--only", default="", help="one command, by its name here")
     arguments = parser.parse_args()
+    chosen = of_name(arguments.only, [(scenario.name, scenario) for scenario in scenarios()])
     library = str(arguments.library.resolve())
     chance = random.Random(arguments.seed)
     begun = time.monotonic()
@@ -91,9 +92,7 @@ def main() -> int:
     with tempfile.TemporaryDirectory() as name:
         folder = Path(name)
         world = World(arguments.tool, folder)
-        for scenario in scenarios():
-            if arguments.only not in ("", scenario.name):
-                continue
+        for scenario in chosen:
             judge = Judge(world, scenario)
             lines = calls(world, scenario, library, folder)
             sites += len(lines)

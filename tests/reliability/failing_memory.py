@@ -15,16 +15,7 @@ from pathlib import Path
 sys.dont_write_bytecode = True
 sys.path.insert(0, str(Path(__file__).resolve().parent))
 
-from scenarios import Judge, World, scenarios  # noqa: E402
-
-COMMANDS = ("template set", "keywords import", "keywords export -o", "import --report", "fmt --write", "convert -o",
-            "check --fix", "import, no store", "import", "import --json", "import, older layout", "assets import",
-            "store backup", "store restore", "store restore, no store", "store restore, damaged store",
-            "store restore, backup of the first version", "store check",
-            "expression set", "keywords add", "template new", "check", "check, a folder",
-            "check --json", "check --format sarif", "check --format junit", "check --format github", "export",
-            "export -o, replacing", "export -o, long", "assets export -o", "store load", "store dump -o", "rename", "delete", "diff",
-            "refs", "list, store of the first version")
+from scenarios import Judge, World, of_name, scenarios  # noqa: E402
 
 END = 100  # requests
 
@@ -45,6 +36,7 @@ def main() -> int:
     parser.add_argument("--sample", type=int, default=0, help="how many requests of each command; 0: every one")
     parser.add_argument("--only", default="", help="one command, by its name here")
     arguments = parser.parse_args()
+    chosen = of_name(arguments.only, [(scenario.name, scenario) for scenario in scenarios()])
     library = str(arguments.library.resolve())
     chance = random.Random(arguments.seed)
     begun = time.monotonic()
@@ -52,9 +44,7 @@ def main() -> int:
     total = wrong = 0
     with tempfile.TemporaryDirectory() as name:
         world = World(arguments.tool, Path(name))
-        for scenario in (found for found in scenarios() if found.name in COMMANDS):
-            if arguments.only not in ("", scenario.name):
-                continue
+        for scenario in chosen:
             judge = Judge(world, scenario)
             count = requests(world, scenario, library, Path(name))
             total += count

@@ -29,7 +29,7 @@ sys.path.insert(0, str(Path(__file__).resolve().parent))
 from disks import (DROPPED, KEPT, MAPPED, TORN, ZEROS, Change, Disk, Names, Pick, Record, State,  # noqa: E402
                    Synchronised, Told, Write, clear, grow)
 from scenarios import (BACKUP, DONE, EXAMPLES, FIXABLE, OUTPUT, POLICY, SIDE_FILES, STORE, Scenario,  # noqa: E402
-                       World, scenarios)
+                       World, of_name, scenarios)
 
 # One of each kind.
 SAMPLED = ("import, no store", "import", "store load", "rename", "export -o, replacing", "import --report",
@@ -412,15 +412,14 @@ def main() -> int:
     parser.add_argument("--again", type=int, default=0, help="how many recoveries of each command are cut too")
     parser.add_argument("--only", default="", help="one command, by its name here")
     arguments = parser.parse_args()
+    commands = of_name(arguments.only, [(cut.scenario.name, cut) for cut in cuts(arguments.sample > 0)])
     library = str(arguments.library.resolve())
     begun = time.monotonic()
     figures: Counter[str] = Counter()
     with tempfile.TemporaryDirectory() as name:
         world = World(arguments.tool, Path(name).resolve())
         logged = leave_log(world, library)
-        for cut in cuts(arguments.sample > 0):
-            if arguments.only not in ("", cut.scenario.name):
-                continue
+        for cut in commands:
             trial = Trial(world, cut, library, logged)
             if not trial.changes:
                 continue

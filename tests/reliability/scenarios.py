@@ -11,6 +11,7 @@ import shutil
 import subprocess
 from dataclasses import dataclass, field, replace
 from pathlib import Path
+from typing import TypeVar
 
 import stores  # noqa: E402
 
@@ -43,6 +44,7 @@ FIXABLE = (POLICY % "").replace('caseSensitive="false">one', 'caseSensitive="no"
 SKIPPED = """<template name="broken" display_name="Broken" description="" pre-defined="false"><matchRule>
 <buildingBlock sourceType="ENTITY" entityHits="1" sourceName="nowhere"/></matchRule></template>"""
 
+Command = TypeVar("Command")
 BACKUP = b"a backup"  # stands for the bytes of one
 OLDER_BACKUP = b"an older backup"  # for those of one of the first version
 LONG = (POLICY % ("""<template name="long" display_name="Long" description="" pre-defined="false"><matchRule>"""
@@ -158,6 +160,14 @@ def scenarios() -> list[Scenario]:
         Scenario("store restore, damaged store", ("store", "restore", "{in}"), BACKUP, damaged=True),
         Scenario("store restore --dry-run", ("store", "restore", "--dry-run", "{in}"), BACKUP),
     ]
+
+
+def of_name(name: str, known: list[tuple[str, Command]]) -> list[Command]:
+    """Those of that name; "": all of them. A name that none has ends the program."""
+    found = [command for known_name, command in known if name in ("", known_name)]
+    if not found:
+        raise SystemExit("\n".join([f'No command is named "{name}" here; these are:', *(known_name for known_name, _ in known)]))
+    return found
 
 
 class World:
