@@ -150,7 +150,7 @@ def scenarios() -> list[Scenario]:
         Scenario("diff", ("diff", "{in}", "store"), plain),
         Scenario("metadata", ("metadata",)),
         Scenario("check, a folder", ("check", "--no-store", "{policies}")),
-        Scenario("template edit", ("template", "edit", "bank-accounts"), editor="sed -i s/P:bic(1)/P:bic(3)/", once=True),
+        Scenario("template edit", ("template", "edit", "bank-accounts"), editor="sed -i 's/P:bic(1)/P:bic(3)/'", once=True),
         Scenario("store check", ("store", "check")),
         Scenario("store backup", ("store", "backup", "{out}"), in_place=True),
         Scenario("store backup, replacing", ("store", "backup", "{out}"), old_output=BACKUP, in_place=True),
@@ -323,6 +323,8 @@ class Judge:
         self._old = scenario.old_output
         if self._whole.code not in DONE:
             raise RuntimeError(f"{scenario.name}: exit {self._whole.code} undisturbed: {self._whole.err}")
+        if scenario.once and self._whole.dump == self._before:
+            raise RuntimeError(f"{scenario.name} changes nothing: {self._whole.err}")
 
     def fault(self, run: Result, mute: bool = False) -> str:
         """What is wrong with a run that was disturbed (mute: it could write to nobody); empty when nothing is."""
