@@ -6,7 +6,6 @@ from __future__ import annotations
 import argparse
 import itertools
 import random
-import re
 import shutil
 import subprocess
 import sys
@@ -19,6 +18,7 @@ sys.path.insert(0, str(Path(__file__).resolve().parent))
 
 from hostile import EITHER, Hostile, cuts, doctypes, encodings, flips, large  # noqa: E402
 from launcher import Launcher  # noqa: E402
+from opened_files import STRACE, Places, strange_calls  # noqa: E402
 
 ROOT = Path(__file__).resolve().parent.parent.parent
 MEBIBYTE = 1 << 20
@@ -41,9 +41,6 @@ COMMANDS: dict[str, tuple[tuple[str, ...], tuple[int, ...] | None]] = {
     "store load": (("store", "load", "{in}"), (2,)),
 }
 EFFECTLESS = ("check", "diff", "refs", "fmt", "convert")
-TRACED = "open,openat,openat2,creat,socket,connect,bind,execve,execveat,fork,vfork,clone,clone3"
-CALL = re.compile(r'^(?:\d+ +)?(\w+)\((?:AT_FDCWD, )?"?([^",)]*)')
-SYSTEM = ("/lib/", "/usr/lib/", "/lib64/", "/etc/ld.so.", "/etc/localtime", "/usr/share/locale/", "/usr/share/zoneinfo/")
 
 
 class Tool:
@@ -145,26 +142,14 @@ class Trial:
     def traced(self, document: Hostile) -> None:
         """Nothing but what is named is opened, connected to or started."""
         self._tool.file.write_bytes(document.data)
+        places = Places(self._tool.folder, self._tool.home, Path(tempfile.gettempdir()), store="store.db", read="in", written="out")
         for name in self._commands:
             self._tool.clear()
             trace = self._tool.folder / "trace"
-            self._tool.run(COMMANDS[name][0], ("strace", "-f", "-qq", "-e", f"trace={TRACED}", "-o", str(trace)))
+            self._tool.run(COMMANDS[name][0], (*STRACE, str(trace)))
             self.runs += 1
-            started = 0
-            for line in trace.read_text(errors="replace").splitlines():
-                call = CALL.match(line)
-                started += call is not None and call[1] == "execve"
-                if call is None or not self._may(call[1], call[2]) or started > 1:
-                    self._complain(f"{document.name}, {name}", line)
-
-    def _may(self, function: str, path: str) -> bool:
-        own = (f"{self._tool.folder}/in", f"{self._tool.folder}/store.db", f"{self._tool.home}/config/")
-        if function == "execve":
-            return True
-        engine = (f"{tempfile.gettempdir()}/etilqs_", "/dev/urandom")
-        return function in ("open", "openat") and (
-            path.startswith(own + SYSTEM + engine) or path in ("config/cfg_dlp_da_map.txt", "config\\\\cfg_dlp_da_map.txt",
-                                                      str(self._tool.folder), "/proc/self/exe"))
+            for line in strange_calls(trace.read_text(errors="replace"), places):
+                self._complain(f"{document.name}, {name}", line)
 
 
 def main() -> int:

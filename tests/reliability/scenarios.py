@@ -229,10 +229,10 @@ class World:
                 *(word.format(**places) for word in words)]
 
     def _command(self, words: tuple[str, ...], environment: dict[str, str], data: bytes = b"",
-                 answer: int = subprocess.PIPE) -> subprocess.CompletedProcess[bytes]:
+                 answer: int = subprocess.PIPE, before: tuple[str, ...] = ()) -> subprocess.CompletedProcess[bytes]:
         clean = {name: value for name, value in os.environ.items() if not name.startswith(("DLP_", "XDG_"))}
         clean["HOME"] = str(self._home)
-        return subprocess.run(self.line(words), input=data, stdout=answer, stderr=subprocess.PIPE, check=False,
+        return subprocess.run([*before, *self.line(words)], input=data, stdout=answer, stderr=subprocess.PIPE, check=False,
                               timeout=SECONDS, cwd=self._folder, env=clean | environment, user=self.user)
 
     def start(self, scenario: Scenario) -> None:
@@ -287,14 +287,14 @@ class World:
         return self.dump()
 
     def again(self, scenario: Scenario, environment: dict[str, str],
-              around: contextlib.AbstractContextManager = contextlib.nullcontext()) -> Result:
-        """Runs it on what the last run has left; around: what holds while it runs."""
+              around: contextlib.AbstractContextManager = contextlib.nullcontext(), before: tuple[str, ...] = ()) -> Result:
+        """Runs it on what the last run has left; around: what holds while it runs; before: words before its own."""
         data = scenario.document if scenario.standard_input else b""
         environment = environment | ({"EDITOR": scenario.editor, "TMPDIR": f"{self._folder}/editing"} if scenario.editor else {})
         answer = self._work / ANSWER
         with answer.open("wb") if scenario.answer_file else contextlib.nullcontext() as file:
             with around:
-                done = self._command(scenario.words, environment, data, subprocess.PIPE if file is None else file.fileno())
+                done = self._command(scenario.words, environment, data, subprocess.PIPE if file is None else file.fileno(), before)
         output = self._work / OUTPUT
         result = Result(done.returncode, answer.read_bytes() if scenario.answer_file else done.stdout, done.stderr.decode(errors="replace"),
                         output.read_bytes() if output.exists() else None)
