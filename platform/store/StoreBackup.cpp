@@ -326,9 +326,10 @@ std::unique_ptr<CSettingsStore> Open(const std::string& strPath) {
 }
 
 SRestored Restore(CSettingsStore& backup, const std::string& strPath, bool bTry, const Step& fnStep) {
+    const std::string strPlace = FollowSqliteLinks(strPath, CSqliteStore::SCHEME + strPath);
     std::error_code error;
-    const std::string strTarget = fs::weakly_canonical(strPath, error).string();
-    const std::string& strStore = error ? strPath : strTarget;
+    const std::string strTarget = fs::weakly_canonical(strPlace, error).string();
+    const std::string& strStore = error ? strPlace : strTarget;
     if (bTry && !Exists(strStore)) {
         return {{}, CountRecords(backup), false, {}};
     }

@@ -578,6 +578,35 @@ TEST_F(StoreBackupTest, RestoresWhereNothingIs) {
     EXPECT_NE("", ExceptionText([&] { StoreBackup::Restore(*pBackup, m_folder.MakeFolder("folder"), false, NoStep); }));
 }
 
+TEST_F(StoreBackupTest, AnotherUsersLinkIsNoWayToRestore) {
+    if (::geteuid() != 0) {
+        GTEST_SKIP() << "only root can make another user's link";
+    }
+    {
+        CSqliteStore store(Path());
+        StoreBackup::Save(store, BackupPath(), NoStep);
+        store.Save(Expression("later"));
+    }
+    const auto pBackup = StoreBackup::Open(BackupPath());
+    const std::string strLink = m_folder.Path("link.db");
+    fs::create_symlink("settings.db", strLink);
+    const auto fnRefusal = [&](const std::string& strWhy) {
+        for (const bool bTry : {true, false}) {
+            EXPECT_EQ("settings store sqlite:" + strLink + ", opening it: " + strWhy,
+                      ExceptionText([&] { StoreBackup::Restore(*pBackup, strLink, bTry, NoStep); }));
+        }
+    };
+    ASSERT_EQ(0, ::lchown(strLink.c_str(), 65534, 65534));
+    fnRefusal("it is another user's symbolic link, which is not followed; name the file itself");
+    EXPECT_EQ("expressions subject=\"kept\"\nexpressions subject=\"later\"\n", DumpFile(Path()));
+    ASSERT_EQ(0, ::lchown(strLink.c_str(), 0, 0));
+    EXPECT_EQ(Path() + ".before-restore", StoreBackup::Restore(*pBackup, strLink, false, NoStep).strFormer);
+    EXPECT_EQ(KEPT, DumpFile(Path()));
+    EXPECT_TRUE(fs::is_symlink(strLink));
+    fs::remove(Path());
+    fnRefusal("it is a symbolic link that leads to no file: No such file or directory");
+}
+
 TEST_F(StoreBackupTest, WhatIsRenewedStaysAsItIsWhenTheLastLookFails) {
     CMemoryStore records;
     records.Save(Expression("new"));
