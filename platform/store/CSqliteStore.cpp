@@ -453,7 +453,7 @@ void CSqliteStore::Commit() {
     if (m_units.IsInside()) {
         m_vecOpen.back().aTotals = aTotals;
     } else if (bWritten && m_connection.HasMoved() && m_connection.CanLook()) {
-        ThrowMoved(StoreDoing::COMMITTING, StoreWritten::ELSEWHERE);
+        ThrowMoved(StoreDoing::COMMITTING, StoreWritten::ELSEWHERE, StoreCode::WRITTEN_ELSEWHERE);
     }
 }
 
@@ -466,8 +466,8 @@ void CSqliteStore::EndUnit() {
     }
 }
 
-void CSqliteStore::ThrowMoved(const char* pDoing, const char* pWhat) const {
-    ThrowStoreError(m_units.GetUrl(), pDoing, std::string(StoreWritten::MOVED) + pWhat);
+void CSqliteStore::ThrowMoved(const char* pDoing, const char* pWhat, int iCode) const {
+    ThrowStoreError(m_units.GetUrl(), pDoing, std::string(StoreWritten::MOVED) + pWhat, iCode);
 }
 
 void CSqliteStore::Rollback() {

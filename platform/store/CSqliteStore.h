@@ -72,7 +72,7 @@ class CSqliteStore : public CSettingsStore {
     bool IsMarkWanted(EUnitOfWork eUnit) const;
     void EndUnit();
     void UndoNested(bool bMarked);
-    [[noreturn]] void ThrowMoved(const char* pDoing, const char* pWhat) const;
+    [[noreturn]] void ThrowMoved(const char* pDoing, const char* pWhat, int iCode = 0) const;
     [[noreturn]] void ThrowDamaged(const SStoreDamage& damage) const;
 
     /** The row that was looked up last while this unit writes: nobody else changes it before the unit ends. */

@@ -159,6 +159,19 @@ Counts CountRecords(CSettingsStore& store) {
     return aCounts;
 }
 
+/** @param names which stay as soon as what was written is kept, wherever its file is by then */
+void CommitLast(CSettingsTransaction& writing, CNewNames& names) {
+    try {
+        writing.Commit();
+        names.Keep();
+    } catch (const OS::CException& error) {
+        if (error.GetErrorCode() == StoreCode::WRITTEN_ELSEWHERE) {
+            names.Keep();
+        }
+        throw;
+    }
+}
+
 /** Others may go on using the store: they see it before or after. */
 SRestored Replace(CSettingsStore& backup, CSettingsStore& store, const std::string& strPath, bool bTry,
                   const Step& fnStep) {
@@ -188,8 +201,7 @@ SRestored Replace(CSettingsStore& backup, CSettingsStore& store, const std::stri
         store.ReplaceAll(eKind, vecRows);
     }
     reading.Commit();
-    writing.Commit();  // last: what follows it could fail, and say so
-    names.Keep();
+    CommitLast(writing, names);  // what follows it could fail, and say so
     return restored;
 }
 

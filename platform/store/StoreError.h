@@ -22,9 +22,10 @@ inline constexpr const char UNDOING[] = "undoing a unit of work";
 
 /** Numbers of failures of our own; the engine's and the system's are not below 0. */
 namespace StoreCode {
-inline constexpr int DAMAGED = -1;         ///< what is there is not what was written
-inline constexpr int FOREIGN = -2;         ///< what is there is another program's
-inline constexpr int MADE_MEANWHILE = -3;  ///< it was not there when it was opened
+inline constexpr int DAMAGED = -1;            ///< what is there is not what was written
+inline constexpr int FOREIGN = -2;            ///< what is there is another program's
+inline constexpr int MADE_MEANWHILE = -3;     ///< it was not there when it was opened
+inline constexpr int WRITTEN_ELSEWHERE = -4;  ///< what was written is kept, in a file that went meanwhile
 }  // namespace StoreCode
 
 /** What was written when its file was found to have gone: ends a message that begins with the first of these. */

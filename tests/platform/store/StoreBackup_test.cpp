@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include <csignal>
+#include <cstdio>
 #include <filesystem>
 #include <functional>
 #include <set>
@@ -248,6 +249,32 @@ TEST_F(StoreBackupTest, RestoringThatFailsLeavesNoCopyOfWhatWasThere) {
     };
     EXPECT_THROW(StoreBackup::Restore(*pBackup, Path(), false, fnLast), std::runtime_error);
     EXPECT_EQ(setBefore, Names());
+}
+
+TEST_F(StoreBackupTest, WhatWasThereIsKeptWhenTheRestoredStoreIsMovedAway) {
+    {
+        CSqliteStore store(Path());
+        StoreBackup::Save(store, BackupPath(), NoStep);
+        store.Save(Expression("later"));
+    }
+    const auto pBackup = StoreBackup::Open(BackupPath());
+    static std::string s_strMoved;
+    s_strMoved = Path();
+    int (*const pOpened)(sqlite3*, const char**, const void*) = [](sqlite3* pDb, const char**, const void*) {
+        const auto fnMove = [](void*) { return std::rename(s_strMoved.c_str(), (s_strMoved + ".moved").c_str()); };
+        if (sqlite3_db_filename(pDb, "main") == s_strMoved) {
+            sqlite3_commit_hook(pDb, fnMove, nullptr);
+        }
+        return SQLITE_OK;
+    };
+    ASSERT_EQ(SQLITE_OK, sqlite3_auto_extension(reinterpret_cast<void (*)()>(pOpened)));
+    EXPECT_EQ("settings store sqlite:" + Path() +
+                  ", committing a unit of work: its file was removed or replaced meanwhile; what was written is in the "
+                  "file that stood there before",
+              ExceptionText([&] { StoreBackup::Restore(*pBackup, Path(), false, NoStep); }));
+    sqlite3_reset_auto_extension();
+    EXPECT_EQ(KEPT, DumpFile(Path() + ".moved"));
+    EXPECT_EQ("expressions subject=\"kept\"\nexpressions subject=\"later\"\n", DumpFile(Path() + ".before-restore"));
 }
 
 TEST_F(StoreBackupTest, DamagedStoreThatCannotBeReplacedKeepsItsNames) {
