@@ -9,10 +9,12 @@
 #include <cstdlib>
 #include <exception>
 #include <filesystem>
+#include <utility>
 
 #include "platform/store/CSqliteStore.h"
 #include "platform/store/SqliteFile.h"
 #include "platform/store/StoreError.h"
+#include "platform/system/FileOwner.h"
 #include "platform/system/Synchronise.h"
 
 namespace {
@@ -22,8 +24,7 @@ namespace fs = std::filesystem;
 constexpr char TEMPORARY[] = ".new-";
 constexpr char PATTERN[] = "XXXXXX";
 constexpr int MOST_TRIES = 5;
-constexpr mode_t MODE_BITS = 0777;
-constexpr mode_t GROUP_BITS = 0070;
+constexpr char TAKEN[] = "somebody has removed or replaced the file that was to come into its place, ";
 
 bool IsGone(const std::string& strPath) {
     return ::unlink(strPath.c_str()) == 0 || errno == ENOENT;
@@ -80,6 +81,17 @@ CTemporaryFile::CTemporaryFile(const std::string& strTarget, const char* pDoing)
     Make(strTarget);
 }
 
+CTemporaryFile::~CTemporaryFile() {
+    Close();
+    Remove();
+}
+
+void CTemporaryFile::Close() {
+    if (m_iFile >= 0) {
+        ::close(std::exchange(m_iFile, -1));
+    }
+}
+
 /**
  * Whoever removes what is left may have come between the file and its note. While others hold the note they may be
  * about to remove the file.
@@ -88,23 +100,23 @@ void CTemporaryFile::Make(const std::string& strTarget) {
     for (int iTries = 0; iTries < MOST_TRIES; ++iTries) {
         m_strPath = strTarget + TEMPORARY + PATTERN;
         m_vecSideFiles = SideFilesOf(m_strPath);
-        const int iFile = ::mkostemp(m_strPath.data(), O_CLOEXEC);
-        if (iFile < 0) {
+        m_iFile = ::mkostemp(m_strPath.data(), O_CLOEXEC);
+        if (m_iFile < 0) {
             const int iError = errno;
             m_strPath.clear();
             m_vecSideFiles.clear();
             ThrowSystemError(strTarget, m_pDoing, iError);
         }
-        ::close(iFile);
         for (std::string& strSideFile : m_vecSideFiles) {
             strSideFile.replace(0, m_strPath.size(), m_strPath);  // of the same length: without a request for memory
         }
         m_optNote.emplace(m_strPath, SqliteSuffix::MAKER_NOTE);
         m_optNote->Leave();
         const bool bOthers = !m_optNote->IsLeft() && m_optNote->IsHeld();
-        if (!bOthers && ::access(m_strPath.c_str(), F_OK) == 0) {
+        if (!bOthers && ::fstat(m_iFile, &m_status) == 0 && Look() == 0) {
             return;
         }
+        Close();
         Remove();
     }
     ThrowBusy(CSqliteStore::SCHEME + strTarget, m_pDoing, {}, EBUSY);
@@ -118,20 +130,33 @@ bool CTemporaryFile::Remove() const {
     return bGone;
 }
 
+/** @return 0, or the number of why the file is not known to be at its path; ENOENT when it is not there */
+int CTemporaryFile::Look() const {
+    struct stat status {};
+    if (::lstat(m_strPath.c_str(), &status) != 0) {
+        return errno;
+    }
+    return status.st_dev == m_status.st_dev && status.st_ino == m_status.st_ino ? 0 : ENOENT;
+}
+
 void CTemporaryFile::TakeOwner(const std::string& strFormer) const {
     struct stat status {};
-    if (::stat(strFormer.c_str(), &status) == 0) {
-        constexpr auto SAME_USER = static_cast<uid_t>(-1);
-        const bool bGroup = ::chown(m_strPath.c_str(), status.st_uid, status.st_gid) == 0 ||
-                            ::chown(m_strPath.c_str(), SAME_USER, status.st_gid) == 0;
-        ::chmod(m_strPath.c_str(), status.st_mode & (bGroup ? MODE_BITS : MODE_BITS & ~GROUP_BITS));
+    if (::lstat(strFormer.c_str(), &status) == 0 && S_ISREG(status.st_mode)) {
+        SYS::TakeOwner(m_iFile, status);  // where it cannot be given away it stays its maker's alone
     }
 }
 
-void CTemporaryFile::Become(const std::string& strTarget) const {
-    int iError = SYS::Synchronise(m_strPath);
+/** It is closed before it has its name: who opens it by that would lose their locks when this process closes it. */
+void CTemporaryFile::Become(const std::string& strTarget) {
+    int iError = SYS::Synchronise(m_iFile);
+    iError = iError == 0 ? Look() : iError;
+    Close();
     if (iError == 0 && ::rename(m_strPath.c_str(), strTarget.c_str()) != 0) {
         iError = errno;
+    }
+    if (iError == ENOENT) {
+        ThrowStoreError(CSqliteStore::SCHEME + strTarget, m_pDoing, TAKEN + m_strPath + "; " + StoreWritten::NOTHING,
+                        iError);
     }
     if (iError != 0) {
         ThrowSystemError(strTarget, m_pDoing, iError);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <sys/stat.h>
+
 #include <optional>
 #include <string>
 #include <vector>
@@ -20,7 +22,7 @@ class CTemporaryFile {
     CTemporaryFile(const std::string& strTarget, const char* pDoing);
     CTemporaryFile(const CTemporaryFile&) = delete;
     CTemporaryFile& operator=(const CTemporaryFile&) = delete;
-    ~CTemporaryFile() { Remove(); }
+    ~CTemporaryFile();
 
     /** @return whether nothing of it is left */
     bool Remove() const;
@@ -30,17 +32,25 @@ class CTemporaryFile {
     /**
      * The new file belongs to whom the old one belonged to, as far as this user may give it away. Where its group is
      * another one, that one may do nothing.
+     * @param strFormer with all links followed
      */
     void TakeOwner(const std::string& strFormer) const;
 
-    /** Until the names in the folder are kept a power cut may undo it. */
-    void Become(const std::string& strTarget) const;
+    /**
+     * Until the names in the folder are kept a power cut may undo it.
+     * @throws OS::CException also when somebody has put another file in this one's place
+     */
+    void Become(const std::string& strTarget);
 
   private:
     explicit CTemporaryFile(const char* pDoing) : m_pDoing(pDoing) {}
     void Make(const std::string& strTarget);
+    int Look() const;
+    void Close();
 
     const char* m_pDoing;
+    int m_iFile = -1;         ///< whoever else may change the folder may let the path lead to another file
+    struct stat m_status {};  ///< of the file as it was made
     std::string m_strPath;
     std::optional<CWriterNote> m_optNote;
     std::vector<std::string> m_vecSideFiles;  ///< removing them must not depend on memory that has run out

@@ -109,7 +109,8 @@ void MakeFolders(const std::filesystem::path& folder, const std::string& strUrl)
     for (const std::filesystem::path& part : folder) {
         made /= part;
         if (::mkdir(made.c_str(), FOLDER_MODE) == 0) {
-            ::chmod(made.c_str(), FOLDER_MODE);
+            // Others may have put a link in its place. What fails here keeps the file from being made.
+            [[maybe_unused]] const int iResult = ::fchmodat(AT_FDCWD, made.c_str(), FOLDER_MODE, AT_SYMLINK_NOFOLLOW);
             if (const int iSyncError = SYS::SynchroniseFolder(made.parent_path().string()); iSyncError != 0) {
                 RefuseFor(strUrl, CANNOT_MAKE_FOLDER + made.string(), iSyncError);
             }

@@ -87,7 +87,7 @@ std::string FindFreePath(const std::string& strStore, const char* pSuffix) {
 /** Runs what makes a store of a file beside it, and tells of one that could not be removed after a failure. */
 template <class Work>
 auto WithTemporary(const std::string& strTarget, const char* pDoing, Work&& fnWork) {
-    const CTemporaryFile file(strTarget, pDoing);
+    CTemporaryFile file(strTarget, pDoing);
     try {
         return fnWork(file);
     } catch (const OS::CException& error) {
@@ -271,7 +271,7 @@ std::optional<SRestored> ReplaceDamaged(CSettingsStore& backup, const std::strin
         restored.strFormer = FindFreePath(strPath, DAMAGED);
         return restored;
     }
-    const bool bReplaced = WithTemporary(strPath, StoreDoing::RESTORING, [&](const CTemporaryFile& file) {
+    const bool bReplaced = WithTemporary(strPath, StoreDoing::RESTORING, [&](CTemporaryFile& file) {
         Fill(file, backup, fnStep);
         CWriterNote note(strPath);
         LeaveNote(note, strPath);
@@ -307,7 +307,7 @@ Counts Save(CSettingsStore& store, const std::string& strPath, const Step& fnSte
         ThrowStoreError(CSqliteStore::SCHEME + strPath, StoreDoing::BACKING_UP,
                         "it is no settings store, and is left as it is; name another file");
     }
-    return WithTemporary(strPath, StoreDoing::BACKING_UP, [&](const CTemporaryFile& file) {
+    return WithTemporary(strPath, StoreDoing::BACKING_UP, [&](CTemporaryFile& file) {
         const CFolder folder(strPath);
         const Counts aCounts = Fill(file, store, fnStep);
         RequireNoJournal(strPath);
@@ -318,7 +318,7 @@ Counts Save(CSettingsStore& store, const std::string& strPath, const Step& fnSte
 }
 
 void Renew(CSettingsStore& records, const std::string& strPath, const std::function<void()>& fnLook) {
-    WithTemporary(strPath, StoreDoing::OPENING, [&](const CTemporaryFile& file) {
+    WithTemporary(strPath, StoreDoing::OPENING, [&](CTemporaryFile& file) {
         const CFolder folder(strPath);
         Fill(file, records, [] {});
         file.TakeOwner(strPath);

@@ -6,8 +6,8 @@
 
 namespace SYS {
 
-/** Waits until the disk holds the file. @return 0, or the number of what the system says against it */
-DLP_PLATFORM_API int Synchronise(const std::string& strFile);
+/** Waits until the disk holds the open file. @return 0, or the number of what the system says against it */
+DLP_PLATFORM_API int Synchronise(int iFile);
 
 /**
  * Waits until the disk holds the names that were made, changed and removed in the folder: until then a power cut undoes

@@ -1,12 +1,15 @@
 #include "platform/store/CTemporaryFile.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <optional>
 #include <string>
 
 #include "platform/store/StoreError.h"
+#include "tests/support/ExceptionText.h"
 #include "tests/support/TempDir.h"
 
 namespace fs = std::filesystem;
@@ -48,6 +51,32 @@ TEST(TemporaryFile, IsMadeAlsoWhereNoNoteCanBeLeft) {
         EXPECT_EQ(1, std::distance(fs::directory_iterator(folder.Path()), fs::directory_iterator()));
     }
     EXPECT_TRUE(fs::is_empty(folder.Path()));
+}
+
+TEST(TemporaryFile, WhatOthersPutInItsPlaceIsNeitherGivenAwayNorTaken) {
+    const CTempDir folder;
+    const std::string strTarget = folder.Write("a.db", "former");
+    const std::string strVictim = folder.Write("victim", "secret");
+    ::chmod(strTarget.c_str(), 0666);
+    ::chmod(strVictim.c_str(), 0600);
+    if (::geteuid() == 0) {
+        ASSERT_EQ(0, ::chown(strTarget.c_str(), 65534, 65534));
+    }
+    for (const bool bLink : {true, false}) {
+        CTemporaryFile made(strTarget, StoreDoing::RESTORING);
+        fs::rename(made.GetPath(), folder.Path("kept"));
+        bLink ? fs::create_symlink("victim", made.GetPath()) : fs::rename(strVictim, made.GetPath());
+        made.TakeOwner(strTarget);
+        struct stat status {};
+        ASSERT_EQ(0, ::stat(made.GetPath().c_str(), &status));
+        EXPECT_EQ(::geteuid(), status.st_uid);
+        EXPECT_EQ(0600u, status.st_mode & 07777);
+        EXPECT_EQ("settings store sqlite:" + strTarget +
+                      ", restoring it: somebody has removed or replaced the file that was to come into its place, " +
+                      made.GetPath() + "; nothing was written",
+                  ExceptionText([&] { made.Become(strTarget); }));
+        EXPECT_EQ("former", folder.Read("a.db"));
+    }
 }
 
 }  // namespace

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <sys/stat.h>
+
+#include "platform/common/PlatformExport.h"
+
+namespace SYS {
+
+/**
+ * Gives a file that is to take another one's place that one's owner, group and permissions, as far as this user may
+ * give it away: at least its group. Where the group stays another one, that one may do nothing with the file, since
+ * those in it may never have had a right to what it holds. What the former file ran as (set-user-ID and the like) is
+ * not taken over.
+ * @param iFile open, and nobody's but its owner's until now
+ * @return 0, or the number of the error when the permissions cannot be set
+ */
+DLP_PLATFORM_API int TakeOwner(int iFile, const struct stat& former);
+
+}  // namespace SYS
