@@ -20,6 +20,7 @@ from hostile import entity, policy  # noqa: E402
 from scenarios import BACKUP, DONE, EMPTY_STORE, Scenario, World, scenarios  # noqa: E402
 
 LARGE = policy("".join(entity(f"e{i}") for i in range(3000)))
+OTHER = policy("".join(entity(f"o{i}") for i in range(3000)))
 SIGNALS = {signal.SIGHUP: 129, signal.SIGINT: 130, signal.SIGTERM: 143}
 OUTPUT_FAILED = 4
 
@@ -36,8 +37,14 @@ INTERRUPTED = (
     Scenario("template set", ("template", "set", "bank-accounts", "P:bic(7)")),
     Scenario("store load", ("store", "load", "{in}"), EMPTY_STORE.encode()),
     Scenario("store restore", ("store", "restore", "{in}"), BACKUP),
+    Scenario("store restore, damaged store", ("store", "restore", "{in}"), BACKUP, damaged=True, long=True),
+    Scenario("store backup", ("store", "backup", "{out}"), long=True),
+    Scenario("import, store of the first version", ("import", "{in}"), LARGE, older=True),
     Scenario("check --fix of two files", ("check", "--fix", "{in}", "{out}"), FLAWED, old_output=FLAWED),
+    Scenario("import of two files", ("import", "{in}", "{out}"), LARGE, old_output=OTHER),
 )
+# What stays of a command that is undone: what it had finished.
+FINISHED = {"import of two files": Scenario("import", ("import", "{in}"), LARGE, old_output=OTHER)}
 
 
 def between(world: World, before: dict[str, bytes], whole: dict[str, bytes], reports: bool) -> list[str]:
@@ -58,14 +65,17 @@ def watches(process: int, kind: signal.Signals) -> bool:
 
 def interrupted(world: World, scenario: Scenario, chance: random.Random, count: int, codes: Counter[str]) -> list[str]:
     """What is wrong after a command that a signal ended, or came too late for."""
-    before = world.before(scenario)
-    files = world.files()
+    kept = {world.before(scenario)}
+    if scenario.name in FINISHED:
+        kept.add(world.run(FINISHED[scenario.name], {}).dump)
+        world.start(scenario)
+    files, names = world.files(), world.store_names()
     begun = time.monotonic()
     done = subprocess.run(world.line(scenario.words), stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, check=False)
     duration = time.monotonic() - begun
     if done.returncode not in DONE:
         return [f"{scenario.name}: exit {done.returncode} undisturbed"]
-    whole, after = world.dump(), world.files()
+    whole, after, names_after = world.dump(), world.files(), world.store_names()
     found = []
     for number in range(count):
         kind = chance.choice(list(SIGNALS))
@@ -85,8 +95,10 @@ def interrupted(world: World, scenario: Scenario, chance: random.Random, count: 
         undone = code == SIGNALS[kind] or (code == -kind and not watched)
         if not undone and code not in DONE:
             found.append(said)
-        elif world.dump() != (before if undone else whole):
+        elif world.dump() not in (kept if undone else {whole}):
             found.append(f"{said}, and the store is between")
+        elif (left := world.store_names()) != (names if undone else names_after):
+            found.append(f"{said}, and beside the store are {left}")
         elif cut := between(world, files, after, scenario.reports):
             found.append(f"{said}, and files are between: {cut}")
     return found

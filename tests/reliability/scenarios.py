@@ -281,6 +281,10 @@ class World:
         """What stands in the folder but for the store."""
         return {path.name: path.read_bytes() for path in self._work.iterdir() if not path.name.startswith(STORE)}
 
+    def store_names(self) -> set[str]:
+        """The store and what has been put aside or made for it; the engine's files and notes go with the next process."""
+        return {path.name for path in self._work.iterdir() if path.name.startswith(STORE) and not LEFT.search(path.name)}
+
     def before(self, scenario: Scenario) -> str:
         """The dump of the store that it starts from."""
         self.start(scenario)
