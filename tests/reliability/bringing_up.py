@@ -1,3 +1,4 @@
+#!/usr/bin/env python3
 """Lets many processes come at once upon a store of an older version, which the first that writes brings up.
 
 They list, dump, check, import items of their own, and in every second round restore a backup of an older version; one

@@ -1,3 +1,4 @@
+#!/usr/bin/env python3
 """Damages a store in seeded ways and sees what dlpctl makes of it: right, or refused with what to do.
 
 Each damaged store is dumped, exported, checked, imported into and restored. A run must give exactly what it gives on the

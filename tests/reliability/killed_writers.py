@@ -1,3 +1,4 @@
+#!/usr/bin/env python3
 """Kills dlpctl (-9) at a random point of a command that writes, and looks at the store that is left.
 
 Every other one is killed while it writes, which the note beside the store tells; the others anywhere. A command that had

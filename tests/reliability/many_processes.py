@@ -1,3 +1,4 @@
+#!/usr/bin/env python3
 """Lets many processes import, export and edit one store at the same time.
 
 Each worker owns items of its own, which it imports again and again, each time as the next version, whole; now and then it
