@@ -70,14 +70,17 @@ class SharedRecords:
                      ("template", "new", TEMPLATE, f"P:{NAME}(1) AND K:{LIST}")):
             workers.tool.get(workers.store, *line)
 
+    def add_word(self, worker):
+        word = f"w{worker}-{len(self.words[worker])}"
+        if self.workers.run("keywords", "add", LIST, word) is not None:
+            self.words[worker].append(word)
+
     def edit(self, worker, dice):
         """One of them, by a command that reads it, changes it and writes it."""
         count = self.workers.count_done()
         choice = dice.random()
         if choice < 0.5:
-            word = f"w{worker}-{len(self.words[worker])}"
-            if self.workers.run("keywords", "add", LIST, word) is not None:
-                self.words[worker].append(word)
+            self.add_word(worker)
         elif choice < 0.75:
             kind, name = dice.choice((("keywords", LIST), ("template", TEMPLATE)))
             text = f"of {worker} after {count}"
@@ -202,6 +205,8 @@ class Workers:
             self.faults.append(f"worker {worker}: {error!r}")
 
     def go_on(self, worker, dice):
+        # However slow the machine is, all come upon the one list.
+        self.shared.add_word(worker)
         while time.monotonic() < self.end and not self.faults:
             choice = dice.random()
             if choice < 0.3 or self.kept[worker] == 0:
