@@ -20,7 +20,7 @@ OPTION = re.compile(r"--[\w-]+")
 @functools.cache
 def usage(program: str) -> str:
     """What it says about its options; those that it needs are not in brackets."""
-    said = subprocess.run([ROOT / program, "--help"], capture_output=True, text=True, check=True).stdout
+    said = subprocess.run([sys.executable, ROOT / program, "--help"], capture_output=True, text=True, check=True).stdout
     return said.partition("\n\n")[0].replace("[-h]", "")
 
 
