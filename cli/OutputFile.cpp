@@ -15,6 +15,7 @@
 #include "cli/FileIdentity.h"
 #include "cli/Signals.h"
 #include "cli/Verdict.h"
+#include "platform/system/FileOwner.h"
 #include "platform/system/Synchronise.h"
 
 namespace {
@@ -25,7 +26,6 @@ constexpr std::int64_t KEPT_STEP = 1 << 20;
 constexpr const char TEMPORARY[] = ".XXXXXX";
 constexpr const char SHORT_NAME[] = ".dlpctl";
 constexpr mode_t NEW_FILE_MODE = 0666;
-constexpr mode_t MODE_BITS = 07777;
 constexpr const char UNSURE[] = " is written, but a power cut may undo that: ";
 constexpr const char FOREIGN_LINK[] = ": another user's link in a folder where everybody may write is not followed";
 
@@ -45,10 +45,11 @@ bool IsTrap(const fs::path& link) {
     return bFound && bOpen && status.st_uid != ::geteuid() && status.st_uid != folder.st_uid;
 }
 
-mode_t GetNewFileMode() {
+/** @return 0, or the number of the error */
+int SetNewFileMode(int iFile) {
     const mode_t mask = ::umask(0);
     ::umask(mask);
-    return NEW_FILE_MODE & ~mask;
+    return ::fchmod(iFile, NEW_FILE_MODE & ~mask) == 0 ? 0 : errno;
 }
 
 /** @param target behind all links */
@@ -117,12 +118,8 @@ void COutputFile::OpenTemporary() {
         Fail(errno);
     }
     m_strTemporary = strTemplate;
-    // Another owner's file keeps its owner where the system lets us; its mode in any case.
-    if (bExists && ::fchown(m_iFile, old.st_uid, old.st_gid) != 0) {
-        errno = 0;
-    }
-    if (::fchmod(m_iFile, bExists ? old.st_mode & MODE_BITS : GetNewFileMode()) != 0) {
-        Fail(errno);
+    if (const int iError = bExists ? SYS::TakeOwner(m_iFile, old) : SetNewFileMode(m_iFile); iError != 0) {
+        Fail(iError);
     }
 }
 

@@ -6,8 +6,8 @@
 
 /**
  * Where a command's result goes when -o names it. A regular file, or none yet, is replaced whole or not at all, with
- * the mode it had; a link stays and its target is replaced; anything else (a device, a pipe, an open descriptor such as
- * /dev/stdout) is written to directly.
+ * the owner, group and mode it had as far as this user may give them; a link stays and its target is replaced; anything
+ * else (a device, a pipe, an open descriptor such as /dev/stdout) is written to directly.
  */
 class COutputFile {
   public:

@@ -2,9 +2,13 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <filesystem>
+#include <string>
+#include <vector>
 
 #include <fcntl.h>
+#include <grp.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -43,6 +47,42 @@ mode_t GetMode(const std::string& strPath) {
     return status.st_mode & 07777;
 }
 
+/** While it lives, a test that runs as root is user 1002 of a group of that number and of these. */
+class COtherUser {
+  public:
+    explicit COtherUser(const std::vector<gid_t>& vecGroups) {
+        EXPECT_EQ(0, ::setgroups(vecGroups.size(), vecGroups.data()));
+        EXPECT_EQ(0, ::setegid(1002));
+        EXPECT_EQ(0, ::seteuid(1002));
+    }
+    COtherUser(const COtherUser&) = delete;
+    COtherUser& operator=(const COtherUser&) = delete;
+    ~COtherUser() {
+        EXPECT_EQ(0, ::seteuid(0));
+        EXPECT_EQ(0, ::setegid(0));
+        EXPECT_EQ(0, ::setgroups(0, nullptr));
+    }
+};
+
+/** @return owner, group and mode of a file of user 1001 and group 2000 once user 1002 has written it */
+std::string Rewritten(const std::vector<gid_t>& vecGroups, mode_t mode) {
+    const CTempDir dir;
+    const std::string strPath = dir.Write("file", "old");
+    ::chmod(dir.Path().c_str(), 0777);
+    EXPECT_EQ(0, ::chown(strPath.c_str(), 1001, 2000));
+    ::chmod(strPath.c_str(), mode);
+    {
+        const COtherUser user(vecGroups);
+        Write(strPath, "new");
+    }
+    EXPECT_EQ(dir.Read("file"), "new");
+    struct stat status {};
+    EXPECT_EQ(0, ::stat(strPath.c_str(), &status));
+    char aText[40];
+    std::snprintf(aText, sizeof(aText), "%u:%u %04o", status.st_uid, status.st_gid, status.st_mode & 07777);
+    return aText;
+}
+
 }  // namespace
 
 TEST(OutputFile, ANewFileGetsTheModeOfNewFiles) {
@@ -77,6 +117,28 @@ TEST(OutputFile, AnOldFileIsReplacedWholeAndKeepsItsMode) {
     EXPECT_EQ(dir.Read("old"), "new");
     EXPECT_EQ(GetMode(strPath), 0604U);
     EXPECT_EQ(CountEntries(dir.Path()), 1U);
+}
+
+TEST(OutputFile, AFileOfAnotherUserKeepsItsGroup) {
+    if (::geteuid() != 0) {
+        GTEST_SKIP() << "takes a user who may become others";
+    }
+    EXPECT_EQ(Rewritten({2000}, 0660), "1002:2000 0660");
+}
+
+TEST(OutputFile, AnotherGroupThanTheOldFilesMayDoNothing) {
+    if (::geteuid() != 0) {
+        GTEST_SKIP() << "takes a user who may become others";
+    }
+    EXPECT_EQ(Rewritten({}, 0666), "1002:1002 0606");
+}
+
+TEST(OutputFile, WhatAnOldFileRanAsIsNotTakenOver) {
+    const CTempDir dir;
+    const std::string strPath = dir.Write("old", "old");
+    ::chmod(strPath.c_str(), 06755);
+    Write(strPath, "new");
+    EXPECT_EQ(GetMode(strPath), 0755U);
 }
 
 TEST(OutputFile, WithoutCommitTheOldFileStaysAndNothingIsLeftBehind) {
