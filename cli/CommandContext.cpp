@@ -127,6 +127,9 @@ void CCommandContext::OpenLog() {
     }
     const bool bByVerbosity = m_options.strLog.empty() && m_options.strLogLevels.empty();
     m_pLog = std::make_unique<CLogFile>(strPath, bByVerbosity ? VERBOSE_LEVELS : m_options.strLogLevels, m_err);
+    for (const std::string& strDanger : m_pLog->GetDangers()) {
+        Warn(Text::Printable(strDanger));
+    }
 }
 
 void CCommandContext::CheckIsNoLog(const std::string& strFile) const {

@@ -8,6 +8,8 @@
 #include <string_view>
 #include <system_error>
 
+#include <unistd.h>
+
 #include "platform/store/SqliteFile.h"
 
 namespace {
@@ -44,6 +46,12 @@ fs::path FollowLinks(fs::path path, const std::function<void(const fs::path& lin
         path = target.is_absolute() ? target : path.parent_path() / target;
     }
     return path;
+}
+
+bool IsForeign(const struct stat& status, const fs::path& folder) {
+    struct stat folderStatus {};
+    return ::stat(folder.c_str(), &folderStatus) == 0 && (folderStatus.st_mode & S_IWOTH) != 0 &&
+           status.st_uid != ::geteuid() && status.st_uid != folderStatus.st_uid;
 }
 
 bool IsSameFile(const std::string& strLeft, const std::string& strRight) {

@@ -4,6 +4,8 @@
 #include <functional>
 #include <string>
 
+#include <sys/stat.h>
+
 /** @return the open descriptor that a path such as /proc/self/fd/1 stands for; -1 when it stands for none */
 int GetDescriptor(const std::filesystem::path& path);
 
@@ -13,6 +15,13 @@ int GetDescriptor(const std::filesystem::path& path);
  */
 std::filesystem::path FollowLinks(std::filesystem::path path,
                                   const std::function<void(const std::filesystem::path& link)>& fnLink = {});
+
+/**
+ * @param status of what lies in the folder
+ * @return whether everybody may put things into the folder, and another user, not the folder's owner, has put this
+ * there
+ */
+bool IsForeign(const struct stat& status, const std::filesystem::path& folder);
 
 /** @return whether both name one file, through links too, whether it is there or not */
 bool IsSameFile(const std::string& strLeft, const std::string& strRight);

@@ -36,13 +36,10 @@ std::string MakeTemplate(const fs::path& target) {
     return (target.parent_path() / ((bFits ? strName : SHORT_NAME) + TEMPORARY)).string();
 }
 
-/** In a folder where everybody may put files, another user's link may lead anywhere. */
+/** Another user's link may lead anywhere. */
 bool IsTrap(const fs::path& link) {
     struct stat status {};
-    struct stat folder {};
-    const bool bFound = ::lstat(link.c_str(), &status) == 0 && ::stat(link.parent_path().c_str(), &folder) == 0;
-    const bool bOpen = (folder.st_mode & S_IWOTH) != 0;
-    return bFound && bOpen && status.st_uid != ::geteuid() && status.st_uid != folder.st_uid;
+    return ::lstat(link.c_str(), &status) == 0 && IsForeign(status, link.parent_path());
 }
 
 /** @return 0, or the number of the error */

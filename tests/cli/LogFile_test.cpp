@@ -9,6 +9,9 @@
 #include <regex>
 #include <sstream>
 
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include "platform/logging/DebugLog.h"
 #include "tests/cli/ToolRun.h"
 
@@ -113,9 +116,105 @@ TEST_F(LogFile, IsItsOwnersAlone) {
     EXPECT_NE(fs::status(strLog).permissions() & fs::perms::others_read, fs::perms::none);
 }
 
+TEST_F(LogFile, WhatALinkNamesIsMadeItsOwnersAlone) {
+    namespace fs = std::filesystem;
+    fs::create_symlink("target", m_dir.Path("log"));
+    ASSERT_EQ(Run({"--log", m_dir.Path("log"), "list", "templates"}).iCode, 0);
+    EXPECT_TRUE(fs::is_symlink(m_dir.Path("log")));
+    EXPECT_EQ(fs::status(m_dir.Path("target")).permissions(), fs::perms::owner_read | fs::perms::owner_write);
+}
+
+TEST_F(LogFile, AnotherUsersLinkWhereEverybodyMayWriteIsNoWay) {
+    if (::geteuid() != 0) {
+        GTEST_SKIP() << "only root can make another user's link";
+    }
+    m_dir.Write("victim", "kept");
+    const std::string strLink = m_dir.MakeFolder("open") + "/log";
+    std::filesystem::create_symlink("../victim", strLink);
+    ASSERT_EQ(0, ::lchown(strLink.c_str(), 65534, 65534));
+    ASSERT_EQ(0, ::chmod(m_dir.Path("open").c_str(), 01777));
+    const SToolRun run = Run({"--log", strLink, "--log-level", "all", "import", "-"}, Documents::Small());
+    EXPECT_EQ(run.iCode, 3);
+    EXPECT_EQ(run.strErr, "dlpctl: --log: cannot write " + strLink +
+                              ": another user's link in a folder where everybody may write is not followed\n");
+    EXPECT_EQ(m_dir.Read("victim"), "kept");
+}
+
+TEST_F(LogFile, AnotherUsersFileWhereEverybodyMayWriteIsGivenNothing) {
+    if (::geteuid() != 0) {
+        GTEST_SKIP() << "only root can make another user's file";
+    }
+    const std::string strLog = m_dir.Write("open/log", "");
+    ASSERT_EQ(0, ::chown(strLog.c_str(), 65534, 65534));
+    ASSERT_EQ(0, ::chmod(m_dir.Path("open").c_str(), 01777));
+    std::filesystem::create_symlink("open/log", m_dir.Path("link"));
+    for (const std::string& strPath : {strLog, m_dir.Path("link")}) {
+        const SToolRun run = Run({"--log", strPath, "--log-level", "all", "import", "-"}, Documents::Small());
+        EXPECT_EQ(run.iCode, 3);
+        EXPECT_EQ(run.strErr, "dlpctl: --log: cannot write " + strPath +
+                                  ": another user's file in a folder where everybody may write is given nothing\n");
+    }
+    EXPECT_EQ(m_dir.Read("open/log"), "");
+    ASSERT_EQ(0, ::chown(strLog.c_str(), 0, 0));
+    ASSERT_EQ(0, ::chmod(strLog.c_str(), 0600));
+    EXPECT_EQ(Run({"-q", "--log", strLog, "list", "templates"}).strErr, "");
+}
+
+TEST_F(LogFile, ThatOthersReadIsWarnedOf) {
+    const std::string strLog = m_dir.Write("log", "");
+    const struct {
+        mode_t mode;
+        const char* pWhat;
+    } aOpen[] = {{0604, "read"}, {0606, "change"}, {0602, "change"}};
+    for (const auto& open : aOpen) {
+        ASSERT_EQ(0, ::chmod(strLog.c_str(), open.mode));
+        const SToolRun run = Run({"-q", "--log", strLog, "list", "templates"});
+        EXPECT_EQ(run.iCode, 0);
+        EXPECT_EQ(run.strErr, std::string("dlpctl: warning: everybody may ") + open.pWhat +
+                                  " the log; take that away: chmod o= " + strLog + '\n');
+    }
+    ASSERT_EQ(0, ::chmod(strLog.c_str(), 0660));
+    EXPECT_EQ(Run({"-q", "--log", strLog, "list", "templates"}).strErr, "");
+    EXPECT_EQ(Run({"-q", "--log", "/dev/null", "list", "templates"}).strErr, "");
+}
+
+TEST_F(LogFile, ThatBelongsToAnotherUserIsWarnedOf) {
+    if (::geteuid() != 0) {
+        GTEST_SKIP() << "only root can make another user's file";
+    }
+    const std::string strLog = m_dir.Write("log", "");
+    ASSERT_EQ(0, ::chmod(strLog.c_str(), 0600));
+    ASSERT_EQ(0, ::chown(strLog.c_str(), 65534, 65534));
+    const SToolRun run = Run({"-q", "--log", strLog, "list", "templates"});
+    EXPECT_EQ(run.iCode, 0);
+    EXPECT_EQ(run.strErr, "dlpctl: warning: the log belongs to another user, who may read it; name another file than " +
+                              strLog + '\n');
+}
+
+TEST_F(LogFile, ThatCannotBeOpenedIsSaidWithItsReason) {
+    const SToolRun run = Run({"--log", m_dir.MakeFolder("folder"), "list", "templates"});
+    EXPECT_EQ(run.iCode, 3);
+    EXPECT_EQ(run.strErr, "dlpctl: --log: cannot write " + m_dir.Path("folder") + ": Is a directory\n");
+    std::filesystem::create_symlink("loop", m_dir.Path("loop"));
+    EXPECT_EQ(Run({"--log", m_dir.Path("loop"), "list", "templates"}).strErr,
+              "dlpctl: --log: cannot write " + m_dir.Path("loop") + ": Too many levels of symbolic links\n");
+}
+
+TEST_F(LogFile, AnOpenDescriptorIsWrittenWhereItStands) {
+    const SToolRun run = CProgram::Shell("{ echo begin; \"$DLPCTL\" --log /dev/fd/9 --log-level leave import - <'" +
+                                         m_dir.Write("none.xml", "<a/>") + "' 9>&1 2>/dev/null; echo end; } >'" +
+                                         m_dir.Path("log") + "'; cat '" + m_dir.Path("log") + "'");
+    const std::vector<std::string> vecLines = Lines(run.strOut);
+    ASSERT_EQ(vecLines.size(), 3U) << run.strOut;
+    EXPECT_EQ(vecLines[0], "begin");
+    EXPECT_NE(vecLines[1].find(" leave 0x111 "), std::string::npos);
+    EXPECT_EQ(vecLines[2], "end");
+}
+
 TEST_F(LogFile, HasAFileOfItsOwn) {
     m_dir.Write("policy.xml", Documents::Small());
     const std::string strPolicy = m_dir.Path("policy.xml");
+    ASSERT_EQ(0, ::chmod(strPolicy.c_str(), 0600));
     ASSERT_EQ(RunOn(Url("own.db"), {"import", strPolicy}).iCode, 0);
     const std::string strStore = m_dir.Path("own.db");
     const std::string strBytes = m_dir.Read("own.db");
