@@ -6,6 +6,6 @@
 
 /**
  * @param iIndent negative: on one line
- * @return the value's JSON; control characters, line separators and marks that turn text are \uXXXX in it
+ * @return the value's JSON; control characters and others that mislead (DBG::IsControl) are \uXXXX in it
  */
 std::string ToJsonText(const nlohmann::ordered_json& value, int iIndent = -1);

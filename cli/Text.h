@@ -8,7 +8,7 @@
 /** Text for people. */
 namespace Text {
 
-/** @return the text with control characters (C0, C1, bidirectional ones, line separators) as \uXXXX */
+/** @return the text with control characters and others that mislead (DBG::IsControl) as \uXXXX */
 std::string Printable(std::string_view strText);
 /** @return the printable text in double quotes */
 std::string Quoted(std::string_view strText);

@@ -81,16 +81,32 @@ const char* BytesOf(const CLogArgument& argument) {
     return pText != nullptr ? reinterpret_cast<const char*>(*pText) : nullptr;
 }
 
+struct SCharacters {
+    wchar_t cFirst;
+    wchar_t cLast;
+};
+
+/**
+ * In order: C0 with DEL and C1, U+2028 and U+2029, U+FFF9 to U+FFFB, and all that has Default_Ignorable_Code_Point in
+ * the Unicode Standard (UAX #44, DerivedCoreProperties), that is, may be left out of what is shown; all controls of
+ * direction are among these.
+ */
+constexpr SCharacters CONTROLS[] = {
+    {0x0000, 0x001F}, {0x007F, 0x009F},   {0x00AD, 0x00AD},   {0x034F, 0x034F},   {0x061C, 0x061C},
+    {0x115F, 0x1160}, {0x17B4, 0x17B5},   {0x180B, 0x180F},   {0x200B, 0x200F},   {0x2028, 0x202E},
+    {0x2060, 0x206F}, {0x3164, 0x3164},   {0xFE00, 0xFE0F},   {0xFEFF, 0xFEFF},   {0xFFA0, 0xFFA0},
+    {0xFFF0, 0xFFFB}, {0x1BCA0, 0x1BCA3}, {0x1D173, 0x1D17A}, {0xE0000, 0xE0FFF},
+};
+
 }  // namespace
 
 bool IsControl(wchar_t c) {
-    constexpr std::wstring_view CONTROLS =
-        L"\u007F\u00AD\u061C\u180E\u200B\u200E\u200F\u2028\u2029\u202A\u202B\u202C\u202D\u202E\u2060\u2066\u2067"
-        L"\u2068\u2069\uFEFF\uFFF9\uFFFA\uFFFB";
-    const bool bC0 = c >= 0 && c < 0x20;
-    const bool bC1 = c >= 0x80 && c < 0xA0;
-    const bool bTag = c >= 0xE0000 && c < 0xE0080;
-    return bC0 || bC1 || bTag || CONTROLS.find(c) != std::wstring_view::npos;
+    if (c >= L' ' && c <= L'~') {
+        return false;
+    }
+    const auto* pFound = std::lower_bound(std::begin(CONTROLS), std::end(CONTROLS), c,
+                                          [](const SCharacters& some, wchar_t cOne) { return some.cLast < cOne; });
+    return pFound != std::end(CONTROLS) && pFound->cFirst <= c;
 }
 
 void SetLogSink(std::function<void(const CLogRecord&)> fnSink) {

@@ -44,7 +44,7 @@ DLP_PLATFORM_API bool IsListened(int iLevel) noexcept;
 
 /**
  * @return whether a character orders or misleads where it is shown: a C0 or C1 control, DEL, U+2028, U+2029, a
- * bidirectional control, or one that nobody sees, such as a soft hyphen, a byte order mark or a tag
+ * bidirectional control, or one that nobody sees, such as a soft hyphen, a joiner, a variation selector or a tag
  */
 DLP_PLATFORM_API bool IsControl(wchar_t c);
 /** @return the text in which such characters are \uXXXX, and \ is \\ */

@@ -10,6 +10,7 @@
 #include "cli/edit/DelimitedText.h"
 #include "platform/common/TextConversion.h"
 #include "tests/cli/ToolRun.h"
+#include "tests/support/MisleadingCharacters.h"
 
 // Every text that would be something else where it is shown, as name, text and file name, through every output.
 
@@ -61,6 +62,9 @@ const SForgery FORGERIES[] = {
     {"ArabicLetterMark", "a\u061cFORGED"},
     {"NoWidth", "a\u200bFORGED"},
     {"Tag", "a\U000E0041FORGED"},
+    {"NobodySees", "a\u00ad\u034f\u17b4\u180b\u200c\u200d\u2060\u206f\ufeff\ufff0FORGED"},
+    {"Fillers", "a\u115f\u1160\u3164\uffa0FORGED"},
+    {"Variations", "a\ufe0f\U0001bca0\U0001d173\U000e0fffFORGED"},
     {"FormulaEquals", "=FORGED()"},
     {"FormulaPlus", "+FORGED()"},
     {"FormulaMinus", "-FORGED()"},
@@ -182,9 +186,7 @@ std::string MakeDocument(const std::string& strName) {
 
 /** Ends of lines are the tool's own. */
 bool IsForbidden(wchar_t c) {
-    const bool bControl = (c < 0x20 && c != L'\n') || (c >= 0x7F && c < 0xA0);
-    const bool bMark = (c >= 0x200B && c <= 0x200F) || (c >= 0x2028 && c <= 0x202E) || (c >= 0x2066 && c <= 0x2069);
-    return bControl || bMark || c == 0x61C || (c >= 0xE0000 && c < 0xE0080);
+    return IsMisleading(c) && c != L'\n';
 }
 
 /** @return what is raw in a text, "" when nothing is */

@@ -8,6 +8,7 @@
 
 #include "platform/common/TextConversion.h"
 #include "tests/cli/ToolRun.h"
+#include "tests/support/MisleadingCharacters.h"
 
 // Names and texts that would be something else where they are shown: lines of a log, orders to a terminal, statements
 // of a database, places in the file system.
@@ -46,10 +47,7 @@ class Forging : public CToolTest {
 /** Ends of lines are the tool's own. */
 bool IsPrintable(const std::string& strText) {
     const std::wstring strWide = OS::WideText(strText);
-    return std::none_of(strWide.begin(), strWide.end(), [](wchar_t c) {
-        return (c < 0x20 && c != L'\n') || (c >= 0x7F && c < 0xA0) || (c >= 0x2028 && c <= 0x202E) ||
-               (c >= 0x2066 && c <= 0x2069);
-    });
+    return std::none_of(strWide.begin(), strWide.end(), [](wchar_t c) { return IsMisleading(c) && c != L'\n'; });
 }
 
 std::ptrdiff_t CountLines(const std::string& strText) {

@@ -4,11 +4,14 @@
 
 #include <algorithm>
 #include <clocale>
+#include <cstdint>
+#include <ios>
 #include <stdexcept>
 #include <thread>
 #include <vector>
 
 #include "tests/support/LogRecorder.h"
+#include "tests/support/MisleadingCharacters.h"
 
 static constexpr const char* LOG_SOURCE = ".\\DLPTemplateMgr.cpp";
 
@@ -202,16 +205,24 @@ TEST(EscapeControls, ControlsSeparatorsAndBackslashAreWrittenOut) {
     EXPECT_EQ(DBG::EscapeControls(std::wstring(L"\0", 1)), L"\\u0000");
     EXPECT_EQ(DBG::EscapeControls(L"\u00AD\u180E\u200B\u2060\uFEFF\uFFF9\uFFFB\U000E0041"),
               L"\\u00AD\\u180E\\u200B\\u2060\\uFEFF\\uFFF9\\uFFFB\\uE0041");
-    EXPECT_EQ(DBG::EscapeControls(L"\u200C\u200D\u00AC\u00AE\uFFFC\U000E0080"),
-              L"\u200C\u200D\u00AC\u00AE\uFFFC\U000E0080");
+    EXPECT_EQ(DBG::EscapeControls(L"\u200C\u200D\u3164\uFE0F\U0001D173\U000E0FFF"),
+              L"\\u200C\\u200D\\u3164\\uFE0F\\u1D173\\uE0FFF");
+    EXPECT_EQ(DBG::EscapeControls(L"\u00AC\u00AE\uFFFC\U000E1000"), L"\u00AC\u00AE\uFFFC\U000E1000");
     EXPECT_EQ(DBG::EscapeControls(L"\u0080\u0085\u009F\u007F\u2028\u2029"),
               L"\\u0080\\u0085\\u009F\\u007F\\u2028\\u2029");
     EXPECT_EQ(DBG::EscapeControls(L"\u061C\u200E\u200F\u202A\u202E\u2066\u2069"),
               L"\\u061C\\u200E\\u200F\\u202A\\u202E\\u2066\\u2069");
 }
 
+TEST(IsControl, IsWhatMisleadsAndNothingElse) {
+    for (std::uint32_t i = 0; i <= 0x10FFFF; ++i) {
+        const auto c = static_cast<wchar_t>(i);
+        ASSERT_EQ(DBG::IsControl(c), IsMisleading(c)) << std::hex << i;
+    }
+}
+
 TEST(EscapeControls, OtherTextStays) {
     EXPECT_EQ(DBG::EscapeControls(L""), L"");
-    EXPECT_EQ(DBG::EscapeControls(L"plain ~\u00A0\u00E9\u200D\u2027\u202F\u4E2D\U0001F600 \"<&"),
-              L"plain ~\u00A0\u00E9\u200D\u2027\u202F\u4E2D\U0001F600 \"<&");
+    EXPECT_EQ(DBG::EscapeControls(L"plain ~\u00A0\u00E9\u2027\u202F\u4E2D\U0001F600 \"<&"),
+              L"plain ~\u00A0\u00E9\u2027\u202F\u4E2D\U0001F600 \"<&");
 }
