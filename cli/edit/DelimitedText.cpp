@@ -1,6 +1,7 @@
 #include "cli/edit/DelimitedText.h"
 
 #include <algorithm>
+#include <iterator>
 
 namespace DelimitedText {
 
@@ -8,7 +9,12 @@ namespace {
 
 constexpr char QUOTE = '"';
 constexpr char DISARMED = '\'';
-constexpr std::string_view FORMULA_STARTS = "=+-@\t\r\n";
+/** A spreadsheet for East Asia takes the wide forms for the others. */
+constexpr std::string_view FORMULA_STARTS[] = {"=",  "+",      "-",      "@",      "\t",    "\r",
+                                               "\n", "\uff1d", "\uff0b", "\uff0d", "\uff20"};
+constexpr std::string_view QUOTED = "\"\r\n";
+/** What else separates cells where a comma divides numbers, and in what is pasted. */
+constexpr std::string_view QUOTED_BETWEEN_COMMAS = ";\t";
 constexpr const char ROW_END[] = "\r\n";
 
 constexpr const char OPEN_QUOTE[] = "this quotation mark is not closed";
@@ -108,10 +114,14 @@ class CReader {
     std::size_t m_iAt;
 };
 
+bool IsPlain(std::string_view strText, char cSeparator) {
+    const bool bOthers = cSeparator == ',' && strText.find_first_of(QUOTED_BETWEEN_COMMAS) != std::string_view::npos;
+    return !bOthers && strText.find(cSeparator) == std::string_view::npos &&
+           strText.find_first_of(QUOTED) == std::string_view::npos;
+}
+
 std::string QuoteCell(const std::string& strText, char cSeparator) {
-    const bool bPlain = std::none_of(strText.begin(), strText.end(),
-                                     [&](char c) { return c == cSeparator || c == QUOTE || c == '\r' || c == '\n'; });
-    if (bPlain) {
+    if (IsPlain(strText, cSeparator)) {
         return strText;
     }
     std::string strQuoted(1, QUOTE);
@@ -123,8 +133,9 @@ std::string QuoteCell(const std::string& strText, char cSeparator) {
 
 /** @return whether a formula's start follows the apostrophes, if any */
 bool StartsFormula(std::string_view strText) {
-    const std::size_t iFirst = strText.find_first_not_of(DISARMED);
-    return iFirst != std::string_view::npos && FORMULA_STARTS.find(strText[iFirst]) != std::string_view::npos;
+    const std::string_view strRest = strText.substr(std::min(strText.find_first_not_of(DISARMED), strText.size()));
+    return std::any_of(std::begin(FORMULA_STARTS), std::end(FORMULA_STARTS),
+                       [&](std::string_view strStart) { return strRest.starts_with(strStart); });
 }
 
 }  // namespace

@@ -40,12 +40,16 @@ class CFault : public std::runtime_error {
 void Read(std::string_view strText, std::size_t iStart, char cSeparator, std::size_t iMost,
           const std::function<void(const SRow&)>& fnRow);
 
-/** @return one row with its end, CR LF */
+/**
+ * @return one row with its end, CR LF; between commas, cells with a semicolon or a tab are quoted too, which others
+ * take for separators
+ */
 std::string Write(const std::vector<std::string>& vecCells, char cSeparator);
 
 /**
- * A spreadsheet runs a cell that begins with one of = + - @ or a control character as a formula. An apostrophe before
- * it makes it text; one that stands there already gets another, so that nothing is lost on the way back.
+ * A spreadsheet runs a cell that begins with one of = + - @, in some languages their wide forms too (U+FF1D, U+FF0B,
+ * U+FF0D, U+FF20), or a control character as a formula. An apostrophe before it makes it text; one that stands there
+ * already gets another, so that nothing is lost on the way back.
  */
 std::string Disarm(const std::string& strText);
 /** @return the text that Disarm was given */

@@ -90,7 +90,7 @@ constexpr SCommandHelp IMPORT = {
     "take keywords from a table in CSV or TSV",
     "The first line names the columns: keyword, and as wanted score, case_sensitive (true or false) and description.\n"
     "Keywords are added or changed as keywords add does; with --replace the list then holds those of the FILE alone.\n"
-    "An apostrophe before = + - @ is taken off.\n",
+    "An apostrophe before what starts a formula, such as = + - @, is taken off.\n",
     "  dlpctl keywords export card-words | dlpctl keywords import contract-words -\n"
     "  printf 'keyword,score\\napollo,3\\n' | dlpctl keywords import contract-words - --replace\n",
     "dlpctl-keywords-import/1",

@@ -69,6 +69,8 @@ const SForgery FORGERIES[] = {
     {"FormulaPlus", "+FORGED()"},
     {"FormulaMinus", "-FORGED()"},
     {"FormulaAt", "@FORGED()"},
+    {"FormulaWideEquals", "\uff1dFORGED()"},
+    {"FormulaWideAt", "'\uff20FORGED()"},
     {"FormulaTab", "\t=FORGED()"},
     {"FormulaDisarmed", "'=FORGED()"},
     {"FormulaInANewCell", "a\",=FORGED(),\"", true},
@@ -225,7 +227,8 @@ std::string FindInTable(const std::string& strText, char cSeparator) {
     std::string strFault;
     DelimitedText::Read(strText, 0, cSeparator, 9, [&](const DelimitedText::SRow& row) {
         for (const DelimitedText::SCell& cell : row.vecCells) {
-            if (cell.strText.find_first_of("=+-@\t\r\n") == 0) {
+            if (std::wstring(L"=+-@\uff1d\uff0b\uff0d\uff20\t\r\n").find(OS::WideText(cell.strText)[0]) !=
+                std::wstring::npos) {
                 strFault = "a formula";
             }
         }

@@ -86,14 +86,39 @@ TEST(DelimitedText, WhatIsWrittenIsReadBack) {
             }
         }
     }
-    EXPECT_EQ(DelimitedText::Write({"", "a\"b,c", "d\te"}, ','), ",\"a\"\"b,c\",d\te\r\n");
+    EXPECT_EQ(DelimitedText::Write({"", "a\"b,c", "de"}, ','), ",\"a\"\"b,c\",de\r\n");
+    EXPECT_EQ(DelimitedText::Write({"a,b", "c;d", "e\tf"}, '\t'), "a,b\tc;d\t\"e\tf\"\r\n");
+}
+
+TEST(DelimitedText, WhatSeparatesForOthersIsQuotedBetweenCommas) {
+    EXPECT_EQ(DelimitedText::Write({"a;b", "c\td", ";", "e f"}, ','), "\"a;b\",\"c\td\",\";\",e f\r\n");
 }
 
 TEST(DelimitedText, FormulasAreDisarmedAndComeBack) {
     const std::pair<const char*, const char*> aCases[] = {
-        {"=1+1", "'=1+1"}, {"+49", "'+49"}, {"-x", "'-x"},   {"@x", "'@x"}, {"\tx", "'\tx"},
-        {"\rx", "'\rx"},   {"\nx", "'\nx"}, {"'=x", "''=x"}, {"''", "''"},  {"'x", "'x"},
-        {"x=1", "x=1"},    {"", ""},        {" =1", " =1"},  {"'", "'"},    {"''+", "'''+"},
+        {"=1+1", "'=1+1"},
+        {"+49", "'+49"},
+        {"-x", "'-x"},
+        {"@x", "'@x"},
+        {"\tx", "'\tx"},
+        {"\rx", "'\rx"},
+        {"\nx", "'\nx"},
+        {"'=x", "''=x"},
+        {"''", "''"},
+        {"'x", "'x"},
+        {"x=1", "x=1"},
+        {"", ""},
+        {" =1", " =1"},
+        {"'", "'"},
+        {"''+", "'''+"},
+        {"\uff1d1", "'\uff1d1"},
+        {"\uff0b", "'\uff0b"},
+        {"\uff0dx", "'\uff0dx"},
+        {"'\uff20x", "''\uff20x"},
+        {"x\uff1d", "x\uff1d"},
+        {"'\uff1c", "'\uff1c"},
+        {"\uff21", "\uff21"},
+        {"\uff0c", "\uff0c"},
     };
     for (const auto& [pText, pDisarmed] : aCases) {
         EXPECT_EQ(DelimitedText::Disarm(pText), pDisarmed);
