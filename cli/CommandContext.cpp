@@ -200,6 +200,10 @@ void CCommandContext::OpenStore(const std::string& strUrl, EUnitOfWork eUse, CUn
     Detail("store " + Text::Printable(strUrl) + (eUse == EUnitOfWork::READ ? ", to read" : ""));
     m_pStore = eUse == EUnitOfWork::WRITE && IsStoreMissing() ? std::make_unique<CStoreSession>(strUrl, eMade)
                                                               : std::make_unique<CStoreSession>(strUrl, eUse);
+    WarnOfStore();
+}
+
+void CCommandContext::WarnOfStore() {
     for (const std::string& strDanger : FindSqliteFileDangers(GetStorePath())) {
         Warn(Text::Printable(strDanger));
     }

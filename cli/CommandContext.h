@@ -81,6 +81,8 @@ class CCommandContext {
     CStoreSession& GetStoreToRead();
     /** The same for commands that change what is there: they never make a store. */
     CStoreSession& GetStoreToChange();
+    /** For what opens the store's file in another way: warns of others who may read, change or replace it. */
+    void WarnOfStore();
 
     /**
      * Called while an exception is handled.

@@ -174,6 +174,7 @@ EVerdict Check(CCommandContext& context) {
     std::vector<SMissing> vecMissing;
     const SStoreInfo info = OnStore([&] {
         const auto pStore = CSettingsStore::Make("sqlite:" + strPath, EUnitOfWork::READ);
+        context.WarnOfStore();
         pStore->Check([&](const SStoreDamage& damage) {
             Signals::ThrowIfCaught();
             vecDamages.push_back(damage);
@@ -215,6 +216,7 @@ EVerdict Backup(CCommandContext& context, const std::string& strFile) {
     const std::string strBackup = COutputFile::FindTarget(GetBackupPath(context, strFile), Text::Printable(strFile));
     const StoreBackup::Counts aCounts = OnStore([&] {
         const auto pStore = CSettingsStore::Make("sqlite:" + strStore, EUnitOfWork::READ);
+        context.WarnOfStore();
         return StoreBackup::Save(*pStore, strBackup, Signals::ThrowIfCaught);
     });
     if (context.IsJson()) {
@@ -252,6 +254,7 @@ std::string RestoredToText(const StoreBackup::SRestored& restored, bool bTry) {
 EVerdict Restore(CCommandContext& context, const std::string& strFile, bool bTry) {
     const std::string strStore = GetPath(context);
     const auto pBackup = OpenBackup(strFile, GetBackupPath(context, strFile));
+    context.WarnOfStore();
     const StoreBackup::SRestored restored =
         OnStore([&] { return StoreBackup::Restore(*pBackup, strStore, bTry, Signals::ThrowIfCaught); });
     CStoreSession::SetChanged(!bTry);

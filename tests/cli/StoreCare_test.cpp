@@ -197,6 +197,24 @@ TEST_F(StoreCare, WideOpenStoreIsWarnedOf) {
     EXPECT_EQ(Run({"list", "templates"}).strErr, "");
 }
 
+TEST_F(StoreCare, WideOpenStoreIsWarnedOfOnceByWhoeverOpensIt) {
+    Get({"store", "backup", m_dir.Path("backup.db")});
+    ::chmod(m_dir.Path("store.db").c_str(), 0604);
+    const std::vector<std::string> aCommands[] = {{"store", "check"},
+                                                  {"store", "backup", m_dir.Path("backup.db")},
+                                                  {"store", "restore", "--dry-run", m_dir.Path("backup.db")},
+                                                  {"store", "restore", m_dir.Path("backup.db")},
+                                                  {"store", "dump"},
+                                                  {"store", "info"}};
+    for (const std::vector<std::string>& vecCommand : aCommands) {
+        const SToolRun run = Run(vecCommand);
+        EXPECT_EQ(run.iCode, 0) << vecCommand[1];
+        EXPECT_EQ(run.strErr, "dlpctl: warning: everybody may read the store; take that away: chmod o= " +
+                                  m_dir.Path("store.db") + '\n')
+            << vecCommand[1];
+    }
+}
+
 TEST_F(StoreCare, DiskThatFillsUpLeavesTheStoreAsItWas) {
     const std::string strBefore = Dump();
     std::string strAssets;
