@@ -12,13 +12,12 @@ void Remember(int iSignal) {
     s_iSignal = iSignal;
 }
 
-/** The shell and the system may each tell of a terminal that goes: no second one ends the work that is being undone. */
-void WatchHangUp(struct sigaction action) {
+/** What is ignored stays so: a shell lets background jobs ignore SIGINT, and nohup SIGHUP. */
+void WatchUnlessIgnored(int iSignal, const struct sigaction& action) {
     struct sigaction former {};
-    sigaction(SIGHUP, nullptr, &former);
+    sigaction(iSignal, nullptr, &former);
     if (former.sa_handler != SIG_IGN) {
-        action.sa_flags = 0;
-        sigaction(SIGHUP, &action, nullptr);
+        sigaction(iSignal, &action, nullptr);
     }
 }
 
@@ -29,11 +28,12 @@ void Watch() {
     sigemptyset(&action.sa_mask);
     action.sa_handler = Remember;
     action.sa_flags = static_cast<int>(SA_RESETHAND);
-    sigaction(SIGINT, &action, nullptr);
-    sigaction(SIGTERM, &action, nullptr);
-    WatchHangUp(action);
-    action.sa_handler = SIG_IGN;
+    WatchUnlessIgnored(SIGINT, action);
+    WatchUnlessIgnored(SIGTERM, action);
+    // The shell and the system may each tell of a terminal that goes: no second one ends the work that is being undone.
     action.sa_flags = 0;
+    WatchUnlessIgnored(SIGHUP, action);
+    action.sa_handler = SIG_IGN;
     sigaction(SIGPIPE, &action, nullptr);
     sigaction(SIGXFSZ, &action, nullptr);  // a limit on the size of files fails a write, as a full disk does
 }

@@ -3,8 +3,8 @@
 /**
  * Interruption. A first SIGINT or SIGTERM only sets a flag, which long work asks for at its steps, so that it can undo
  * what it did; a second one ends the program at once, which undoes an open unit of work as well. SIGHUP sets the
- * flag too, and never ends the program, since a terminal that goes may send several; where it is ignored (nohup) it
- * stays so.
+ * flag too, and never ends the program, since a terminal that goes may send several. A signal that whoever started the
+ * program ignores (a script in the background, nohup) stays ignored.
  */
 namespace Signals {
 

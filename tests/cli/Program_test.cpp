@@ -111,6 +111,19 @@ TEST_F(Program, ASignalEndsItAlsoWhileItWaitsForInput) {
     }
 }
 
+TEST_F(Program, ASignalThatItsCallerIgnoresEndsNothing) {
+    const std::string strFile = m_dir.Write("small.xml", Documents::Small());
+    for (const std::string strSignal : {"HUP", "INT", "TERM"}) {
+        const SToolRun run =
+            CProgram::Shell("(sleep 1; cat '" + strFile + "') | (trap '' " + strSignal +
+                            "; exec \"$DLPCTL\" -q import -) & sleep 0.5; kill -" + strSignal + " $!; wait $!");
+        EXPECT_EQ(run.iCode, 0) << strSignal;
+        EXPECT_EQ(run.strErr, "") << strSignal;
+        EXPECT_NE(Dump().find("cards"), std::string::npos) << strSignal;
+        RemoveStore();
+    }
+}
+
 TEST_F(Program, ThereIsNoColourOrProgressWithoutATerminal) {
     const SToolRun run = CProgram::Shell("\"$DLPCTL\" nope");
     EXPECT_EQ(run.strErr, "dlpctl: there is no command \"nope\"; dlpctl --help lists the commands\n");

@@ -1,5 +1,6 @@
 #include "tests/cli/ToolRun.h"
 
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <sstream>
@@ -23,6 +24,9 @@ constexpr const char POLICY_LISTS[] =
 }  // namespace
 
 CToolTest::CToolTest() {
+    for (const int iSignal : {SIGHUP, SIGINT, SIGTERM}) {
+        std::signal(iSignal, SIG_DFL);  // whoever runs the tests may ignore it
+    }
     m_dir.Write("home/config/PredefinedDLPPolicy.xml", POLICY_LISTS);
     m_dir.Write("home/config/cfg_dlp_da_map.txt", "Old One\tone\n");
     ::setenv("DLP_INSTALL_PATH", m_dir.Path("home").c_str(), 1);

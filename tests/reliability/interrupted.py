@@ -137,6 +137,9 @@ def main() -> int:
     parser.add_argument("--seed", type=int, default=1, help="what draws signals and moments")
     parser.add_argument("--count", type=int, default=300, help="how many commands are interrupted, as many of each kind")
     arguments = parser.parse_args()
+    for kind in SIGNALS:
+        if signal.getsignal(kind) == signal.SIG_IGN:  # what a shell's background job hands on to the commands
+            signal.signal(kind, signal.SIG_DFL)
     codes: Counter[str] = Counter()
     with tempfile.TemporaryDirectory() as name:
         world = World(arguments.tool, Path(name))
