@@ -1,7 +1,11 @@
 #include "platform/store/CReservedFile.h"
 
 #include <sqlite3.h>
+#include <sys/stat.h>
 #include <unistd.h>
+
+#include <cerrno>
+#include <system_error>
 
 #include "platform/store/CSqliteStore.h"
 #include "platform/store/StoreError.h"
@@ -12,12 +16,13 @@ constexpr int STEP_MILLISECONDS = 25;
 
 }  // namespace
 
-CReservedFile::CReservedFile(const std::string& strPath) : m_strUrl(CSqliteStore::SCHEME + strPath) {
+CReservedFile::CReservedFile(const std::string& strPath, const char* pDoing)
+    : m_strUrl(CSqliteStore::SCHEME + strPath), m_pDoing(pDoing) {
     sqlite3* pDb = nullptr;
     const int iCode = sqlite3_open_v2(strPath.c_str(), &pDb, SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX, nullptr);
     m_pDb.reset(pDb);
     if (iCode != SQLITE_OK) {
-        ThrowStoreError(m_strUrl, StoreDoing::RESTORING, sqlite3_errstr(iCode), iCode);
+        ThrowStoreError(m_strUrl, m_pDoing, sqlite3_errstr(iCode), iCode);
     }
     sqlite3_file_control(pDb, nullptr, SQLITE_FCNTL_FILE_POINTER, &m_pFile);
 }
@@ -25,15 +30,19 @@ CReservedFile::CReservedFile(const std::string& strPath) : m_strUrl(CSqliteStore
 bool CReservedFile::Reserve() {
     for (int iWaited = 0; !TryToReserve(); iWaited += STEP_MILLISECONDS) {
         if (iWaited >= CSqliteStore::BUSY_MILLISECONDS || CSettingsStore::IsWaitEnded()) {
-            ThrowBusy(m_strUrl, StoreDoing::RESTORING, "", SQLITE_BUSY);
+            ThrowBusy(m_strUrl, m_pDoing, "", SQLITE_BUSY);
         }
         m_pFile->pMethods->xUnlock(m_pFile, SQLITE_LOCK_NONE);
         ::usleep(STEP_MILLISECONDS * 1000);
     }
     // When others have it open this fails, but keeps those out who would open it from now on.
-    m_pFile->pMethods->xLock(m_pFile, SQLITE_LOCK_EXCLUSIVE);
+    m_bAlone = m_pFile->pMethods->xLock(m_pFile, SQLITE_LOCK_EXCLUSIVE) == SQLITE_OK;
     int iMoved = 1;
     sqlite3_file_control(m_pDb.get(), nullptr, SQLITE_FCNTL_HAS_MOVED, &iMoved);
+    struct stat status {};
+    if (iMoved != 0 && ::stat(sqlite3_db_filename(m_pDb.get(), "main"), &status) != 0 && errno != ENOENT) {
+        ThrowStoreError(m_strUrl, m_pDoing, std::generic_category().message(errno), errno);  // nobody can tell
+    }
     return iMoved == 0;
 }
 
@@ -45,7 +54,7 @@ bool CReservedFile::TryToReserve() {
     for (const int iLock : {SQLITE_LOCK_SHARED, SQLITE_LOCK_RESERVED}) {
         const int iCode = m_pFile->pMethods->xLock(m_pFile, iLock);
         if (iCode != SQLITE_OK && (iCode & 0xFF) != SQLITE_BUSY) {
-            ThrowStoreError(m_strUrl, StoreDoing::RESTORING, sqlite3_errstr(iCode), iCode);
+            ThrowStoreError(m_strUrl, m_pDoing, sqlite3_errstr(iCode), iCode);
         }
         if (iCode != SQLITE_OK) {
             return false;

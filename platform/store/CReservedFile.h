@@ -9,8 +9,11 @@ struct sqlite3_file;
 /** A file in whose place another one is put: whoever had it open goes on, and nobody else opens it meanwhile. */
 class CReservedFile {
   public:
-    /** @throws OS::CException when it cannot be opened */
-    explicit CReservedFile(const std::string& strPath);
+    /**
+     * @param pDoing what it is for, one of StoreDoing
+     * @throws OS::CException when it cannot be opened
+     */
+    CReservedFile(const std::string& strPath, const char* pDoing);
 
     /**
      * Waits for whoever has reserved the file.
@@ -18,6 +21,9 @@ class CReservedFile {
      * @throws OS::CException when it waits in vain
      */
     bool Reserve();
+
+    /** @return whether nobody else had it open when it was reserved */
+    bool IsAlone() const { return m_bAlone; }
 
   private:
     struct SClose {
@@ -27,6 +33,8 @@ class CReservedFile {
     bool TryToReserve();
 
     std::string m_strUrl;
+    const char* m_pDoing;
+    bool m_bAlone = false;
     std::unique_ptr<sqlite3, SClose> m_pDb;
     sqlite3_file* m_pFile = nullptr;
 };

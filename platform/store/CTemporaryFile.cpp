@@ -73,6 +73,26 @@ void RemoveLeft(const std::string& strTarget) {
     }
 }
 
+/**
+ * A file system that cannot rename where nothing may be replaced is asked before, which leaves others a moment.
+ * @return 0, or the number of the error
+ */
+int Rename(const char* pPath, const char* pTarget, bool bReplacing) {
+    if (!bReplacing) {
+        if (::renameat2(AT_FDCWD, pPath, AT_FDCWD, pTarget, RENAME_NOREPLACE) == 0) {
+            return 0;
+        }
+        if (errno != EINVAL && errno != ENOSYS) {
+            return errno;
+        }
+        struct stat status {};
+        if (::lstat(pTarget, &status) == 0) {
+            return EEXIST;
+        }
+    }
+    return ::rename(pPath, pTarget) == 0 ? 0 : errno;
+}
+
 }  // namespace
 
 /** From here on what was made is removed, also when the making fails. */
@@ -146,19 +166,25 @@ void CTemporaryFile::TakeOwner(const std::string& strFormer) const {
     }
 }
 
+void CTemporaryFile::Keep(const std::string& strTarget) const {
+    if (const int iError = SYS::Synchronise(m_iFile); iError != 0) {
+        ThrowSystemError(strTarget, m_pDoing, iError);
+    }
+}
+
 /** It is closed before it has its name: who opens it by that would lose their locks when this process closes it. */
-void CTemporaryFile::Become(const std::string& strTarget) {
-    int iError = SYS::Synchronise(m_iFile);
-    iError = iError == 0 ? Look() : iError;
+bool CTemporaryFile::Become(const std::string& strTarget, bool bReplacing) {
+    int iError = Look();
     Close();
-    if (iError == 0 && ::rename(m_strPath.c_str(), strTarget.c_str()) != 0) {
-        iError = errno;
+    if (iError == 0) {
+        iError = Rename(m_strPath.c_str(), strTarget.c_str(), bReplacing);
     }
     if (iError == ENOENT) {
         ThrowStoreError(CSqliteStore::SCHEME + strTarget, m_pDoing, TAKEN + m_strPath + "; " + StoreWritten::NOTHING,
                         iError);
     }
-    if (iError != 0) {
+    if (iError != 0 && (bReplacing || iError != EEXIST)) {
         ThrowSystemError(strTarget, m_pDoing, iError);
     }
+    return iError == 0;
 }

@@ -36,11 +36,16 @@ class CTemporaryFile {
      */
     void TakeOwner(const std::string& strFormer) const;
 
+    /** From now on the disk holds what the file holds. It takes its time, so what is looked at last comes after it. */
+    void Keep(const std::string& strTarget) const;
+
     /**
      * Until the names in the folder are kept a power cut may undo it.
+     * @param bReplacing whether it may come into the place of another file
+     * @return false when it may not, and another file is there
      * @throws OS::CException also when somebody has put another file in this one's place
      */
-    void Become(const std::string& strTarget);
+    bool Become(const std::string& strTarget, bool bReplacing = true);
 
   private:
     explicit CTemporaryFile(const char* pDoing) : m_pDoing(pDoing) {}

@@ -70,6 +70,38 @@ void RequireNoJournal(const std::string& strPath) {
     }
 }
 
+/** @return whether nothing stands at the path, or an empty file @throws OS::CException when a backup must not go there
+ */
+bool IsVacant(const std::string& strPath) {
+    std::error_code error;
+    if (fs::exists(strPath, error) && !fs::is_regular_file(strPath, error)) {
+        ThrowStoreError(CSqliteStore::SCHEME + strPath, StoreDoing::BACKING_UP, "it is no file; name another");
+    }
+    const bool bVacant = !Exists(strPath) || IsSqliteFileEmpty(strPath);
+    if (!bVacant && !CSqliteConnection::IsStore(strPath)) {
+        ThrowStoreError(CSqliteStore::SCHEME + strPath, StoreDoing::BACKING_UP,
+                        "it is no settings store, and is left as it is; name another file");
+    }
+    return bVacant;
+}
+
+/**
+ * Looks whether a backup may come to the path.
+ * @return what keeps others from opening the store there that the backup replaces; nothing where there is none, or
+ * where it may only be read, so that nobody but its owner can come to use it
+ */
+std::unique_ptr<CReservedFile> ReservePlace(const std::string& strPath) {
+    RequireNoJournal(strPath);
+    while (!IsVacant(strPath) && IsSqliteFileReplaceable(strPath)) {
+        auto pReserved = std::make_unique<CReservedFile>(strPath, StoreDoing::BACKING_UP);
+        if (pReserved->Reserve()) {
+            RequireNoJournal(strPath);
+            return pReserved;
+        }
+    }
+    return nullptr;
+}
+
 bool IsFree(const std::string& strPath) {
     return !Exists(strPath) && std::none_of(std::begin(SqliteSuffix::ALL), std::end(SqliteSuffix::ALL),
                                             [&](const char* pSideFile) { return Exists(strPath + pSideFile); });
@@ -231,6 +263,23 @@ void PutAside(const std::string& strPath, const std::string& strAside, const CFo
     folder.KeepNames(StoreDoing::RESTORING);
 }
 
+/** What came to the path meanwhile is nobody's to replace, and must not get the journals of the damaged file. */
+void RequireAside(const std::string& strPath, const std::string& strAside, CNewNames& names) {
+    struct stat there {};
+    struct stat aside {};
+    const bool bBoth = ::lstat(strPath.c_str(), &there) == 0 && ::lstat(strAside.c_str(), &aside) == 0;
+    if (!bBoth && errno != ENOENT) {
+        ThrowSystemError(strPath, StoreDoing::RESTORING, errno);
+    }
+    if (bBoth && there.st_dev == aside.st_dev && there.st_ino == aside.st_ino) {
+        return;
+    }
+    names.Keep();
+    ThrowStoreError(
+        CSqliteStore::SCHEME + strPath, StoreDoing::RESTORING,
+        std::string(StoreWritten::MOVED) + "the damaged one is kept as " + strAside + "; " + StoreWritten::NOTHING);
+}
+
 /** Keeps other restorers out, and writers who began before the store was damaged. */
 void LeaveNote(CWriterNote& note, const std::string& strPath) {
     note.Leave();
@@ -278,15 +327,17 @@ std::optional<SRestored> ReplaceDamaged(CSettingsStore& backup, const std::strin
         if (OpenWhole(strPath, EUnitOfWork::WRITE) != nullptr) {
             return false;
         }
-        CReservedFile former(strPath);
+        CReservedFile former(strPath, StoreDoing::RESTORING);
         if (!former.Reserve()) {
             return false;
         }
         const CFolder folder(strPath);
         file.TakeOwner(strPath);
+        file.Keep(strPath);
         restored.strFormer = FindFreePath(strPath, DAMAGED);
         CNewNames names;
         PutAside(strPath, restored.strFormer, folder, names);
+        RequireAside(strPath, restored.strFormer, names);
         file.Become(strPath);
         names.Keep();
         folder.KeepNames(StoreDoing::RESTORING, IN_PLACE);
@@ -298,20 +349,16 @@ std::optional<SRestored> ReplaceDamaged(CSettingsStore& backup, const std::strin
 }  // namespace
 
 Counts Save(CSettingsStore& store, const std::string& strPath, const Step& fnStep) {
-    RequireNoJournal(strPath);
-    std::error_code error;
-    if (fs::exists(strPath, error) && !fs::is_regular_file(strPath, error)) {
-        ThrowStoreError(CSqliteStore::SCHEME + strPath, StoreDoing::BACKING_UP, "it is no file; name another");
-    }
-    if (Exists(strPath) && !IsSqliteFileEmpty(strPath) && !CSqliteConnection::IsStore(strPath)) {
-        ThrowStoreError(CSqliteStore::SCHEME + strPath, StoreDoing::BACKING_UP,
-                        "it is no settings store, and is left as it is; name another file");
-    }
+    ReservePlace(strPath);  // before the work is done for nothing
     return WithTemporary(strPath, StoreDoing::BACKING_UP, [&](CTemporaryFile& file) {
         const CFolder folder(strPath);
         const Counts aCounts = Fill(file, store, fnStep);
-        RequireNoJournal(strPath);
-        file.Become(strPath);
+        file.Keep(strPath);
+        for (bool bDone = false; !bDone;) {
+            const bool bThere = Exists(strPath);  // else what comes meanwhile is looked at first
+            const auto pReserved = ReservePlace(strPath);
+            bDone = file.Become(strPath, bThere);
+        }
         folder.KeepNames(StoreDoing::BACKING_UP, IN_PLACE);
         return aCounts;
     });
@@ -322,6 +369,7 @@ void Renew(CSettingsStore& records, const std::string& strPath, const std::funct
         const CFolder folder(strPath);
         Fill(file, records, [] {});
         file.TakeOwner(strPath);
+        file.Keep(strPath);
         fnLook();
         file.Become(strPath);
         folder.KeepNames(StoreDoing::OPENING, IN_PLACE);

@@ -37,8 +37,8 @@ ERRORS = {
     "fallocate": SYNCING, "close": SYNCING,
     "fcntl": LOCKING, "fcntl64": LOCKING, "mmap": MAPPING, "mmap64": MAPPING, "munmap": (errno.ENOMEM,),
     "flock": (errno.EWOULDBLOCK, errno.ENOLCK, errno.EINTR), "ioctl": (errno.ENOTTY,), "isatty": (errno.ENOTTY,),
-    "rename": CHANGING, "unlink": CHANGING, "remove": CHANGING, "link": CHANGING, "mkdir": CHANGING, "rmdir": CHANGING,
-    "unlinkat": CHANGING, "chmod": CHANGING, "chown": CHANGING, "fchmod": CHANGING, "fchown": CHANGING,
+    "rename": CHANGING, "renameat2": CHANGING, "link": CHANGING, "mkdir": CHANGING, "rmdir": CHANGING,
+    "unlink": CHANGING, "remove": CHANGING, "unlinkat": CHANGING, "chmod": CHANGING, "chown": CHANGING, "fchmod": CHANGING, "fchown": CHANGING,
 }
 # At the start of the program, by the C++ library, before there is anything to lose.
 UNIMPORTANT = ("fflush",)

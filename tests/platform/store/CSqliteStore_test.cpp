@@ -734,7 +734,7 @@ int StatAndTryToReserve(const char* pPath, struct stat* pStatus) {
     const pid_t iOther = StartProcess([&] {
         LetEngineLookBy(nullptr);
         CSettingsStore::SetWaitEnder([] { return true; });
-        CReservedFile(pPath).Reserve();
+        CReservedFile(pPath, StoreDoing::RESTORING).Reserve();
     });
     s_vecReservable.push_back(WaitFor(iOther) == 0);
     return iResult;

@@ -79,4 +79,15 @@ TEST(TemporaryFile, WhatOthersPutInItsPlaceIsNeitherGivenAwayNorTaken) {
     }
 }
 
+TEST(TemporaryFile, BecomesWhatIsNotThereOnlyWhereNothingIs) {
+    const CTempDir folder;
+    const std::string strTarget = folder.Write("a.db", "precious");
+    CTemporaryFile made(strTarget, StoreDoing::BACKING_UP);
+    EXPECT_FALSE(made.Become(strTarget, false));
+    EXPECT_EQ("precious", folder.Read("a.db"));
+    fs::remove(strTarget);
+    EXPECT_TRUE(made.Become(strTarget, false));
+    EXPECT_EQ("", folder.Read("a.db"));
+}
+
 }  // namespace

@@ -505,6 +505,59 @@ TEST_F(StoreBackupTest, FileOfAnotherKindIsNotReplacedButAnEmptyOneIs) {
     EXPECT_EQ(KEPT, DumpFile(BackupPath()));
 }
 
+TEST_F(StoreBackupTest, WhatComesWhileABackupIsWrittenIsNotReplaced) {
+    CSqliteStore store(Path());
+    for (const char* pBefore : {"", "made"}) {
+        fs::remove(BackupPath());
+        if (*pBefore != '\0') {
+            StoreBackup::Save(store, BackupPath(), NoStep);
+        }
+        const auto fnCome = [&] {
+            fs::remove(BackupPath());
+            m_folder.Write("backup.db", "precious");
+        };
+        EXPECT_EQ("settings store sqlite:" + BackupPath() +
+                      ", writing a backup: it is no settings store, and is left as it is; name another file",
+                  ExceptionText([&] { StoreBackup::Save(store, BackupPath(), fnCome); }));
+        EXPECT_EQ("precious", m_folder.Read("backup.db"));
+    }
+    fs::remove(BackupPath());
+    StoreBackup::Save(store, BackupPath(), [&] { CSqliteStore(BackupPath()).Save(Expression("later")); });
+    EXPECT_EQ(KEPT, DumpFile(BackupPath()));  // nobody uses it any more
+}
+
+TEST_F(StoreBackupTest, BackupWaitsForWhoeverReplacesItsPlace) {
+    CSqliteStore store(Path());
+    CSqliteStore(BackupPath()).Save(Expression("former"));
+    sqlite3* pDb = nullptr;
+    ASSERT_EQ(SQLITE_OK, sqlite3_open_v2(BackupPath().c_str(), &pDb, SQLITE_OPEN_READWRITE, "unix"));
+    sqlite3_file* pFile = nullptr;
+    sqlite3_file_control(pDb, nullptr, SQLITE_FCNTL_FILE_POINTER, &pFile);
+    ASSERT_EQ(SQLITE_OK, pFile->pMethods->xLock(pFile, SQLITE_LOCK_SHARED));
+    ASSERT_EQ(SQLITE_OK, pFile->pMethods->xLock(pFile, SQLITE_LOCK_RESERVED));
+    const std::string strBefore = m_folder.Read("backup.db");
+    CSettingsStore::SetWaitEnder([] { return true; });
+    EXPECT_EQ(
+        "settings store sqlite:" + BackupPath() + ", writing a backup: another process is writing to it; try again",
+        ExceptionText([&] { StoreBackup::Save(store, BackupPath(), NoStep); }));
+    CSettingsStore::SetWaitEnder(nullptr);
+    EXPECT_EQ(strBefore, m_folder.Read("backup.db"));
+    sqlite3_close(pDb);
+    StoreBackup::Save(store, BackupPath(), NoStep);
+    EXPECT_EQ(KEPT, DumpFile(BackupPath()));
+}
+
+TEST_F(StoreBackupTest, BackupThatMayOnlyBeReadIsReplaced) {
+    CSqliteStore store(Path());
+    CSqliteStore(BackupPath()).Save(Expression("former"));
+    ::chmod(BackupPath().c_str(), 0444);
+    ::chmod(m_folder.Path().c_str(), 0777);
+    const auto pBackup = StoreBackup::Open(Path());
+    const CUnprivileged unprivileged;
+    StoreBackup::Save(*pBackup, BackupPath(), NoStep);
+    EXPECT_EQ(KEPT, DumpFile(BackupPath()));
+}
+
 TEST_F(StoreBackupTest, DamagedBackupIsReplaced) {
     CSqliteStore store(Path());
     StoreBackup::Save(store, BackupPath(), NoStep);

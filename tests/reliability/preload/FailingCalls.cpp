@@ -226,6 +226,8 @@ FAILING(int, unlink, (const char* pPath), (pPath), pPath, -1)
 FAILING(int, remove, (const char* pPath), (pPath), pPath, -1)
 FAILING(int, link, (const char* pFrom, const char* pTo), (pFrom, pTo), pTo, -1)
 FAILING(int, rename, (const char* pFrom, const char* pTo), (pFrom, pTo), pTo, -1)
+FAILING(int, renameat2, (int iFrom, const char* pFrom, int iTo, const char* pTo, unsigned iFlags),
+        (iFrom, pFrom, iTo, pTo, iFlags), pTo, -1)
 FAILING(ISize, readlink, (const char* pPath, char* pText, std::size_t iSize), (pPath, pText, iSize), pPath, -1)
 FAILING(PChar, realpath, (const char* pPath, char* pText), (pPath, pText), pPath, nullptr)
 FAILING(PChar, getcwd, (char* pText, std::size_t iSize), (pText, iSize), "", nullptr)

@@ -101,6 +101,8 @@ RECORDED(int, unlink, (const char* pPath), (pPath), "unlink", 0, 0, pPath)
 RECORDED(int, remove, (const char* pPath), (pPath), "unlink", 0, 0, pPath)
 RECORDED(int, link, (const char* pFrom, const char* pTo), (pFrom, pTo), "link", 0, 0, pFrom, pTo)
 RECORDED(int, rename, (const char* pFrom, const char* pTo), (pFrom, pTo), "rename", 0, 0, pFrom, pTo)
+RECORDED(int, renameat2, (int iFrom, const char* pFrom, int iTo, const char* pTo, unsigned iFlags),
+         (iFrom, pFrom, iTo, pTo, iFlags), "rename", 0, 0, pFrom, pTo)
 RECORDED(int, close, (int iFile), (iFile), "close", iFile, 0, "")
 RECORDED(int, fsync, (int iFile), (iFile), "sync", iFile, 0, "")
 RECORDED(int, fdatasync, (int iFile), (iFile), "sync", iFile, 0, "")
