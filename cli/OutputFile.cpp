@@ -115,7 +115,7 @@ void COutputFile::OpenTemporary() {
         Fail(errno);
     }
     m_strTemporary = strTemplate;
-    if (const int iError = bExists ? SYS::TakeOwner(m_iFile, old) : SetNewFileMode(m_iFile); iError != 0) {
+    if (const int iError = bExists ? SYS::TakeOwner(m_iFile, m_strTarget, old) : SetNewFileMode(m_iFile); iError != 0) {
         Fail(iError);
     }
 }

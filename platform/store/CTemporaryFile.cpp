@@ -162,7 +162,7 @@ int CTemporaryFile::Look() const {
 void CTemporaryFile::TakeOwner(const std::string& strFormer) const {
     struct stat status {};
     if (::lstat(strFormer.c_str(), &status) == 0 && S_ISREG(status.st_mode)) {
-        SYS::TakeOwner(m_iFile, status);  // where it cannot be given away it stays its maker's alone
+        SYS::TakeOwner(m_iFile, strFormer, status);  // where it cannot be given away it stays its maker's alone
     }
 }
 
