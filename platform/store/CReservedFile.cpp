@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <system_error>
 
+#include "platform/store/CSqliteConnection.h"
 #include "platform/store/CSqliteStore.h"
 #include "platform/store/StoreError.h"
 
@@ -25,6 +26,10 @@ CReservedFile::CReservedFile(const std::string& strPath, const char* pDoing)
         ThrowStoreError(m_strUrl, m_pDoing, sqlite3_errstr(iCode), iCode);
     }
     sqlite3_file_control(pDb, nullptr, SQLITE_FCNTL_FILE_POINTER, &m_pFile);
+}
+
+bool CReservedFile::HoldsStore() const {
+    return CSqliteConnection::IsStore(m_pFile);
 }
 
 bool CReservedFile::Reserve() {

@@ -15,6 +15,9 @@ class CReservedFile {
      */
     CReservedFile(const std::string& strPath, const char* pDoing);
 
+    /** @return whether the file's header says that it is a settings store */
+    bool HoldsStore() const;
+
     /**
      * Waits for whoever has reserved the file.
      * @return false when another file stands in its place by then

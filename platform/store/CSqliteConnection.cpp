@@ -102,6 +102,13 @@ std::int32_t ReadBigEndian(const unsigned char* pBytes) {
                                      static_cast<std::uint32_t>(pBytes[2]) << 8 | pBytes[3]);
 }
 
+using Header = std::array<char, HEADER_END>;
+
+bool IsOfStore(const Header& aHeader) {
+    return std::memcmp(aHeader.data(), HEADER_MAGIC, sizeof(HEADER_MAGIC)) == 0 &&
+           ReadBigEndian(reinterpret_cast<const unsigned char*>(&aHeader[HEADER_APPLICATION])) == APPLICATION_ID;
+}
+
 /** What is read where making the store was cut short: an empty one. */
 constexpr char IN_MEMORY[] = ":memory:";
 
@@ -403,10 +410,13 @@ int CSqliteConnection::CheckHeader() const {
 }
 
 bool CSqliteConnection::IsStore(const std::string& strPath) {
-    std::array<char, HEADER_END> aHeader{};
-    return std::ifstream(strPath, std::ios::binary).read(aHeader.data(), aHeader.size()) &&
-           std::memcmp(aHeader.data(), HEADER_MAGIC, sizeof(HEADER_MAGIC)) == 0 &&
-           ReadBigEndian(reinterpret_cast<const unsigned char*>(&aHeader[HEADER_APPLICATION])) == APPLICATION_ID;
+    Header aHeader{};
+    return std::ifstream(strPath, std::ios::binary).read(aHeader.data(), aHeader.size()) && IsOfStore(aHeader);
+}
+
+bool CSqliteConnection::IsStore(sqlite3_file* pFile) {
+    Header aHeader{};
+    return pFile->pMethods->xRead(pFile, aHeader.data(), aHeader.size(), 0) == SQLITE_OK && IsOfStore(aHeader);
 }
 
 void CSqliteConnection::CheckOwner(std::int64_t iApplication) const {

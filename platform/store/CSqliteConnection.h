@@ -11,6 +11,7 @@
 #include "platform/store/SqliteFile.h"
 
 struct sqlite3;
+struct sqlite3_file;
 
 /** One open database file that holds a settings store of this version. */
 class CSqliteConnection {
@@ -32,6 +33,8 @@ class CSqliteConnection {
     static void LeaveMemoryUncounted() noexcept;
     /** @return whether the file's header says that it is a settings store, of whatever version, damaged or not */
     static bool IsStore(const std::string& strPath);
+    /** As above, of a file that the engine has open: whoever has locked it keeps the lock. */
+    static bool IsStore(sqlite3_file* pFile);
     CSqliteConnection(const CSqliteConnection&) = delete;
     CSqliteConnection& operator=(const CSqliteConnection&) = delete;
 

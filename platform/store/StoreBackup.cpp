@@ -61,28 +61,32 @@ bool IsSame(const std::string& strLeft, const std::string& strRight) {
            left.st_dev == right.st_dev && left.st_ino == right.st_ino;
 }
 
-/** @throws OS::CException when the file at the path has a journal, or would take one for its own */
-void RequireNoJournal(const std::string& strPath) {
+/**
+ * @param bAlone nobody has the file at the path open: an empty journal is nobody's then
+ * @throws OS::CException when the file has a journal, or would take one for its own
+ */
+void RequireNoJournal(const std::string& strPath, bool bAlone = false) {
     for (const char* pJournal : JOURNALS) {
-        if (Exists(strPath + pJournal)) {
+        if (Exists(strPath + pJournal) && !(bAlone && IsSqliteFileEmpty(strPath + pJournal))) {
             ThrowStoreError(CSqliteStore::SCHEME + strPath, StoreDoing::BACKING_UP, IN_USE);
         }
     }
 }
 
-/** @return whether nothing stands at the path, or an empty file @throws OS::CException when a backup must not go there
- */
+/** @return whether nothing stands at the path, or an empty file */
 bool IsVacant(const std::string& strPath) {
     std::error_code error;
     if (fs::exists(strPath, error) && !fs::is_regular_file(strPath, error)) {
         ThrowStoreError(CSqliteStore::SCHEME + strPath, StoreDoing::BACKING_UP, "it is no file; name another");
     }
-    const bool bVacant = !Exists(strPath) || IsSqliteFileEmpty(strPath);
-    if (!bVacant && !CSqliteConnection::IsStore(strPath)) {
+    return !Exists(strPath) || IsSqliteFileEmpty(strPath);
+}
+
+void RequireStore(bool bStore, const std::string& strPath) {
+    if (!bStore) {
         ThrowStoreError(CSqliteStore::SCHEME + strPath, StoreDoing::BACKING_UP,
                         "it is no settings store, and is left as it is; name another file");
     }
-    return bVacant;
 }
 
 /**
@@ -91,14 +95,16 @@ bool IsVacant(const std::string& strPath) {
  * where it may only be read, so that nobody but its owner can come to use it
  */
 std::unique_ptr<CReservedFile> ReservePlace(const std::string& strPath) {
-    RequireNoJournal(strPath);
     while (!IsVacant(strPath) && IsSqliteFileReplaceable(strPath)) {
         auto pReserved = std::make_unique<CReservedFile>(strPath, StoreDoing::BACKING_UP);
+        RequireStore(pReserved->HoldsStore(), strPath);
         if (pReserved->Reserve()) {
-            RequireNoJournal(strPath);
+            RequireNoJournal(strPath, pReserved->IsAlone());
             return pReserved;
         }
     }
+    RequireNoJournal(strPath);
+    RequireStore(IsVacant(strPath) || CSqliteConnection::IsStore(strPath), strPath);
     return nullptr;
 }
 

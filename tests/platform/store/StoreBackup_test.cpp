@@ -547,6 +547,26 @@ TEST_F(StoreBackupTest, BackupWaitsForWhoeverReplacesItsPlace) {
     EXPECT_EQ(KEPT, DumpFile(BackupPath()));
 }
 
+TEST_F(StoreBackupTest, EmptyLogThatNobodyHasOpenKeepsNoBackupFromBeingReplaced) {
+    CSqliteStore store(Path());
+    CSqliteStore(BackupPath()).Save(Expression("former"));
+    m_folder.Write("backup.db-wal", "");
+    {
+        CSqliteStore used(BackupPath());
+        DumpStore(used);
+        ASSERT_EQ("", m_folder.Read("backup.db-wal"));
+        EXPECT_EQ("settings store sqlite:" + BackupPath() +
+                      ", writing a backup: it is a store that is in use; name another file",
+                  ExceptionText([&] { StoreBackup::Save(store, BackupPath(), NoStep); }));
+        used.Save(Expression("later"));
+    }
+    m_folder.Write("backup.db-wal", "");
+    StoreBackup::Save(store, BackupPath(), NoStep);
+    EXPECT_EQ(KEPT, DumpFile(BackupPath()));
+    CSqliteStore(BackupPath()).Save(Expression("later"));
+    EXPECT_EQ("expressions subject=\"kept\"\nexpressions subject=\"later\"\n", DumpFile(BackupPath()));
+}
+
 TEST_F(StoreBackupTest, BackupThatMayOnlyBeReadIsReplaced) {
     CSqliteStore store(Path());
     CSqliteStore(BackupPath()).Save(Expression("former"));
