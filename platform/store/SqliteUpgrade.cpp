@@ -9,6 +9,7 @@
 #include "platform/store/CSqliteStatement.h"
 #include "platform/store/SqlText.h"
 #include "platform/store/SqliteDamage.h"
+#include "platform/store/SqliteFile.h"
 #include "platform/store/StoreBackup.h"
 #include "platform/store/StoreError.h"
 
@@ -105,5 +106,6 @@ void RenewSqliteFile(CSqliteConnection& older, const std::string& strPath) {
             ThrowStoreError(older.GetUrl(), StoreDoing::OPENING,
                             StoreWritten::MOVED + std::string(StoreWritten::NOTHING));
         }
+        FindSqliteFile(strPath, older.GetUrl());  // under a name of its own a snapshot would be given up with the file
     });
 }

@@ -752,6 +752,32 @@ TEST_F(SqliteStore, NobodyPutsAnotherFileInItsPlaceWhileItsLogIsRemoved) {
     EXPECT_FALSE(fs::exists(Path() + "-wal"));
 }
 
+/** Makes a second name of a file as soon as a new one stands beside it. */
+int StatAndLink(const char* pPath, struct stat* pStatus) {
+    for (const auto& entry : fs::directory_iterator(fs::path(pPath).parent_path())) {
+        if (entry.path().string().rfind(pPath + std::string(".new-"), 0) == 0) {
+            [[maybe_unused]] const int iResult = ::link(pPath, (fs::path(pPath).parent_path() / "snapshot").c_str());
+            break;
+        }
+    }
+    return ::stat(pPath, pStatus);
+}
+
+TEST_F(SqliteStore, SnapshotThatIsMadeWhileAnOlderFileIsBroughtUpStaysWhole) {
+    MakeFirstVersion(Path());
+    LetEngineLookBy(StatAndLink);
+    const std::string strRefusal = ExceptionText([&] { CSqliteStore store(Path()); });
+    LetEngineLookBy(nullptr);
+    EXPECT_EQ(Opening(Path(),
+                      "it has other names (hard links), and under each a journal of its own would stand; "
+                      "remove those, or copy it"),
+              strRefusal);
+    EXPECT_TRUE(fs::equivalent(Path(), m_folder.Path("snapshot")));
+    fs::remove(m_folder.Path("snapshot"));
+    EXPECT_EQ(1, std::distance(fs::directory_iterator(m_folder.Path()), fs::directory_iterator()));
+    EXPECT_EQ("", ExceptionText([&] { CSqliteStore store(Path()); }));
+}
+
 TEST_F(SqliteStore, WriterLeavesItsNoteWhileItWrites) {
     CSqliteStore store(Path());
     const auto fnNoted = [&] { return fs::exists(Path() + "-writer"); };
