@@ -22,7 +22,8 @@ from failing_calls import calls  # noqa: E402
 from scenarios import DONE, REFUSED, STORE, Result, Scenario, World, scenarios  # noqa: E402
 
 COMMANDS = ("import", "import --json", "assets import", "export -o", "store dump -o", "store load", "rename", "delete",
-            "store backup", "store check", "template set", "expression set", "keywords add", "list", "show", "refs")
+            "store backup", "store restore", "store check", "template set", "expression set", "keywords add", "list", "show",
+            "refs")
 # What has been written before the store went is in the file that went.
 ELSEWHERE = "what was written is in the file that stood there before"
 LOG = "-wal"
@@ -54,6 +55,7 @@ class Trial:
         self._log = log
         self._before = world.before(scenario)
         self._whole = world.run(scenario, {})
+        self._aside = {name for name in self._whole.files if name.startswith(STORE + ".")}
         world.start(scenario)
         self._put_other(STORE)
         self._other_before = world.dump()
@@ -105,6 +107,8 @@ class Trial:
         if run.code not in REFUSED or not run.err:
             return f"exit {run.code} with neither effect: {run.err}"
         late = ELSEWHERE in run.err and "nothing was written" not in run.err and kept == (self._whole.dump, self._other_before)
+        if late and not self._aside <= set(run.files):
+            return f"what was put aside is gone: {run.err}"
         return "" if untouched or late else f"exit {run.code}, and a store is not as before: {run.err}"
 
 
