@@ -120,7 +120,8 @@ std::string ExplainOption(const std::string& strWord, const CLI::App& top, const
         }
     }
     const std::string strOption = strWord.substr(0, strWord.find('='));
-    const std::string strNearest = FindNearestName(strOption.substr(strOption.find_first_not_of('-')), vecNames);
+    const std::size_t iName = std::min(strOption.find_first_not_of('-'), strOption.size());
+    const std::string strNearest = FindNearestName(strOption.substr(iName), vecNames);
     return "there is no option " + Text::Quoted(strOption) +
            Ask(strNearest.empty() ? "" : "--" + strNearest, strSeeHelp);
 }

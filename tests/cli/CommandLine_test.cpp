@@ -28,6 +28,8 @@ const SRefused REFUSED[] = {
      "there is no option \"--stoer\"; did you mean \"--store\"?",
      "dlpctl-list/1"},
     {{"-x"}, "there is no option \"-x\"; see dlpctl --help", "dlpctl/1"},
+    {{"--=x"}, "there is no option \"--\"; see dlpctl --help", "dlpctl/1"},
+    {{"list", "templates", "--=x"}, "there is no option \"--\"; see dlpctl list --help", "dlpctl-list/1"},
     {{"--store"}, "--store needs a value; see dlpctl --help", "dlpctl/1"},
     {{"list", "templates", "--store"}, "--store needs a value; see dlpctl list --help", "dlpctl-list/1"},
     {{"--store", "", "list", "templates"}, "--store: the value is empty; see dlpctl list --help", "dlpctl-list/1"},
