@@ -2,7 +2,7 @@
 # once. No two sources of a batch declare the same name in their unnamed namespaces, or give an alias two
 # meanings: their texts are looked through whenever CMake runs. A source that defines a macro or uses a whole namespace
 # stands alone, and so does one with compile definitions of its own.
-option(DLP_BATCHES "Compile the tests, and all that is sanitized, in batches (./run-tests does)" OFF)
+option(DLP_BATCHES "Compile tool and tests, and all that is sanitized, in batches (./run-tests does)" OFF)
 set(DLP_BATCH_SIZE 8)
 
 # Sets result to "name=meaning" for each name that source keeps to itself; to the empty list when it must stand alone.

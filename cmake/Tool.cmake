@@ -22,9 +22,7 @@ target_link_libraries(dlpctl_core PUBLIC dlpparser_static PRIVATE dlp_options CL
                                          tomlplusplus::tomlplusplus)
 target_precompile_headers(dlpctl_core PRIVATE <nlohmann/json.hpp> <string> <vector>)
 target_compile_definitions(dlpctl_core PRIVATE DLP_VERSION="${PROJECT_VERSION}")
-if(DLP_SANITIZE)
-    dlp_batches(dlpctl_core)
-endif()
+dlp_batches(dlpctl_core)
 
 add_executable(dlpctl ${PROJECT_SOURCE_DIR}/cli/main.cpp)
 target_link_libraries(dlpctl PRIVATE dlpctl_core dlp_options)
