@@ -83,6 +83,10 @@ void MendSums(std::string& strStore) {
     }
 }
 
+bool AreSumsMended(std::string_view strChanges) {
+    return !strChanges.empty() && static_cast<unsigned char>(strChanges[0]) % 2 == 0;
+}
+
 /**
  * The first byte says whether the pages get checksums that fit. Each change is a page, a place in it (two bytes), a
  * number of bytes and these bytes.
@@ -107,7 +111,7 @@ std::string ChangeStore(std::string_view strChanges) {
         }
         i += PAGE_CHANGE_SIZE + iCount;
     }
-    if (!strChanges.empty() && Byte(0) % 2 == 0) {
+    if (AreSumsMended(strChanges)) {
         MendSums(strStore);
     }
     return strStore;
@@ -128,28 +132,64 @@ void RequireKept(const CSettingsRow& row) {
     Require(std::find(vecRows.begin(), vecRows.end(), row) != vecRows.end(), "what is read was kept");
 }
 
-void UseStore(CSettingsStore& store, bool bOwn) {
+/** What a file is, as far as it says what must be noticed. */
+enum class EStoreFile {
+    DAMAGED,  ///< whole but for its changes, with the checksums of pages that it had
+    MENDED,   ///< the same with checksums that fit: only what a record says of itself can tell
+    FOREIGN,
+};
+
+/** What was done without a word is there, and what was refused has changed nothing. */
+void ChangeRecords(CSettingsStore& store, ESettingsKind eKind, bool bNoticed) {
+    std::vector<std::string> vecExpected{"a", "b", "c", "d"};
+    CSettingsRow changed = MakeRow(eKind, "b");
+    changed.SetText(1, "changed");
+    bool bChanged = false;
+    Try([&] {
+        store.Save(changed);
+        bChanged = true;
+    });
+    Try([&] {
+        const bool bThere = store.Remove(eKind, "c");
+        Require(bThere || !bNoticed, "what is removed was there");
+        vecExpected.erase(vecExpected.begin() + 2);
+    });
+    Try([&] {
+        store.Save(MakeRow(eKind, "e"));
+        vecExpected.emplace_back("e");
+    });
+    Try([&] {
+        std::vector<std::string> vecSubjects;
+        store.ReadAll(eKind, [&](CSettingsRow&& row) {
+            vecSubjects.push_back(row.GetSubject());
+            Require(!bNoticed || row.GetSubject() != "b" || (row == changed) == bChanged, "a change is kept");
+        });
+        Require(!bNoticed || vecSubjects == vecExpected, "the records are those that were left");
+    });
+}
+
+void UseStore(CSettingsStore& store, EStoreFile eFile) {
     for (const ESettingsKind eKind : ALL_SETTINGS_KINDS) {
         std::size_t iRows = 0;
         Try([&] {
             store.ReadAll(eKind, [&](CSettingsRow&& row) {
                 ++iRows;
-                if (bOwn) {
+                if (eFile != EStoreFile::FOREIGN) {
                     RequireKept(row);
                 }
             });
-            Require(!bOwn || iRows == MakeRows(eKind).size(), "a walk that ends has seen every record");
+            Require(eFile == EStoreFile::FOREIGN || iRows == MakeRows(eKind).size(),
+                    "a walk that ends has seen every record");
         });
         Try([&] {
             const auto pRow = store.FindOne(eKind, 0, "b");
             Require(pRow == nullptr || pRow->GetSubject() == "b", "what is found is what was looked for");
-            if (bOwn && pRow != nullptr) {
+            Require(pRow != nullptr || eFile != EStoreFile::DAMAGED, "no page denies what is there");
+            if (eFile != EStoreFile::FOREIGN && pRow != nullptr) {
                 RequireKept(*pRow);
             }
         });
-        Try([&] { store.Save(MakeRow(eKind, "b")); });
-        Try([&] { store.Remove(eKind, "c"); });
-        Try([&] { store.Save(MakeRow(eKind, "e")); });
+        ChangeRecords(store, eKind, eFile == EStoreFile::DAMAGED);
     }
     Try([&] { store.Check([](const SStoreDamage&) {}); });
 }
@@ -160,7 +200,8 @@ void OpenStore(std::string_view strData) {
     const bool bFile = strData.substr(0, FILE_START.size()) == FILE_START;
     const std::string strFile = Folder().Write("store.db", bFile ? std::string(strData) : ChangeStore(strData));
     RemoveSideFiles(strFile);
-    Try([&] { UseStore(*CSettingsStore::Make("sqlite:" + strFile), !bFile); });
+    const EStoreFile eOwn = AreSumsMended(strData) ? EStoreFile::MENDED : EStoreFile::DAMAGED;
+    Try([&] { UseStore(*CSettingsStore::Make("sqlite:" + strFile), bFile ? EStoreFile::FOREIGN : eOwn); });
 }
 
 }  // namespace Fuzz
