@@ -11,6 +11,7 @@
 #include <unistd.h>
 
 #include "cli/CommandContext.h"
+#include "cli/FileIdentity.h"
 #include "cli/Signals.h"
 #include "cli/Text.h"
 #include "cli/XmlFault.h"
@@ -32,6 +33,7 @@ constexpr const char EMPTY[] = "it is empty";
 constexpr const char NO_MARKUP[] = "there is no \"<\" in it";
 constexpr const char WHICH_FILE[] = "check that this is the file you meant";
 constexpr const char STORE_BYTES[] = "it is a store";
+constexpr const char BESIDE_STORE[] = "it is a file of the store";
 constexpr const char WHICH_STORE[] = "where a store can stand write it as sqlite:PATH, else name it by --store";
 constexpr const char UTF16[] = "UTF-16";
 constexpr const char UTF8[] = "UTF-8";
@@ -89,11 +91,31 @@ std::string ExplainUnreadable(const std::string& strFile, const std::string& str
            (strFile.rfind(STORE_URL, 0) == 0 || strFile == STORE_WORD ? NAME_STORE : "");
 }
 
+/** @return the sentences of a code, filled in, as one line */
+std::string MakeReason(const SInputFault& fault) {
+    const SCodeRow& row = GetCodeRow(fault.eCode);
+    return FillSentence(row.pWhat, fault.vecWhat) + "; " + FillSentence(row.pAdvice, fault.vecAdvice);
+}
+
+/**
+ * Closing a file gives up every lock that the process has on it (fcntl(2)), those of the store among them, so that
+ * another process may take what it writes for left over. A file of the store is not even opened.
+ */
+void CheckIsNoStore(const CCommandContext& context, const std::string& strFile, const std::string& strPath) {
+    const std::string strStore = context.GetStorePath();
+    if (strFile != STANDARD_STREAM && IsOfStore(strPath, strStore)) {
+        const SInputFault fault{.vecWhat = {IsSameFile(strPath, strStore) ? STORE_BYTES : BESIDE_STORE},
+                                .vecAdvice = {WHICH_STORE}};
+        throw CInputError(strFile, MakeReason(fault), {1, 1}, fault.eCode);
+    }
+}
+
 /** Reads bytes by fnStream or fnFile, whichever fits, and puts the file's name to what goes wrong. */
 template <class Stream, class File>
 auto Read(CCommandContext& context, const std::string& strFile, Stream&& fnStream, File&& fnFile) {
     const std::string strPath = context.GetAbsolute(strFile);
     context.CheckIsNoLog(strFile);
+    CheckIsNoStore(context, strFile, strPath);
     if (strFile != STANDARD_STREAM && IsTooLarge(strPath)) {
         throw CInputError(strFile, TOO_LARGE);
     }
@@ -136,12 +158,6 @@ std::string FindEncoding(std::string_view strText) {
 
 std::string AdviseEncoding(const std::string& strEncoding) {
     return ", as iconv -f " + strEncoding + " -t UTF-8 does";
-}
-
-/** @return the sentences of a code, filled in, as one line */
-std::string MakeReason(const SInputFault& fault) {
-    const SCodeRow& row = GetCodeRow(fault.eCode);
-    return FillSentence(row.pWhat, fault.vecWhat) + "; " + FillSentence(row.pAdvice, fault.vecAdvice);
 }
 
 }  // namespace

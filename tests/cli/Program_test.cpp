@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <filesystem>
 
 #include <sys/stat.h>
@@ -125,6 +126,37 @@ TEST_F(Program, ASignalThatItsCallerIgnoresEndsNothing) {
 }
 
 TEST_F(Program, ThereIsNoColourOrProgressWithoutATerminal) {
+/** Closing any descriptor of a file gives up every lock that the process has on it. */
+TEST_F(Program, StoreAmongItsInputsKeepsItsLocks) {
+    const std::string strStore = m_dir.Path("store.db");
+    m_dir.Write("first.xml", Documents::Policy(Documents::Entity("first"), ""));
+    m_dir.Write("second.xml", Documents::Policy(Documents::Entity("second"), ""));
+    for (const char* pInput : {"store.db", "store.db-shm", "./store.db"}) {
+        const SToolRun run = CProgram::Shell(
+            "cd '" + m_dir.Path() + "' && mkfifo pipe && { \"$DLPCTL\" -q assets import first.xml " + pInput +
+            " pipe 2>told & exec 9>pipe; \"$DLPCTL\" list expressions >/dev/null; ls store.db-wal; cat second.xml >&9; "
+            "exec 9>&-; wait $!; echo $?; cat told; rm pipe; }");
+        const std::string strWhat = std::strstr(pInput, "shm") == nullptr ? "a store" : "a file of the store";
+        EXPECT_EQ(run.strOut, "store.db-wal\n2\ndlpctl: " + (pInput + (":1:1: the file is no XML: it is " + strWhat)) +
+                                  "; where a store can stand write it as sqlite:PATH, else name it by --store; nothing "
+                                  "was written\n");
+        EXPECT_EQ(Get({"list", "expressions"}).find("second") != std::string::npos, true);
+        RemoveStore();
+    }
+}
+
+TEST_F(Program, ASignalEndsItAlsoWhileARestoreWaitsForAnotherWriter) {
+    Import(Documents::Small());
+    Get({"store", "backup", m_dir.Path("backup.db")});
+    const auto pWriter = CSettingsStore::Make(Url("store.db"));
+    pWriter->Begin(EUnitOfWork::WRITE);
+    const SToolRun run = CProgram::Shell("timeout -s KILL 15 \"$DLPCTL\" store restore '" + m_dir.Path("backup.db") +
+                                         "' & sleep 0.5; pkill -TERM -P $!; wait $!");
+    EXPECT_EQ(run.iCode, 143);
+    EXPECT_EQ(run.strErr, "dlpctl: interrupted\n");
+    pWriter->Rollback();
+}
+
     const SToolRun run = CProgram::Shell("\"$DLPCTL\" nope");
     EXPECT_EQ(run.strErr, "dlpctl: there is no command \"nope\"; dlpctl --help lists the commands\n");
 }
