@@ -85,6 +85,7 @@ auto OnStore(Work&& fnWork) {
     try {
         return fnWork();
     } catch (const OS::CException& error) {
+        Signals::ThrowIfCaught();  // it may be what ended a wait
         throw CToolError(EVerdict::STORE, Text::Printable(error.what()));
     }
 }

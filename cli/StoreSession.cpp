@@ -4,7 +4,6 @@
 #include <new>
 #include <utility>
 
-#include "cli/Signals.h"
 #include "cli/Text.h"
 #include "platform/common/CException.h"
 #include "platform/common/DataFileFailure.h"
@@ -90,7 +89,6 @@ CStoreSession::CStoreSession(const std::string& strUrl, CUnmadeStore::EMade eMad
 template <class F>
 void CStoreSession::Open(const F& fnOpen) {
     s_bChanged = false;
-    CSettingsStore::SetWaitEnder(Signals::IsCaught);
     try {
         fnOpen();
     } catch (const OS::CException& error) {

@@ -8,11 +8,13 @@
 #include "cli/CommandContext.h"
 #include "cli/CommandLine.h"
 #include "cli/Commands.h"
+#include "cli/Signals.h"
 #include "cli/Verdict.h"
 #include "cli/configuration/ConfigCommand.h"
 #include "cli/configuration/Configuration.h"
 #include "cli/manual/ManualCommands.h"
 #include "platform/common/TextConversion.h"
+#include "platform/store/CSettingsStore.h"
 
 namespace {
 
@@ -97,6 +99,7 @@ EVerdict Tell(CCommandContext& context, const char* pFormat, const CToolError& e
 
 int RunTool(const std::vector<std::string>& vecArguments, std::istream& in, std::ostream& out, std::ostream& err) {
     CCommandContext context(in, out, err);
+    CSettingsStore::SetWaitEnder(Signals::IsCaught);
     // Read before the rest, so that a command line that cannot be read is answered in the form that was asked for.
     context.Options().bJson = std::find(vecArguments.begin(), vecArguments.end(), "--json") != vecArguments.end();
     CCommandLine line(context.Options(), context.GetDataWidth());

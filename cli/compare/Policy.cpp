@@ -51,6 +51,7 @@ void ReadOtherStore(const std::string& strUrl, SPolicy& policy) {
         ReadStore(*CSettingsStore::Make(strUrl, EUnitOfWork::READ), policy);
     } catch (const OS::CException& error) {
         throw CToolError(EVerdict::STORE, Text::Printable(error.what()));
+        Signals::ThrowIfCaught();
     }
 }
 

@@ -5,6 +5,7 @@
 
 #include <sys/stat.h>
 
+#include "platform/store/CSettingsStore.h"
 #include "tests/cli/ToolRun.h"
 
 namespace {
@@ -125,7 +126,6 @@ TEST_F(Program, ASignalThatItsCallerIgnoresEndsNothing) {
     }
 }
 
-TEST_F(Program, ThereIsNoColourOrProgressWithoutATerminal) {
 /** Closing any descriptor of a file gives up every lock that the process has on it. */
 TEST_F(Program, StoreAmongItsInputsKeepsItsLocks) {
     const std::string strStore = m_dir.Path("store.db");
@@ -157,6 +157,7 @@ TEST_F(Program, ASignalEndsItAlsoWhileARestoreWaitsForAnotherWriter) {
     pWriter->Rollback();
 }
 
+TEST_F(Program, ThereIsNoColourOrProgressWithoutATerminal) {
     const SToolRun run = CProgram::Shell("\"$DLPCTL\" nope");
     EXPECT_EQ(run.strErr, "dlpctl: there is no command \"nope\"; dlpctl --help lists the commands\n");
 }
