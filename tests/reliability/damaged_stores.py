@@ -190,12 +190,9 @@ class Trial:
         """A store whose last import is in its log alone, because somebody had it open."""
         store = folder / "logged.db"
         shutil.copy(self.whole, store)
-        reader = self.tool.start(store, "store", "dump")  # its answer is longer than a pipe holds
-        reader.stdout.read(1)
-        self.tool.get(store, "-q", "import", self.more)
-        self.logged = store.read_bytes(), pathlib.Path(f"{store}-wal").read_bytes()
-        reader.kill()
-        reader.communicate()
+        with stores.reading(store):
+            self.tool.get(store, "-q", "import", self.more)
+            self.logged = store.read_bytes(), pathlib.Path(f"{store}-wal").read_bytes()
         self.after_commands = {command: self.tool.answer(store, command) for command in self.commands}
 
     def try_logged(self, store, seed):

@@ -14,7 +14,6 @@ from __future__ import annotations
 import argparse
 import contextlib
 import random
-import subprocess
 import sys
 import tempfile
 import time
@@ -30,6 +29,7 @@ from disks import (DROPPED, KEPT, MAPPED, TORN, ZEROS, Change, Disk, Names, Pick
                    Synchronised, Told, Write, clear, grow)
 from scenarios import (BACKUP, DONE, EXAMPLES, FIXABLE, OUTPUT, POLICY, SIDE_FILES, STORE, Scenario,  # noqa: E402
                        World, of_name, scenarios)
+from stores import reading  # noqa: E402
 
 # One of each kind.
 SAMPLED = ("import, no store", "import", "store load", "rename", "export -o, replacing", "import --report",
@@ -54,12 +54,6 @@ NOTHING, FIRST, WHOLE = range(3)  # of what a command does
 MOST_TOLD = 5  # of a command
 AGAIN = ()  # the command itself
 RECOVERIES = (("store", "dump"), ("store", "check"), AGAIN)
-READER = """import sqlite3, sys
-store = sqlite3.connect(sys.argv[1], isolation_level=None)
-store.execute("BEGIN")
-print(store.execute("SELECT count(*) FROM sqlite_master").fetchone(), flush=True)
-sys.stdin.read()
-"""
 
 
 @dataclass(frozen=True)
@@ -145,14 +139,6 @@ def pages(file: bytes, log: bytes = b"") -> list[bytes]:
         grow(content, place + PAGE)
         content[place:place + PAGE] = log[frame + FRAME_HEADER:frame + FRAME_HEADER + PAGE]
     return [bytes(content[place:place + PAGE - SUM]) for place in range(0, len(content), PAGE)]
-
-
-@contextlib.contextmanager
-def reading(store: Path) -> Iterator[None]:
-    """In a process of its own: whoever looks at the file in this one would take away its locks."""
-    with subprocess.Popen([sys.executable, "-c", READER, store], stdin=subprocess.PIPE, stdout=subprocess.PIPE) as reader:
-        reader.stdout.readline()
-        yield
 
 
 class Trial:

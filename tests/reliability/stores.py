@@ -1,4 +1,5 @@
 """Small policies, stores made of them, and runs of dlpctl, for the programs that try to damage a store."""
+import contextlib
 import ctypes
 import ctypes.util
 import functools
@@ -6,6 +7,7 @@ import os
 import pathlib
 import sqlite3
 import subprocess
+import sys
 import tempfile
 
 PAGE = 8192
@@ -14,6 +16,12 @@ RESERVED = 20  # where the header says how many bytes each page keeps free
 VERSION = 3  # of the schema
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 SECONDS = 120
+READER = """import sqlite3, sys
+store = sqlite3.connect(sys.argv[1], isolation_level=None)
+store.execute("BEGIN")
+print(store.execute("SELECT count(*) FROM sqlite_master").fetchone(), flush=True)
+sys.stdin.read()
+"""
 
 
 def policy(count, words="number", first=0):
@@ -34,6 +42,15 @@ def policy(count, words="number", first=0):
         for i in numbers)
     return ('<?xml version="1.0" encoding="UTF-8"?><SAPolicy template_version="3.0.1000"><digitalAssets>'
             f"{entities}{lists}</digitalAssets><complianceTemplates>{templates}</complianceTemplates></SAPolicy>")
+
+
+@contextlib.contextmanager
+def reading(store):
+    """Somebody reads the store. A process of its own: whoever looks at the file in this one would take away its locks."""
+    with subprocess.Popen([sys.executable, "-c", READER, store], stdin=subprocess.PIPE, stdout=subprocess.PIPE) as reader:
+        reader.stdout.readline()
+        yield
+        reader.kill()  # when it closes the store it writes pages without their checksums
 
 
 class Tool:
