@@ -88,7 +88,7 @@ class CAssetExportCommand : public CExportObserver {
                     !m_arguments.vecExpressions.empty() || !m_arguments.vecKeywords.empty());
         const CStoreSession& store = m_context.GetStoreToRead();
         {
-            const CSettingsTransaction unit(EUnitOfWork::READ);
+            CSettingsTransaction unit(EUnitOfWork::READ);
             const Subjects vecExpressions = FindSubjects(ESettingsKind::EXPRESSION, m_arguments.vecExpressions);
             const Subjects vecKeywords = FindSubjects(ESettingsKind::KEYWORD, m_arguments.vecKeywords);
             const CProgress progress(m_context, EXPORT.pName);
@@ -98,6 +98,7 @@ class CAssetExportCommand : public CExportObserver {
                 throw CToolError(EVerdict::INVALID, m_strFailure + "; nothing was written");
             }
             store.ThrowIfFailed();
+            unit.Commit();
         }
         return FinishExport(m_context, m_arguments, m_report);
     }

@@ -88,12 +88,13 @@ class CTemplateExportCommand : public CExportObserver {
         WarnOfMissing(m_context, FindPolicyFile(), NO_POLICY_FILE);
         const CStoreSession& store = m_context.GetStoreToRead();
         {
-            const CSettingsTransaction unit(EUnitOfWork::READ);
+            CSettingsTransaction unit(EUnitOfWork::READ);
             Export(m_arguments.bAll ? ListAllNames() : m_arguments.vecNames);
             store.ThrowIfFailed();
             if (m_report.strDocument.empty()) {
                 throw CToolError(EVerdict::INVALID, ExplainFailure() + "; nothing was written");
             }
+            unit.Commit();
         }
         return FinishExport(m_context, m_arguments, m_report);
     }

@@ -84,7 +84,7 @@ std::string ToCell(const Json& value) {
 
 std::vector<Json> ReadItems(ESettingsKind eKind) {
     std::vector<Json> vecItems;
-    const CSettingsTransaction unit(EUnitOfWork::READ);
+    CSettingsTransaction unit(EUnitOfWork::READ);
     CSettingsStore::Current().ReadAll(eKind, [&](CSettingsRow&& row) {
         Signals::ThrowIfCaught();
         Json item = Json::object();
@@ -93,6 +93,7 @@ std::vector<Json> ReadItems(ESettingsKind eKind) {
         }
         vecItems.push_back(std::move(item));
     });
+    unit.Commit();
     return vecItems;
 }
 

@@ -54,9 +54,10 @@ std::string MakeText(const CSettingsRow& row, std::size_t iWidth) {
 EVerdict Show(CCommandContext& context, const std::string& strKind, const std::string& strName) {
     const SKind& kind = FindKind(strKind);
     const CStoreSession& store = context.GetStoreToRead();
-    const CSettingsTransaction unit(EUnitOfWork::READ);
+    CSettingsTransaction unit(EUnitOfWork::READ);
     const CSettingsRow row = ReadStored(kind, strName);
     store.ThrowIfFailed();
+    unit.Commit();
     if (context.IsJson()) {
         context.WriteJson({{"format", HELP.pFormat},
                            {"verdict", GetVerdictName(EVerdict::DONE)},

@@ -181,8 +181,9 @@ EVerdict Check(CCommandContext& context) {
             vecDamages.push_back(damage);
         });
         if (vecDamages.empty()) {
-            const CSettingsTransaction unit(*pStore, EUnitOfWork::READ);
+            CSettingsTransaction unit(*pStore, EUnitOfWork::READ);
             vecMissing = FindMissing(*pStore);
+            unit.Commit();
         }
         return pStore->GetInfo();
     });

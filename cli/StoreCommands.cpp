@@ -85,7 +85,7 @@ EVerdict Dump(CCommandContext& context, const std::string& strFile) {
     // Where the dump itself goes to the terminal, a bar would stand in it.
     const bool bMixed = COutput::IsStandard(context, strFile) && context.GetDataWidth() != 0;
     const CProgress progress(context.GetError(), context.ShowsProgress() && !bMixed, DUMP.pName);
-    const CSettingsTransaction unit(EUnitOfWork::READ);
+    CSettingsTransaction unit(EUnitOfWork::READ);
     Json dumped = Json::object();
     output.Write(std::string("{\n  \"") + FORMAT + "\": \"" + DUMP.pFormat + '"');
     for (const SKind& kind : KINDS) {
@@ -103,6 +103,7 @@ EVerdict Dump(CCommandContext& context, const std::string& strFile) {
     }
     output.Write("\n}\n");
     store.ThrowIfFailed();
+    unit.Commit();
     if (!context.IsJson() || COutput::IsStandard(context, strFile)) {
         output.Commit();
         return EVerdict::DONE;
@@ -254,7 +255,7 @@ Json FileToJson(const SInstalledFile& file) {
 /** What the information says, as JSON; the text shows the same members. */
 Json MakeInfo(CCommandContext& context) {
     const CStoreSession& store = context.GetStoreToRead();
-    const CSettingsTransaction unit(EUnitOfWork::READ);
+    CSettingsTransaction unit(EUnitOfWork::READ);
     CSettingsStore& settings = CSettingsStore::Current();
     const SStoreInfo info = settings.GetInfo();
     Json object = {{FORMAT, INFO.pFormat},
@@ -266,6 +267,7 @@ Json MakeInfo(CCommandContext& context) {
         object[kind.pList] = settings.Count(kind.eKind);
     }
     store.ThrowIfFailed();
+    unit.Commit();
     object["installation_directory"] = OS::Utf8Lenient(SYS::GetInstallPath());
     object["policy_file"] = FileToJson(FindPolicyFile());
     object["map_file"] = FileToJson(FindMapFile());

@@ -35,7 +35,7 @@ void Add(CSettingsRow&& row, SPolicy::Items& items) {
 
 /** One state of the store throughout. */
 void ReadStore(CSettingsStore& store, SPolicy& policy) {
-    const CSettingsTransaction unit(store, EUnitOfWork::READ);
+    CSettingsTransaction unit(store, EUnitOfWork::READ);
     for (const ESettingsKind eKind : ALL_SETTINGS_KINDS) {
         CProgress::Expect(store.Count(eKind));
         store.ReadAll(eKind, [&](CSettingsRow&& row) {
@@ -44,14 +44,15 @@ void ReadStore(CSettingsStore& store, SPolicy& policy) {
             Add(std::move(row), policy.Of(eKind));
         });
     }
+    unit.Commit();
 }
 
 void ReadOtherStore(const std::string& strUrl, SPolicy& policy) {
     try {
         ReadStore(*CSettingsStore::Make(strUrl, EUnitOfWork::READ), policy);
     } catch (const OS::CException& error) {
-        throw CToolError(EVerdict::STORE, Text::Printable(error.what()));
         Signals::ThrowIfCaught();
+        throw CToolError(EVerdict::STORE, Text::Printable(error.what()));
     }
 }
 

@@ -93,9 +93,10 @@ const SKind& Kind() {
 
 EVerdict Show(CCommandContext& context, const SArguments& arguments) {
     const CStoreSession& store = context.GetStoreToRead();
-    const CSettingsTransaction unit(EUnitOfWork::READ);
+    CSettingsTransaction unit(EUnitOfWork::READ);
     const CSettingsRow row = ReadStored(Kind(), arguments.strName);
     store.ThrowIfFailed();
+    unit.Commit();
     if (context.IsJson()) {
         context.WriteJson(
             {{"format", SHOW.pFormat}, {"verdict", GetVerdictName(EVerdict::DONE)}, {"expression", RecordToJson(row)}});

@@ -136,9 +136,10 @@ const SKind& Kind() {
 
 CSettingsRow ReadList(CCommandContext& context, const std::string& strName) {
     const CStoreSession& store = context.GetStoreToRead();
-    const CSettingsTransaction unit(EUnitOfWork::READ);
+    CSettingsTransaction unit(EUnitOfWork::READ);
     CSettingsRow row = ReadStored(Kind(), strName);
     store.ThrowIfFailed();
+    unit.Commit();
     return row;
 }
 

@@ -112,9 +112,10 @@ const SKind& Kind() {
 CSettingsRow ReadTemplate(CCommandContext& context, const std::string& strName,
                           CSettingsRow (*fnRead)(const SKind&, const std::string&)) {
     const CStoreSession& store = context.GetStoreToChange();
-    const CSettingsTransaction unit(EUnitOfWork::READ);
+    CSettingsTransaction unit(EUnitOfWork::READ);
     CSettingsRow row = fnRead(Kind(), strName);
     store.ThrowIfFailed();
+    unit.Commit();
     return row;
 }
 

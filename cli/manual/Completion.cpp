@@ -191,12 +191,13 @@ Candidates ListNames(const CCommandContext& context, const STyped& typed) {
         const auto pStore = CSettingsStore::Make(strUrl, EUnitOfWork::READ);
         std::vector<std::string> vecNames;
         std::vector<std::string> vecDisplayNames;
-        const CSettingsTransaction unit(*pStore, EUnitOfWork::READ);
+        CSettingsTransaction unit(*pStore, EUnitOfWork::READ);
         pStore->ReadColumn(GuessKind(typed), NAME_COLUMN, vecNames);
         pStore->ReadColumn(GuessKind(typed), DISPLAY_NAME_COLUMN, vecDisplayNames);
         for (std::size_t i = 0; i < vecNames.size(); ++i) {
             vecCandidates.push_back({vecNames[i], vecDisplayNames[i]});
         }
+        unit.Commit();
     } catch (const std::exception&) {
         vecCandidates.clear();
     }

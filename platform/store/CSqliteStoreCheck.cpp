@@ -27,6 +27,7 @@ void CSqliteStore::Check(const std::function<void(const SStoreDamage&)>& fnDamag
     for (const ESettingsKind eKind : ALL_SETTINGS_KINDS) {
         CheckTable(eKind, fnDamage);
     }
+    m_connection.RequireUnchanged(StoreDoing::CHECKING);
 }
 
 /** Goes on behind each damaged record; a page that cannot be read ends the walk over its table. */
