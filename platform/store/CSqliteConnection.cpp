@@ -81,7 +81,6 @@ constexpr int LONGEST_STEP_MILLISECONDS = 25;
 
 /** The header of a database file, as far as it is looked at. */
 constexpr char HEADER_MAGIC[] = "SQLite format 3";
-constexpr int HEADER_TRIES = 8;
 constexpr std::size_t HEADER_RESERVED = 20;
 constexpr std::size_t HEADER_VERSION = 60;
 constexpr std::size_t HEADER_APPLICATION = 68;
@@ -356,13 +355,7 @@ int CSqliteConnection::ReadFirstPage(std::vector<unsigned char>& vecPage) const 
     sqlite3_file* pFile = nullptr;
     sqlite3_file_control(Get(), nullptr, SQLITE_FCNTL_FILE_POINTER, &pFile);
     vecPage.resize(SqlitePageSums::PAGE_SIZE);
-    int iCode = SQLITE_IOERR_DATA;
-    // Another process may be writing the page just now: nothing locks it here.
-    for (int iTries = 0; iCode == SQLITE_IOERR_DATA && iTries < HEADER_TRIES; ++iTries) {
-        sqlite3_sleep(iTries);
-        iCode = pFile->pMethods->xRead(pFile, vecPage.data(), SqlitePageSums::PAGE_SIZE, 0);
-    }
-    return iCode;
+    return pFile->pMethods->xRead(pFile, vecPage.data(), SqlitePageSums::PAGE_SIZE, 0);
 }
 
 bool CSqliteConnection::HasNoHeader() const {

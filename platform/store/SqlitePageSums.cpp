@@ -13,6 +13,7 @@ namespace SqlitePageSums {
 namespace {
 
 constexpr int HEADER_SIZE = 100;
+constexpr int FIRST_PAGE_TRIES = 8;  ///< each waits a millisecond more
 constexpr int HEADER_RESERVED = 20;  ///< where a file's header says how many bytes each page keeps free
 
 sqlite3_vfs* s_pInner = nullptr;
@@ -38,6 +39,27 @@ bool IsPage(int iBytes, sqlite3_int64 iOffset) {
     return iBytes == PAGE_SIZE && iOffset % PAGE_SIZE == 0;
 }
 
+bool HasSum(const unsigned char* pPage, sqlite3_int64 iOffset) {
+    unsigned char aSum[SUM_SIZE];
+    MakeSum(pPage, iOffset, aSum);
+    return std::memcmp(aSum, pPage + PAGE_SIZE - SUM_SIZE, SUM_SIZE) == 0;
+}
+
+/**
+ * The engine looks at the first page before it knows of a journal, so that another process may be writing the page just
+ * then: nothing locks it. @return whether it had its checksum after all
+ */
+bool ReadFirstAgain(sqlite3_file* pFile, void* pBytes) {
+    for (int iTries = 1; iTries < FIRST_PAGE_TRIES; ++iTries) {
+        sqlite3_sleep(iTries);
+        if (Behind(pFile).pInner->xRead(pFile, pBytes, PAGE_SIZE, 0) == SQLITE_OK &&
+            HasSum(static_cast<const unsigned char*>(pBytes), 0)) {
+            return true;
+        }
+    }
+    return false;
+}
+
 /** A disk that fails is no damage yet, for which the engine would take it: it may read the next time. */
 int Read(sqlite3_file* pFile, void* pBytes, int iBytes, sqlite3_int64 iOffset) {
     SFile& behind = Behind(pFile);
@@ -49,10 +71,9 @@ int Read(sqlite3_file* pFile, void* pBytes, int iBytes, sqlite3_int64 iOffset) {
     if (iCode != SQLITE_OK || !behind.bSummed || !IsPage(iBytes, iOffset)) {
         return iCode;
     }
-    const auto* pPage = static_cast<const unsigned char*>(pBytes);
-    unsigned char aSum[SUM_SIZE];
-    MakeSum(pPage, iOffset, aSum);
-    return std::memcmp(aSum, pPage + PAGE_SIZE - SUM_SIZE, SUM_SIZE) == 0 ? SQLITE_OK : SQLITE_IOERR_DATA;
+    const bool bWhole =
+        HasSum(static_cast<const unsigned char*>(pBytes), iOffset) || (iOffset == 0 && ReadFirstAgain(pFile, pBytes));
+    return bWhole ? SQLITE_OK : SQLITE_IOERR_DATA;
 }
 
 /** The bytes that the engine keeps free are in its own buffer, which it does not look at there. */

@@ -1188,6 +1188,73 @@ TEST_F(SqliteStore, UnitsEndWhereverMemoryRunsOut) {
             }
             outer.Commit();
             CSettingsTransaction reading(*optStore, EUnitOfWork::READ);
+TEST_F(SqliteStore, FirstPageThatIsBeingWrittenIsReadAgain) {
+    CSqliteStore(Path()).Save(Expression("S"));
+    static int s_iLooks = 0;  // at the first page
+    static int s_iTorn = 0;   // which of them comes while it is written
+    sqlite3_vfs* pVfs = sqlite3_vfs_find(nullptr);
+    using Read = ssize_t(int, void*, std::size_t, off_t);
+    static Read* const fnRead = reinterpret_cast<Read*>(pVfs->xGetSystemCall(pVfs, "pread64"));
+    Read* const fnTorn = [](int iFile, void* pBytes, std::size_t iSize, off_t iOffset) -> ssize_t {
+        const ssize_t iRead = fnRead(iFile, pBytes, iSize, iOffset);
+        if (iSize == SqlitePageSums::PAGE_SIZE && iOffset == 0 && ++s_iLooks == s_iTorn) {
+            static_cast<char*>(pBytes)[4096] ^= 1;
+        }
+        return iRead;
+    };
+    pVfs->xSetSystemCall(pVfs, "pread64", reinterpret_cast<sqlite3_syscall_ptr>(fnTorn));
+    int iTried = 0;
+    do {
+        s_iLooks = 0;
+        s_iTorn = ++iTried;
+        EXPECT_EQ("expressions subject=\"S\"\n",
+                  DumpStore(*CSettingsStore::Make("sqlite:" + Path(), EUnitOfWork::READ)))
+            << iTried;
+    } while (s_iLooks >= s_iTorn);
+    EXPECT_GT(iTried, 2);
+    pVfs->xSetSystemCall(pVfs, "pread64", nullptr);
+}
+
+sqlite3_vfs* s_pEngineFiles = nullptr;
+sqlite3_io_methods s_logMethods;
+int (*s_fnSynchronise)(sqlite3_file*, int) = nullptr;
+bool s_bSynchroniseFails = false;
+
+/** The log of the engine can be written, and is not synchronised when that is to fail. */
+int OpenWithFailingLog(sqlite3_vfs*, const char* pName, sqlite3_file* pFile, int iFlags, int* pFlagsOut) {
+    const int iCode = s_pEngineFiles->xOpen(s_pEngineFiles, pName, pFile, iFlags, pFlagsOut);
+    if (iCode == SQLITE_OK && (iFlags & SQLITE_OPEN_WAL) != 0) {
+        s_logMethods = *pFile->pMethods;
+        s_fnSynchronise = s_logMethods.xSync;
+        s_logMethods.xSync = [](sqlite3_file* pLog, int iHow) {
+            return s_bSynchroniseFails ? SQLITE_IOERR_FSYNC : s_fnSynchronise(pLog, iHow);
+        };
+        pFile->pMethods = &s_logMethods;
+    }
+    return iCode;
+}
+
+TEST_F(SqliteStore, CommitThatWasRefusedDoesNotComeBack) {
+    s_pEngineFiles = sqlite3_vfs_find(nullptr);
+    sqlite3_vfs files = *s_pEngineFiles;
+    files.zName = "failing-log";
+    files.xOpen = OpenWithFailingLog;
+    ASSERT_EQ(SQLITE_OK, sqlite3_vfs_register(&files, 1));
+    CSqliteStore store(Path());
+    store.Save(Expression("before"));
+    s_bSynchroniseFails = true;
+    EXPECT_NE(std::string::npos,
+              ExceptionText([&] { store.Save(Expression("refused")); }).find("committing a unit of work: disk I/O error"));
+    s_bSynchroniseFails = false;
+    // As all processes leave it when they are killed.
+    for (const char* pSuffix : {"", "-wal"}) {
+        fs::copy_file(Path() + pSuffix, m_folder.Path("left.db") + pSuffix);
+    }
+    EXPECT_EQ("expressions subject=\"before\"\n", DumpStore(*CSettingsStore::Make("sqlite:" + m_folder.Path("left.db"))));
+    EXPECT_EQ("expressions subject=\"before\"\n", DumpStore(store));
+    sqlite3_vfs_unregister(&files);
+}
+
             optStore->FindOne(ESettingsKind::EXPRESSION, 0, "outer");
         };
         optStore.emplace(Path());
