@@ -199,8 +199,7 @@ void CSqliteStore::ReadAll(ESettingsKind eKind, const std::function<void(CSettin
     // Statements of this walk's own: the function may walk the same table. While the first of them is not ended, both
     // see one state of the store.
     CSqliteStatement totals(m_connection, SqlText::SELECT_TOTALS, StoreDoing::READING);
-    const auto iKind = static_cast<std::size_t>(eKind);
-    const SStoreTotals expected = m_units.IsInside() ? m_vecOpen.back().aTotals[iKind] : ReadTotals(totals)[iKind];
+    const SStoreTotals expected = FindTotals(eKind, totals);
     const std::uint64_t iChanges = m_iChanges;
     SStoreTotals found;
     CSqliteStatement statement(m_connection, SqlText::SelectAll(GetSettingsTable(eKind)), StoreDoing::READING);
@@ -215,20 +214,21 @@ void CSqliteStore::ReadAll(ESettingsKind eKind, const std::function<void(CSettin
 
 void CSqliteStore::ReadColumn(ESettingsKind eKind, std::size_t iColumn, std::vector<std::string>& vecValues) {
     vecValues.clear();
+    CSqliteRun totals(Prepared(EStatement::TOTALS));  // not ended before the walk is, so that both see one state
+    const std::uint64_t iExpected = FindTotals(eKind, *totals).iRecords;
     CSqliteRun run = Start(EStatement::SELECT_COLUMN, eKind, iColumn);
     while (run->Step()) {
         vecValues.push_back(run->Text(0));
+    }
+    if (vecValues.size() != iExpected) {
+        ThrowDamaged({GetSettingsTable(eKind).pName, "", StoreDamage::VANISHED});
     }
 }
 
 std::size_t CSqliteStore::Count(ESettingsKind eKind) {
     RequireUnitKept(StoreDoing::COUNTING);
-    const auto iKind = static_cast<std::size_t>(eKind);
-    if (m_units.IsInside()) {
-        return m_vecOpen.back().aTotals[iKind].iRecords;
-    }
-    CSqliteRun run(Prepared(EStatement::TOTALS));
-    return ReadTotals(*run)[iKind].iRecords;
+    CSqliteRun totals(Prepared(EStatement::TOTALS));
+    return FindTotals(eKind, *totals).iRecords;
 }
 
 void CSqliteStore::Save(const CSettingsRow& row) {
@@ -339,6 +339,12 @@ CSettingsRow CSqliteStore::ReadVerified(const CSqliteStatement& statement, ESett
         ThrowDamaged({GetSettingsTable(eKind).pName, row.GetSubject(), StoreDamage::ALTERED});
     }
     return row;
+}
+
+/** What the innermost unit sees, or, outside of any, what the statement reads. */
+SStoreTotals CSqliteStore::FindTotals(ESettingsKind eKind, CSqliteStatement& statement) const {
+    const auto iKind = static_cast<std::size_t>(eKind);
+    return m_units.IsInside() ? m_vecOpen.back().aTotals[iKind] : ReadTotals(statement)[iKind];
 }
 
 /** Leaves the statement where it is, so that what is read before its end is of the same state. */

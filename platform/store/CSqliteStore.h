@@ -65,6 +65,7 @@ class CSqliteStore : public CSettingsStore {
     bool Write(EStatement eStatement, const CSettingsRow& row, std::uint64_t iChecksum,
                std::optional<std::int64_t> place = {});
     bool Update(const CSettingsRow& row, std::uint64_t iChecksum);
+    SStoreTotals FindTotals(ESettingsKind eKind, CSqliteStatement& statement) const;
     AllStoreTotals ReadTotals(CSqliteStatement& statement) const;
     void WriteTotals();
     SStoreTotals& Change(ESettingsKind eKind);
