@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
 #include <fstream>
 #include <new>
@@ -470,6 +471,15 @@ bool CSqliteConnection::HasMoved() const {
 bool CSqliteConnection::CanLook() const {
     struct stat status {};
     return ::stat(sqlite3_db_filename(Get(), "main"), &status) == 0 || errno == ENOENT || errno == ENOTDIR;
+void CSqliteConnection::OverwriteRefused() noexcept {
+    char aSql[sizeof(GET_VERSION) + 20];
+    std::snprintf(aSql, sizeof(aSql), "%s = %d", GET_VERSION, SETTINGS_SCHEMA_VERSION);  // as it is, but written
+    // Another writer that has the lock overwrites it itself.
+    sqlite3_busy_handler(Get(), nullptr, nullptr);
+    sqlite3_exec(Get(), aSql, nullptr, nullptr, nullptr);
+    sqlite3_busy_handler(Get(), Wait, this);
+}
+
 }
 
 void CSqliteConnection::LeaveMemoryUncounted() noexcept {

@@ -62,6 +62,11 @@ class CSqliteConnection {
     /** Whether the engine has a transaction open; after a failure it may have undone the one that was begun. */
     bool IsInTransaction() const;
     /**
+     * After a commit that was refused: what of it is in the journal, whole perhaps, must not be found there once every
+     * process that knows better has ended. Where this fails too, the next unit of whoever writes does it.
+     */
+    void OverwriteRefused() noexcept;
+    /**
      * Throws what the result code of the engine's last call stands for.
      * @param pDoing one of StoreDoing
      * @throws OS::CException, std::bad_alloc when the engine ran out of memory

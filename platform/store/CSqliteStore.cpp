@@ -437,6 +437,7 @@ bool CSqliteStore::IsMarkWanted(EUnitOfWork eUnit) const {
 
 void CSqliteStore::Commit() {
     m_units.RequireInside(StoreDoing::COMMITTING);
+    bool bInJournal = false;
     try {
         RequireUnitKept(StoreDoing::COMMITTING);
         if (m_vecOpen.back().bMarked) {
@@ -446,11 +447,15 @@ void CSqliteStore::Commit() {
             if (m_units.IsWriting() && m_connection.HasMoved()) {
                 ThrowMoved(StoreDoing::COMMITTING, StoreWritten::NOTHING);
             }
+            bInJournal = m_units.IsWriting();
             Run(EStatement::COMMIT);
             m_connection.RequireUnchanged(StoreDoing::READING);
         }
     } catch (...) {
         Rollback();
+        if (bInJournal) {
+            m_connection.OverwriteRefused();
+        }
         throw;
     }
     const AllStoreTotals aTotals = m_vecOpen.back().aTotals;

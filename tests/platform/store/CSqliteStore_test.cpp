@@ -1,7 +1,10 @@
 #include "platform/store/CSqliteStore.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sched.h>
 #include <sqlite3.h>
+#include <sys/mount.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -9,6 +12,7 @@
 
 #include <chrono>
 #include <csignal>
+#include <cstring>
 #include <filesystem>
 #include <functional>
 #include <map>
@@ -1184,10 +1188,6 @@ TEST_F(SqliteStore, UnitsEndWhereverMemoryRunsOut) {
                 }
             }
             if (!bOuterFirst) {
-                optStore->Save(Expression("outer", strLong));
-            }
-            outer.Commit();
-            CSettingsTransaction reading(*optStore, EUnitOfWork::READ);
 TEST_F(SqliteStore, FirstPageThatIsBeingWrittenIsReadAgain) {
     CSqliteStore(Path()).Save(Expression("S"));
     static int s_iLooks = 0;  // at the first page
@@ -1255,6 +1255,10 @@ TEST_F(SqliteStore, CommitThatWasRefusedDoesNotComeBack) {
     sqlite3_vfs_unregister(&files);
 }
 
+                optStore->Save(Expression("outer", strLong));
+            }
+            outer.Commit();
+            CSettingsTransaction reading(*optStore, EUnitOfWork::READ);
             optStore->FindOne(ESettingsKind::EXPRESSION, 0, "outer");
         };
         optStore.emplace(Path());
@@ -1518,21 +1522,21 @@ TEST_F(SqliteStore, StoreOfTheFirstVersionIsBroughtUp) {
         CSqliteStore store(Path());
         EXPECT_EQ(FIRST_VERSION_DUMP, DumpStore(store));
         EXPECT_EQ(3, store.GetInfo().iSchemaVersion);
-        EXPECT_EQ(1u, store.Count(ESettingsKind::TEMPLATE));
-        store.Save(Expression("F"));
-        EXPECT_TRUE(store.Remove(ESettingsKind::EXPRESSION, "E"));
-        EXPECT_EQ("expressions subject=\"F\"\ntemplates subject=\"T\" industries=[\"a\"]\n", DumpStore(store));
         const auto fnNames = [&] {
             std::vector<std::string> vecNames;
             store.ReadColumn(ESettingsKind::EXPRESSION, AssetColumn::NAME, vecNames);
         };
         // A walk over names reads no record, so it has their number alone to go by.
         const std::string strNames = std::strstr(pChange, "checksum + 1") != nullptr ? "" : strMissing;
-    }
+        EXPECT_EQ(1u, store.Count(ESettingsKind::TEMPLATE));
         EXPECT_EQ(strNames, ExceptionText(fnNames)) << pChange;
+        store.Save(Expression("F"));
+        EXPECT_TRUE(store.Remove(ESettingsKind::EXPRESSION, "E"));
+        EXPECT_EQ(strNames, ExceptionText(fnNames)) << pChange;
+        EXPECT_EQ("expressions subject=\"F\"\ntemplates subject=\"T\" industries=[\"a\"]\n", DumpStore(store));
+    }
     RunSql(Path(), "UPDATE templates SET scope = 'x'");
     CSqliteStore store(Path());
-        EXPECT_EQ(strNames, ExceptionText(fnNames)) << pChange;
     EXPECT_EQ(Damaged(Path(), "the record \"T\" of the table templates is not as it was written"),
               ExceptionText([&] { DumpStore(store); }));
 }
