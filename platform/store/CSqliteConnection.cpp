@@ -55,8 +55,7 @@ constexpr char CONNECTION_SETTINGS[] =
     "PRAGMA cache_size = -16384;"
     "PRAGMA synchronous = FULL;"
     "PRAGMA foreign_keys = ON;"
-    "PRAGMA temp_store = MEMORY;"
-    "PRAGMA trusted_schema = OFF;";
+    "PRAGMA temp_store = MEMORY;";
 constexpr char READING_SETTING[] = "PRAGMA query_only = ON";
 constexpr char JOURNAL_SETTING[] = "PRAGMA journal_mode = WAL";
 constexpr char GET_APPLICATION[] = "PRAGMA application_id";
@@ -206,6 +205,7 @@ void CSqliteConnection::Open(const std::string& strName, int iFlags) {
 
 /** What is only read stays as it is. */
 bool CSqliteConnection::IsToBeReplaced(int iVersion) const {
+    sqlite3_db_config(Get(), SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
     return iVersion == MOVED_VERSION || (!m_bRead && iVersion < SETTINGS_SCHEMA_VERSION);
 }
 

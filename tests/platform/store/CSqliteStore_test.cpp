@@ -1721,6 +1721,19 @@ TEST_F(SqliteStore, ManyProcessesMayBringItUpAtOnce) {
         for (int i = 0; i < 6; ++i) {
             vecProcesses.push_back(StartProcess([&] { CSqliteStore(Path()).Save(Expression(std::to_string(i))); }));
         }
+TEST_F(SqliteStore, SchemaOfAnOlderVersionIsNotTrustedEither) {
+    MakeFirstVersion(Path());
+    RunSql(Path(),
+           "ALTER TABLE templates RENAME TO kept; CREATE VIRTUAL TABLE words USING fts5(x); INSERT INTO words VALUES ('w');"
+           "CREATE VIEW templates AS SELECT kept.* FROM kept, words;",
+           nullptr);
+    const std::string strWhy = "unsafe use of virtual table \"words\"";
+    for (const EUnitOfWork eUse : {EUnitOfWork::READ, EUnitOfWork::WRITE}) {
+        EXPECT_NE(std::string::npos,
+                  ExceptionText([&] { CSettingsStore::Make("sqlite:" + Path(), eUse); }).find(strWhy));
+    }
+}
+
         for (const pid_t iProcess : vecProcesses) {
             EXPECT_EQ(0, WaitFor(iProcess));
         }
