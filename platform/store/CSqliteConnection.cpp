@@ -395,7 +395,9 @@ int CSqliteConnection::CheckHeader() const {
     if (HasMoved() && CanLook()) {
         return MOVED_VERSION;
     }
-    if (bAltered || bSummed != (iVersion >= SchemaVersion::PAGE_SUMS)) {
+    // How a newer version sums its pages is its own affair.
+    const bool bKnown = iVersion <= SETTINGS_SCHEMA_VERSION;
+    if (bAltered || (bKnown && bSummed != (iVersion >= SchemaVersion::PAGE_SUMS))) {
         ThrowStoreError(m_strUrl, StoreDoing::OPENING, std::string(DAMAGED_BEGINNING) + StoreAdvice::DAMAGED,
                         StoreCode::DAMAGED);
     }
@@ -469,8 +471,6 @@ bool CSqliteConnection::HasMoved() const {
 }
 
 bool CSqliteConnection::CanLook() const {
-    struct stat status {};
-    return ::stat(sqlite3_db_filename(Get(), "main"), &status) == 0 || errno == ENOENT || errno == ENOTDIR;
 void CSqliteConnection::OverwriteRefused() noexcept {
     char aSql[sizeof(GET_VERSION) + 20];
     std::snprintf(aSql, sizeof(aSql), "%s = %d", GET_VERSION, SETTINGS_SCHEMA_VERSION);  // as it is, but written
@@ -480,6 +480,8 @@ void CSqliteConnection::OverwriteRefused() noexcept {
     sqlite3_busy_handler(Get(), Wait, this);
 }
 
+    struct stat status {};
+    return ::stat(sqlite3_db_filename(Get(), "main"), &status) == 0 || errno == ENOENT || errno == ENOTDIR;
 }
 
 void CSqliteConnection::LeaveMemoryUncounted() noexcept {

@@ -439,6 +439,14 @@ TEST_F(SqliteStore, NewerSchemaIsLeftAsItIs) {
               RefusalOf(Path()));
 }
 
+TEST_F(SqliteStore, NewerSchemaWhosePagesAreOfAnotherKindIsNoDamage) {
+    RunSql(Path(), "PRAGMA application_id = 0x444C5053; PRAGMA user_version = 4; CREATE TABLE expressions (x);", nullptr);
+    EXPECT_EQ(Opening(Path(),
+                      "it was written by a newer version (schema 4, known here: 3) and is left as it is; use "
+                      "that version"),
+              RefusalOf(Path()));
+}
+
 TEST_F(SqliteStore, NewerSchemaThatOnlyTheJournalKnowsIsRefused) {
     CSqliteStore(Path()).Save(Expression("S"));
     const pid_t iProcess = StartProcess([&] {
@@ -1180,14 +1188,6 @@ TEST_F(SqliteStore, UnitsEndWhereverMemoryRunsOut) {
                 optStore->Save(Expression("outer", strLong));
             }
             optStore->Count(ESettingsKind::EXPRESSION);
-            {
-                CSettingsTransaction inner(*optStore, EUnitOfWork::WRITE);
-                optStore->Save(Expression("inner"));
-                if (bInnerKept) {
-                    inner.Commit();
-                }
-            }
-            if (!bOuterFirst) {
 TEST_F(SqliteStore, FirstPageThatIsBeingWrittenIsReadAgain) {
     CSqliteStore(Path()).Save(Expression("S"));
     static int s_iLooks = 0;  // at the first page
@@ -1255,6 +1255,14 @@ TEST_F(SqliteStore, CommitThatWasRefusedDoesNotComeBack) {
     sqlite3_vfs_unregister(&files);
 }
 
+            {
+                CSettingsTransaction inner(*optStore, EUnitOfWork::WRITE);
+                optStore->Save(Expression("inner"));
+                if (bInnerKept) {
+                    inner.Commit();
+                }
+            }
+            if (!bOuterFirst) {
                 optStore->Save(Expression("outer", strLong));
             }
             outer.Commit();
@@ -1514,25 +1522,25 @@ TEST_F(SqliteStore, WalkThatChangesTheTableIsNotTakenForDamage) {
     EXPECT_EQ(2, iRows);
     EXPECT_EQ("expressions subject=\"A\" pattern=\"changed\"\nexpressions subject=\"B\" pattern=\"changed\"\n",
               DumpStore(store));
-}
-
-TEST_F(SqliteStore, StoreOfTheFirstVersionIsBroughtUp) {
-    MakeFirstVersion(Path());
-    {
-        CSqliteStore store(Path());
-        EXPECT_EQ(FIRST_VERSION_DUMP, DumpStore(store));
-        EXPECT_EQ(3, store.GetInfo().iSchemaVersion);
         const auto fnNames = [&] {
             std::vector<std::string> vecNames;
             store.ReadColumn(ESettingsKind::EXPRESSION, AssetColumn::NAME, vecNames);
         };
         // A walk over names reads no record, so it has their number alone to go by.
         const std::string strNames = std::strstr(pChange, "checksum + 1") != nullptr ? "" : strMissing;
-        EXPECT_EQ(1u, store.Count(ESettingsKind::TEMPLATE));
+}
         EXPECT_EQ(strNames, ExceptionText(fnNames)) << pChange;
+
+TEST_F(SqliteStore, StoreOfTheFirstVersionIsBroughtUp) {
+        EXPECT_EQ(strNames, ExceptionText(fnNames)) << pChange;
+    MakeFirstVersion(Path());
+    {
+        CSqliteStore store(Path());
+        EXPECT_EQ(FIRST_VERSION_DUMP, DumpStore(store));
+        EXPECT_EQ(3, store.GetInfo().iSchemaVersion);
+        EXPECT_EQ(1u, store.Count(ESettingsKind::TEMPLATE));
         store.Save(Expression("F"));
         EXPECT_TRUE(store.Remove(ESettingsKind::EXPRESSION, "E"));
-        EXPECT_EQ(strNames, ExceptionText(fnNames)) << pChange;
         EXPECT_EQ("expressions subject=\"F\"\ntemplates subject=\"T\" industries=[\"a\"]\n", DumpStore(store));
     }
     RunSql(Path(), "UPDATE templates SET scope = 'x'");
@@ -1713,14 +1721,6 @@ TEST_F(SqliteStore, ReadingAnOlderVersionFailsCleanlyWhereverMemoryRunsOut) {
     EXPECT_GT(iTimes, 5);
 }
 
-TEST_F(SqliteStore, ManyProcessesMayBringItUpAtOnce) {
-    for (int iRound = 0; iRound < 5; ++iRound) {
-        fs::remove(Path());
-        MakeFirstVersion(Path());
-        std::vector<pid_t> vecProcesses;
-        for (int i = 0; i < 6; ++i) {
-            vecProcesses.push_back(StartProcess([&] { CSqliteStore(Path()).Save(Expression(std::to_string(i))); }));
-        }
 TEST_F(SqliteStore, SchemaOfAnOlderVersionIsNotTrustedEither) {
     MakeFirstVersion(Path());
     RunSql(Path(),
@@ -1734,6 +1734,14 @@ TEST_F(SqliteStore, SchemaOfAnOlderVersionIsNotTrustedEither) {
     }
 }
 
+TEST_F(SqliteStore, ManyProcessesMayBringItUpAtOnce) {
+    for (int iRound = 0; iRound < 5; ++iRound) {
+        fs::remove(Path());
+        MakeFirstVersion(Path());
+        std::vector<pid_t> vecProcesses;
+        for (int i = 0; i < 6; ++i) {
+            vecProcesses.push_back(StartProcess([&] { CSqliteStore(Path()).Save(Expression(std::to_string(i))); }));
+        }
         for (const pid_t iProcess : vecProcesses) {
             EXPECT_EQ(0, WaitFor(iProcess));
         }
