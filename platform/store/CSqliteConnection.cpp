@@ -128,6 +128,7 @@ CSqliteConnection::CSqliteConnection(const std::string& strPath, int iBusyMillis
       m_note(m_strPath),
       m_iBusyMilliseconds(iBusyMilliseconds),
       m_bRead(eUse == EUnitOfWork::READ) {
+    RequireOwnSideFiles(m_strPath, m_strUrl);
     const bool bWritable = !m_bRead || FindSqliteFile(m_strPath, m_strUrl);
     bool bEmpty = !m_bRead && MakeSqliteFile(m_strPath, m_strUrl);
     // Who may write removes the engine's side files in the end, also when nothing is to be written.
@@ -150,6 +151,10 @@ CSqliteConnection::CSqliteConnection(const std::string& strPath, int iBusyMillis
     }
     Execute(CONNECTION_SETTINGS);
     OpenSchema();
+    // One that came since then must not be emptied into the file when this fails.
+    sqlite3_db_config(Get(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
+    RequireOwnSideFiles(m_strPath, m_strUrl);
+    sqlite3_db_config(Get(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 0, nullptr);
     m_pDb.get_deleter().bOwnJournal = !m_fixed && !HasMoved();
 }
 
@@ -200,12 +205,12 @@ void CSqliteConnection::Open(const std::string& strName, int iFlags) {
         Throw(iCode, StoreDoing::OPENING);
     }
     sqlite3_extended_result_codes(Get(), 1);
+    sqlite3_db_config(Get(), SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
     sqlite3_busy_handler(Get(), Wait, this);
 }
 
 /** What is only read stays as it is. */
 bool CSqliteConnection::IsToBeReplaced(int iVersion) const {
-    sqlite3_db_config(Get(), SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
     return iVersion == MOVED_VERSION || (!m_bRead && iVersion < SETTINGS_SCHEMA_VERSION);
 }
 
@@ -466,11 +471,6 @@ bool CSqliteConnection::IsInTransaction() const {
     return sqlite3_get_autocommit(Get()) == 0;
 }
 
-bool CSqliteConnection::HasMoved() const {
-    return ::HasMoved(Get());
-}
-
-bool CSqliteConnection::CanLook() const {
 void CSqliteConnection::OverwriteRefused() noexcept {
     char aSql[sizeof(GET_VERSION) + 20];
     std::snprintf(aSql, sizeof(aSql), "%s = %d", GET_VERSION, SETTINGS_SCHEMA_VERSION);  // as it is, but written
@@ -480,6 +480,11 @@ void CSqliteConnection::OverwriteRefused() noexcept {
     sqlite3_busy_handler(Get(), Wait, this);
 }
 
+bool CSqliteConnection::HasMoved() const {
+    return ::HasMoved(Get());
+}
+
+bool CSqliteConnection::CanLook() const {
     struct stat status {};
     return ::stat(sqlite3_db_filename(Get(), "main"), &status) == 0 || errno == ENOENT || errno == ENOTDIR;
 }

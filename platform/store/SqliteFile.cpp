@@ -246,6 +246,32 @@ bool WasSqliteFileEmpty(const std::string& strPath) {
 
 FileState GetSqliteFileState(const std::string& strPath) {
     struct stat status {};
+void RequireOwnSideFiles(const std::string& strPath, const std::string& strUrl) {
+    struct stat folder {};
+    if (::stat(std::filesystem::path(strPath).parent_path().c_str(), &folder) != 0 ||
+        (folder.st_mode & S_IWOTH) == 0) {
+        return;
+    }
+    struct stat file {};
+    if (::stat(strPath.c_str(), &file) != 0) {
+        file.st_uid = ::geteuid();  // who makes it
+    }
+    for (const char* pSuffix : {SqliteSuffix::JOURNAL, SqliteSuffix::INDEX, SqliteSuffix::ROLLBACK_JOURNAL}) {
+        struct stat side {};
+        if (::lstat((strPath + pSuffix).c_str(), &side) != 0) {
+            continue;
+        }
+        const bool bOwn = side.st_uid == ::geteuid() || side.st_uid == file.st_uid || side.st_uid == 0;
+        const bool bGroups = (file.st_mode & S_IWGRP) != 0 && side.st_gid == file.st_gid;
+        if (!bOwn && !bGroups && (file.st_mode & S_IWOTH) == 0) {
+            ThrowStoreError(strUrl, StoreDoing::OPENING,
+                            "beside it, where everybody may write, stands another user's " + strPath + pSuffix +
+                                ", which would be taken for a part of it; have that removed, or move the store into a "
+                                "folder of its own");
+        }
+    }
+}
+
     if (::stat(strPath.c_str(), &status) != 0) {
         return {};
     }

@@ -57,6 +57,15 @@ bool IsSqliteFileReplaceable(const std::string& strPath);
 /** @return whether the sticky bit of the folder lets others alone replace the file */
 bool IsSqliteFileAnothersToReplace(const std::string& strPath);
 
+/**
+ * The engine believes what stands beside the file. In a folder where everybody may write, what another user has put
+ * there would be shown, or written into the store.
+ * @param strPath with all links followed
+ * @throws OS::CException when a journal or its index is neither the caller's, the store's owner's nor root's, and not
+ * that of somebody who may write the store
+ */
+void RequireOwnSideFiles(const std::string& strPath, const std::string& strUrl);
+
 /** @return whether the file has no bytes: the store is still to be made */
 bool IsSqliteFileEmpty(const std::string& strPath);
 
