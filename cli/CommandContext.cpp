@@ -212,7 +212,7 @@ void CCommandContext::WarnOfStore() {
 bool CCommandContext::IsStoreMissing() const {
     std::error_code error;
     const std::string strPath = GetStorePath();
-    return !strPath.empty() && !fs::exists(strPath, error) && !error;
+    return !strPath.empty() && fs::symlink_status(strPath, error).type() == fs::file_type::not_found;
 }
 
 /** An empty file is what is left where making a store was cut short. */

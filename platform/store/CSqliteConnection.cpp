@@ -113,7 +113,7 @@ constexpr char IN_MEMORY[] = ":memory:";
 
 /** @return the engine's name for a file that does not change, which it reads without locks and files of its own */
 std::string MakeFixedName(const std::string& strPath) {
-    std::string strName = "file:";
+    std::string strName = "file://";  // of no host, also where the path begins with two slashes
     for (const char c : strPath) {
         strName += c == '%' ? "%25" : c == '?' ? "%3f" : c == '#' ? "%23" : std::string(1, c);
     }

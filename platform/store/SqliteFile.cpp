@@ -28,6 +28,7 @@ constexpr std::size_t JOURNAL_HEADER_SIZE = 20;
 constexpr const char CANNOT_READ[] = "cannot read the file";
 constexpr const char CANNOT_MAKE[] = "cannot make the file";
 constexpr const char CANNOT_MAKE_FOLDER[] = "cannot make the folder ";
+constexpr const char NO_TARGET[] = "it is a symbolic link that leads to no file";
 constexpr const char CUT[] = "it is damaged: it was cut to no bytes, and the journal beside it is not empty";
 
 /** File systems over which the write-ahead log does not hold: its index is memory that all processes must share. */
@@ -38,7 +39,8 @@ struct SNetwork {
 constexpr SNetwork NETWORKS[] = {
     {0x6969, "NFS"},       {0x517B, "SMB"},      {0xFF534D42, "CIFS"}, {0xFE534D42, "SMB2"},   {0x73757245, "Coda"},
     {0x5346414F, "AFS"},   {0x6B414653, "kAFS"}, {0x00C36400, "Ceph"}, {0x0BD00BD0, "Lustre"}, {0x01161970, "GFS2"},
-    {0x7461636F, "OCFS2"}, {0x564C, "NCP"},      {0x47504653, "GPFS"},
+    {0x7461636F, "OCFS2"}, {0x564C, "NCP"},      {0x47504653, "GPFS"}, {0x20030528, "OrangeFS"},
+    {0x19830326, "BeeGFS"}, {0x786F4256, "vboxsf"}, {0xBACBACBC, "vmhgfs"},
 };
 
 long AskSystem(const std::string& strPath) {
@@ -62,6 +64,13 @@ FileSystemProbe& GetProbe() {
     ThrowStoreError(strUrl, StoreDoing::OPENING, strWhat + ": " + std::generic_category().message(iError), iError);
 }
 
+/** A file that is a mount point has another name elsewhere, as with a hard link, and nothing can take its place. */
+bool IsMountedAlone(const std::string& strPath) {
+    struct statx status {};
+    return ::statx(AT_FDCWD, strPath.c_str(), 0, STATX_TYPE, &status) == 0 &&
+           (status.stx_attributes & STATX_ATTR_MOUNT_ROOT) != 0;
+}
+
 /** The engine takes an empty file for a new one, and throws away the journal of what was there. */
 void CheckFile(const struct stat& status, const std::string& strPath, const std::string& strUrl) {
     if (!S_ISREG(status.st_mode)) {
@@ -71,6 +80,11 @@ void CheckFile(const struct stat& status, const std::string& strPath, const std:
         ThrowStoreError(strUrl, StoreDoing::OPENING,
                         "it has other names (hard links), and under each a journal of its own would stand; remove "
                         "those, or copy it");
+    }
+    if (IsMountedAlone(strPath)) {
+        ThrowStoreError(strUrl, StoreDoing::OPENING,
+                        "it is mounted as a single file, and its journal would stand beside it here alone; mount the "
+                        "folder that it is in");
     }
     if (IsSqliteFileCut(strPath)) {
         ThrowStoreError(strUrl, StoreDoing::OPENING, std::string(CUT) + StoreAdvice::DAMAGED, StoreCode::DAMAGED);
@@ -141,12 +155,23 @@ std::string FollowSqliteLinks(const std::string& strPath, const std::string& str
                             "it is another user's symbolic link, which is not followed; name the file itself");
         }
         if (::stat(place.c_str(), &status) != 0) {
-            RefuseFor(strUrl, "it is a symbolic link that leads to no file", errno);
+            RefuseFor(strUrl, NO_TARGET, errno);
         }
         std::error_code error;
         place = place.parent_path() / std::filesystem::read_symlink(place, error);
+        // What stands for an open descriptor may name a file that is gone.
+        struct stat target {};
+        if (::stat(place.c_str(), &target) != 0) {
+            RefuseFor(strUrl, NO_TARGET, errno);
+        }
+        if (target.st_dev != status.st_dev || target.st_ino != status.st_ino) {
+            RefuseFor(strUrl, NO_TARGET, ENOENT);
+        }
     }
-    return place.string();
+    // A link among the folders may be turned while the store is open; what stands beside it must not follow.
+    std::error_code error;
+    const std::filesystem::path folder = std::filesystem::weakly_canonical(place.parent_path(), error);
+    return (error ? place : folder / place.filename()).string();
 }
 
 bool MakeSqliteFile(const std::string& strPath, const std::string& strUrl) {
@@ -221,31 +246,6 @@ bool IsSqliteFileAnothersToReplace(const std::string& strPath) {
            ::geteuid() != folder.st_uid;
 }
 
-bool IsSqliteFileEmpty(const std::string& strPath) {
-    struct stat status {};
-    return ::stat(strPath.c_str(), &status) == 0 && status.st_size == 0;
-}
-
-bool IsSqliteFileCut(const std::string& strPath) {
-    std::error_code error;
-    const std::string strTarget = std::filesystem::canonical(strPath, error).string();  // beside which the journal is
-    return IsSqliteFileEmpty(strPath) && HoldsBytes(strTarget + SqliteSuffix::JOURNAL);
-}
-
-bool HasSqliteJournal(const std::string& strPath) {
-    return HoldsBytes(strPath + SqliteSuffix::JOURNAL) || HoldsBytes(strPath + SqliteSuffix::ROLLBACK_JOURNAL);
-}
-
-bool WasSqliteFileEmpty(const std::string& strPath) {
-    std::array<char, JOURNAL_HEADER_SIZE> aHeader{};
-    std::ifstream journal(strPath + SqliteSuffix::ROLLBACK_JOURNAL, std::ios::binary);
-    return journal.read(aHeader.data(), aHeader.size()) &&
-           std::equal(JOURNAL_MAGIC.begin(), JOURNAL_MAGIC.end(), aHeader.begin()) &&
-           std::all_of(aHeader.begin() + JOURNAL_PAGES, aHeader.end(), [](char c) { return c == '\0'; });
-}
-
-FileState GetSqliteFileState(const std::string& strPath) {
-    struct stat status {};
 void RequireOwnSideFiles(const std::string& strPath, const std::string& strUrl) {
     struct stat folder {};
     if (::stat(std::filesystem::path(strPath).parent_path().c_str(), &folder) != 0 ||
@@ -272,6 +272,31 @@ void RequireOwnSideFiles(const std::string& strPath, const std::string& strUrl) 
     }
 }
 
+bool IsSqliteFileEmpty(const std::string& strPath) {
+    struct stat status {};
+    return ::stat(strPath.c_str(), &status) == 0 && status.st_size == 0;
+}
+
+bool IsSqliteFileCut(const std::string& strPath) {
+    std::error_code error;
+    const std::string strTarget = std::filesystem::canonical(strPath, error).string();  // beside which the journal is
+    return IsSqliteFileEmpty(strPath) && HoldsBytes(strTarget + SqliteSuffix::JOURNAL);
+}
+
+bool HasSqliteJournal(const std::string& strPath) {
+    return HoldsBytes(strPath + SqliteSuffix::JOURNAL) || HoldsBytes(strPath + SqliteSuffix::ROLLBACK_JOURNAL);
+}
+
+bool WasSqliteFileEmpty(const std::string& strPath) {
+    std::array<char, JOURNAL_HEADER_SIZE> aHeader{};
+    std::ifstream journal(strPath + SqliteSuffix::ROLLBACK_JOURNAL, std::ios::binary);
+    return journal.read(aHeader.data(), aHeader.size()) &&
+           std::equal(JOURNAL_MAGIC.begin(), JOURNAL_MAGIC.end(), aHeader.begin()) &&
+           std::all_of(aHeader.begin() + JOURNAL_PAGES, aHeader.end(), [](char c) { return c == '\0'; });
+}
+
+FileState GetSqliteFileState(const std::string& strPath) {
+    struct stat status {};
     if (::stat(strPath.c_str(), &status) != 0) {
         return {};
     }

@@ -17,7 +17,7 @@ inline constexpr const char* ALL[] = {JOURNAL, INDEX, ROLLBACK_JOURNAL, WRITER_N
 }  // namespace SqliteSuffix
 
 /**
- * Follows links at the path's end: the journal is beside the file itself.
+ * Follows links at the path's end, and those among its folders: the journal is beside the file itself.
  * @return the path of what they lead to
  * @throws OS::CException when one is another user's or leads to nothing
  */

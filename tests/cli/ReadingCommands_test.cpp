@@ -56,6 +56,12 @@ TEST_F(ReadingCommands, TheDefaultStoreCountsAsEmptyBeforeItIsMade) {
     EXPECT_FALSE(fs::exists(m_dir.Path("data")));
     Import(Documents::Small());
     EXPECT_TRUE(fs::exists(m_dir.Path("data/dlpparser/settings.db")));
+    // The disk that it leads to may not be there.
+    fs::remove(m_dir.Path("data/dlpparser/settings.db"));
+    fs::create_symlink(m_dir.Path("disk/settings.db"), m_dir.Path("data/dlpparser/settings.db"));
+    for (const std::vector<std::string>& vecCommand : COMMANDS) {
+        EXPECT_EQ(Run(vecCommand).iCode, 4) << vecCommand.front();
+    }
 }
 
 TEST_F(ReadingCommands, ChangesOfWhatIsStoredMakeNoStore) {

@@ -521,7 +521,10 @@ TEST_F(SqliteStore, OpenedForReadingItNeedsNoPermissionToWriteIntoItsFolder) {
     ::chmod(Path().c_str(), 0666);
     ::chmod(m_folder.Path().c_str(), 0555);
     const CUnprivileged unprivileged;
-    EXPECT_EQ("expressions subject=\"S\"\n", DumpStore(*CSettingsStore::Make("sqlite:" + Path(), EUnitOfWork::READ)));
+    for (const char* pMore : {"", "/"}) {  // two slashes begin the name of a host in a URI
+        EXPECT_EQ("expressions subject=\"S\"\n",
+                  DumpStore(*CSettingsStore::Make("sqlite:" + (pMore + Path()), EUnitOfWork::READ)));
+    }
 }
 
 TEST_F(SqliteStore, OpenedForReadingItSeesWhatOnlyTheJournalHolds) {
@@ -558,9 +561,6 @@ TEST_F(SqliteStore, LinksOfOthersAreNotFollowedBehindOnesOwn) {
               RefusalOf(Path()));
 }
 
-TEST_F(SqliteStore, FileWithSeveralNamesIsRefused) {
-    CSqliteStore(Path()).Save(Expression("S"));
-    fs::create_hard_link(Path(), m_folder.Path("other.db"));
 TEST_F(SqliteStore, WhatAnotherUserHasPutBesideItIsNotTakenForItsOwn) {
     if (::geteuid() != 0) {
         GTEST_SKIP() << "only root can make another user's file";
@@ -657,6 +657,9 @@ TEST_F(SqliteStore, FileThatIsMountedAloneIsRefused) {
     ::umount(strMounted.c_str());
 }
 
+TEST_F(SqliteStore, FileWithSeveralNamesIsRefused) {
+    CSqliteStore(Path()).Save(Expression("S"));
+    fs::create_hard_link(Path(), m_folder.Path("other.db"));
     const std::string strWhy =
         "it has other names (hard links), and under each a journal of its own would stand; remove those, or copy it";
     EXPECT_EQ(Opening(Path(), strWhy), RefusalOf(Path()));
@@ -1185,9 +1188,6 @@ TEST_F(SqliteStore, FailedCommitUndoesTheUnit) {
     EXPECT_EQ(2u, store.Count(ESettingsKind::EXPRESSION));
 }
 
-TEST_F(SqliteStore, UnitThatTheEngineHasUndoneTakesNothingMore) {
-    CSqliteStore store(Path());
-    store.Save(Expression("before"));
 TEST_F(SqliteStore, FirstPageThatIsBeingWrittenIsReadAgain) {
     CSqliteStore(Path()).Save(Expression("S"));
     static int s_iLooks = 0;  // at the first page
@@ -1255,6 +1255,9 @@ TEST_F(SqliteStore, CommitThatWasRefusedDoesNotComeBack) {
     sqlite3_vfs_unregister(&files);
 }
 
+TEST_F(SqliteStore, UnitThatTheEngineHasUndoneTakesNothingMore) {
+    CSqliteStore store(Path());
+    store.Save(Expression("before"));
     store.Begin(EUnitOfWork::WRITE);
     EXPECT_EQ(1u, store.Count(ESettingsKind::EXPRESSION));
     store.Begin(EUnitOfWork::WRITE);
@@ -1519,20 +1522,20 @@ TEST_F(SqliteStore, RecordThatVanishedOrCameInIsNoticed) {
         }
         RunSql(Path(), pChange);
         CSqliteStore store(Path());
-        EXPECT_EQ(strMissing, ExceptionText([&] { DumpStore(store); })) << pChange;
-        const CSettingsTransaction unit(store, EUnitOfWork::READ);
-        EXPECT_EQ(strMissing, ExceptionText([&] { DumpStore(store); })) << pChange;
         const auto fnNames = [&] {
             std::vector<std::string> vecNames;
             store.ReadColumn(ESettingsKind::EXPRESSION, AssetColumn::NAME, vecNames);
         };
         // A walk over names reads no record, so it has their number alone to go by.
         const std::string strNames = std::strstr(pChange, "checksum + 1") != nullptr ? "" : strMissing;
-    }
+        EXPECT_EQ(strMissing, ExceptionText([&] { DumpStore(store); })) << pChange;
         EXPECT_EQ(strNames, ExceptionText(fnNames)) << pChange;
+        const CSettingsTransaction unit(store, EUnitOfWork::READ);
+        EXPECT_EQ(strMissing, ExceptionText([&] { DumpStore(store); })) << pChange;
+        EXPECT_EQ(strNames, ExceptionText(fnNames)) << pChange;
+    }
     RunSql(Path(), "DELETE FROM totals WHERE kind = 1");
     EXPECT_EQ(Damaged(Path(), "how many records it holds is missing"), ExceptionText([&] {
-        EXPECT_EQ(strNames, ExceptionText(fnNames)) << pChange;
                   CSqliteStore store(Path());
                   store.Count(ESettingsKind::EXPRESSION);
               }));
@@ -1718,9 +1721,6 @@ TEST_F(SqliteStore, DamagedStoreOfTheFirstVersionIsNotBroughtUp) {
     EXPECT_EQ(std::vector<std::string>{"settings.db"}, Names());
 }
 
-TEST_F(SqliteStore, StoreOfTheSecondVersionIsVerifiedAndBroughtUp) {
-    const std::pair<const char*, const char*> DAMAGES[] = {
-        {"UPDATE templates SET scope = 'x'", "the record \"T\" of the table templates is not as it was written"},
 TEST_F(SqliteStore, SchemaOfAnOlderVersionIsNotTrustedEither) {
     MakeFirstVersion(Path());
     RunSql(Path(),
@@ -1734,6 +1734,9 @@ TEST_F(SqliteStore, SchemaOfAnOlderVersionIsNotTrustedEither) {
     }
 }
 
+TEST_F(SqliteStore, StoreOfTheSecondVersionIsVerifiedAndBroughtUp) {
+    const std::pair<const char*, const char*> DAMAGES[] = {
+        {"UPDATE templates SET scope = 'x'", "the record \"T\" of the table templates is not as it was written"},
         {"DELETE FROM expressions", "the table expressions: records are missing"},
         {"DELETE FROM totals", "the table expressions: records are missing"},
         {"DROP TABLE totals", "no such table: totals"},
