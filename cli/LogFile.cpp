@@ -46,7 +46,6 @@ constexpr const char ALL_LEVELS[] = "all";
 constexpr const char LOGGER[] = "dlpctl";
 constexpr mode_t FILE_MODE = 0600;
 constexpr int OPENED = O_WRONLY | O_APPEND | O_CLOEXEC | O_NOCTTY | O_NOFOLLOW;
-constexpr const char FOREIGN_FILE[] = ": another user's file in a folder where everybody may write is given nothing";
 constexpr const char PATTERN[] = "%Y-%m-%dT%H:%M:%S.%eZ %v";
 
 std::vector<std::string> Split(const std::string& strNames) {

@@ -69,6 +69,11 @@ COutputFile::COutputFile(std::string strName) : m_strName(std::move(strName)) {}
 // Once the other constructor has run, the destructor cleans up whatever this one began.
 COutputFile::COutputFile(const std::string& strPath, std::string strName) : COutputFile(std::move(strName)) {
     m_strTarget = FindTarget(strPath, m_strName);
+    struct stat status {};
+    if (GetDescriptor(m_strTarget) < 0 && ::stat(m_strTarget.c_str(), &status) == 0 &&
+        IsForeign(status, fs::path(m_strTarget).parent_path())) {
+        throw CToolError(EVerdict::OUTPUT, "cannot write " + m_strName + FOREIGN_FILE);
+    }
     if (const int iDescriptor = GetDescriptor(m_strTarget); iDescriptor >= 0) {
         m_iFile = ::fcntl(iDescriptor, F_DUPFD_CLOEXEC, 0);
     } else if (IsRegularOrNone(m_strTarget)) {

@@ -4,6 +4,10 @@
 #include <string>
 #include <string_view>
 
+/** Ends a message: what is written there, the other user could read. */
+inline constexpr const char FOREIGN_FILE[] =
+    ": another user's file in a folder where everybody may write is given nothing";
+
 /**
  * Where a command's result goes when -o names it. A regular file, or none yet, is replaced whole or not at all, with
  * the owner, group and mode it had as far as this user may give them; a link stays and its target is replaced; anything
@@ -13,7 +17,8 @@ class COutputFile {
   public:
     /**
      * @param strPath absolute @param strName how messages call it
-     * @throws CToolError (OUTPUT) when it cannot be written, as the operations below
+     * @throws CToolError (OUTPUT) when it cannot be written, as the operations below, and over another user's file in a
+     * folder where everybody may write
      */
     COutputFile(const std::string& strPath, std::string strName);
     COutputFile(const COutputFile&) = delete;

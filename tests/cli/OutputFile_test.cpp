@@ -68,7 +68,7 @@ class COtherUser {
 std::string Rewritten(const std::vector<gid_t>& vecGroups, mode_t mode) {
     const CTempDir dir;
     const std::string strPath = dir.Write("file", "old");
-    ::chmod(dir.Path().c_str(), 0777);
+    EXPECT_EQ(0, ::chown(dir.Path().c_str(), 1002, 1002));
     EXPECT_EQ(0, ::chown(strPath.c_str(), 1001, 2000));
     ::chmod(strPath.c_str(), mode);
     {
@@ -131,6 +131,22 @@ TEST(OutputFile, AnotherGroupThanTheOldFilesMayDoNothing) {
         GTEST_SKIP() << "takes a user who may become others";
     }
     EXPECT_EQ(Rewritten({}, 0666), "1002:1002 0606");
+}
+
+TEST(OutputFile, AnotherUsersFileWhereEverybodyMayWriteIsGivenNothing) {
+    if (::geteuid() != 0) {
+        GTEST_SKIP() << "only root can make another user's file";
+    }
+    const CTempDir dir;
+    const std::string strPath = dir.Write("open/file", "old");
+    EXPECT_EQ(0, ::chown(strPath.c_str(), 65534, 65534));
+    EXPECT_EQ(0, ::chmod(dir.Path("open").c_str(), 01777));
+    EXPECT_EQ(Refusal(strPath),
+              "cannot write FILE: another user's file in a folder where everybody may write is given nothing");
+    EXPECT_EQ(dir.Read("open/file"), "old");
+    EXPECT_EQ(0, ::chown(strPath.c_str(), ::geteuid(), ::getegid()));
+    Write(strPath, "new");
+    EXPECT_EQ(dir.Read("open/file"), "new");
 }
 
 TEST(OutputFile, WhatAnOldFileRanAsIsNotTakenOver) {
