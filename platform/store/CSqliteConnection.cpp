@@ -13,6 +13,7 @@
 #include <system_error>
 #include <vector>
 
+#include "platform/common/CException.h"
 #include "platform/store/CMemoryStore.h"
 #include "platform/store/CSettingsStore.h"
 #include "platform/store/CSqliteStatement.h"
@@ -42,6 +43,7 @@ constexpr char OLDER[] =
 constexpr char OLDER_IN_USE[] =
     "it was written by an older version, and is brought up as soon as nobody else has it open; end what has, and try "
     "again";
+constexpr char CHANGED[] = "another process changed it while it was read; try again";
 constexpr char DAMAGED_PAGE[] = "a page is not as it was written";
 constexpr char DAMAGED_BEGINNING[] = "it is damaged: its first page is not as it was written";
 
@@ -145,17 +147,37 @@ CSqliteConnection::CSqliteConnection(const std::string& strPath, int iBusyMillis
         Open(m_strPath, SQLITE_OPEN_READWRITE);
         bEmpty = IsSqliteFileEmpty(m_strPath);
     }
-    if (!bEmpty) {
-        BringUp();
-        OpenJournal();
+    for (int iWaited = 0; !OpenStore(bEmpty, iWaited < m_iBusyMilliseconds); iWaited += STEP_MILLISECONDS) {
+        OpenAnew();
     }
-    Execute(CONNECTION_SETTINGS);
-    OpenSchema();
     // One that came since then must not be emptied into the file when this fails.
     sqlite3_db_config(Get(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
     RequireOwnSideFiles(m_strPath, m_strUrl);
     sqlite3_db_config(Get(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 0, nullptr);
     m_pDb.get_deleter().bOwnJournal = !m_fixed && !HasMoved();
+}
+
+/**
+ * What is read of an older store locks it for as long as a statement takes where it has no journal. Whoever brings it
+ * up in between leaves another file's journal at the path, which the engine then takes for that of this one.
+ * @param bAgain whether it can be opened once more
+ * @return false when it must be, because another file stands at the path
+ */
+bool CSqliteConnection::OpenStore(bool bEmpty, bool bAgain) {
+    if (!bEmpty) {
+        BringUp();
+        OpenJournal();
+    }
+    try {
+        Execute(CONNECTION_SETTINGS);
+        OpenSchema();
+    } catch (const OS::CException&) {
+        if (!bAgain || !IsAnotherThere() || !CanLook() || CSettingsStore::IsWaitEnded()) {
+            throw;
+        }
+        return false;
+    }
+    return true;
 }
 
 /** The journal may know more than the header has told, also that nobody has finished making the store. */
@@ -168,16 +190,30 @@ void CSqliteConnection::OpenSchema() {
         CreateSchema();
     }
     CheckOwner(Number(GET_APPLICATION));
-    CheckVersion(Number(GET_VERSION));
+    m_iVersion = static_cast<int>(Number(GET_VERSION));
+    CheckVersion(m_iVersion);
+    RequireStillThere();
     if (!m_bRead) {
         ChangeJournal();
+        Number(GET_VERSION);  // which opens the journal
     }
-    m_iVersion = static_cast<int>(Number(GET_VERSION));  // which opens the journal
     if (m_bRead && m_iVersion < SETTINGS_SCHEMA_VERSION) {
         CopyOlder();
     }
     if (m_bRead) {
         Execute(READING_SETTING);
+    }
+}
+
+/** Whether this only reads, from a file in whose place another one stands, whose journal it may have by now. */
+bool CSqliteConnection::IsAnotherThere() const {
+    const bool bFile = *sqlite3_db_filename(Get(), "main") != '\0';
+    return m_bRead && bFile && !m_fixed && HasMoved();
+}
+
+void CSqliteConnection::RequireStillThere() const {
+    if (IsAnotherThere()) {
+        Refuse(CHANGED);
     }
 }
 
@@ -188,6 +224,7 @@ void CSqliteConnection::CopyOlder() {
     ReadOlderSqliteFile(*this, records);
     Execute(SqlText::COMMIT);
     RequireUnchanged(StoreDoing::OPENING);
+    RequireStillThere();
     m_pDb.get_deleter().bOwnJournal = !m_fixed && !HasMoved();
     m_fixed.reset();
     Open(IN_MEMORY, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE);
@@ -531,7 +568,7 @@ void CSqliteConnection::Throw(int iCode, const char* pDoing) const {
 
 void CSqliteConnection::RequireUnchanged(const char* pDoing) const {
     if (m_fixed && *m_fixed != GetSqliteFileState(m_strPath)) {
-        ThrowStoreError(m_strUrl, pDoing, "another process changed it while it was read; try again", SQLITE_BUSY);
+        ThrowStoreError(m_strUrl, pDoing, CHANGED, SQLITE_BUSY);
     }
 }
 

@@ -96,7 +96,10 @@ class CSqliteConnection {
     void CheckOwner(std::int64_t iApplication) const;
     void CheckVersion(std::int64_t iVersion) const;
     void Open(const std::string& strName, int iFlags);
+    bool OpenStore(bool bEmpty, bool bAgain);
     void OpenSchema();
+    bool IsAnotherThere() const;
+    void RequireStillThere() const;
     void CreateSchema(CSettingsStore* pRecords = nullptr);
     void CopyOlder();
     void ChangeJournal();

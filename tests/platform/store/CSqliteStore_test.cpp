@@ -12,6 +12,7 @@
 
 #include <chrono>
 #include <csignal>
+#include <cstdarg>
 #include <cstring>
 #include <filesystem>
 #include <functional>
@@ -28,9 +29,11 @@
 #include "platform/store/SqliteFile.h"
 #include "platform/store/SqlitePageSums.h"
 #include "platform/store/StoreError.h"
+#include "tests/cli/ToolRun.h"
 #include "tests/cli/Unprivileged.h"
 #include "tests/support/ExceptionText.h"
 #include "tests/support/OlderStores.h"
+#include "tests/support/Sanitized.h"
 #include "tests/support/StoreDump.h"
 #include "tests/support/TempDir.h"
 #include "tests/support/UndoneJournal.h"
@@ -1787,6 +1790,57 @@ TEST_F(SqliteStore, WhoeverHadOpenedTheFormerFileFindsItGivenUp) {
     sqlite3_finalize(pVersion);
     sqlite3_close(pOther);
     EXPECT_EQ(std::vector<std::string>{"settings.db"}, Names());
+}
+
+std::string s_strBroughtUp;  // a path
+int s_iLocks = 0;            // that the engine takes to read
+int s_iBroughtUpAt = 0;      // the one before which another process brings the store up
+
+void LetEngineLockBy(int (*fnControl)(int, int, ...)) {
+    sqlite3_vfs* pVfs = sqlite3_vfs_find(nullptr);
+    pVfs->xSetSystemCall(pVfs, "fcntl", reinterpret_cast<sqlite3_syscall_ptr>(fnControl));
+}
+
+int LockAndBringUp(int iFile, int iCommand, ...) {
+    std::va_list arguments;
+    va_start(arguments, iCommand);
+    auto* const pLock = va_arg(arguments, struct flock*);
+    va_end(arguments);
+    if (iCommand == F_SETLK && pLock->l_type == F_RDLCK && ++s_iLocks == s_iBroughtUpAt) {
+        // A program of its own, since the engine holds locks of its own here; it may find that it cannot.
+        // Whoever uses it from then on, and dies, leaves a log.
+        CProgram::Shell(std::string("timeout -s INT ") + (SANITIZED ? "1.5" : "0.5") + " \"$DLPCTL\" -q --store 'sqlite:" + s_strBroughtUp +
+                        "' expression new F --display-name f --pattern f && python3 -c 'import os, sqlite3\n"
+                        "sqlite3.connect(\"" +
+                        s_strBroughtUp + "\").execute(\"PRAGMA user_version = 3\")\nos.kill(os.getpid(), 9)'");
+    }
+    return ::fcntl(iFile, iCommand, pLock);
+}
+
+TEST_F(SqliteStore, StoreOfAnOlderVersionThatIsBroughtUpMeanwhileIsReadAsItWasOrIs) {
+    s_strBroughtUp = Path();
+    int iBroughtUp = 0;
+    for (s_iBroughtUpAt = 1; s_iBroughtUpAt == 1 || s_iLocks >= s_iBroughtUpAt; s_iBroughtUpAt += SANITIZED ? 4 : 1) {
+        for (const char* pSuffix : {"", "-wal", "-shm"}) {
+            fs::remove(Path() + pSuffix);
+        }
+        MakeFirstVersion(Path());
+        RunSql(Path(), "PRAGMA journal_mode = DELETE", nullptr);  // whose readers lock it for as long as a statement takes
+        s_iLocks = 0;
+        std::string strDump;
+        LetEngineLockBy(LockAndBringUp);
+        EXPECT_EQ("", ExceptionText([&] {
+                      CSqliteStore store(Path(), 5000, EUnitOfWork::READ);
+                      strDump = DumpStore(store);
+                  }))
+            << s_iBroughtUpAt;
+        LetEngineLockBy(nullptr);
+        const bool bAfter = strDump.find("name=\"F\"") != std::string::npos;
+        EXPECT_TRUE(bAfter || strDump == FIRST_VERSION_DUMP) << s_iBroughtUpAt << strDump;
+        CSqliteStore store(Path());
+        iBroughtUp += store.FindOne(ESettingsKind::EXPRESSION, AssetColumn::NAME, "F") != nullptr ? 1 : 0;
+    }
+    EXPECT_GT(iBroughtUp, 0);
 }
 
 TEST_F(SqliteStore, StoreOfAnOlderVersionIsReadWhereItCannotBeBroughtUp) {
