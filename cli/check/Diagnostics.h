@@ -89,7 +89,7 @@ class CDiagnostics {
     SeverityCounts m_aOmitted{};
     CFindings m_findings;
     bool m_bLast = false;  ///< whether there is one that may yet be completed
-    SDiagnostic m_last;
+    SDiagnostic m_last{};
     CFindings::SBlanks m_blanks;  ///< of its sentences, unless it is spelled
     bool m_bSpelled = false;
 };
