@@ -97,12 +97,21 @@ std::string MakeReason(const SInputFault& fault) {
     return FillSentence(row.pWhat, fault.vecWhat) + "; " + FillSentence(row.pAdvice, fault.vecAdvice);
 }
 
+/** @return empty where no store can be named: then none is open either */
+std::string FindStorePath(const CCommandContext& context) {
+    try {
+        return context.GetStorePath();
+    } catch (const CToolError&) {
+        return {};
+    }
+}
+
 /**
  * Closing a file gives up every lock that the process has on it (fcntl(2)), those of the store among them, so that
  * another process may take what it writes for left over. A file of the store is not even opened.
  */
 void CheckIsNoStore(const CCommandContext& context, const std::string& strFile, const std::string& strPath) {
-    const std::string strStore = context.GetStorePath();
+    const std::string strStore = FindStorePath(context);
     if (strFile != STANDARD_STREAM && IsOfStore(strPath, strStore)) {
         const SInputFault fault{.vecWhat = {IsSameFile(strPath, strStore) ? STORE_BYTES : BESIDE_STORE},
                                 .vecAdvice = {WHICH_STORE}};

@@ -145,6 +145,16 @@ TEST_F(Program, StoreAmongItsInputsKeepsItsLocks) {
     }
 }
 
+TEST_F(Program, FilesAreReadWhereNoStoreCanBeNamed) {
+    const std::string strFile = m_dir.Write("small.xml", Documents::Small());
+    for (const std::string& strCommand : std::vector<std::string>{"fmt", "diff '" + strFile + "'"}) {
+        const SToolRun run = CProgram::Shell("env -u HOME -u XDG_DATA_HOME -u DLP_STORE \"$DLPCTL\" " + strCommand + " '" +
+                                             strFile + "' >/dev/null");
+        EXPECT_EQ(run.iCode, 0) << strCommand;
+        EXPECT_EQ(run.strErr.find("dlpctl: "), std::string::npos) << run.strErr;
+    }
+}
+
 TEST_F(Program, ASignalEndsItAlsoWhileARestoreWaitsForAnotherWriter) {
     Import(Documents::Small());
     Get({"store", "backup", m_dir.Path("backup.db")});
